@@ -1,0 +1,12 @@
+#pragma once
+
+namespace orvo {
+
+// The bar's hide state.
+enum class BarState {
+  visible,   // every icon shows
+  applying,  // a hide request waits for the system's answer, at most 5 seconds
+  hidden,    // the system confirmed the request
+};
+
+}  // namespace orvo

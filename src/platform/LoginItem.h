@@ -1,0 +1,24 @@
+// The main application's login item. Main thread; synchronous.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace orvo {
+
+// The numbers are the platform service's own; others may be answered too.
+enum class LoginItemStatus : std::int32_t { notRegistered = 0, enabled = 1, requiresApproval = 2, notFound = 3 };
+
+class LoginItem {
+ public:
+  virtual ~LoginItem() = default;
+
+  // Absent on success, else the error's localized description.
+  virtual std::optional<std::string> registerItem() = 0;
+  virtual std::optional<std::string> unregisterItem() = 0;
+  virtual LoginItemStatus status() const = 0;
+  virtual void openSystemSettingsLoginItems() = 0;
+};
+
+}  // namespace orvo

@@ -1,0 +1,39 @@
+// Delivers named system notifications to observers. Main thread only. Adapters post, the model
+// observes. An observer that is removed while a notification is being delivered is not called any
+// more; one that is added meanwhile is called from the next notification on.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+
+namespace orvo {
+
+enum class Notification {
+  applicationLaunched,
+  applicationTerminated,
+  willSleep,
+  didWake,
+  screenParametersChanged,
+};
+
+class NotificationCenter {
+ public:
+  enum class Token : std::uint64_t { none = 0 };
+  using Handler = std::function<void(Notification)>;
+
+  Token addObserver(Notification name, Handler handler);
+  void removeObserver(Token token);
+  void post(Notification name);
+
+ private:
+  struct Observer {
+    Notification name;
+    Handler handler;
+  };
+
+  std::map<Token, Observer> observers_;
+  std::uint64_t last_ = 0;
+};
+
+}  // namespace orvo

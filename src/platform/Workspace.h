@@ -1,0 +1,49 @@
+// Running applications and the places that the desktop can open.
+#pragma once
+
+#include "platform/NotificationCenter.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+struct RunningApplication {
+  std::optional<std::string> bundleIdentifier;
+  std::int32_t processIdentifier = 0;
+  std::optional<std::string> localizedName;
+  std::optional<std::string> bundlePath;
+
+  bool operator==(const RunningApplication&) const = default;
+};
+
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+
+  // Callable from any thread; a snapshot in the system's own order, this process included.
+  virtual std::vector<RunningApplication> runningApplications() const = 0;
+  virtual std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const = 0;
+
+  // The rest is for the main thread.
+
+  // Applications with exactly this identifier, possibly none. Asks the system afresh, so that it
+  // is right before the event loop has run.
+  virtual std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const = 0;
+
+  // Where the desktop's registry of applications has this identifier.
+  virtual std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const = 0;
+
+  // Opening the bundle of a running copy asks that copy to reopen. Nothing is reported.
+  virtual void openURL(const std::string& url) = 0;
+
+  // Posts applicationLaunched, applicationTerminated, willSleep and didWake.
+  virtual NotificationCenter& notificationCenter() = 0;
+};
+
+// The URL of a local path, percent-encoded; `directory` appends a slash.
+std::string fileURL(const std::string& path, bool directory);
+
+}  // namespace orvo

@@ -1,0 +1,25 @@
+// Says which application a process belongs to. A function of the process and the installed desktop
+// files alone, so that the agent and Orvo always agree. Any thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace orvo {
+
+struct ApplicationIdentity {
+  // The desktop file's id without its ending, else the base name of the executable or script.
+  std::string bundleIdentifier;
+  // The desktop file's name in the person's language.
+  std::optional<std::string> localizedName;
+  // Absolute path of the desktop file.
+  std::optional<std::string> desktopFile;
+  // As the desktop file has it: an icon theme name or an absolute path.
+  std::optional<std::string> iconName;
+};
+
+// Absent when the process is gone or may not be looked at.
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier);
+
+}  // namespace orvo
