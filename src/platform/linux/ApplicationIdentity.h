@@ -3,10 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 
 namespace orvo {
+
+class DesktopEntries;
 
 struct ApplicationIdentity {
   // The desktop file's id without its ending, else the base name of the executable or script.
@@ -21,5 +24,10 @@ struct ApplicationIdentity {
 
 // Absent when the process is gone or may not be looked at.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier);
+
+// The same from another process folder than /proc and other entries than the session's; for tests.
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier,
+                                                   const std::filesystem::path& processes,
+                                                   const DesktopEntries& entries);
 
 }  // namespace orvo

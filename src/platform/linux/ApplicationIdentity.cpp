@@ -1,0 +1,151 @@
+#include "platform/linux/ApplicationIdentity.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "platform/linux/AgentProtocol.h"
+#include "platform/linux/DesktopEntries.h"
+#include "platform/linux/Program.h"
+
+namespace orvo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view agentExecutable = "orvo-agent";
+
+struct Process {
+  std::int32_t identifier;
+  fs::path folder;         // its entry below /proc
+  std::string executable;  // absolute
+  std::string program;     // the script instead, where there is one
+};
+
+std::string readFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> readList(const fs::path& path) {
+  const std::string content = readFile(path);
+  std::vector<std::string> list;
+  for (std::size_t begin = 0; begin < content.size();) {
+    const std::size_t end = std::min(content.find('\0', begin), content.size());
+    list.push_back(content.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return list;
+}
+
+// Zombies, kernel threads and other people's processes have no executable to read.
+std::optional<Process> look(std::int32_t identifier, const fs::path& processes) {
+  constexpr std::string_view deleted = " (deleted)";
+  const fs::path folder = processes / std::to_string(identifier);
+  std::error_code error;
+  std::string executable = fs::read_symlink(folder / "exe", error);
+  if (error) return std::nullopt;
+  if (executable.ends_with(deleted)) executable.resize(executable.size() - deleted.size());
+  std::string program = programOf(executable, readList(folder / "cmdline"));
+  if (program.empty()) program = executable;
+  if (program.front() != '/') program = fs::read_symlink(folder / "cwd", error) / program;
+  return Process{identifier, folder, std::move(executable), std::move(program)};
+}
+
+ApplicationIdentity describe(std::string identifier, const DesktopEntry* entry) {
+  if (entry == nullptr) return {std::move(identifier), {}, {}, {}};
+  return {std::move(identifier), entry->name, entry->path, entry->icon};
+}
+
+std::optional<std::string> text(const nlohmann::json& object, const char* key) {
+  const auto found = object.find(key);
+  if (found == object.end() || !found->is_string()) return std::nullopt;
+  return found->get<std::string>();
+}
+
+std::optional<ApplicationIdentity> fromBundle(const Process& process, const DesktopEntries& entries) {
+  if (baseName(process.executable) == agentExecutable) return describe(agent_protocol::hostBundleIdentifier, nullptr);
+  const fs::path folder = fs::path(process.executable).parent_path();
+  if (folder.filename() != "bin") return std::nullopt;
+  const auto information = nlohmann::json::parse(readFile(folder.parent_path() / "Info.json"), nullptr, false);
+  if (!information.is_object()) return std::nullopt;
+  const auto identifier = text(information, "CFBundleIdentifier");
+  if (!identifier || identifier->empty()) return std::nullopt;
+  auto identity = describe(*identifier, entries.withIdentifier(*identifier));
+  if (!identity.localizedName) identity.localizedName = text(information, "CFBundleName");
+  return identity;
+}
+
+// Children inherit the variables: they speak of this process only where its identifier stands beside.
+const DesktopEntry* launchedEntry(const Process& process, const DesktopEntries& entries) {
+  constexpr std::string_view fileVariable = "GIO_LAUNCHED_DESKTOP_FILE=";
+  const std::string own = "GIO_LAUNCHED_DESKTOP_FILE_PID=" + std::to_string(process.identifier);
+  const auto environment = readList(process.folder / "environ");
+  if (std::find(environment.begin(), environment.end(), own) == environment.end()) return nullptr;
+  const auto file = std::find_if(environment.begin(), environment.end(),
+                                 [&](const std::string& variable) { return variable.starts_with(fileVariable); });
+  return file == environment.end() ? nullptr : entries.withPath(file->substr(fileVariable.size()));
+}
+
+// "[Application]" and "name=" as Flatpak mounts it at the root of each sandbox.
+std::string flatpakName(const Process& process) {
+  constexpr std::string_view key = "name=";
+  std::ifstream file(process.folder / "root" / ".flatpak-info");
+  bool inApplication = false;
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('[')) inApplication = line == "[Application]";
+    if (inApplication && line.starts_with(key)) return line.substr(key.size());
+  }
+  return {};
+}
+
+std::string snapPackage(const std::string& program) {
+  for (const std::string_view root : {"/snap/", "/var/lib/snapd/snap/"}) {
+    const auto end = program.starts_with(root) ? program.find('/', root.size()) : std::string::npos;
+    if (end != std::string::npos) return program.substr(root.size(), end - root.size());
+  }
+  return {};
+}
+
+std::optional<ApplicationIdentity> fromSandbox(const Process& process, const DesktopEntries& entries) {
+  if (const std::string name = flatpakName(process); !name.empty()) return describe(name, entries.withIdentifier(name));
+  const std::string package = snapPackage(process.program);
+  if (package.empty()) return std::nullopt;
+  const DesktopEntry* entry = entries.ofSnap(package, process.program);
+  return describe(entry != nullptr ? entry->identifier : package, entry);
+}
+
+const DesktopEntry* installedEntry(const Process& process, const DesktopEntries& entries) {
+  const DesktopEntry* entry = entries.withWindowClass(std::string(baseName(process.program)));
+  return entry != nullptr ? entry : entries.withProgram(process.program);
+}
+
+}  // namespace
+
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, const fs::path& processes,
+                                                   const DesktopEntries& entries) {
+  const auto process = look(processIdentifier, processes);
+  if (!process) return std::nullopt;
+  if (auto identity = fromBundle(*process, entries)) return identity;
+  if (const DesktopEntry* entry = launchedEntry(*process, entries)) return describe(entry->identifier, entry);
+  if (auto identity = fromSandbox(*process, entries)) return identity;
+  if (const DesktopEntry* entry = installedEntry(*process, entries)) return describe(entry->identifier, entry);
+  return describe(std::string(baseName(process->program)), nullptr);
+}
+
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier) {
+  static std::mutex mutex;
+  static DesktopEntries entries(DesktopEntries::standardFolders());
+  const std::lock_guard lock(mutex);
+  entries.refresh();
+  return identifyProcess(processIdentifier, "/proc", entries);
+}
+
+}  // namespace orvo

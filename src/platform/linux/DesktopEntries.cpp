@@ -1,0 +1,179 @@
+#include "platform/linux/DesktopEntries.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include <glib.h>
+
+#include "platform/linux/Program.h"
+
+namespace orvo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Folder times tick coarsely: a folder changed less than this before it was read may change again
+// without its time telling.
+constexpr std::chrono::milliseconds folderTimeStep{20};
+
+struct Free {
+  void operator()(GKeyFile* file) const { g_key_file_free(file); }
+  void operator()(char* text) const { g_free(text); }
+  void operator()(char** list) const { g_strfreev(list); }
+};
+using KeyFile = std::unique_ptr<GKeyFile, Free>;
+
+std::optional<std::string> take(char* text) {
+  const std::unique_ptr<char, Free> owned(text);
+  if (owned == nullptr || *owned == '\0') return std::nullopt;
+  return std::string(owned.get());
+}
+
+std::optional<std::string> text(const KeyFile& file, const char* key) {
+  return take(g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr));
+}
+
+bool flag(const KeyFile& file, const char* key) {
+  return g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
+}
+
+std::string programOfExec(const std::string& exec) {
+  char** list = nullptr;
+  if (g_shell_parse_argv(exec.c_str(), nullptr, &list, nullptr) == FALSE) return {};
+  const std::unique_ptr<char*, Free> owned(list);
+  std::vector<std::string> arguments;
+  for (char** argument = list; *argument != nullptr; ++argument) arguments.emplace_back(*argument);
+  return programOfCommand(std::move(arguments));
+}
+
+std::optional<DesktopEntry> readEntry(std::string identifier, const fs::path& path) {
+  const KeyFile file(g_key_file_new());
+  if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, nullptr) == FALSE) return std::nullopt;
+  if (text(file, "Type") != "Application" || flag(file, "Hidden")) return std::nullopt;
+  DesktopEntry entry;
+  entry.identifier = std::move(identifier);
+  entry.path = path;
+  entry.name = take(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, "Name", nullptr, nullptr));
+  entry.icon = take(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, "Icon", nullptr, nullptr));
+  entry.windowClass = text(file, "StartupWMClass").value_or("");
+  entry.program = programOfExec(text(file, "Exec").value_or(""));
+  entry.listed = !flag(file, "NoDisplay");
+  return entry;
+}
+
+std::string identifierOf(const fs::path& root, const fs::path& file) {
+  std::string identifier = fs::path(file).replace_extension().lexically_relative(root);
+  std::replace(identifier.begin(), identifier.end(), '/', '-');
+  return identifier;
+}
+
+// Several entries may start one program: the one named after it is the application itself.
+bool isNamedAfter(std::string_view identifier, std::string_view name) {
+  const auto begin = identifier.size() - std::min(identifier.size(), name.size());
+  return g_ascii_strncasecmp(identifier.data() + begin, name.data(), name.size()) == 0 &&
+         (begin == 0 || identifier[begin - 1] == '.');
+}
+
+int likeness(const DesktopEntry& entry, std::string_view name) {
+  return 1 + (isNamedAfter(entry.identifier, name) ? 2 : 0) + (entry.listed ? 1 : 0);
+}
+
+bool isSameFile(const std::string& left, const std::string& right) {
+  std::error_code error;
+  return left == right || fs::equivalent(left, right, error);
+}
+
+}  // namespace
+
+DesktopEntries::DesktopEntries(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
+
+std::vector<fs::path> DesktopEntries::standardFolders() {
+  std::vector<fs::path> folders{fs::path(g_get_user_data_dir()) / "applications"};
+  for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder)
+    folders.push_back(fs::path(*folder) / "applications");
+  return folders;
+}
+
+void DesktopEntries::refresh() {
+  if (!isCurrent()) read();
+}
+
+bool DesktopEntries::isCurrent() const {
+  if (stamps_.empty()) return folders_.empty();
+  return std::all_of(stamps_.begin(), stamps_.end(), [](const auto& stamp) {
+    std::error_code error;
+    return fs::last_write_time(stamp.first, error) == stamp.second;
+  });
+}
+
+void DesktopEntries::read() {
+  stamps_.clear();
+  entries_.clear();
+  for (const fs::path& folder : folders_) readFolder(folder, folder);
+}
+
+void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder) {
+  std::error_code error;
+  const Stamp changed = fs::last_write_time(folder, error);
+  const bool settled = error || changed + folderTimeStep < Stamp::clock::now();
+  if (!stamps_.emplace(folder, settled ? changed : Stamp::max()).second) return;
+  for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
+    std::error_code unreadable;
+    if (file->is_directory(unreadable)) {
+      readFolder(root, file->path());
+    } else if (file->path().extension() == ".desktop") {
+      std::string identifier = identifierOf(root, file->path());
+      if (!entries_.contains(identifier)) entries_.emplace(identifier, readEntry(identifier, file->path()));
+    }
+  }
+}
+
+const DesktopEntry* DesktopEntries::best(const std::function<int(const DesktopEntry&)>& score) const {
+  const DesktopEntry* found = nullptr;
+  int highest = 0;
+  for (const auto& [identifier, entry] : entries_) {
+    const int value = entry ? score(*entry) : 0;
+    if (value <= highest) continue;
+    highest = value;
+    found = &*entry;
+  }
+  return found;
+}
+
+const DesktopEntry* DesktopEntries::withIdentifier(const std::string& identifier) const {
+  const auto found = entries_.find(identifier);
+  return found != entries_.end() && found->second ? &*found->second : nullptr;
+}
+
+const DesktopEntry* DesktopEntries::withPath(const std::string& path) const {
+  return best([&](const DesktopEntry& entry) { return entry.path == path ? 1 : 0; });
+}
+
+const DesktopEntry* DesktopEntries::withWindowClass(const std::string& windowClass) const {
+  return best(
+      [&](const DesktopEntry& entry) { return entry.windowClass == windowClass ? likeness(entry, windowClass) : 0; });
+}
+
+const DesktopEntry* DesktopEntries::withProgram(const std::string& program) const {
+  const std::string_view name = baseName(program);
+  return best([&](const DesktopEntry& entry) {
+    if (entry.program.empty() || baseName(entry.program) != name) return 0;
+    if (entry.program.front() == '/' && !isSameFile(entry.program, program)) return 0;
+    return likeness(entry, name);
+  });
+}
+
+const DesktopEntry* DesktopEntries::ofSnap(const std::string& package, const std::string& program) const {
+  const DesktopEntry* exact = withIdentifier(package + "_" + std::string(baseName(program)));
+  if (exact != nullptr) return exact;
+  return best([&](const DesktopEntry& entry) {
+    return entry.identifier.starts_with(package + "_") ? likeness(entry, package + "_" + package) : 0;
+  });
+}
+
+}  // namespace orvo
