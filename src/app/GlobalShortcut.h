@@ -1,0 +1,33 @@
+// The one system-wide keyboard shortcut, Control-Option-Command-B. Owned by OrvoModel; main thread only.
+// The shortcut works from construction to destruction, or never.
+#pragma once
+
+#include "platform/HotKeys.h"
+
+#include <functional>
+
+namespace orvo {
+
+class GlobalShortcut {
+ public:
+  explicit GlobalShortcut(HotKeys& hotKeys);
+  GlobalShortcut(const GlobalShortcut&) = delete;
+  GlobalShortcut& operator=(const GlobalShortcut&) = delete;
+  ~GlobalShortcut();
+
+  // False when the combination cannot be had; it is not tried again.
+  bool isRegistered() const { return isRegistered_; }
+
+  // Called on every press; absent until the owner sets it.
+  std::function<void()> onPress;
+
+ private:
+  static HotKeyStatus pressed(void* userData);
+
+  HotKeys& hotKeys_;
+  HotKeyRef hotKey_ = HotKeyRef::none;
+  EventHandlerRef handler_ = EventHandlerRef::none;
+  bool isRegistered_ = false;
+};
+
+}  // namespace orvo
