@@ -1,0 +1,53 @@
+// A workspace that tests fill; notifications are posted by hand on its center.
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <map>
+#include <utility>
+
+namespace orvo {
+
+class MemoryWorkspace : public Workspace {
+ public:
+  // In the system's order.
+  std::vector<RunningApplication> running;
+  std::map<std::string, std::string> registered;
+  std::vector<std::string> openedURLs;
+
+  void launch(const std::string& bundleIdentifier, std::int32_t pid) {
+    running.push_back({.bundleIdentifier = bundleIdentifier,
+                       .processIdentifier = pid,
+                       .localizedName = std::nullopt,
+                       .bundlePath = std::nullopt});
+  }
+  void quit(const std::string& bundleIdentifier) {
+    std::erase_if(running, [&](const auto& application) { return application.bundleIdentifier == bundleIdentifier; });
+  }
+
+  std::vector<RunningApplication> runningApplications() const override { return running; }
+  std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override {
+    for (const auto& application : running) {
+      if (application.processIdentifier == processIdentifier) return application;
+    }
+    return std::nullopt;
+  }
+  std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override {
+    std::vector<RunningApplication> found;
+    for (const auto& application : running) {
+      if (application.bundleIdentifier == bundleIdentifier) found.push_back(application);
+    }
+    return found;
+  }
+  std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override {
+    const auto found = registered.find(bundleIdentifier);
+    return found == registered.end() ? std::nullopt : std::optional(found->second);
+  }
+  void openURL(const std::string& url) override { openedURLs.push_back(url); }
+  NotificationCenter& notificationCenter() override { return center_; }
+
+ private:
+  NotificationCenter center_;
+};
+
+}  // namespace orvo
