@@ -18,16 +18,27 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace orvo {
 
+class Accessibility;
+class FileSystem;
+class Bundle;
 class GlobalShortcut;
+class HotKeys;
+class LocalizedText;
+class LoginItem;
+class UserDefaults;
+class Workspace;
 
 class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
  public:
   static std::shared_ptr<OrvoModel> make(const Platform& platform);
+  OrvoModel(const OrvoModel&) = delete;
+  OrvoModel& operator=(const OrvoModel&) = delete;
   ~OrvoModel();
 
   // Called once, when onStateChanged is set.
@@ -75,6 +86,96 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
   // Called by every reveal, when a hide request is issued and when it is confirmed.
   std::function<void()> onStateChanged;
+
+ private:
+  static constexpr const char* preferencesKey = "Quillet.Preferences.v1";
+  static constexpr const char* installMessage =
+      "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.";
+
+  // Names one hide request, one reveal or one scan epoch. A count is enough: nobody outside the model
+  // can make one, and none is used twice.
+  enum class Identity : std::uint64_t {};
+  struct Assertion {
+    Identity request;
+    QLAssertionRef handle;
+  };
+  struct AnswerContext;
+  struct Observation {
+    NotificationCenter* center;
+    NotificationCenter::Token token;
+  };
+  using Step = void (OrvoModel::*)();
+
+  explicit OrvoModel(const Platform& platform);
+
+  Identity freshIdentity() { return static_cast<Identity>(++lastIdentity_); }
+  // A task that takes the step if the model is still there.
+  MainQueue::Task weakly(Step step);
+  std::set<std::string> runningBundles() const;
+
+  // Lifecycle.
+  void registerShortcut();
+  void toggle();
+  void observeSystem();
+  void stopObserving();
+  void observe(NotificationCenter& center, Notification name, Step step);
+  void applicationLaunched();
+  void applicationTerminated();
+  void systemWillSleep();
+  void systemDidWake();
+  void screensChanged();
+  void poll();
+  bool followTrust();
+  void refreshLater();
+  void invalidateSystemGeometry();
+  void updateSystemClickProtection();
+
+  // Hiding.
+  bool readyToHide();
+  void requestHiding(const std::set<std::string>& allowedBundles);
+  QLAssertionRef createAssertion(const std::set<std::string>& allowedBundles, Identity request);
+  void answered(Identity request, const std::optional<std::string>& failure);
+  void confirmed(Identity request);
+  void timedOut(Identity request);
+  void failed(const std::string& why);
+  void releaseAssertions(std::optional<Identity> except);
+
+  // Icon list.
+  // False when no scan may start now.
+  bool beginScan();
+  void apply(const MenuBarSnapshot& snapshot);
+  std::vector<DiscoveredApp> merged(const std::vector<DiscoveredApp>& found) const;
+  void savePreferences();
+
+  // Permissions.
+  static bool isInApplicationsFolder(const Bundle& bundle, const FileSystem& fileSystem);
+  bool isLoginItemEnabled() const;
+
+  MainQueue& mainQueue_;
+  UserDefaults& userDefaults_;
+  Workspace& workspace_;
+  NotificationCenter& defaultCenter_;
+  Accessibility& accessibility_;
+  HotKeys& hotKeys_;
+  LoginItem& loginItem_;
+  LocalizedText& localizedText_;
+
+  std::uint64_t lastIdentity_ = 0;
+  // In the order in which they were obtained.
+  std::vector<Assertion> assertions_;
+  // The latest hide request or reveal; an answer or time-out that carries another is stale.
+  Identity generation_ = freshIdentity();
+  // The scan epoch; a scan that began in another is stale.
+  Identity scanGeneration_ = freshIdentity();
+  MainQueue::Handle watchdog_ = MainQueue::Handle::none;
+  MainQueue::Handle rehide_ = MainQueue::Handle::none;
+  MainQueue::Handle pollTimer_ = MainQueue::Handle::none;
+  std::vector<Observation> observations_;
+  std::unique_ptr<GlobalShortcut> shortcut_;
+  // On the queue's clock; absent before a scan was applied.
+  std::optional<MainQueue::Duration> lastScan_;
+  IconScanner scanner_;
+  std::shared_ptr<SystemControlRelay> relay_;
 };
 
 }  // namespace orvo
