@@ -1,0 +1,151 @@
+#include "bridge/MenuBarBackend.h"
+
+#include "bridge/FrameworkEntry.h"
+#include "platform/ConcealmentFramework.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What the caller owns: the framework's assertion and the framework that is to end it.
+struct QLAssertion {
+  orvo::ConcealmentFramework& framework;
+  orvo::FrameworkObjectRef object;
+};
+
+namespace orvo {
+namespace {
+
+constexpr const char* frameworkPath = "/System/Library/PrivateFrameworks/MenuBarClientCore.framework/MenuBarClientCore";
+constexpr const char* configurationClass = "MBAssessmentModeConfiguration";
+constexpr const char* assertionClass = "MBAssessmentModeAssertion";
+constexpr const char* initializeMessage = "initWithAllowedSystemItems:allowedBundleIdentifiers:";
+constexpr const char* activateMessage = "activateWithConfiguration:completionHandler:";
+constexpr const char* invalidateMessage = "invalidate";
+
+// Every kind of system item that the framework numbers.
+constexpr std::array<int, 9> allowedSystemItems{0, 1, 2, 3, 4, 5, 6, 7, 8};
+
+constexpr const char* errorDomain = "Orvo.MenuBar";
+constexpr int errorCode = 1;
+constexpr const char* fallbackErrorText = "Menu bar activation failed.";
+constexpr const char* releaseFailurePrefix = "Orvo: could not release menu bar assertion: ";
+// How the system log shows an absent text.
+constexpr const char* absentText = "(null)";
+
+// The framework and what it was found to offer, filled on first use.
+struct Backend {
+  explicit Backend(ConcealmentFramework* with) : framework(with) {}
+
+  ConcealmentFramework* framework;
+  std::once_flag resolved;
+  FrameworkClassRef configurationType = nullptr;
+  FrameworkClassRef assertionType = nullptr;
+};
+
+std::optional<Backend>& backend() {
+  static std::optional<Backend> only(std::in_place, nullptr);
+  return only;
+}
+
+void resolveBackend(Backend& unresolved) {
+  if (unresolved.framework == nullptr || !unresolved.framework->load(frameworkPath)) return;
+  unresolved.configurationType = unresolved.framework->classNamed(configurationClass);
+  unresolved.assertionType = unresolved.framework->classNamed(assertionClass);
+}
+
+bool isAvailable(Backend& current) {
+  std::call_once(current.resolved, resolveBackend, std::ref(current));
+  if (current.configurationType == nullptr || current.assertionType == nullptr) return false;
+  ConcealmentFramework& framework = *current.framework;
+  return framework.instancesRespondTo(current.configurationType, initializeMessage) &&
+         framework.instancesRespondTo(current.assertionType, activateMessage) &&
+         framework.instancesRespondTo(current.assertionType, invalidateMessage);
+}
+
+// The caller's completion: invoked by whoever comes first, released when the last holder lets go.
+class Completion {
+ public:
+  explicit Completion(const QLCompletion& completion) : completion_(completion) {}
+  ~Completion() {
+    if (completion_.release != nullptr) completion_.release(completion_.context);
+  }
+  Completion(const Completion&) = delete;
+  Completion& operator=(const Completion&) = delete;
+
+  void invoke(const std::optional<FrameworkError>& error) {
+    if (invoked_.exchange(true) || completion_.invoke == nullptr) return;
+    if (!error) return completion_.invoke(completion_.context, nullptr);
+    const QLError told{error->domain.c_str(), error->code, error->localizedDescription.c_str()};
+    completion_.invoke(completion_.context, &told);
+  }
+
+ private:
+  const QLCompletion completion_;
+  std::atomic<bool> invoked_{false};
+};
+
+// Null when the framework yields no object; what it raises passes through.
+std::unique_ptr<QLAssertion> activated(const Backend& current, const std::vector<std::string>& allowedBundles,
+                                       const std::shared_ptr<Completion>& completion) {
+  ConcealmentFramework& framework = *current.framework;
+  const FrameworkObjectRef configuration =
+      framework.makeConfiguration(current.configurationType, allowedSystemItems, allowedBundles);
+  if (!configuration) return nullptr;
+  FrameworkObjectRef object = framework.makeAssertion(current.assertionType);
+  if (!object) return nullptr;
+  auto assertion = std::make_unique<QLAssertion>(QLAssertion{framework, std::move(object)});
+  framework.activate(*assertion->object, configuration, [completion](const std::optional<FrameworkError>& error) {
+    // Held here too, since the framework may drop its handler while it is calling it.
+    const std::shared_ptr<Completion> held = completion;
+    held->invoke(error);
+  });
+  return assertion;
+}
+
+void invalidate(QLAssertion& assertion) {
+  if (!assertion.framework.respondsTo(*assertion.object, invalidateMessage)) return;
+  try {
+    assertion.framework.invalidate(*assertion.object);
+  } catch (const FrameworkException& exception) {
+    assertion.framework.log(releaseFailurePrefix + exception.reason.value_or(absentText));
+  }
+}
+
+}  // namespace
+
+void setConcealmentFramework(ConcealmentFramework* framework) { backend().emplace(framework); }
+
+}  // namespace orvo
+
+bool QLMenuBarBackendAvailable() { return orvo::isAvailable(*orvo::backend()); }
+
+const char* QLMenuBarBackendDescription() {
+  return QLMenuBarBackendAvailable()
+             ? "macOS 27 native concealment protocol is available."
+             : "This macOS build does not expose the expected menu bar protocol. Icons will remain visible.";
+}
+
+QLAssertionRef QLCreateMenuBarAssertion(const char* const* allowedBundleIdentifiers, size_t count,
+                                        QLCompletion completion) {
+  const auto shared = std::make_shared<orvo::Completion>(completion);
+  if (!QLMenuBarBackendAvailable()) return nullptr;
+  const std::vector<std::string> bundles(allowedBundleIdentifiers, allowedBundleIdentifiers + count);
+  try {
+    return orvo::activated(*orvo::backend(), bundles, shared).release();
+  } catch (const orvo::FrameworkException& exception) {
+    shared->invoke(
+        orvo::FrameworkError{orvo::errorDomain, orvo::errorCode, exception.reason.value_or(orvo::fallbackErrorText)});
+    return nullptr;
+  }
+}
+
+void QLReleaseMenuBarAssertion(QLAssertionRef assertion) {
+  const std::unique_ptr<QLAssertion> owned(assertion);
+  if (owned) orvo::invalidate(*owned);
+}
