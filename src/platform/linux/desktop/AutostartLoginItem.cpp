@@ -1,0 +1,133 @@
+#include "platform/linux/desktop/AutostartLoginItem.h"
+
+#include "platform/linux/desktop/AtomicFile.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+#include <QStringList>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <string_view>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+using Entry = std::map<std::string, std::string>;
+
+struct SettingsPage {
+  const char* desktop;  // as in XDG_CURRENT_DESKTOP
+  const char* command;
+};
+
+constexpr std::array settingsPages{
+    SettingsPage{"XFCE", "xfce4-session-settings"},
+    SettingsPage{"KDE", "systemsettings kcm_autostart"},
+    SettingsPage{"KDE", "systemsettings5 kcm_autostart"},
+    SettingsPage{"GNOME", "gnome-session-properties"},
+    SettingsPage{"GNOME", "gnome-tweaks"},
+    SettingsPage{"MATE", "mate-session-properties"},
+    SettingsPage{"X-Cinnamon", "cinnamon-settings startup"},
+    SettingsPage{"LXQt", "lxqt-config-session"},
+};
+
+// The keys of the entry's main group; of equal keys the first counts.
+Entry readEntry(const std::string& path) {
+  Entry entry;
+  std::ifstream stream(path);
+  bool inside = false;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with('[')) inside = line.starts_with("[Desktop Entry]");
+    const auto equals = line.find('=');
+    if (!inside || line.starts_with('#') || equals == std::string::npos) continue;
+    const auto keyEnd = line.find_last_not_of(" \t", equals - 1);
+    const auto valueStart = line.find_first_not_of(" \t", equals + 1);
+    if (equals == 0 || keyEnd == std::string::npos) continue;
+    entry.emplace(line.substr(0, keyEnd + 1), valueStart == std::string::npos ? "" : line.substr(valueStart));
+  }
+  return entry;
+}
+
+bool isSwitchedOff(const Entry& entry) {
+  const auto is = [&](const char* key, const char* value) {
+    const auto found = entry.find(key);
+    return found != entry.end() && found->second == value;
+  };
+  return is("Hidden", "true") || is("X-GNOME-Autostart-enabled", "false");
+}
+
+// A quoted argument of an Exec key: escaped once as an argument and once more as a text value.
+std::string quotedArgument(const std::string& argument) {
+  std::string text = "\"";
+  for (const char character : argument) {
+    if (std::string_view("\"`$").find(character) != std::string_view::npos) text += "\\\\";
+    if (character == '\\') text += "\\\\\\";
+    if (character == '%') text += '%';
+    text += character;
+  }
+  return text + '"';
+}
+
+std::string newEntry(const std::string& program) {
+  return "[Desktop Entry]\nType=Application\nName=Orvo\nComment=Hides and shows menu bar icons\nExec=" +
+         quotedArgument(program) + "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
+}
+
+QStringList settingsCommand() {
+  const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':');
+  QStringList other;
+  for (const auto& page : settingsPages) {
+    const QStringList command = QString(page.command).split(' ');
+    if (QStandardPaths::findExecutable(command.first()).isEmpty()) continue;
+    if (desktops.contains(page.desktop)) return command;
+    if (other.isEmpty()) other = command;
+  }
+  return other;
+}
+
+}  // namespace
+
+AutostartLoginItem::AutostartLoginItem(const std::string& folder, const std::string& identifier, std::string program)
+    : file_(folder + '/' + identifier + ".desktop"), program_(std::move(program)) {}
+
+std::optional<std::string> AutostartLoginItem::registerItem() {
+  const auto present = status();
+  if (present == LoginItemStatus::enabled || present == LoginItemStatus::requiresApproval) return std::nullopt;
+  return replaceFile(file_, newEntry(program_));
+}
+
+std::optional<std::string> AutostartLoginItem::unregisterItem() {
+  if (std::remove(file_.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+  return std::strerror(errno);
+}
+
+LoginItemStatus AutostartLoginItem::status() const {
+  const Entry entry = readEntry(file_);
+  if (entry.empty()) return LoginItemStatus::notRegistered;
+  if (isSwitchedOff(entry)) return LoginItemStatus::requiresApproval;
+  const auto command = entry.find("Exec");
+  const bool isOurs = command != entry.end() && command->second == quotedArgument(program_);
+  return isOurs ? LoginItemStatus::enabled : LoginItemStatus::notFound;
+}
+
+void AutostartLoginItem::openSystemSettingsLoginItems() {
+  QStringList command = settingsCommand();
+  if (command.isEmpty()) {
+    std::fputs("Orvo: this desktop has no page for programs started at login.\n", stderr);
+    return;
+  }
+  const QString program = command.takeFirst();
+  QProcess::startDetached(program, command);
+}
+
+std::string AutostartLoginItem::standardFolder() {
+  return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString() + "/autostart";
+}
+
+}  // namespace orvo

@@ -1,0 +1,56 @@
+#include "platform/linux/desktop/BusApplication.h"
+
+#include <QDBusMessage>
+
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr const char* applicationInterface = "org.freedesktop.Application";
+
+// Long enough for a busy machine; the running copy need not answer, only be sent the request.
+constexpr int handOverTimeoutMilliseconds = 2000;
+
+// The path that the desktop entry specification derives from a bus name.
+QString objectPath(QString name) { return '/' + name.replace('.', '/').replace('-', '_'); }
+
+}  // namespace
+
+BusApplication::BusApplication(QDBusConnection bus, const std::string& identifier, std::function<void()> reopen)
+    : bus_(std::move(bus)),
+      name_(QString::fromStdString(identifier)),
+      path_(objectPath(name_)),
+      reopen_(std::move(reopen)) {}
+
+BusApplication::~BusApplication() {
+  bus_.unregisterService(name_);
+  bus_.unregisterObject(path_);
+}
+
+BusApplication::Outcome BusApplication::acquireOrHandOver() {
+  if (!bus_.isConnected()) return Outcome::noBus;
+  // The object first: a request may follow the name at once.
+  bus_.registerObject(path_, this, QDBusConnection::ExportAllSlots);
+  if (bus_.registerService(name_)) return Outcome::acquired;
+  bus_.unregisterObject(path_);
+  handOver();
+  return Outcome::handedOver;
+}
+
+void BusApplication::handOver() {
+  auto request = QDBusMessage::createMethodCall(name_, path_, applicationInterface, "Activate");
+  request << QVariantMap();
+  bus_.call(request, QDBus::Block, handOverTimeoutMilliseconds);
+}
+
+void BusApplication::Activate(const QVariantMap& /*platformData*/) { reopen_(); }
+
+// Orvo opens no documents; whoever opens it with some wants the program.
+void BusApplication::Open(const QStringList& /*uris*/, const QVariantMap& /*platformData*/) { reopen_(); }
+
+void BusApplication::ActivateAction(const QString& /*name*/, const QVariantList& /*parameter*/,
+                                    const QVariantMap& /*platformData*/) {}
+
+}  // namespace orvo

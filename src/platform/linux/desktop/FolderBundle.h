@@ -1,0 +1,27 @@
+// The bundle as a folder: Info.json beside the "bin" folder that holds the program. Owned by
+// main.cpp; constant after construction, any thread.
+#pragma once
+
+#include "platform/Bundle.h"
+
+#include <map>
+
+namespace orvo {
+
+class FolderBundle final : public Bundle {
+ public:
+  // `invocation` is the program's own name as it was started with, which may be a symbolic link.
+  explicit FolderBundle(const std::string& invocation);
+
+  std::optional<std::string> identifier() const override;
+  std::optional<InfoValue> infoValue(std::string_view key) const override;
+  std::string path() const override { return path_; }
+
+ private:
+  void readInfo(const std::string& file);
+
+  std::string path_;
+  std::map<std::string, InfoValue, std::less<>> info_;
+};
+
+}  // namespace orvo

@@ -1,0 +1,122 @@
+#include "platform/linux/desktop/StatusNotifierItem.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QPointer>
+
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr const char* watcherService = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherPath = "/StatusNotifierWatcher";
+constexpr const char* itemPath = "/StatusNotifierItem";
+constexpr const char* menuObjectPath = "/StatusNotifierItem/Menu";
+
+constexpr std::uint32_t maskOf(EventType type) { return 1U << static_cast<std::uint32_t>(type); }
+
+// The form that the protocol gives: process and a number of the item in it.
+QString nextServiceName() {
+  static int last = 0;
+  return QString("org.kde.StatusNotifierItem-%1-%2").arg(QCoreApplication::applicationPid()).arg(++last);
+}
+
+}  // namespace
+
+QDBusArgument& operator<<(QDBusArgument& argument, const NotifierToolTip& toolTip) {
+  argument.beginStructure();
+  argument << toolTip.iconName << toolTip.iconPixmap << toolTip.title << toolTip.description;
+  argument.endStructure();
+  return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& toolTip) {
+  argument.beginStructure();
+  argument >> toolTip.iconName >> toolTip.iconPixmap >> toolTip.title >> toolTip.description;
+  argument.endStructure();
+  return argument;
+}
+
+StatusNotifierItem::StatusNotifierItem(StatusNotifierServices services)
+    : services_(std::move(services)),
+      service_(nextServiceName()),
+      watcher_(watcherService, services_.bus, QDBusServiceWatcher::WatchForRegistration),
+      menu_(services_.bus, menuObjectPath, services_.queue, [this] { sendAction(EventType::rightMouseUp); }) {
+  registerSymbolTypes();
+  qDBusRegisterMetaType<NotifierToolTip>();
+  connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, this, [this] { registerWithWatcher(); });
+  services_.bus.registerObject(
+      itemPath, this,
+      QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals | QDBusConnection::ExportAllProperties);
+}
+
+StatusNotifierItem::~StatusNotifierItem() {
+  setVisible(false);
+  services_.bus.unregisterObject(itemPath);
+}
+
+// A watcher drops an item whose name goes.
+void StatusNotifierItem::setVisible(bool visible) {
+  if (visible == std::exchange(visible_, visible)) return;
+  if (!visible) {
+    services_.bus.unregisterService(service_);
+  } else if (services_.bus.registerService(service_)) {
+    registerWithWatcher();
+  }
+}
+
+// Nobody answers while there is no watcher; the next one to come is told then.
+void StatusNotifierItem::registerWithWatcher() {
+  if (!visible_) return;
+  auto request =
+      QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService, "RegisterStatusNotifierItem");
+  request.setAutoStartService(false);
+  request << service_;
+  services_.bus.send(request);
+}
+
+void StatusNotifierItem::setAction(std::function<void()> action, std::uint32_t eventMask) {
+  action_ = std::move(action);
+  eventMask_ = eventMask;
+}
+
+void StatusNotifierItem::sendAction(EventType type) {
+  if (action_ && (eventMask_ & maskOf(type)) != 0) services_.application.handleEvent(type, action_);
+}
+
+void StatusNotifierItem::setAccessibilityLabel(const std::string& label) {
+  accessibilityLabel_ = QString::fromStdString(label);
+}
+
+void StatusNotifierItem::setImage(const std::string& symbolName, const std::string& /*accessibilityDescription*/) {
+  if (std::exchange(symbol_, symbolName) == symbolName) return;
+  emit NewIcon();
+  menu_.invalidate();
+}
+
+void StatusNotifierItem::setToolTip(const std::string& text) {
+  const auto wanted = QString::fromStdString(text);
+  if (std::exchange(toolTip_, wanted) != wanted) emit NewToolTip();
+}
+
+void StatusNotifierItem::popUpMenu(const Menu& menu, Point /*point*/) { menu_.setMenu(menu); }
+
+QDBusObjectPath StatusNotifierItem::menuPath() const { return QDBusObjectPath(menuObjectPath); }
+
+// The host waits for the answer, so it gets it first.
+void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {
+  services_.queue.post([item = QPointer<StatusNotifierItem>(this)] {
+    if (item) item->sendAction(EventType::leftMouseUp);
+  });
+}
+
+void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
+
+void StatusNotifierItem::ContextMenu(int /*x*/, int /*y*/) { sendAction(EventType::rightMouseUp); }
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
+
+}  // namespace orvo

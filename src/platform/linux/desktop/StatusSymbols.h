@@ -1,0 +1,33 @@
+// The symbols of the status item: by name for panels that draw symbolic icons in their own text
+// colour, and as pictures for all others. Any thread.
+#pragma once
+
+#include <QByteArray>
+#include <QDBusArgument>
+#include <QList>
+#include <QString>
+
+#include <string>
+
+namespace orvo {
+
+// One picture as StatusNotifierItem sends it: ARGB, 8 bits each, row by row, big-endian.
+struct NotifierPixmap {
+  int width = 0;
+  int height = 0;
+  QByteArray bytes;
+};
+using NotifierPixmaps = QList<NotifierPixmap>;
+
+QDBusArgument& operator<<(QDBusArgument& argument, const NotifierPixmap& pixmap);
+const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierPixmap& pixmap);
+
+void registerSymbolTypes();
+
+// Both are empty for a name that Orvo does not draw.
+QString symbolIconName(const std::string& symbol);
+NotifierPixmaps symbolPixmaps(const std::string& symbol);
+
+}  // namespace orvo
+
+Q_DECLARE_METATYPE(orvo::NotifierPixmap)
