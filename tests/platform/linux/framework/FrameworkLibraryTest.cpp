@@ -1,0 +1,285 @@
+#include "platform/linux/framework/FrameworkLibrary.h"
+
+#include "platform/linux/busSupport/PrivateBus.h"
+#include "platform/linux/busSupport/ScriptedAgent.h"
+#include "platform/linux/framework/client/AgentClient.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+using test::eventually;
+using test::PrivateBus;
+using test::ScriptedAgent;
+
+constexpr const char* frameworkPath = "/System/Library/PrivateFrameworks/MenuBarClientCore.framework/MenuBarClientCore";
+constexpr const char* initMessage = "initWithAllowedSystemItems:allowedBundleIdentifiers:";
+constexpr const char* activateMessage = "activateWithConfiguration:completionHandler:";
+constexpr std::array<int, 9> systemItems{0, 1, 2, 3, 4, 5, 6, 7, 8};
+
+// The library's connection lives as long as the process, so that one bus serves every test of it.
+PrivateBus& bus() {
+  static PrivateBus instance;
+  instance.becomeSessionBus();
+  return instance;
+}
+
+void ensureApplication() {
+  static int count = 1;
+  static char name[] = "test";
+  static char* arguments[] = {name, nullptr};
+  static QCoreApplication application(count, arguments);
+}
+
+struct Answers {
+  std::mutex mutex;
+  std::vector<std::string> list;
+  std::thread::id thread;
+
+  ConcealmentFramework::CompletionHandler handler() {
+    return [this](const std::optional<FrameworkError>& error) {
+      const std::lock_guard lock(mutex);
+      thread = std::this_thread::get_id();
+      list.push_back(error ? error->localizedDescription : "granted");
+    };
+  }
+  std::vector<std::string> get() {
+    const std::lock_guard lock(mutex);
+    return list;
+  }
+};
+
+class FrameworkLibraryTest : public testing::Test {
+ protected:
+  FrameworkLibraryTest() {
+    ensureApplication();
+    bus();
+    EXPECT_TRUE(framework_.load(frameworkPath));
+    configurationType_ = framework_.classNamed("MBAssessmentModeConfiguration");
+    assertionType_ = framework_.classNamed("MBAssessmentModeAssertion");
+  }
+
+  bool usable() { return framework_.instancesRespondTo(assertionType_, activateMessage); }
+
+  FrameworkObjectRef activate(Answers& answers, const std::vector<std::string>& allowed = {"a.b", "c"}) {
+    const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, allowed);
+    auto assertion = framework_.makeAssertion(assertionType_);
+    framework_.activate(*assertion, configuration, answers.handler());
+    return assertion;
+  }
+
+  FrameworkLibrary framework_{ORVO_BUNDLE};
+  FrameworkClassRef configurationType_ = nullptr;
+  FrameworkClassRef assertionType_ = nullptr;
+};
+
+TEST_F(FrameworkLibraryTest, OffersTheExpectedClassesAndMessagesAndNothingElse) {
+  ScriptedAgent agent(bus().address());
+  ASSERT_NE(configurationType_, nullptr);
+  ASSERT_NE(assertionType_, nullptr);
+  EXPECT_EQ(framework_.classNamed("MBAssessmentModeassertion"), nullptr);
+  EXPECT_TRUE(framework_.instancesRespondTo(configurationType_, initMessage));
+  EXPECT_TRUE(framework_.instancesRespondTo(assertionType_, activateMessage));
+  EXPECT_TRUE(framework_.instancesRespondTo(assertionType_, "invalidate"));
+  EXPECT_FALSE(framework_.instancesRespondTo(configurationType_, "invalidate"));
+  EXPECT_FALSE(framework_.instancesRespondTo(assertionType_, ""));
+}
+
+TEST_F(FrameworkLibraryTest, AMissingLibraryIsNoFramework) {
+  FrameworkLibrary elsewhere("/nowhere");
+  EXPECT_FALSE(elsewhere.load(frameworkPath));
+  EXPECT_EQ(elsewhere.classNamed("MBAssessmentModeAssertion"), nullptr);
+}
+
+TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWatcher) {
+  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  ScriptedAgent agent(bus().address());
+  EXPECT_TRUE(usable());
+  agent.setHeld(false);
+  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  agent.setHeld(true);
+  EXPECT_TRUE(usable());
+  agent.vanish();
+  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  ScriptedAgent mute(bus().address(), ScriptedAgent::Mood::silent);
+  EXPECT_TRUE(eventually([&] { return !usable(); }));
+}
+
+TEST_F(FrameworkLibraryTest, AKnownAgentIsNotAskedAgain) {
+  ScriptedAgent agent(bus().address());
+  const auto quiet = [&] {
+    const auto before = agent.calls().size();
+    return usable() && agent.calls().size() == before;
+  };
+  EXPECT_TRUE(eventually(quiet));
+}
+
+TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThread) {
+  ScriptedAgent agent(bus().address());
+  Answers answers;
+  const auto assertion = activate(answers, {"org.example.A", "", "ünï.ço"});
+  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  EXPECT_EQ(answers.get(), std::vector<std::string>{"granted"});
+  EXPECT_NE(answers.thread, std::this_thread::get_id());
+  EXPECT_EQ(agent.count("Activate [0 1 2 3 4 5 6 7 8] org.example.A  ünï.ço"), 1);
+  Answers none;
+  const auto empty = activate(none, {});
+  EXPECT_TRUE(eventually([&] { return agent.count("Activate [0 1 2 3 4 5 6 7 8] ") == 1; }));
+  ASSERT_TRUE(eventually([&] { return !none.get().empty(); }));
+}
+
+TEST_F(FrameworkLibraryTest, InvalidationRightAfterActivationEndsTheConcealmentThoughTheAnswerIsLate) {
+  ScriptedAgent agent(bus().address());
+  agent.setMood(ScriptedAgent::Mood::silent);
+  Answers answers;
+  const auto assertion = activate(answers);
+  framework_.invalidate(*assertion);
+  ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+  agent.catchUp();
+  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate " + std::to_string(agent.lastAssertion())) == 1; }));
+  EXPECT_EQ(answers.get().size(), 1U);
+  EXPECT_NE(answers.get().front(), "granted");
+}
+
+TEST_F(FrameworkLibraryTest, TheLastReferenceEndsTheConcealmentOnce) {
+  ScriptedAgent agent(bus().address());
+  Answers answers;
+  auto assertion = activate(answers);
+  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  framework_.invalidate(*assertion);
+  framework_.invalidate(*assertion);
+  assertion.reset();
+  Answers later;
+  auto next = activate(later);
+  ASSERT_TRUE(eventually([&] { return !later.get().empty(); }));
+  EXPECT_EQ(agent.count("Invalidate 1"), 1);
+  next.reset();
+  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate 2") == 1; }));
+}
+
+TEST_F(FrameworkLibraryTest, AnAssertionOfAnEarlierAgentNeverEndsOneOfItsSuccessor) {
+  auto first = std::make_unique<ScriptedAgent>(bus().address());
+  Answers before;
+  const auto old = activate(before);
+  ASSERT_TRUE(eventually([&] { return !before.get().empty(); }));
+  first.reset();
+  ScriptedAgent second(bus().address());
+  Answers after;
+  const auto current = activate(after);
+  ASSERT_TRUE(eventually([&] { return !after.get().empty(); }));
+  framework_.invalidate(*old);
+  framework_.invalidate(*current);
+  ASSERT_TRUE(eventually([&] { return second.count("Invalidate 1") > 0; }));
+  EXPECT_EQ(second.count("Invalidate 1"), 1);
+}
+
+TEST_F(FrameworkLibraryTest, EveryFailureOfTheAgentIsAnErrorGivenOnce) {
+  enum class Failure { absent, refuses, vanishes };
+  for (const auto& [failure, text] :
+       std::vector<std::pair<Failure, std::string>>{{Failure::absent, "The menu bar agent is not running."},
+                                                    {Failure::refuses, "Another program manages the status icons."},
+                                                    {Failure::vanishes, "The menu bar agent is not running."}}) {
+    std::unique_ptr<ScriptedAgent> agent;
+    if (failure != Failure::absent) agent = std::make_unique<ScriptedAgent>(bus().address());
+    if (failure == Failure::refuses) agent->setMood(ScriptedAgent::Mood::refuses);
+    if (failure == Failure::vanishes) agent->setMood(ScriptedAgent::Mood::silent);
+    Answers answers;
+    const auto assertion = activate(answers);
+    if (failure == Failure::vanishes) {
+      ASSERT_TRUE(eventually([&] { return !agent->calls().empty() && agent->calls().back().starts_with("Activate"); }));
+      agent->vanish();
+    }
+    ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+    framework_.invalidate(*assertion);
+    EXPECT_EQ(answers.get(), std::vector<std::string>{text});
+  }
+}
+
+TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
+  const auto reasonOf = [](const auto& action) {
+    try {
+      action();
+    } catch (const FrameworkException& exception) {
+      return exception.reason.value_or("none");
+    }
+    return std::string("nothing raised");
+  };
+  EXPECT_EQ(reasonOf([&] { framework_.makeConfiguration(configurationType_, systemItems, {"caf\xe9"}); }),
+            "A bundle identifier is not valid UTF-8.");
+  ScriptedAgent agent(bus().address());
+  Answers answers;
+  const auto assertion = activate(answers);
+  const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, {});
+  EXPECT_EQ(reasonOf([&] { framework_.activate(*assertion, configuration, answers.handler()); }),
+            "The assertion has been activated before.");
+  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  EXPECT_EQ(answers.get().size(), 1U);
+}
+
+TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
+  ScriptedAgent agent(bus().address());
+  agent.setMood(ScriptedAgent::Mood::silent);
+  Answers answers;
+  {
+    FrameworkLibrary passing(ORVO_BUNDLE);
+    ASSERT_TRUE(passing.load(frameworkPath));
+    const auto configuration = passing.makeConfiguration(configurationType_, systemItems, {});
+    const auto assertion = passing.makeAssertion(assertionType_);
+    passing.activate(*assertion, configuration, answers.handler());
+    ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+  }
+  agent.catchUp();
+  // The invalidation that follows the late answer is sent before its completion would run.
+  Answers later;
+  const auto next = activate(later);
+  ASSERT_TRUE(eventually([&] { return !later.get().empty(); }));
+  EXPECT_TRUE(answers.get().empty());
+}
+
+// The client behind the library, with a limit that a test can wait for.
+TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
+  ensureApplication();
+  ScriptedAgent agent(bus().address());
+  agent.setMood(ScriptedAgent::Mood::silent);
+  AgentClient client(bus().connect(QStringLiteral("patient")), std::chrono::milliseconds(50));
+  std::atomic<int> errors = 0;
+  const auto concealment = std::make_shared<Concealment>();
+  concealment->completion = [&](const auto& error) {
+    if (error && error->code == ConcealmentErrorCode::noAnswer) ++errors;
+  };
+  client.activate(concealment, {});
+  ASSERT_TRUE(eventually([&] { return errors == 1; }));
+  agent.catchUp();
+  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate 1") == 1; }));
+  EXPECT_EQ(errors, 1);
+}
+
+TEST(AgentClientTest, ABusThatDiesAnswersWhatIsPendingAndWhatComesAfter) {
+  ensureApplication();
+  PrivateBus own;
+  ScriptedAgent agent(own.address());
+  AgentClient client(own.connect(QStringLiteral("dying")));
+  agent.setMood(ScriptedAgent::Mood::silent);
+  std::atomic<int> errors = 0;
+  const auto ask = [&] {
+    const auto concealment = std::make_shared<Concealment>();
+    concealment->completion = [&](const auto& error) { errors += error ? 1 : 0; };
+    client.activate(concealment, {});
+  };
+  ask();
+  ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+  own.stop();
+  EXPECT_TRUE(eventually([&] { return errors == 1; }));
+  ask();
+  EXPECT_TRUE(eventually([&] { return errors == 2; }));
+  EXPECT_FALSE(client.watcherHeld());
+}
+
+}  // namespace
+}  // namespace orvo
