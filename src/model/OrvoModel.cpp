@@ -1,0 +1,193 @@
+#include "model/OrvoModel.h"
+
+#include "app/GlobalShortcut.h"
+#include "platform/Accessibility.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr MainQueue::Duration pollInterval{3000};
+constexpr MainQueue::Duration pollTolerance{500};
+constexpr MainQueue::Duration rescanInterval{15000};
+
+constexpr const char* fallbackBundle = "local.quillet.menubar";
+
+}  // namespace
+
+std::shared_ptr<OrvoModel> OrvoModel::make(const Platform& platform) {
+  return std::shared_ptr<OrvoModel>(new OrvoModel(platform));
+}
+
+OrvoModel::OrvoModel(const Platform& platform)
+    : accessibilityGranted(willChange, std::as_const(platform.accessibility).isProcessTrusted()),
+      preferences(willChange, OrvoPreferences::decode(platform.userDefaults.data(preferencesKey))),
+      backendAvailable(QLMenuBarBackendAvailable()),
+      ownBundle(platform.bundle.identifier().value_or(fallbackBundle)),
+      nativeMenuBarReady(isInApplicationsFolder(platform.bundle, platform.fileSystem)),
+      mainQueue_(platform.mainQueue),
+      userDefaults_(platform.userDefaults),
+      workspace_(platform.workspace),
+      defaultCenter_(platform.application.notificationCenter()),
+      accessibility_(platform.accessibility),
+      hotKeys_(platform.hotKeys),
+      loginItem_(platform.loginItem),
+      localizedText_(platform.localizedText),
+      scanner_(platform.accessibility, platform.workspace, platform.localizedText, platform.scanExecutor,
+               platform.mainQueue),
+      relay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
+  launchAtLogin = isLoginItemEnabled();
+}
+
+// The assertions are owned and end with their owner; the rest would only find the model gone.
+OrvoModel::~OrvoModel() {
+  releaseAssertions(std::nullopt);
+  stopObserving();
+  for (const MainQueue::Handle handle : {watchdog_, rehide_, pollTimer_}) mainQueue_.cancel(handle);
+}
+
+void OrvoModel::start() {
+  if (!nativeMenuBarReady) message = installMessage;
+  relay_->onReveal = [model = weak_from_this()] {
+    if (const auto self = model.lock()) self->reveal(false);
+  };
+  registerShortcut();
+  pollTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
+  observeSystem();
+  refreshLater();
+}
+
+void OrvoModel::registerShortcut() {
+  shortcut_ = std::make_unique<GlobalShortcut>(hotKeys_);
+  // The queue outlives every press, the model need not.
+  shortcut_->onPress = [&queue = mainQueue_, toggle = weakly(&OrvoModel::toggle)] { queue.post(toggle); };
+  shortcutAvailable = shortcut_->isRegistered();
+}
+
+void OrvoModel::toggle() {
+  if (state() == BarState::visible) {
+    hideSelected();
+  } else {
+    reveal(true);
+  }
+}
+
+void OrvoModel::observeSystem() {
+  NotificationCenter& center = workspace_.notificationCenter();
+  observe(center, Notification::applicationLaunched, &OrvoModel::applicationLaunched);
+  observe(center, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
+  observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
+  observe(center, Notification::didWake, &OrvoModel::systemDidWake);
+  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
+}
+
+// A notification is handled once its sender has returned; one that was still under way when the
+// observers went is dropped.
+void OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
+  const auto handle = [model = weak_from_this(), step] {
+    const auto self = model.lock();
+    if (self && !self->observations_.empty()) (self.get()->*step)();
+  };
+  const auto token = center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
+  observations_.push_back({&center, token});
+}
+
+void OrvoModel::stop() {
+  reveal(false);
+  mainQueue_.cancel(pollTimer_);
+  relay_->stop();
+  stopObserving();
+}
+
+void OrvoModel::stopObserving() {
+  for (const auto& [center, token] : observations_) center->removeObserver(token);
+  observations_.clear();
+}
+
+void OrvoModel::applicationLaunched() {
+  if (state() != BarState::visible) {
+    reveal(false);
+    message = "A new app opened. Icons are shown so its menu bar item can load.";
+  }
+  refresh();
+}
+
+void OrvoModel::applicationTerminated() {
+  refresh([self = shared_from_this()] {
+    if (self->state() == BarState::hidden) self->hideSelected();
+  });
+}
+
+void OrvoModel::systemWillSleep() {
+  reveal(false);
+  invalidateSystemGeometry();
+}
+
+void OrvoModel::systemDidWake() {
+  invalidateSystemGeometry();
+  refresh();
+}
+
+void OrvoModel::screensChanged() {
+  reveal(false);
+  invalidateSystemGeometry();
+  refresh();
+}
+
+void OrvoModel::poll() {
+  const bool trusted = followTrust();
+  if (trusted && !relay_->isInstalled()) relay_->install();
+  updateSystemClickProtection();
+  launchAtLogin = isLoginItemEnabled();
+  const bool scanIsOld = !lastScan_ || mainQueue_.now() - *lastScan_ > rescanInterval;
+  if (trusted && state() == BarState::visible && scanIsOld) refreshLater();
+}
+
+bool OrvoModel::followTrust() {
+  const bool trusted = std::as_const(accessibility_).isProcessTrusted();
+  if (trusted == accessibilityGranted()) return trusted;
+  accessibilityGranted = trusted;
+  invalidateSystemGeometry();
+  if (trusted) {
+    refreshLater();
+  } else {
+    reveal(false);
+  }
+  return trusted;
+}
+
+void OrvoModel::refreshLater() {
+  mainQueue_.post([self = shared_from_this()] { self->refresh(); });
+}
+
+void OrvoModel::invalidateSystemGeometry() {
+  scanGeneration_ = freshIdentity();
+  relay_->setSystemFrames({});
+  systemClickProtection = false;
+}
+
+void OrvoModel::updateSystemClickProtection() {
+  systemClickProtection = relay_->isInstalled() && !relay_->systemFrames().empty();
+}
+
+MainQueue::Task OrvoModel::weakly(Step step) {
+  return [model = weak_from_this(), step] {
+    if (const auto self = model.lock()) (self.get()->*step)();
+  };
+}
+
+std::set<std::string> OrvoModel::runningBundles() const {
+  std::set<std::string> bundles;
+  for (const RunningApplication& application : workspace_.runningApplications()) {
+    if (application.bundleIdentifier) bundles.insert(*application.bundleIdentifier);
+  }
+  return bundles;
+}
+
+}  // namespace orvo

@@ -1,0 +1,146 @@
+// Hiding, revealing and automatic re-hiding.
+#include "model/OrvoModel.h"
+
+#include "core/VisibilityPlan.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr MainQueue::Duration confirmationTimeout{5000};
+
+MainQueue::Duration fromSeconds(std::int64_t seconds) {
+  constexpr auto longest = std::chrono::duration_cast<std::chrono::seconds>(MainQueue::Duration::max());
+  return seconds > longest.count() ? MainQueue::Duration::max() : std::chrono::seconds(seconds);
+}
+
+}  // namespace
+
+bool OrvoModel::canHide() const {
+  return nativeMenuBarReady && backendAvailable && accessibilityGranted() && systemClickProtection() &&
+         !relay_->systemFrames().empty() && selectedCount() != 0 && state() != BarState::applying;
+}
+
+void OrvoModel::hideSelected() {
+  if (!readyToHide()) return;
+  mainQueue_.cancel(rehide_);
+  mainQueue_.cancel(watchdog_);
+  const VisibilityPlan plan(runningBundles(), preferences().rules, ownBundle);
+  if (plan.needsAssertion()) {
+    requestHiding(plan.allowedBundles());
+  } else {
+    reveal(false);
+  }
+}
+
+bool OrvoModel::readyToHide() {
+  if (!nativeMenuBarReady) {
+    message = installMessage;
+    return false;
+  }
+  if (!backendAvailable || !accessibilityGranted()) return false;
+  if (!relay_->isInstalled() || relay_->systemFrames().empty()) {
+    message = "System controls are not ready. Refresh the icon list after granting Accessibility.";
+    return false;
+  }
+  return true;
+}
+
+void OrvoModel::requestHiding(const std::set<std::string>& allowedBundles) {
+  const Identity request = freshIdentity();
+  generation_ = request;
+  state = BarState::applying;
+  message = std::nullopt;
+  if (onStateChanged) onStateChanged();
+  const QLAssertionRef assertion = createAssertion(allowedBundles, request);
+  if (assertion == nullptr) {
+    failed("The menu bar API could not start. All icons are visible.");
+    return;
+  }
+  assertions_.push_back({request, assertion});
+  relay_->setConcealed(true);
+  watchdog_ = mainQueue_.runAfter(confirmationTimeout, [model = weak_from_this(), request] {
+    if (const auto self = model.lock()) self->timedOut(request);
+  });
+}
+
+// What the system's answer carries home, from whatever thread it is given on.
+struct OrvoModel::AnswerContext {
+  MainQueue& mainQueue;
+  std::weak_ptr<OrvoModel> model;
+  Identity request;
+
+  static void invoke(void* context, const QLError* error) {
+    const auto& answer = *static_cast<const AnswerContext*>(context);
+    std::optional<std::string> failure;
+    if (error != nullptr) failure = error->localizedDescription;
+    answer.mainQueue.post([model = answer.model, request = answer.request, failure = std::move(failure)] {
+      if (const auto self = model.lock()) self->answered(request, failure);
+    });
+  }
+  static void release(void* context) { delete static_cast<AnswerContext*>(context); }
+};
+
+QLAssertionRef OrvoModel::createAssertion(const std::set<std::string>& allowedBundles, Identity request) {
+  std::vector<const char*> identifiers;
+  identifiers.reserve(allowedBundles.size());
+  for (const std::string& bundle : allowedBundles) identifiers.push_back(bundle.c_str());
+  auto context = std::make_unique<AnswerContext>(AnswerContext{mainQueue_, weak_from_this(), request});
+  return QLCreateMenuBarAssertion(
+      identifiers.data(), identifiers.size(),
+      {.invoke = AnswerContext::invoke, .release = AnswerContext::release, .context = context.release()});
+}
+
+void OrvoModel::answered(Identity request, const std::optional<std::string>& failure) {
+  if (generation_ != request) return;
+  mainQueue_.cancel(watchdog_);
+  if (failure) {
+    failed("Could not hide icons: " + *failure);
+  } else {
+    confirmed(request);
+  }
+}
+
+void OrvoModel::confirmed(Identity request) {
+  releaseAssertions(request);
+  state = BarState::hidden;
+  relay_->setConcealed(true);
+  if (onStateChanged) onStateChanged();
+}
+
+void OrvoModel::timedOut(Identity request) {
+  if (generation_ != request || state() != BarState::applying) return;
+  failed("macOS did not confirm hiding. All icons have been restored.");
+}
+
+void OrvoModel::failed(const std::string& why) {
+  reveal(false);
+  message = why;
+}
+
+void OrvoModel::reveal(bool scheduleRehide) {
+  generation_ = freshIdentity();
+  mainQueue_.cancel(watchdog_);
+  mainQueue_.cancel(rehide_);
+  releaseAssertions(std::nullopt);
+  state = BarState::visible;
+  relay_->setConcealed(false);
+  if (onStateChanged) onStateChanged();
+  if (scheduleRehide && preferences().autoRehideSeconds >= 1 && selectedCount() != 0) {
+    rehide_ = mainQueue_.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
+  }
+}
+
+void OrvoModel::releaseAssertions(std::optional<Identity> except) {
+  const auto goes = [&](const Assertion& assertion) { return assertion.request != except; };
+  for (const Assertion& assertion : assertions_) {
+    if (goes(assertion)) QLReleaseMenuBarAssertion(assertion.handle);
+  }
+  std::erase_if(assertions_, goes);
+}
+
+}  // namespace orvo

@@ -1,0 +1,108 @@
+// The icon list, the rules, and their storage.
+#include "model/OrvoModel.h"
+
+#include "core/VisibilityPlan.h"
+#include "platform/Accessibility.h"
+#include "platform/LocalizedText.h"
+#include "platform/UserDefaults.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvo {
+
+void OrvoModel::refresh(std::function<void()> done) {
+  if (!beginScan()) {
+    if (done) done();
+    return;
+  }
+  scanner_.scan([self = shared_from_this(), epoch = scanGeneration_, done = std::move(done)](MenuBarSnapshot snapshot) {
+    if (self->scanGeneration_ != epoch) {
+      self->isScanning = false;
+      self->refresh(done);
+      return;
+    }
+    self->apply(snapshot);
+    if (done) done();
+  });
+}
+
+bool OrvoModel::beginScan() {
+  if (isScanning()) return false;
+  accessibilityGranted = std::as_const(accessibility_).isProcessTrusted();
+  if (!accessibilityGranted()) {
+    reveal(false);
+    invalidateSystemGeometry();
+    return false;
+  }
+  isScanning = true;
+  if (!relay_->isInstalled()) relay_->install();
+  updateSystemClickProtection();
+  return true;
+}
+
+void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
+  relay_->setSystemFrames(snapshot.systemFrames);
+  updateSystemClickProtection();
+  apps = merged(snapshot.apps);
+  isScanning = false;
+  lastScan_ = mainQueue_.now();
+}
+
+// While icons are concealed a scan misses their owners, so those that still run are carried over.
+std::vector<DiscoveredApp> OrvoModel::merged(const std::vector<DiscoveredApp>& found) const {
+  std::map<std::string, DiscoveredApp> byBundle;
+  for (const DiscoveredApp& app : found) byBundle.emplace(app.bundleID, app);
+  if (state() != BarState::visible) {
+    const std::set<std::string> running = runningBundles();
+    for (const DiscoveredApp& app : apps()) {
+      if (running.contains(app.bundleID)) byBundle.emplace(app.bundleID, app);
+    }
+  }
+  std::vector<DiscoveredApp> list;
+  for (auto& [bundle, app] : byBundle) {
+    if (bundle != ownBundle && !VisibilityPlan::protectedBundles().contains(bundle)) list.push_back(std::move(app));
+  }
+  std::stable_sort(list.begin(), list.end(), [&](const DiscoveredApp& left, const DiscoveredApp& right) {
+    return localizedText_.standardCompare(left.name, right.name) < 0;
+  });
+  return list;
+}
+
+std::vector<DiscoveredApp> OrvoModel::filteredApps() const {
+  if (searchText().empty()) return apps();
+  std::vector<DiscoveredApp> found;
+  std::copy_if(apps().begin(), apps().end(), std::back_inserter(found), [&](const DiscoveredApp& app) {
+    return localizedText_.caseInsensitiveContains(app.name, searchText()) ||
+           localizedText_.caseInsensitiveContains(app.bundleID, searchText());
+  });
+  return found;
+}
+
+std::size_t OrvoModel::selectedCount() const {
+  const auto& rules = preferences().rules;
+  return static_cast<std::size_t>(std::count_if(apps().begin(), apps().end(), [&](const DiscoveredApp& app) {
+    const auto rule = rules.find(app.bundleID);
+    return rule != rules.end() && rule->second == IconRule::hidden;
+  }));
+}
+
+void OrvoModel::setRule(IconRule rule, const std::string& bundleID) {
+  OrvoPreferences changed = preferences();
+  changed.rules[bundleID] = rule;
+  setPreferences(std::move(changed));
+  if (state() == BarState::hidden) hideSelected();
+}
+
+void OrvoModel::setPreferences(OrvoPreferences value) {
+  const std::int64_t previousDelay = preferences().autoRehideSeconds;
+  preferences = std::move(value);
+  savePreferences();
+  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehide_);
+}
+
+void OrvoModel::savePreferences() {
+  if (const auto bytes = preferences().encode()) userDefaults_.setData(preferencesKey, *bytes);
+}
+
+}  // namespace orvo
