@@ -1,0 +1,176 @@
+#include "app/AppDelegate.h"
+
+#include "model/OrvoModel.h"
+#include "platform/MainQueue.h"
+#include "platform/StatusBar.h"
+#include "platform/UserDefaults.h"
+#include "platform/Window.h"
+#include "ui/OrvoView.h"
+
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr const char* hasOpenedSettingsKey = "Orvo.HasOpenedSettings";
+constexpr std::uint32_t noOptionalBehavior = 0;
+
+MenuItem item(std::string title, MenuAction action, std::string keyEquivalent = {}) {
+  MenuItem made;
+  made.title = std::move(title);
+  made.action = std::move(action);
+  made.keyEquivalent = std::move(keyEquivalent);
+  return made;
+}
+
+// An untitled item that carries a titled menu.
+MenuItem submenu(std::string title, std::vector<MenuItem> items) {
+  MenuItem made;
+  made.submenu.push_back({.title = std::move(title), .autoenablesItems = true, .items = std::move(items)});
+  return made;
+}
+
+MenuItem editMenu() {
+  return submenu("Edit",
+                 {item("Undo", FirstResponderAction{"undo:"}, "z"), item("Cut", FirstResponderAction{"cut:"}, "x"),
+                  item("Copy", FirstResponderAction{"copy:"}, "c"), item("Paste", FirstResponderAction{"paste:"}, "v"),
+                  item("Select All", FirstResponderAction{"selectAll:"}, "a")});
+}
+
+WindowDescription settingsWindow() {
+  return {.contentSize = {880, 680},
+          .styleMask = windowStyleTitled | windowStyleClosable | windowStyleMiniaturizable | windowStyleResizable |
+                       windowStyleFullSizeContentView,
+          .title = "Orvo Settings",
+          .titleVisible = false,
+          .titlebarAppearsTransparent = true,
+          .frameAutosaveName = "Orvo.Settings",
+          .releasedWhenClosed = false,
+          .minimumSize = {850, 630}};
+}
+
+}  // namespace
+
+std::shared_ptr<AppDelegate> AppDelegate::make(const Platform& platform) {
+  return std::shared_ptr<AppDelegate>(new AppDelegate(platform));
+}
+
+AppDelegate::AppDelegate(const Platform& platform) : platform_(platform), model_(OrvoModel::make(platform)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+  platform_.application.setActivationPolicy(ActivationPolicy::accessory);
+  installMainMenu();
+  makeStatusItem();
+  model_->onStateChanged = weakly(&AppDelegate::updateStatusItem);
+  model_->start();
+  const bool needsNoWindow = platform_.userDefaults.boolean(hasOpenedSettingsKey) && model_->accessibilityGranted() &&
+                             model_->nativeMenuBarReady;
+  if (!needsNoWindow) showWindow();
+}
+
+bool AppDelegate::applicationShouldHandleReopen(bool) {
+  openSettings();
+  return true;
+}
+
+void AppDelegate::applicationWillTerminate() { model_->stop(); }
+
+bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() { return false; }
+
+void AppDelegate::installMainMenu() {
+  Menu menu;
+  menu.items = {submenu("Orvo", {item("Settings…", weakly(&AppDelegate::openSettings), ","), separatorItem(),
+                                 item("Quit Orvo", weakly(&AppDelegate::quit), "q")}),
+                editMenu()};
+  platform_.application.setMainMenu(menu);
+}
+
+void AppDelegate::makeStatusItem() {
+  statusItem_ = platform_.statusBar.statusItem(squareStatusItemLength);
+  if (!statusItem_) return;
+  statusItem_->setAutosaveName("Quillet.Toggle");
+  statusItem_->setBehavior(noOptionalBehavior);
+  statusItem_->setVisible(true);
+  if (StatusItemButton* const made = button()) {
+    made->setAction(weakly(&AppDelegate::statusClicked), leftMouseUpMask | rightMouseUpMask);
+    made->setAccessibilityLabel("Orvo menu bar manager");
+    made->setAccessibilityIdentifier("Orvo.NativeMenuBarToggle");
+  }
+  updateStatusItem();
+}
+
+void AppDelegate::updateStatusItem() {
+  StatusItemButton* const shown = button();
+  if (shown == nullptr) return;
+  const bool visible = model_->state() == BarState::visible;
+  shown->setImage(visible ? "chevron.right" : "chevron.left", "Orvo");
+  shown->setToolTip(visible ? "Hide selected icons · Right-click for settings" : "Show hidden icons · ⌃⌥⌘B");
+}
+
+StatusItemButton* AppDelegate::button() const { return statusItem_ ? statusItem_->button() : nullptr; }
+
+void AppDelegate::statusClicked() {
+  if (platform_.application.currentEventType() == EventType::rightMouseUp) {
+    if (StatusItemButton* const clicked = button()) showStatusMenu(*clicked);
+  } else if (model_->state() != BarState::visible) {
+    model_->reveal(true);
+  } else if (model_->canHide()) {
+    model_->hideSelected();
+  } else {
+    showWindow();
+  }
+}
+
+void AppDelegate::showStatusMenu(StatusItemButton& button) {
+  const bool visible = model_->state() == BarState::visible;
+  MenuItem toggleItem = item(visible ? "Hide selected icons" : "Show all icons", weakly(&AppDelegate::toggle));
+  toggleItem.enabled = !visible || model_->canHide();
+  Menu menu;
+  menu.autoenablesItems = false;
+  menu.items = {std::move(toggleItem), item("Settings…", weakly(&AppDelegate::openSettings)), separatorItem(),
+                item("Quit Orvo", weakly(&AppDelegate::quit))};
+  button.popUpMenu(menu, {0, button.bounds().y});
+}
+
+void AppDelegate::toggle() {
+  if (model_->state() == BarState::visible) {
+    model_->hideSelected();
+  } else {
+    model_->reveal(true);
+  }
+}
+
+void AppDelegate::openSettings() {
+  model_->reveal(false);
+  showWindow();
+}
+
+void AppDelegate::quit() {
+  model_->stop();
+  platform_.application.terminate();
+}
+
+void AppDelegate::showWindow() {
+  if (!window_) makeWindow();
+  platform_.userDefaults.setBoolean(hasOpenedSettingsKey, true);
+  if (window_) window_->makeKeyAndOrderFront();
+  platform_.application.activateIgnoringOtherApps();
+  platform_.mainQueue.post([model = model_] { model->refresh(); });
+}
+
+void AppDelegate::makeWindow() {
+  if (!content_) content_ = std::make_unique<OrvoView>(model_, platform_);
+  window_ = platform_.windows.make(settingsWindow(), *content_);
+  if (window_) window_->center();
+}
+
+std::function<void()> AppDelegate::weakly(void (AppDelegate::*action)()) {
+  return [delegate = weak_from_this(), action] {
+    if (const auto self = delegate.lock()) (self.get()->*action)();
+  };
+}
+
+}  // namespace orvo
