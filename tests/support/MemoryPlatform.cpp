@@ -1,0 +1,42 @@
+#include "support/MemoryPlatform.h"
+
+#include "bridge/FrameworkEntry.h"
+
+#include <algorithm>
+
+namespace orvo {
+
+namespace {
+
+constexpr std::int32_t hostPid = 10;
+constexpr const char* hostBundle = "com.apple.MenuBarAgent";
+
+}  // namespace
+
+MemoryPlatform::MemoryPlatform() {
+  setConcealmentFramework(&framework);
+  workspace.launch(hostBundle, hostPid);
+}
+
+MemoryPlatform::~MemoryPlatform() { setConcealmentFramework(nullptr); }
+
+void MemoryPlatform::showItems(const std::vector<std::string>& bundles) {
+  std::vector<std::shared_ptr<MemoryElement>> children{
+      element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
+  std::int32_t freePid = hostPid;
+  for (const auto& running : workspace.running) freePid = std::max(freePid, running.processIdentifier + 1);
+  for (const std::string& bundleIdentifier : bundles) {
+    if (workspace.runningApplications(bundleIdentifier).empty()) workspace.launch(bundleIdentifier, freePid++);
+    children.push_back(element(workspace.runningApplications(bundleIdentifier).front().processIdentifier));
+  }
+  accessibility.setTree(hostPid, element(hostPid)->withChildren(std::move(children)));
+}
+
+void MemoryPlatform::settle() {
+  do {
+    scanExecutor.runAll();
+    mainQueue.runPosted();
+  } while (scanExecutor.count() != 0);
+}
+
+}  // namespace orvo
