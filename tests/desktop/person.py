@@ -1,0 +1,79 @@
+"""The person in front of the desktop."""
+
+import contextlib
+import ctypes
+import time
+
+from Xlib import X, XK, display
+from Xlib.ext import xinput, xtest
+
+from waiting import hold
+
+
+class Person:
+    """Moves the pointer and presses buttons and keys; buttons come from the server's own mouse."""
+
+    def __init__(self, name):
+        self._x11 = ctypes.CDLL("libX11.so.6")
+        self._xi = ctypes.CDLL("libXi.so.6")
+        self._xtst = ctypes.CDLL("libXtst.so.6")
+        self._x11.XOpenDisplay.restype = ctypes.c_void_p
+        self._xi.XOpenDevice.restype = ctypes.c_void_p
+        self._xi.XOpenDevice.argtypes = [ctypes.c_void_p, ctypes.c_ulong]
+        self._xtst.XTestFakeDeviceButtonEvent.argtypes = [
+            ctypes.c_void_p, ctypes.c_void_p, ctypes.c_uint, ctypes.c_int, ctypes.c_void_p, ctypes.c_int, ctypes.c_ulong]
+        self._x11.XFlush.argtypes = self._x11.XCloseDisplay.argtypes = [ctypes.c_void_p]
+        self._x11.XSync.argtypes = [ctypes.c_void_p, ctypes.c_int]
+        self._connection = self._x11.XOpenDisplay(name.encode())
+        self._display = display.Display(name)
+        self._root = self._display.screen().root
+        self._mouse = self._xi.XOpenDevice(self._connection, self._mouse_device())
+
+    def _mouse_device(self):
+        """The slave pointer that stands for the hardware: "Xvfb mouse", "Xephyr virtual mouse"."""
+        for device in self._display.xinput_query_device(xinput.AllDevices).devices:
+            if device.use == xinput.SlavePointer and "XTEST" not in device.name:
+                return device.deviceid
+        raise RuntimeError("the server has no mouse of its own")
+
+    def move(self, x, y):
+        xtest.fake_input(self._display, X.MotionNotify, x=int(x), y=int(y))
+        self._display.sync()
+
+    def button(self, number, pressed):
+        self._xtst.XTestFakeDeviceButtonEvent(self._connection, self._mouse, number, int(pressed), None, 0, 0)
+        self._x11.XSync(self._connection, 0)
+
+    def click(self, x, y, button=1, held=0.0):
+        """Presses, holds for so many seconds and lets go; returns when the press went out."""
+        self.move(x, y)
+        self.button(button, True)
+        pressed = time.monotonic()
+        if held:
+            hold(held)
+        self.button(button, False)
+        return pressed
+
+    def key(self, *names):
+        """Presses the keys in this order and lets them go in the other."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
+        for code in codes:
+            xtest.fake_input(self._display, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self._display, X.KeyRelease, code)
+        self._display.sync()
+
+    def type(self, text):
+        for character in text:
+            self.key({" ": "space", ".": "period", "-": "minus"}.get(character, character))
+
+    def pointer(self):
+        """Position of the pointer and the mask of pressed buttons."""
+        answer = self._root.query_pointer()
+        buttons = X.Button1Mask | X.Button2Mask | X.Button3Mask | X.Button4Mask | X.Button5Mask
+        return (answer.root_x, answer.root_y), answer.mask & buttons
+
+    def close(self):
+        with contextlib.suppress(Exception):
+            self._display.close()
+        # Closing a connection whose server is gone ends the process, so the C one is left alone.
