@@ -1,0 +1,45 @@
+"""What the whole-desktop tests share: one desktop a class, its logs kept when a test fails."""
+
+import sys
+import unittest
+
+from session import OrvoDesktop
+
+
+class DesktopCase(unittest.TestCase):
+    """Each class starts one desktop; a class says in prepare() what runs on it."""
+
+    desktop = None
+    options = {}
+    failed = False
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = OrvoDesktop(**cls.options)
+        try:
+            cls.desktop.start()
+            cls.prepare()
+        except BaseException:
+            cls.failed = True
+            cls.tearDownClass()
+            raise
+
+    @classmethod
+    def prepare(cls):
+        pass
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.desktop.stop()
+        if cls.failed:
+            print(f"logs are kept in {cls.desktop.logs}", file=sys.stderr)
+        else:
+            cls.desktop.forget()
+
+    def run(self, result=None):
+        before = len(result.failures) + len(result.errors)
+        super().run(result)
+        if len(result.failures) + len(result.errors) > before:
+            type(self).failed = True
+            self.desktop.screenshot(f"{self.desktop.logs}/{self.id()}.png")
+        return result

@@ -1,0 +1,146 @@
+"""A desktop on which Orvo is installed in the person's Applications folder."""
+
+import base64
+import contextlib
+import json
+import os
+import shutil
+
+from gi.repository import Gio, GLib
+
+from desktop import ORVO, PROGRAMS, SETTINGS_KEY, Desktop
+from waiting import Timeout, wait
+
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+MENU_PATH = "/StatusNotifierItem/Menu"
+
+
+class OrvoDesktop(Desktop):
+    """The agent of the installed bundle serves the panel; Orvo itself starts on demand."""
+
+    def start(self, **options):
+        self.install()
+        return super().start(**options)
+
+    # Installation and stored choices
+
+    def install(self, folder=None):
+        """Copies the bundle as a person would, into ~/Applications unless told otherwise."""
+        target = os.path.join(folder or self.applications, "Orvo.app")
+        shutil.copytree(self.bundle, target, symlinks=False)
+        self.bundle = target
+        return target
+
+    @property
+    def program(self):
+        return os.path.join(self.bundle, "bin", "orvo")
+
+    @property
+    def settings_file(self):
+        return os.path.join(self.environment["XDG_CONFIG_HOME"], "orvo", "settings.json")
+
+    def remember(self, hidden=(), rehide=0, opened=True):
+        """Stores choices as a former run would have left them."""
+        record = {"rules": {name: "hidden" for name in hidden}, "autoRehideSeconds": rehide}
+        data = base64.b64encode(json.dumps(record).encode()).decode()
+        os.makedirs(os.path.dirname(self.settings_file), exist_ok=True)
+        with open(self.settings_file, "w", encoding="utf-8") as file:
+            json.dump({SETTINGS_KEY: {"base64": data}, "Orvo.HasOpenedSettings": opened}, file)
+
+    def remembered(self):
+        """The rules that the settings file holds now."""
+        with open(self.settings_file, encoding="utf-8") as file:
+            return json.loads(base64.b64decode(json.load(file)[SETTINGS_KEY]["base64"]))["rules"]
+
+    # Orvo running
+
+    def start_orvo(self, ready=True, limit=20, **environment):
+        """Starts Orvo and waits for its arrow; with `ready` also until hiding is offered."""
+        known = set(self.icons.values())
+        count = len(self.cells())
+        self.spawn("orvo", [self.program], **environment)
+        wait(lambda: len(self.cells()) > count or self.processes["orvo"].poll() is not None, limit, "the arrow")
+        if self.processes["orvo"].poll() is not None:
+            raise AssertionError("Orvo ended at once: " + self.log("orvo"))
+        if "orvo" not in self.icons:
+            self.learn("orvo", known)
+        if ready:
+            wait(self.can_hide, limit, "hiding being offered")
+
+    def start_all(self, hidden=(), programs=None, **options):
+        """The tray programs, then Orvo with these marked to be hidden."""
+        for name in programs or list(PROGRAMS)[:4]:
+            self.start_item(name)
+        self.remember(hidden)
+        self.start_orvo(**options)
+
+    @property
+    def orvo(self):
+        return self.processes["orvo"]
+
+    def _item_call(self, path, interface, method, arguments):
+        name = f"{ITEM}-{self.orvo.pid}-1"
+        return self.bus.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 5000,
+                                  None).unpack()
+
+    def tool_tip(self):
+        return self._item_call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+                               GLib.Variant("(ss)", (ITEM, "ToolTip")))[0][2]
+
+    def is_hidden(self):
+        """What the arrow says; applying counts as hidden."""
+        return self.tool_tip().startswith("Show")
+
+    def menu(self):
+        """The fresh menu of a right click: (identifier, label, enabled) of each item."""
+        self._item_call(MENU_PATH, MENU, "AboutToShowGroup", GLib.Variant("(ai)", ([0],)))
+        _, (_, _, children) = self._item_call(MENU_PATH, MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
+        return [(child[0], child[1].get("label", ""), child[1].get("enabled", True)) for child in children]
+
+    def choose(self, label):
+        """Chooses an item of the menu as the panel does."""
+        identifier = next(item[0] for item in self.menu() if item[1] == label)
+        event = (identifier, "clicked", GLib.Variant("i", 0), 0)
+        self._item_call(MENU_PATH, MENU, "EventGroup", GLib.Variant("(a(isvu))", ([event],)))
+
+    def can_hide(self):
+        with contextlib.suppress(GLib.Error, IndexError):
+            return self.menu()[0][2]
+        return False
+
+    def settings_window(self):
+        return self.window_titled("Orvo Settings")
+
+    # What a person does with it
+
+    def arrow(self):
+        """Centre of the arrow; its picture differs between the two states."""
+        for name in ("orvo", "orvo-hidden"):
+            with contextlib.suppress(ValueError):
+                return self.icon_center(name)
+        raise AssertionError(f"no arrow among {self.shown()}")
+
+    def click_arrow(self, button=1):
+        self.person.click(*self.arrow(), button=button)
+        self.away()
+
+    def expect_shown(self, names, limit=5.0, what=""):
+        """Waits until the panel shows exactly these icons in this order."""
+        try:
+            wait(lambda: self.shown() == list(names), limit)
+        except Timeout:
+            raise AssertionError(f"{what or 'the panel'} shows {self.shown()}, not {list(names)}") from None
+
+    def hide(self, limit=5.0):
+        """Hides by a click on the arrow and waits for the panel; learns the turned arrow at first."""
+        self.click_arrow()
+        wait(self.is_hidden, limit, "the arrow saying hidden")
+        if "orvo-hidden" not in self.icons:
+            known = set(self.icons.values())
+            wait(lambda: len(self.cells()) < len(self.icons), limit, "icons leaving the panel")
+            self.learn("orvo-hidden", known)
+
+    def hide_and_expect(self, names, limit=5.0):
+        self.hide(limit)
+        self.expect_shown(names, limit, "hidden, the panel")
