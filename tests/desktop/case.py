@@ -11,13 +11,14 @@ class DesktopCase(unittest.TestCase):
 
     desktop = None
     options = {}
+    start = {}
     failed = False
 
     @classmethod
     def setUpClass(cls):
         cls.desktop = OrvoDesktop(**cls.options)
         try:
-            cls.desktop.start()
+            cls.desktop.start(**cls.start)
             cls.prepare()
         except BaseException:
             cls.failed = True

@@ -278,7 +278,8 @@ class Desktop:
             wait(lambda: _accepts(f"{run}/system-bus"), what="the system bus")
             self.system_bus = self.connect_bus(self.environment["DBUS_SYSTEM_BUS_ADDRESS"])
             self.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
-        self.spawn("bus", ["dbus-daemon", "--session", "--nofork", f"--address=unix:path={run}/bus"])
+        kind = ["--session"] if accessibility else [f"--config-file={self._bus_without_accessibility()}"]
+        self.spawn("bus", ["dbus-daemon", *kind, "--nofork", f"--address=unix:path={run}/bus"])
         wait(lambda: _accepts(f"{run}/bus"), what="the session bus")
         self.bus = self.connect_bus()
         if accessibility:
@@ -287,6 +288,16 @@ class Desktop:
             self.set_accessibility(True)
         if self.with_logind:
             wait(lambda: self._owner(self.system_bus, "org.freedesktop.login1"), what="logind")
+
+    def _bus_without_accessibility(self):
+        """A session bus that can start what the panel needs and nothing else."""
+        services = self._folder("services")
+        shutil.copy("/usr/share/dbus-1/services/org.xfce.Xfconf.service", services)
+        configuration = os.path.join(self.folder, "bus.conf")
+        text = BUS_CONFIGURATION.format(path=f"{self.environment['XDG_RUNTIME_DIR']}/bus").replace(">system<", ">session<")
+        with open(configuration, "w", encoding="utf-8") as file:
+            file.write(text.replace("</busconfig>", f"  <servicedir>{services}</servicedir>\n</busconfig>"))
+        return configuration
 
     def connect_bus(self, address=None):
         connection = Gio.DBusConnection.new_for_address_sync(

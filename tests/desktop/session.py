@@ -112,7 +112,20 @@ class OrvoDesktop(Desktop):
     def settings_window(self):
         return self.window_titled("Orvo Settings")
 
+    def application(self):
+        """Orvo's accessible application, once it has shown a window."""
+        return wait(lambda: self.accessibility("orvo") or self.accessibility("Orvo"), what="Orvo's accessible tree")
+
+    def control(self, name, limit=5.0):
+        """The control of the settings window with this accessible name, once it is on the screen."""
+        return wait(lambda: self.application().find(None, name), limit, f"a control named {name}")
+
     # What a person does with it
+
+    def mark(self, application, choice="Hide"):
+        """Chooses Keep or Hide in the application's row with the pointer."""
+        picker = self.control(f"Visibility for {application}")
+        self.person.click(*picker.find(None, choice).center())
 
     def arrow(self):
         """Centre of the arrow; its picture differs between the two states."""

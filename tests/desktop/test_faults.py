@@ -1,0 +1,202 @@
+"""What happens when parts of the session die, hang or refuse."""
+
+import contextlib
+import os
+import signal
+import stat
+import time
+import unittest
+
+from case import DesktopCase
+from waiting import hold, stays, wait
+
+COPYQ = "com.github.hluk.copyq"
+MARKED = [COPYQ, "pasystray"]
+
+
+def center(frame):
+    x, y, width, height = frame
+    return x + width // 2, y + height // 2
+
+
+class Faults(DesktopCase):
+    @classmethod
+    def prepare(cls):
+        cls.desktop.start_all(hidden=MARKED)
+        cls.all = cls.desktop.shown()
+
+    def setUp(self):
+        desktop = self.desktop
+        if "agent" not in desktop.processes or desktop.processes["agent"].poll() is not None:
+            self.fail("the agent is gone")
+        if "orvo" not in desktop.processes or desktop.processes["orvo"].poll() is not None:
+            desktop.processes.pop("orvo", None)
+            desktop.start_orvo()
+        wait(desktop.can_hide, what="hiding being offered")
+        if desktop.is_hidden():
+            desktop.click_arrow()
+        wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
+
+    @contextlib.contextmanager
+    def stopped(self, process):
+        os.kill(process, signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            os.kill(process, signal.SIGCONT)
+
+    def test_a_killed_orvo_leaves_no_icon_hidden(self):
+        desktop = self.desktop
+        desktop.hide()
+        since = len(desktop.signals)
+        os.kill(desktop.orvo.pid, signal.SIGKILL)
+        killed = time.monotonic()
+        others = {name for name in self.all if name != "orvo"}
+        wait(lambda: set(desktop.shown()) == others, 2, "every icon of the others")
+        back = [moment - killed for moment, name, _ in desktop.signals[since:] if name.endswith("ItemRegistered")]
+        self.assertEqual(len(back), len(MARKED))
+        self.assertLess(max(back), 0.1)
+
+    def test_a_stopped_orvo_freezes_neither_pointer_nor_panel(self):
+        desktop = self.desktop
+        desktop.hide()
+        with self.stopped(desktop.orvo.pid):
+            desktop.person.click(*center(desktop.clock()))
+            desktop.person.click(40, 14)
+            wait(desktop.pop_ups, 2, "the applications menu")
+            desktop.person.key("Escape")
+            wait(lambda: not desktop.pop_ups(), 2, "the menu being closed")
+            for place in ((200, 300), (640, 600)):
+                desktop.person.move(*place)
+                self.assertEqual(desktop.person.pointer(), (place, 0))
+        wait(lambda: not desktop.is_hidden(), 3, "the reveal after Orvo goes on")
+
+    def test_a_stopped_tray_program_delays_nobody(self):
+        desktop = self.desktop
+        with self.stopped(desktop.processes[COPYQ].pid):
+            since = time.monotonic()
+            desktop.hide()
+            self.assertLess(time.monotonic() - since, 2)
+            since = time.monotonic()
+            desktop.click_arrow()
+            wait(lambda: not desktop.is_hidden(), 2, "the reveal")
+        wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
+
+    def test_a_stopped_panel_delays_nobody(self):
+        desktop = self.desktop
+        panel = desktop.processes["panel"].pid
+        desktop.hide()
+        with self.stopped(panel):
+            desktop.person.key("Control_L", "Alt_L", "Super_L", "b")
+            wait(lambda: not desktop.is_hidden(), 2, "the reveal")
+            self.assertEqual(desktop.run([desktop.program, "--diagnose"], limit=2).returncode, 0)
+        wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
+
+    def test_a_settings_file_that_cannot_be_written_is_told_and_harms_nothing(self):
+        desktop = self.desktop
+        folder = os.path.dirname(desktop.settings_file)
+        desktop.end("orvo")
+        before = desktop.remembered()
+        os.rename(folder, folder + ".kept")
+        with open(folder, "w", encoding="utf-8"):
+            pass  # A file where the folder should be: not even root can write below it.
+        try:
+            desktop.start_orvo(ready=False)
+            wait(desktop.settings_window, what="the settings window of a first start")
+            wait(lambda: "settings" in desktop.log("orvo"), what="a line about the settings")
+            self.assertIsNone(desktop.orvo.poll())
+        finally:
+            desktop.end("orvo")
+            os.unlink(folder)
+            os.rename(folder + ".kept", folder)
+        self.assertEqual(desktop.remembered(), before)
+
+    def test_a_damaged_settings_file_is_kept_aside(self):
+        desktop = self.desktop
+        desktop.end("orvo")
+        with open(desktop.settings_file, "rb+") as file:
+            whole = file.read()
+            file.truncate(len(whole) // 2)
+        try:
+            desktop.start_orvo(ready=False)
+            wait(lambda: "cannot be read" in desktop.log("orvo"), what="a line about the settings")
+            names = os.listdir(os.path.dirname(desktop.settings_file))
+            self.assertTrue(any("damaged" in name for name in names), names)
+        finally:
+            desktop.end("orvo")
+            with open(desktop.settings_file, "wb") as file:
+                file.write(whole)
+
+    def test_quitting_by_the_menu_or_by_a_signal_brings_every_icon_back(self):
+        desktop = self.desktop
+        others = {name for name in self.all if name != "orvo"}
+        for quit_now in (lambda: desktop.choose("Quit Orvo"), lambda: os.kill(desktop.orvo.pid, signal.SIGTERM)):
+            desktop.hide()
+            orvo = desktop.orvo
+            quit_now()
+            wait(lambda: orvo.poll() is not None, 5, "the end of Orvo")
+            self.assertEqual(orvo.returncode, 0)
+            wait(lambda: set(desktop.shown()) == others, 2, "every icon of the others")
+            desktop.processes.pop("orvo")
+            desktop.start_orvo()
+
+
+class LostParts(DesktopCase):
+    """Each test takes away something for good, so each has a desktop of its own."""
+
+    @classmethod
+    def setUpClass(cls):
+        pass
+
+    @classmethod
+    def tearDownClass(cls):
+        pass
+
+    def setUp(self):
+        DesktopCase.setUpClass.__func__(type(self))
+        self.addCleanup(DesktopCase.tearDownClass.__func__, type(self))
+
+    def start_hidden(self):
+        self.desktop.start_all(hidden=[COPYQ], programs=["org.rncbc.qmidinet", COPYQ])
+        self.all = self.desktop.shown()
+        self.desktop.hide()
+
+    def expect_clean_end(self, what):
+        orvo = self.desktop.orvo
+        wait(lambda: orvo.poll() is not None, 6, f"the end of Orvo after {what}")
+        self.assertGreaterEqual(orvo.returncode, 0, f"died of signal {-orvo.returncode} after {what}")
+        self.assertTrue(self.desktop.log("orvo").strip(), "no line on standard error")
+        self.assertEqual(self.desktop.remembered(), {COPYQ: "hidden"})
+
+    def test_a_killed_agent_leaves_no_icon_hidden_and_orvo_alive(self):
+        self.start_hidden()
+        os.kill(self.desktop.processes["agent"].pid, signal.SIGKILL)
+        wait(lambda: COPYQ in self.desktop.shown(), 5, "every icon")
+        stays(lambda: self.desktop.orvo.poll() is None, 1.0, "Orvo running")
+
+    def test_orvo_ends_in_order_when_the_session_bus_goes(self):
+        self.start_hidden()
+        os.kill(self.desktop.processes["bus"].pid, signal.SIGKILL)
+        self.expect_clean_end("the session bus")
+
+    def test_orvo_ends_in_order_when_the_x_server_goes(self):
+        self.start_hidden()
+        os.kill(self.desktop.processes["server"].pid, signal.SIGKILL)
+        self.expect_clean_end("the X server")
+
+
+class WithoutAccessibilityBus(DesktopCase):
+    start = {"accessibility": False}
+
+    def test_a_missing_accessibility_bus_leaves_orvo_alive_and_every_icon_shown(self):
+        desktop = self.desktop
+        desktop.start_item("org.rncbc.qmidinet")
+        desktop.remember(["org.rncbc.qmidinet"])
+        desktop.start_orvo(ready=False)
+        stays(lambda: desktop.orvo.poll() is None, 4.0, "Orvo running")
+        self.assertIn("org.rncbc.qmidinet", desktop.shown())
+        self.assertFalse(desktop.can_hide())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

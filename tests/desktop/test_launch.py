@@ -1,0 +1,78 @@
+"""The ways of starting Orvo."""
+
+import os
+import re
+import shutil
+import unittest
+
+from case import DesktopCase
+from waiting import stays, wait
+
+MARKED = ["com.github.hluk.copyq"]
+
+
+class Launch(DesktopCase):
+    @classmethod
+    def prepare(cls):
+        cls.desktop.start_all(hidden=MARKED, programs=["org.rncbc.qmidinet", "com.github.hluk.copyq"])
+        cls.all = cls.desktop.shown()
+
+    def diagnose(self, program, *arguments):
+        answer = self.desktop.run([program, *arguments])
+        self.assertEqual(answer.returncode, 0, answer.stderr)
+        return answer.stdout.splitlines()
+
+    def test_the_report_of_a_bundle_has_seven_lines(self):
+        for arguments in (["--diagnose"], ["--other", "--diagnose", "more"]):
+            lines = self.diagnose(self.desktop.program, *arguments)
+            self.assertEqual(len(lines), 7, lines)
+            labels = ["Orvo ", "OS: ", "Backend: ", "Accessibility: ", "Bundle: ", "Application path: ", "LaunchServices path: "]
+            for line, label in zip(lines, labels):
+                self.assertTrue(line.startswith(label), line)
+            self.assertRegex(lines[0], r"^Orvo \d+\.\d+\.\d+$")
+            self.assertEqual(lines[3:6], ["Accessibility: enabled", "Bundle: local.orvo.Orvo",
+                                          f"Application path: {self.desktop.bundle}"])
+
+    def test_the_report_of_a_bare_program_has_six_lines(self):
+        folder = os.path.join(self.desktop.home, "bare", "bin")
+        os.makedirs(folder, exist_ok=True)
+        program = shutil.copy(self.desktop.program, folder)
+        lines = self.diagnose(program, "--diagnose")
+        self.assertEqual(len(lines), 6, lines)
+        self.assertEqual(lines[0], "Orvo 0.2.0")
+        self.assertEqual(lines[4], "Bundle: unbundled command line process")
+
+    def test_the_report_tells_a_desktop_without_accessibility(self):
+        self.desktop.set_accessibility(False)
+        try:
+            self.assertIn("Accessibility: not granted to this process", self.diagnose(self.desktop.program, "--diagnose"))
+        finally:
+            self.desktop.set_accessibility(True)
+
+    def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
+        desktop = self.desktop
+        wait(desktop.can_hide, what="hiding being offered")
+        desktop.hide()
+        answer = desktop.run([desktop.program])
+        self.assertEqual((answer.returncode, answer.stdout), (0, ""))
+        wait(desktop.settings_window, what="the settings window")
+        wait(lambda: not desktop.is_hidden(), 2, "the reveal")
+        stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
+
+    def test_a_copy_outside_the_applications_folders_hides_nothing(self):
+        desktop = self.desktop
+        installed = desktop.bundle
+        desktop.end("orvo")
+        try:
+            desktop.install(os.path.join(desktop.home, "Downloads"))
+            desktop.start_orvo(ready=False)
+            wait(desktop.settings_window, what="the settings window")
+            stays(lambda: not desktop.can_hide(), 1.0, "hiding not being offered")
+        finally:
+            desktop.end("orvo")
+            desktop.bundle = installed
+            desktop.start_orvo()
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,194 @@
+"""Runs Orvo for somebody who wants to see it: on their own desktop, on a private one in a window, or, where
+there is no screen at all, off screen with a tour that leaves a picture of every step. See scripts/run."""
+
+import argparse
+import contextlib
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+from Xlib import display, error
+
+from desktop import PROGRAMS, REPOSITORY, WATCHER
+from session import OrvoDesktop
+from waiting import hold, wait
+
+MARKED = {"com.github.hluk.copyq": "CopyQ", "pasystray": "PulseAudio System Tray"}
+SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
+
+
+class Stopped(Exception):
+    pass
+
+
+def main():
+    choices = argparse.ArgumentParser(prog="scripts/run", description=__doc__)
+    where = choices.add_mutually_exclusive_group()
+    where.add_argument("--window", action="store_true", help="a private desktop in a window, whatever runs here")
+    where.add_argument("--off-screen", action="store_true", help="the tour, whatever runs here")
+    choices.add_argument("--dark", action="store_true", help="dark panel and window")
+    options = choices.parse_args()
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, stop)
+    with contextlib.suppress(Stopped):
+        if options.off_screen or not has_screen():
+            return tour(options.dark)
+        if options.window or not watcher_is_free():
+            return in_a_window(options.dark)
+        return here()
+    print("stopped")
+    return 130
+
+
+def stop(_number, _frame):
+    raise Stopped
+
+
+def has_screen():
+    with contextlib.suppress(error.DisplayError, OSError):
+        display.Display().close()
+        return True
+    return False
+
+
+def watcher_is_free():
+    """Whether this session has a bus on which nobody holds the name that the agent needs."""
+    answer = subprocess.run(
+        ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+         "org.freedesktop.DBus.NameHasOwner", f"string:{WATCHER}"], capture_output=True, text=True, check=False)
+    return answer.returncode == 0 and "false" in answer.stdout
+
+
+def here():
+    """Installs for this person and runs on their own desktop until they quit Orvo."""
+    subprocess.run([os.path.join(REPOSITORY, "packaging", "linux", "install")], check=True)
+    programs = os.path.expanduser("~/Applications/Orvo.app/bin")
+    agent = subprocess.Popen([os.path.join(programs, "orvo-agent")])
+    try:
+        print("Orvo runs on this desktop. Its arrow is in the tray; quit it by its menu or with Ctrl-C here.", flush=True)
+        orvo = subprocess.Popen([os.path.join(programs, "orvo")])
+        try:
+            return orvo.wait()
+        finally:
+            end(orvo)
+    finally:
+        end(agent)
+
+
+def end(process):
+    process.terminate()
+    try:
+        process.wait(5)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+
+
+def in_a_window(dark):
+    with OrvoDesktop(dark=dark, server="Xephyr", with_logind=False) as desktop:
+        print("Opening a desktop in a window; it ends when you close it, or with Ctrl-C here.", flush=True)
+        desktop.start()
+        for name in PROGRAMS:
+            desktop.start_item(name)
+        desktop.start_orvo(ready=False)
+        print("Mark applications Hide in Orvo's window, then click the arrow in the panel.", flush=True)
+        while desktop.processes["server"].poll() is None:
+            hold(0.2)
+    desktop.forget()
+    return 0
+
+
+class Tour:
+    """Says what happens, does it with the real pointer, checks it, and keeps a picture."""
+
+    def __init__(self, desktop, pictures):
+        self.desktop, self.pictures, self.number = desktop, pictures, 0
+
+    def step(self, text):
+        self.number += 1
+        name = f"{self.number:02}.png"
+        self.desktop.screenshot(os.path.join(self.pictures, name))
+        print(f"{name}  {text}", flush=True)
+
+    def run(self):
+        desktop = self.desktop
+        for name in list(PROGRAMS)[:4]:
+            desktop.start_item(name)
+        self.step("A panel with the icons of four programs: " + ", ".join(desktop.shown()))
+        desktop.start_orvo(ready=False)
+        window = wait(desktop.settings_window, what="the settings window")
+        desktop.control("Hide selected icons", 10)
+        desktop.rest()
+        self.step("Orvo starts for the first time: its arrow is in the tray and its window is open")
+        for title in MARKED.values():
+            desktop.mark(title)
+        desktop.away()
+        wait(desktop.can_hide, what="hiding being offered")
+        desktop.rest()
+        self.step("Two applications are marked Hide: " + ", ".join(MARKED.values()))
+        for page in ("Behavior", "About", "Menu bar"):
+            desktop.person.click(*desktop.control(page).center())
+            desktop.away()
+            desktop.rest()
+            if page != "Menu bar":
+                self.step(f"The page {page}")
+        desktop.close_window(window)
+        everything = desktop.shown()
+        rest = ["orvo-hidden" if name == "orvo" else name for name in everything if name not in MARKED]
+        desktop.hide_and_expect(rest)
+        self.step("A click on the arrow hides them: " + ", ".join(desktop.shown()))
+        desktop.click_arrow()
+        desktop.expect_shown(everything)
+        self.step("Another brings them back in their places: " + ", ".join(desktop.shown()))
+        desktop.hide_and_expect(rest)
+        x, y, width, height = desktop.clock()
+        desktop.person.click(x + width // 2, y + height // 2)
+        wait(desktop.pop_ups, what="the clock's calendar")
+        desktop.away()
+        desktop.expect_shown(everything)
+        desktop.rest()
+        self.step("A click on the clock while they are hidden: first the icons are back, then the calendar opens")
+        desktop.person.click(x + width // 2, y + height // 2)
+        wait(lambda: not desktop.pop_ups(), what="the calendar being closed")
+        desktop.away()
+        desktop.person.key(*SHORTCUT)
+        desktop.expect_shown(rest)
+        self.step("Control-Alt-Super-B hides them from anywhere")
+        desktop.click_arrow(button=3)
+        wait(desktop.pop_ups, what="the arrow's menu")
+        desktop.rest()
+        self.step("A right click on the arrow opens its menu")
+        desktop.person.key("Escape")
+        wait(lambda: not desktop.pop_ups(), what="the menu being closed")
+        print(desktop.run([desktop.program, "--diagnose"]).stdout.rstrip())
+        orvo = desktop.orvo
+        desktop.choose("Quit Orvo")
+        wait(lambda: orvo.poll() is not None, what="the end of Orvo")
+        others = [name for name in everything if name != "orvo"]
+        desktop.expect_shown(others)
+        self.step("Orvo is quit: every icon is back: " + ", ".join(desktop.shown()))
+
+
+def tour(dark):
+    pictures = tempfile.mkdtemp(prefix="orvo-pictures-")
+    print(f"A desktop off screen; a picture of every step goes to {pictures}", flush=True)
+    desktop = OrvoDesktop(dark=dark)
+    try:
+        desktop.start()
+        Tour(desktop, pictures).run()
+    except Exception as failure:
+        desktop.stop()
+        logs = shutil.move(desktop.logs, os.path.join(pictures, "logs"))
+        print(f"The tour failed: {failure}. Logs: {logs}", file=sys.stderr)
+        return 1
+    finally:
+        desktop.stop()
+        desktop.forget()
+    print(f"Done. Pictures: {pictures}")
+    return 0
+
+
+sys.exit(main())
