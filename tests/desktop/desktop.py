@@ -20,7 +20,7 @@ from Xlib import X, display, error
 from accessible import Accessible
 from person import Person
 from picture import Picture
-from waiting import wait
+from waiting import hold, wait
 
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BUNDLE = os.environ.get("ORVO_BUNDLE", os.path.join(REPOSITORY, "build", "debug", "Orvo.app"))
@@ -432,6 +432,22 @@ class Desktop:
                         self.display.get_atom_name(kind.value[0]).endswith("_DOCK"):
                     return window
         return None
+
+    def close_window(self, window):
+        self.run(["wmctrl", "-i", "-c", hex(window)])
+        wait(lambda: window not in self.windows(), what="the window being closed")
+
+    def rest(self, span=0.25, limit=3.0):
+        """Lets the screen come to rest before a picture is taken; something that blinks only costs the limit."""
+        last, since, end = None, time.monotonic(), time.monotonic() + limit
+        while time.monotonic() < end:
+            hold(0.03)
+            geometry = self.root.get_geometry()
+            now = Picture(self.root, 0, 0, geometry.width, geometry.height).data
+            if now != last:
+                last, since = now, time.monotonic()
+            elif time.monotonic() - since > span:
+                return
 
     def resize_screen(self, width, height):
         return self.run(["xrandr", "--size", f"{width}x{height}"])

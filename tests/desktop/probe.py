@@ -1,5 +1,5 @@
 """A window that writes down every event it gets: probe.py window|dock TITLE. A dock stands at the bottom
-of the screen with a toggle button at its trailing end, as a panel of another maker would."""
+of the screen with a toggle button at its trailing end and nothing else, as a panel of another maker would."""
 
 import sys
 import time
@@ -33,6 +33,10 @@ def main(kind, title):
         window.set_default_size(geometry.width, 30)
         window.move(0, geometry.height - 30)
         box = Gtk.Box()
+        empty = Gtk.EventBox()
+        empty.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK)
+        empty.connect("event", note)
+        box.pack_start(empty, True, True, 0)
         box.pack_end(widget, False, False, 0)
         window.add(box)
     else:

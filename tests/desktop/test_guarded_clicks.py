@@ -4,33 +4,16 @@ import time
 import unittest
 
 from case import DesktopCase
-from desktop import REPOSITORY
+from probed import Probe
 from waiting import Timeout, hold, stays, wait
 
 MARKED = ["com.github.hluk.copyq", "pasystray"]
 REPLAY_DELAY = 0.18
-PROBE = f"{REPOSITORY}/tests/desktop/probe.py"
 
 
 def center(frame):
     x, y, width, height = frame
     return x + width // 2, y + height // 2
-
-
-class Probe:
-    """A window of our own that writes down what arrives."""
-
-    def __init__(self, desktop, kind, title):
-        self.desktop, self.name = desktop, title
-        desktop.spawn(title, ["/usr/bin/python3", PROBE, kind, title])
-        wait(lambda: "ready" in desktop.log(title), 20, title)
-
-    def events(self):
-        lines = [line.split() for line in self.desktop.log(self.name).splitlines()]
-        return [(float(line[0]), line[1], int(line[2])) for line in lines if len(line) == 3 and line[0][0].isdigit()]
-
-    def kinds(self, since=0.0):
-        return [event[1:] for event in self.events() if event[0] >= since]
 
 
 class GuardedClicks(DesktopCase):
