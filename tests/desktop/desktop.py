@@ -28,6 +28,7 @@ FIRST_DISPLAY = 170  # Far above what people's own servers use.
 WATCHER = "org.kde.StatusNotifierWatcher"
 AGENT = "local.orvo.MenuBarAgent"
 ORVO = "local.orvo.Orvo"
+BACKGROUND = "#40566b"
 CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.
 SETTINGS_KEY = "Quillet.Preferences.v1"
 
@@ -147,6 +148,7 @@ class Desktop:
         try:
             self._write_settings()
             self._start_server()
+            self.run(["xsetroot", "-solid", BACKGROUND])
             self._start_buses(accessibility)
             self.spawn("openbox", ["openbox", "--sm-disable"])
             wait(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), what="the window manager")
@@ -450,7 +452,13 @@ class Desktop:
                 return
 
     def resize_screen(self, width, height):
-        return self.run(["xrandr", "--size", f"{width}x{height}"])
+        """Up to the first size; a size that the server does not list is made known to it."""
+        mode = f"{width}x{height}"
+        if mode not in self.run(["xrandr"]).stdout.split():
+            self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
+            self.run(["xrandr", "--addmode", "screen", mode])
+        answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
+        assert answer.returncode == 0, answer.stderr
 
     def screenshot(self, path):
         geometry = self.root.get_geometry()
@@ -487,7 +495,10 @@ class Desktop:
         count = width // CELL
         if count == 0:
             return []
-        picture = Picture(self.root, x, y, width, height)
+        try:
+            picture = Picture(self.root, x, y, width, height)
+        except error.BadMatch:  # The screen or the panel changed in between.
+            return []
         margin = (width - count * CELL) // 2
         return [picture.column(margin + index * CELL, CELL) for index in range(count)]
 

@@ -44,6 +44,13 @@ class Person:
         self._xtst.XTestFakeDeviceButtonEvent(self._connection, self._mouse, number, int(pressed), None, 0, 0)
         self._x11.XSync(self._connection, 0)
 
+    def turn_wheel(self, x, y, button):
+        """One notch, 4 up or 5 down. Xvfb's mouse has three buttons, so this comes from the XTEST pointer."""
+        self.move(x, y)
+        for kind in (X.ButtonPress, X.ButtonRelease):
+            xtest.fake_input(self._display, kind, button)
+        self._display.sync()
+
     def click(self, x, y, button=1, held=0.0):
         """Presses, holds for so many seconds and lets go; returns when the press went out."""
         self.move(x, y)

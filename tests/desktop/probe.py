@@ -8,7 +8,7 @@ import gi
 
 gi.require_version("Gdk", "3.0")
 gi.require_version("Gtk", "3.0")
-from gi.repository import Gdk, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402
 
 NAMES = {Gdk.EventType.BUTTON_PRESS: "press", Gdk.EventType.BUTTON_RELEASE: "release", Gdk.EventType.SCROLL: "scroll",
          Gdk.EventType.KEY_PRESS: "key"}
@@ -22,6 +22,7 @@ def note(_widget, event):
 
 
 def main(kind, title):
+    GLib.set_prgname(title)
     window = Gtk.Window(title=title)
     widget = Gtk.ToggleButton(label=title) if kind == "dock" else Gtk.EventBox()
     widget.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK | Gdk.EventMask.SCROLL_MASK |

@@ -26,7 +26,7 @@ class GuardedClicks(DesktopCase):
         cls.all = desktop.shown()
         cls.rest = ["orvo-hidden" if name == "orvo" else name for name in cls.all if name not in MARKED]
         cls.clock = center(desktop.clock())
-        dock = desktop.accessibility("probe.py")
+        dock = desktop.accessibility("status")
         cls.button = dock.find("toggle button", "status").center()
         cls.middle = center(desktop.frame_of(desktop.window_titled("neighbour")))
 
@@ -112,8 +112,8 @@ class GuardedClicks(DesktopCase):
     def test_a_wheel_turn_over_a_guarded_control_reaches_it_and_reveals_nothing(self):
         self.hide()
         since = time.monotonic()
-        self.desktop.person.click(*self.button, button=4)
-        self.desktop.person.click(*self.button, button=5)
+        self.desktop.person.turn_wheel(*self.button, 4)
+        self.desktop.person.turn_wheel(*self.button, 5)
         wait(lambda: self.dock.kinds(since).count(("scroll", 0)) == 2, 3, "two turns of the wheel")
         stays(lambda: self.dock.kinds(since) == [("scroll", 0)] * 2, 0.3, "two turns of the wheel and no click")
         self.assertTrue(self.desktop.is_hidden())
