@@ -11,6 +11,7 @@ ThreadExecutor::~ThreadExecutor() {
     ending_ = true;
     dropped.swap(tasks_);
   }
+  dropped.clear();
   changed_.notify_one();
   if (thread_.joinable()) thread_.join();
 }

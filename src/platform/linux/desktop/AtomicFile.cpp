@@ -29,8 +29,11 @@ std::optional<std::string> replaceFile(const std::string& path, std::string_view
   if (error) return error.message();
   QSaveFile file(QString::fromStdString(path));
   const auto size = static_cast<qint64>(contents.size());
-  const bool stored = file.open(QIODevice::WriteOnly) && file.write(contents.data(), size) == size && file.commit();
-  if (!stored) return file.errorString().toStdString();
+  // Unbuffered: Qt 6.4 forgets a failure of the flush that its commit makes and renames a cut file.
+  const bool written =
+      file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(contents.data(), size) == size;
+  if (!written) file.cancelWriting();
+  if (!written || !file.commit()) return file.errorString().toStdString();
   syncFolder(folder);
   return std::nullopt;
 }

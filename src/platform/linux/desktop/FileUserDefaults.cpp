@@ -73,8 +73,8 @@ const nlohmann::json& FileUserDefaults::values() const {
 }
 
 void FileUserDefaults::load() const {
+  if (std::error_code error; !std::filesystem::exists(path_, error) && !error) return;
   QFile file(QString::fromStdString(path_));
-  if (!file.exists()) return;
   if (!file.open(QIODevice::ReadOnly)) {
     mayReplace_ = moveAside(file.errorString().toStdString());
     return;
