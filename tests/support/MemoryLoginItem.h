@@ -8,13 +8,14 @@ namespace orvo {
 class MemoryLoginItem : public LoginItem {
  public:
   LoginItemStatus current = LoginItemStatus::notRegistered;
-  // What a successful registration leads to.
+  // What a change that succeeds leads to.
   LoginItemStatus afterRegistering = LoginItemStatus::enabled;
+  LoginItemStatus afterUnregistering = LoginItemStatus::notRegistered;
   std::optional<std::string> failure;
   int settingsOpened = 0;
 
   std::optional<std::string> registerItem() override { return change(afterRegistering); }
-  std::optional<std::string> unregisterItem() override { return change(LoginItemStatus::notRegistered); }
+  std::optional<std::string> unregisterItem() override { return change(afterUnregistering); }
   LoginItemStatus status() const override { return current; }
   void openSystemSettingsLoginItems() override { ++settingsOpened; }
 

@@ -1,0 +1,100 @@
+// A started model over the platform in memory: two applications show items beside a clock, the first is
+// marked to be hidden, and revealed icons hide again after 7 seconds.
+#pragma once
+
+#include "model/OrvoModel.h"
+#include "support/MemoryPlatform.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+using namespace std::chrono_literals;
+
+inline constexpr const char* one = "org.example.One";
+inline constexpr const char* two = "org.example.Two";
+inline constexpr MainQueue::Duration timeout = 5s;
+inline constexpr MainQueue::Duration rehideDelay = 7s;
+inline const FrameworkError refusal{"Some.Domain", 7, "not now"};
+
+class ModelFixture {
+ public:
+  // `prepare` changes the platform before the model is made.
+  explicit ModelFixture(const std::function<void(MemoryPlatform&)>& prepare = {}) {
+    memory.showItems({one, two});
+    memory.userDefaults.setData("Quillet.Preferences.v1",
+                                R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
+    if (prepare) prepare(memory);
+    model = OrvoModel::make(memory.platform);
+    model->start();
+    memory.settle();
+  }
+  ModelFixture(const ModelFixture&) = delete;
+  ModelFixture& operator=(const ModelFixture&) = delete;
+  ~ModelFixture() {
+    if (model) model->onStateChanged = {};
+    memory.settle();
+  }
+
+  void answerLast(const std::optional<FrameworkError>& error = std::nullopt) {
+    memory.framework.answer(requests() - 1, error);
+    memory.settle();
+  }
+  void hide() {
+    model->hideSelected();
+    answerLast();
+  }
+  void setDelay(std::int64_t seconds) {
+    OrvoPreferences changed = model->preferences();
+    changed.autoRehideSeconds = seconds;
+    model->setPreferences(changed);
+  }
+  void advance(MainQueue::Duration time) {
+    memory.mainQueue.advance(time);
+    memory.settle();
+  }
+  void post(Notification name) {
+    const bool screens = name == Notification::screenParametersChanged;
+    (screens ? memory.application.notificationCenter() : memory.workspace.notificationCenter()).post(name);
+  }
+  void clickClock() {
+    MemoryEvent down(EventType::leftMouseDown, {MemoryPlatform::clockFrame.x + 1, MemoryPlatform::clockFrame.y + 1});
+    memory.eventTaps.send(down);
+  }
+
+  std::size_t requests() const { return memory.framework.activations().size(); }
+  std::size_t active() const { return memory.framework.active().size(); }
+  std::size_t scans() const { return memory.accessibility.asked().size(); }
+  std::string message() const { return model->message().value_or(""); }
+  bool guarded() const { return memory.eventTaps.tap() != nullptr && !memory.eventTaps.tap()->regions.empty(); }
+  bool waitsFor(MainQueue::Duration delay) const {
+    const auto waiting = memory.mainQueue.waiting();
+    const MainQueue::Duration due = memory.mainQueue.now() + delay;
+    return std::any_of(waiting.begin(), waiting.end(), [&](const auto& task) { return task.due == due; });
+  }
+  std::vector<std::string> listed() const {
+    std::vector<std::string> bundles;
+    for (const DiscoveredApp& app : model->apps()) bundles.push_back(app.bundleID);
+    return bundles;
+  }
+
+  MemoryPlatform memory;
+  std::shared_ptr<OrvoModel> model;
+};
+
+inline const char* name(BarState state) {
+  constexpr std::array<const char*, 3> names{"visible", "applying", "hidden"};
+  return names.at(static_cast<std::size_t>(state));
+}
+inline void PrintTo(BarState state, std::ostream* out) { *out << name(state); }
+
+}  // namespace orvo
