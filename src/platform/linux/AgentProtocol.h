@@ -5,13 +5,15 @@
 //   Activate(ai allowedSystemItems, as allowedBundleIdentifiers) -> u assertion
 //       conceals every item whose owner is not allowed; answers once the panel has been told. Fails
 //       with WatcherNotHeld. The concealment ends with Invalidate or with the caller's connection.
-//   Invalidate(u assertion)               only from the connection that activated it
+//   Invalidate(u assertion)               only from the connection that activated it; AccessDenied
+//       otherwise
 //   Tree() -> a(iisb(dddd))               the host's accessibility tree in pre-order, the root first:
 //       index of the parent (-1 for the root), process identifier, identifier (empty for none),
-//       whether there is a frame, and the frame in global screen coordinates
+//       whether there is a frame, and the frame in global screen coordinates. Answers within 0.2 s
+//       whatever the panel does
 //   Items() -> a(su)                      every registered item, concealed or not: its address and
 //       its process identifier (0 where unknown)
-//   signals ItemAdded(s, u), ItemRemoved(s, u)
+//   signals ItemAdded(s, u), ItemRemoved(s, u)  of registered items, concealed or not
 #pragma once
 
 namespace orvo::agent_protocol {

@@ -1,0 +1,55 @@
+// The agent's own interface, see platform/linux/AgentProtocol.h. Owned by main; main thread.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include "agent/TreeElement.h"
+#include "agent/rules/StatusControls.h"
+
+namespace orvo {
+
+class MenuBarService;
+class PanelReader;
+class StatusNotifierWatcher;
+
+class MenuBarAgent : public QObject, protected QDBusContext {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "local.orvo.MenuBarAgent1")
+  Q_PROPERTY(bool WatcherHeld READ isWatcherHeld SCRIPTABLE true)
+
+ public:
+  MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel);
+
+  // False when another agent has it.
+  bool claimName();
+  bool isWatcherHeld() const;
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE uint Activate(const QList<int>& allowedSystemItems, const QStringList& allowedBundleIdentifiers);
+  Q_SCRIPTABLE void Invalidate(uint assertion);
+  Q_SCRIPTABLE QList<orvo::TreeElement> Tree();
+  Q_SCRIPTABLE QList<orvo::ItemRecord> Items() const;
+
+ Q_SIGNALS:
+  Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier);
+  Q_SCRIPTABLE void ItemRemoved(const QString& address, uint processIdentifier);
+
+ private:
+  void announceHeld(bool held);
+  QList<TreeElement> tree(const std::vector<StatusControl>& controls) const;
+
+  QDBusConnection bus_;
+  MenuBarService& service_;
+  StatusNotifierWatcher& watcher_;
+  PanelReader& panel_;
+};
+
+}  // namespace orvo

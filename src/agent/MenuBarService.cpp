@@ -1,0 +1,112 @@
+#include "agent/MenuBarService.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "agent/BusCall.h"
+#include "platform/linux/ApplicationIdentity.h"
+
+namespace orvo {
+
+namespace {
+
+// The bus itself answers at once unless the machine is choking.
+constexpr std::chrono::seconds busLimit{25};
+
+std::optional<std::string> bundleOf(std::int32_t processIdentifier) {
+  auto identity = identifyProcess(processIdentifier);
+  if (!identity) return std::nullopt;
+  return std::move(identity->bundleIdentifier);
+}
+
+bool isError(const QDBusMessage& answer) { return answer.type() != QDBusMessage::ReplyMessage; }
+
+std::int32_t processIn(const QDBusMessage& answer) {
+  return isError(answer) ? 0 : static_cast<std::int32_t>(answer.arguments().value(0).toUInt());
+}
+
+}  // namespace
+
+MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)), menuBar_(bundleOf) {
+  names_.setConnection(bus_);
+  names_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+  connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString& name, const QString& before, const QString& /*now*/) {
+            if (!before.isEmpty()) nameLost(name);
+          });
+}
+
+void MenuBarService::registerItem(const QString& text, const QString& sender, std::function<void()> done) {
+  const auto registration = parseRegistration(text.toStdString(), sender.toStdString());
+  if (!registration) return done();
+  const QString name = QString::fromStdString(registration->name);
+  watch(name);
+  // Two questions at once: the bus answers in order, so that items keep the order of their coming.
+  const auto process = std::make_shared<std::int32_t>(0);
+  send(bus_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), name), busLimit, this,
+       [process](const QDBusMessage& answer) { *process = processIn(answer); });
+  send(bus_, aboutName(QStringLiteral("GetNameOwner"), name), busLimit, this,
+       [=, this, done = std::move(done)](const QDBusMessage& answer) {
+         release(name);
+         if (isError(answer)) {
+           names_.removeWatchedService(name);
+         } else {
+           announce(menuBar_.add(*registration, answer.arguments().value(0).toString().toStdString(), *process));
+         }
+         done();
+       });
+}
+
+void MenuBarService::activate(const QString& requester, const QStringList& allowedBundles,
+                              std::function<void(std::uint32_t)> done) {
+  std::set<std::string> allowed;
+  for (const QString& bundle : allowedBundles) allowed.insert(bundle.toStdString());
+  watch(requester);
+  // Whoever left before we watched is told of by nobody: ask first.
+  send(bus_, aboutName(QStringLiteral("GetNameOwner"), requester), busLimit, this,
+       [=, this, allowed = std::move(allowed), done = std::move(done)](const QDBusMessage& answer) {
+         release(requester);
+         if (isError(answer)) return names_.removeWatchedService(requester), void();
+         const auto [assertion, change] = menuBar_.activate(requester.toStdString(), allowed);
+         announce(change);
+         done(assertion);
+       });
+}
+
+bool MenuBarService::invalidate(std::uint32_t assertion, const QString& requester) {
+  const auto change = menuBar_.invalidate(assertion, requester.toStdString());
+  if (change) announce(*change);
+  return change.has_value();
+}
+
+void MenuBarService::reset() {
+  names_.setWatchedServices({});
+  announce(menuBar_.reset());
+}
+
+// The watch goes out before the questions, so that no loss falls between them.
+void MenuBarService::watch(const QString& name) {
+  names_.addWatchedService(name);
+  asking_.insert(name);
+}
+
+void MenuBarService::release(const QString& name) {
+  if (const auto found = asking_.find(name); found != asking_.end()) asking_.erase(found);
+}
+
+void MenuBarService::nameLost(const QString& name) {
+  if (!asking_.contains(name)) names_.removeWatchedService(name);
+  announce(menuBar_.nameLost(name.toStdString()));
+}
+
+void MenuBarService::announce(const MenuBarChange& change) {
+  const auto process = [](const TrayItem& item) { return static_cast<std::uint32_t>(item.processIdentifier); };
+  for (const std::string& address : change.hidden) Q_EMIT itemHidden(QString::fromStdString(address));
+  for (const std::string& address : change.shown) Q_EMIT itemShown(QString::fromStdString(address));
+  for (const TrayItem& item : change.left) Q_EMIT itemLeft(QString::fromStdString(item.address()), process(item));
+  for (const TrayItem& item : change.arrived) Q_EMIT itemArrived(QString::fromStdString(item.address()), process(item));
+}
+
+}  // namespace orvo

@@ -1,0 +1,61 @@
+// Keeps the menu bar in step with the session bus: resolves and watches the names of items and of those
+// who conceal, and announces what changes. Calls nobody but the bus itself, and never waits for it.
+// Owned by main; main thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include "agent/rules/MenuBar.h"
+
+namespace orvo {
+
+class MenuBarService : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit MenuBarService(QDBusConnection bus);
+
+  const MenuBar& menuBar() const { return menuBar_; }
+
+  // `done` is called once the item is registered, or cannot be.
+  void registerItem(const QString& text, const QString& sender, std::function<void()> done);
+
+  // `done` gets the assertion once the panel has been told; it is never called for a requester that has
+  // left the bus meanwhile.
+  void activate(const QString& requester, const QStringList& allowedBundles, std::function<void(std::uint32_t)> done);
+
+  // False when the requester has no such assertion.
+  bool invalidate(std::uint32_t assertion, const QString& requester);
+
+  // The watcher name went to another program, whom the items will register with.
+  void reset();
+
+ Q_SIGNALS:
+  void itemShown(const QString& address);
+  void itemHidden(const QString& address);
+  void itemArrived(const QString& address, uint processIdentifier);
+  void itemLeft(const QString& address, uint processIdentifier);
+
+ private:
+  void watch(const QString& name);
+  void release(const QString& name);
+  void nameLost(const QString& name);
+  void announce(const MenuBarChange& change);
+
+  QDBusConnection bus_;
+  MenuBar menuBar_;
+  QDBusServiceWatcher names_;
+  std::multiset<QString> asking_;  // names about which the bus has yet to answer
+};
+
+}  // namespace orvo

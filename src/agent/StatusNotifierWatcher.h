@@ -1,0 +1,55 @@
+// The watcher of the StatusNotifierItem protocol as panels and items see it, and the hold on its name.
+// Owned by main; main thread.
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+namespace orvo {
+
+class MenuBarService;
+
+class StatusNotifierWatcher : public QObject, protected QDBusContext {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+  Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ shownItems SCRIPTABLE true)
+  Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered SCRIPTABLE true)
+  Q_PROPERTY(int ProtocolVersion READ protocolVersion SCRIPTABLE true)
+
+ public:
+  StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service);
+
+  // Waits in the queue where another program has the name; false when the bus refuses even that.
+  bool claimName();
+  bool isNameHeld() const { return held_; }
+
+  QStringList shownItems() const;
+  // Qt programs that hear "no" once do without an icon for the rest of the session, so the panel is
+  // taken for granted.
+  bool isHostRegistered() const { return true; }
+  int protocolVersion() const { return 0; }
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& service);
+  Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString& service);
+
+ Q_SIGNALS:
+  Q_SCRIPTABLE void StatusNotifierItemRegistered(const QString& service);
+  Q_SCRIPTABLE void StatusNotifierItemUnregistered(const QString& service);
+  Q_SCRIPTABLE void StatusNotifierHostRegistered();
+  Q_SCRIPTABLE void StatusNotifierHostUnregistered();
+
+  void nameHeldChanged(bool held);
+
+ private:
+  void setHeld(bool held);
+
+  QDBusConnection bus_;
+  MenuBarService& service_;
+  bool held_ = false;
+};
+
+}  // namespace orvo

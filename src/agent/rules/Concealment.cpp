@@ -1,0 +1,29 @@
+#include "agent/rules/Concealment.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvo {
+
+std::uint32_t Concealment::activate(std::string requester, std::set<std::string> allowedBundles) {
+  requests_[++last_] = {std::move(requester), std::move(allowedBundles)};
+  return last_;
+}
+
+bool Concealment::invalidate(std::uint32_t assertion, const std::string& requester) {
+  const auto found = requests_.find(assertion);
+  if (found == requests_.end() || found->second.requester != requester) return false;
+  requests_.erase(found);
+  return true;
+}
+
+void Concealment::requesterLost(const std::string& requester) {
+  std::erase_if(requests_, [&](const auto& request) { return request.second.requester == requester; });
+}
+
+bool Concealment::shows(const std::optional<std::string>& bundle) const {
+  return !bundle || std::all_of(requests_.begin(), requests_.end(),
+                                [&](const auto& request) { return request.second.allowedBundles.contains(*bundle); });
+}
+
+}  // namespace orvo

@@ -1,0 +1,39 @@
+// The concealment requests in force. Owned by MenuBar; main thread.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace orvo {
+
+class Concealment {
+ public:
+  // `requester` is the unique bus name on whose connection alone the request may end. Never 0.
+  std::uint32_t activate(std::string requester, std::set<std::string> allowedBundles);
+
+  // False when the requester has no such request.
+  bool invalidate(std::uint32_t assertion, const std::string& requester);
+
+  void requesterLost(const std::string& requester);
+  void clear() { requests_.clear(); }
+
+  bool isActive() const { return !requests_.empty(); }
+
+  // With several requests an item shows only if each allows its owner. An owner that cannot be told
+  // is not one that the person chose to hide.
+  bool shows(const std::optional<std::string>& bundle) const;
+
+ private:
+  struct Request {
+    std::string requester;
+    std::set<std::string> allowedBundles;
+  };
+
+  std::map<std::uint32_t, Request> requests_;
+  std::uint32_t last_ = 0;
+};
+
+}  // namespace orvo

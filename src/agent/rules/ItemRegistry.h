@@ -1,0 +1,49 @@
+// Every tray item that has registered, in the order of registration, whether it shows or not. Owned by
+// MenuBar; main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+
+struct TrayItem {
+  std::string owner;  // unique bus name
+  std::string path;
+  std::int32_t processIdentifier = 0;  // 0 where the bus does not know
+  std::set<std::string> names;         // the names it registered under and has not lost
+
+  // As panels are told it. The unique name stays right whichever of its names an item gives up.
+  std::string address() const { return owner + path; }
+};
+
+// What a registration asks for, before the bus has said who owns the name.
+struct Registration {
+  std::string name;  // unique or well-known
+  std::string path;
+};
+
+// Programs give a path alone, a name alone, or both in one text. Absent for what is none of them.
+std::optional<Registration> parseRegistration(std::string_view text, std::string_view sender);
+
+class ItemRegistry {
+ public:
+  // Null when the item was registered already, under whichever name. Valid until the next change.
+  const TrayItem* add(const Registration& registration, const std::string& owner, std::int32_t processIdentifier);
+
+  // Forgets the name; returns the items that went with it. The owner's unique name takes all of its items.
+  std::vector<TrayItem> nameLost(const std::string& name);
+
+  std::vector<TrayItem> clear();
+
+  const std::vector<TrayItem>& items() const { return items_; }
+
+ private:
+  std::vector<TrayItem> items_;
+};
+
+}  // namespace orvo
