@@ -1,0 +1,45 @@
+// Accessibility on a Linux desktop: trusted while the session has accessibility switched on, and the
+// tree that the agent keeps of the menu bar. Owned by main.cpp; made and destroyed on the main thread,
+// whose event loop keeps the trust current.
+#pragma once
+
+#include "platform/Accessibility.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <atomic>
+#include <chrono>
+
+namespace orvo {
+
+class AgentAccessibility : public QObject, public Accessibility {
+  Q_OBJECT
+
+ public:
+  // How long the first reading may take, the start of the accessibility bus included.
+  static constexpr std::chrono::milliseconds firstReadingLimit{1000};
+
+  explicit AgentAccessibility(QDBusConnection bus = QDBusConnection::sessionBus());
+
+  // No bus call: changes are announced.
+  bool isProcessTrusted() const override { return trusted_; }
+  bool isProcessTrusted(bool prompt) override;
+  AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override;
+
+ private:
+  Q_SLOT void propertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
+
+  void watch();
+  void read();
+  bool take(const QDBusMessage& reply);
+  void switchOn();
+
+  QDBusConnection bus_;
+  std::atomic<bool> trusted_ = false;
+};
+
+}  // namespace orvo

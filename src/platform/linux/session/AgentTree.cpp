@@ -1,0 +1,109 @@
+#include "platform/linux/session/AgentTree.h"
+
+#include "platform/linux/session/SessionBus.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+// For callers that set none.
+constexpr std::chrono::milliseconds defaultLimit{2000};
+
+class TreeElement : public AccessibilityElement {
+ public:
+  TreeElement(std::shared_ptr<AgentTree> tree, std::size_t index) : tree_(std::move(tree)), index_(index) {}
+
+  void setMessagingTimeout(float seconds) override {
+    const double milliseconds = std::clamp(static_cast<double>(seconds) * 1000.0, 1.0, 60000.0);
+    tree_->setLimit(std::chrono::milliseconds(std::lround(milliseconds)));
+  }
+
+  std::optional<std::int32_t> processIdentifier() override {
+    if (index_ == 0) return tree_->processIdentifier();
+    return tree_->elements().at(index_).process;
+  }
+
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
+    const auto& elements = tree_->elements();
+    if (index_ >= elements.size()) return std::nullopt;
+    const AgentTree::Element& self = elements[index_];
+    if (name == "AXFrame" && self.frame) return AttributeValue(*self.frame);
+    if (name == "AXIdentifier" && !self.identifier.empty()) return AttributeValue(self.identifier);
+    if (name == "AXChildren") return AttributeValue(children(self));
+    return std::nullopt;
+  }
+
+ private:
+  std::vector<AccessibilityElementRef> children(const AgentTree::Element& self) const {
+    std::vector<AccessibilityElementRef> list;
+    list.reserve(self.children.size());
+    for (const std::size_t child : self.children) list.push_back(std::make_shared<TreeElement>(tree_, child));
+    return list;
+  }
+
+  std::shared_ptr<AgentTree> tree_;
+  std::size_t index_;
+};
+
+struct Row {
+  int parent = -1;
+  AgentTree::Element element;
+};
+
+Row readRow(const QDBusArgument& list) {
+  Row row;
+  QString identifier;
+  bool hasFrame = false;
+  Rect frame;
+  list.beginStructure();
+  list >> row.parent >> row.element.process >> identifier >> hasFrame;
+  list.beginStructure();
+  list >> frame.x >> frame.y >> frame.width >> frame.height;
+  list.endStructure();
+  list.endStructure();
+  row.element.identifier = identifier.toStdString();
+  if (hasFrame) row.element.frame = frame;
+  return row;
+}
+
+}  // namespace
+
+AgentTree::AgentTree(QDBusConnection bus, std::int32_t processIdentifier)
+    : bus_(std::move(bus)), process_(processIdentifier), limit_(defaultLimit) {}
+
+const std::vector<AgentTree::Element>& AgentTree::elements() {
+  if (elements_) return *elements_;
+  QDBusMessage question = session_bus::agentCall("Tree");
+  question.setAutoStartService(false);
+  elements_ = decode(bus_.call(question, QDBus::Block, static_cast<int>(limit_.count())));
+  if (!elements_->empty() && elements_->front().process != process_) elements_->clear();
+  return *elements_;
+}
+
+std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(iisb(dddd))")) return {};
+  std::vector<Element> elements;
+  const auto list = reply.arguments().constFirst().value<QDBusArgument>();
+  list.beginArray();
+  while (!list.atEnd()) {
+    Row row = readRow(list);
+    const std::size_t index = elements.size();
+    const bool placed = index == 0 ? row.parent == -1 : row.parent >= 0 && static_cast<std::size_t>(row.parent) < index;
+    if (!placed) return {};
+    if (index > 0) elements[static_cast<std::size_t>(row.parent)].children.push_back(index);
+    elements.push_back(std::move(row.element));
+  }
+  list.endArray();
+  return elements;
+}
+
+AccessibilityElementRef rootElement(std::shared_ptr<AgentTree> tree) {
+  return std::make_shared<TreeElement>(std::move(tree), 0);
+}
+
+}  // namespace orvo

@@ -1,0 +1,53 @@
+// One copy of the agent's tree of elements, brought over the bus in one call when an element of it is
+// first read. Owned by its elements; any thread, one at a time.
+#pragma once
+
+#include "platform/Accessibility.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+class AgentTree {
+ public:
+  struct Element {
+    std::int32_t process = 0;
+    std::string identifier;  // empty for none
+    std::optional<Rect> frame;
+    std::vector<std::size_t> children;
+  };
+
+  // Answers no elements unless the root belongs to this process.
+  AgentTree(QDBusConnection bus, std::int32_t processIdentifier);
+
+  void setLimit(std::chrono::milliseconds limit) { limit_ = limit; }
+
+  std::int32_t processIdentifier() const { return process_; }
+
+  // The root first; empty when the agent did not answer in time or not in the agreed form. The bus
+  // is asked once.
+  const std::vector<Element>& elements();
+
+  // Empty for a reply of any other form, or one whose parents do not come before their children.
+  static std::vector<Element> decode(const QDBusMessage& reply);
+
+ private:
+  QDBusConnection bus_;
+  std::int32_t process_;
+  std::chrono::milliseconds limit_;
+  std::optional<std::vector<Element>> elements_;
+};
+
+// The root of the tree, as Accessibility hands it out.
+AccessibilityElementRef rootElement(std::shared_ptr<AgentTree> tree);
+
+}  // namespace orvo

@@ -1,0 +1,101 @@
+#include "platform/linux/session/ApplicationRegistry.h"
+
+#include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/session/BundlePath.h"
+
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <utility>
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace orvo {
+
+// A process file descriptor, which becomes readable when the process ends.
+class ApplicationRegistry::Watch {
+ public:
+  explicit Watch(std::int32_t processIdentifier)
+      : descriptor_(static_cast<int>(::syscall(SYS_pidfd_open, processIdentifier, 0))) {}
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+  ~Watch() {
+    notifier_.reset();
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+
+  bool opened() const { return descriptor_ >= 0; }
+
+  bool hasExited() const {
+    pollfd state{descriptor_, POLLIN, 0};
+    return ::poll(&state, 1, 0) > 0;
+  }
+
+  template <typename Action>
+  void onExit(QObject& context, Action action) {
+    notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, &context, std::move(action));
+  }
+
+ private:
+  int descriptor_;
+  std::unique_ptr<QSocketNotifier> notifier_;
+};
+
+ApplicationRegistry::ApplicationRegistry() = default;
+ApplicationRegistry::~ApplicationRegistry() = default;
+
+bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::optional<std::string>& bundleIdentifier) {
+  if (processIdentifier < 1) return false;
+  if (watches_.contains(processIdentifier)) return true;
+  auto watch = std::make_unique<Watch>(processIdentifier);
+  const auto described = watch->opened() ? describeProcess(processIdentifier, bundleIdentifier) : std::nullopt;
+  // Still running now: so what was described is the process that is watched, not a later one.
+  if (!described || watch->hasExited()) return false;
+  watch->onExit(*this, [this, processIdentifier] { exited(processIdentifier); });
+  watches_.emplace(processIdentifier, std::move(watch));
+  {
+    const std::lock_guard lock(mutex_);
+    applications_.push_back(*described);
+  }
+  emit launched();
+  return true;
+}
+
+void ApplicationRegistry::exited(std::int32_t processIdentifier) {
+  const auto watch = watches_.extract(processIdentifier);
+  if (watch.empty()) return;
+  // The notifier that is calling goes once this call is over.
+  QMetaObject::invokeMethod(
+      this, [spent = std::shared_ptr<Watch>(std::move(watch.mapped()))] {}, Qt::QueuedConnection);
+  {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(applications_, [&](const auto& known) { return known.processIdentifier == processIdentifier; });
+  }
+  emit terminated();
+}
+
+std::vector<RunningApplication> ApplicationRegistry::applications() const {
+  const std::lock_guard lock(mutex_);
+  return applications_;
+}
+
+std::optional<RunningApplication> ApplicationRegistry::application(std::int32_t processIdentifier) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = std::find_if(applications_.begin(), applications_.end(),
+                                  [&](const auto& known) { return known.processIdentifier == processIdentifier; });
+  if (found == applications_.end()) return std::nullopt;
+  return *found;
+}
+
+std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier,
+                                                  const std::optional<std::string>& bundleIdentifier) {
+  const auto identity = identifyProcess(processIdentifier);
+  if (!identity) return std::nullopt;
+  return RunningApplication{bundleIdentifier.value_or(identity->bundleIdentifier), processIdentifier,
+                            identity->localizedName, bundlePathOfProcess(processIdentifier)};
+}
+
+}  // namespace orvo

@@ -1,0 +1,62 @@
+#include "platform/linux/session/DesktopIcons.h"
+
+#include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/session/PictureSource.h"
+#include "platform/linux/session/SessionBus.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvo {
+
+namespace {
+
+constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
+
+// Of the agent and then of the item; an application that hangs has no picture of its own.
+constexpr std::chrono::milliseconds answerLimit{2000};
+
+}  // namespace
+
+void DesktopIcons::icon(std::int32_t processIdentifier, int size, Answer answer) {
+  QMetaObject::invokeMethod(
+      this,
+      [this, processIdentifier, size, answer = std::move(answer)] {
+        answerFromDesktop(processIdentifier, size, answer);
+      },
+      Qt::QueuedConnection);
+}
+
+void DesktopIcons::answerFromDesktop(std::int32_t processIdentifier, int size, const Answer& answer) {
+  const auto identity = identifyProcess(processIdentifier);
+  if (!identity) return answer(std::nullopt);
+  const QString name = QString::fromStdString(identity->iconName.value_or(""));
+  const auto picture = pictureOfIcon(name, size);
+  if (picture) return answer(picture);
+  answerFromTray(processIdentifier, size, answer);
+}
+
+void DesktopIcons::answerFromTray(std::int32_t processIdentifier, int size, const Answer& answer) {
+  QDBusMessage question = session_bus::agentCall("Items");
+  question.setAutoStartService(false);
+  session_bus::ask(bus_, question, answerLimit, this, [=, this](const QDBusMessage& reply) {
+    const auto items = session_bus::itemsAnswer(reply);
+    const auto item =
+        std::find_if(items.begin(), items.end(), [&](const auto& known) { return known.process == processIdentifier; });
+    if (item == items.end()) return answer(std::nullopt);
+    answerFromItem(item->address, size, answer);
+  });
+}
+
+void DesktopIcons::answerFromItem(const QString& address, int size, const Answer& answer) {
+  const auto [service, path] = session_bus::splitItemAddress(address);
+  QDBusMessage question = session_bus::call(service, path, session_bus::propertiesInterface, "GetAll");
+  question << session_bus::latin(itemInterface);
+  question.setAutoStartService(false);
+  session_bus::ask(bus_, question, answerLimit, this, [size, answer](const QDBusMessage& reply) {
+    if (reply.signature() != QLatin1String("a{sv}")) return answer(std::nullopt);
+    answer(pictureOfTrayItem(qdbus_cast<QVariantMap>(reply.arguments().constFirst()), size));
+  });
+}
+
+}  // namespace orvo

@@ -1,0 +1,82 @@
+#include "platform/linux/session/DesktopWorkspace.h"
+
+#include "platform/linux/AgentProtocol.h"
+#include "platform/linux/DesktopEntries.h"
+#include "platform/linux/session/BundlePath.h"
+#include "platform/linux/session/SessionBus.h"
+
+#include <QCoreApplication>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvo {
+
+namespace {
+
+constexpr std::chrono::milliseconds busAnswerLimit{1000};
+
+}  // namespace
+
+DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier, const QDBusConnection& bus)
+    : bus_(bus),
+      trayOwners_(bus, {[this](std::int32_t process) { registry_.add(process, agent_protocol::hostBundleIdentifier); },
+                        [this](std::int32_t process) { registry_.add(process); }}),
+      clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
+      opener_(bus) {
+  registry_.add(static_cast<std::int32_t>(QCoreApplication::applicationPid()), ownBundleIdentifier);
+}
+
+std::vector<RunningApplication> DesktopWorkspace::runningApplications() const { return registry_.applications(); }
+
+std::optional<RunningApplication> DesktopWorkspace::runningApplication(std::int32_t processIdentifier) const {
+  return registry_.application(processIdentifier);
+}
+
+std::vector<RunningApplication> DesktopWorkspace::runningApplications(const std::string& bundleIdentifier) const {
+  std::vector<RunningApplication> found;
+  const auto owner = ownerOfBusName(bundleIdentifier);
+  if (owner) found.push_back(*owner);
+  for (const RunningApplication& known : registry_.applications()) {
+    const bool listed = owner && owner->processIdentifier == known.processIdentifier;
+    if (known.bundleIdentifier == bundleIdentifier && !listed) found.push_back(known);
+  }
+  return found;
+}
+
+// A running copy of a bundle owns its identifier on the bus.
+std::optional<RunningApplication> DesktopWorkspace::ownerOfBusName(const std::string& name) const {
+  const QDBusMessage question = session_bus::processQuestion(QString::fromStdString(name));
+  const auto process =
+      session_bus::processAnswer(bus_.call(question, QDBus::Block, static_cast<int>(busAnswerLimit.count())));
+  return process ? describeProcess(*process, name) : std::nullopt;
+}
+
+std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& bundleIdentifier) const {
+  DesktopEntries entries(DesktopEntries::standardFolders());
+  entries.refresh();
+  const DesktopEntry* entry = entries.withIdentifier(bundleIdentifier);
+  if (entry == nullptr || entry->program.empty()) return std::nullopt;
+  const QString program = QStandardPaths::findExecutable(QString::fromStdString(entry->program));
+  if (program.isEmpty()) return std::nullopt;
+  return bundlePathOfExecutable(program.toStdString());
+}
+
+void DesktopWorkspace::openURL(const std::string& url) { opener_.open(url); }
+
+NotificationCenter& DesktopWorkspace::notificationCenter() {
+  if (!std::exchange(following_, true)) follow();
+  return center_;
+}
+
+void DesktopWorkspace::follow() {
+  trayOwners_.begin();
+  clientWindows_.begin();
+  connect(&registry_, &ApplicationRegistry::launched, this,
+          [this] { center_.post(Notification::applicationLaunched); });
+  connect(&registry_, &ApplicationRegistry::terminated, this,
+          [this] { center_.post(Notification::applicationTerminated); });
+}
+
+}  // namespace orvo

@@ -1,0 +1,51 @@
+// The desktop's running applications and what it can open. A process counts as a running application
+// from its first tray item or window until it exits; the agent and this process count as well. Owned
+// by main.cpp; main thread, but for the two readers that Workspace allows everywhere.
+#pragma once
+
+#include "platform/Workspace.h"
+#include "platform/linux/session/ApplicationRegistry.h"
+#include "platform/linux/session/ClientWindows.h"
+#include "platform/linux/session/TrayOwners.h"
+#include "platform/linux/session/UrlOpener.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <optional>
+#include <string>
+
+namespace orvo {
+
+class DesktopWorkspace : public QObject, public Workspace {
+  Q_OBJECT
+
+ public:
+  // `ownBundleIdentifier` is absent outside any bundle.
+  explicit DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier,
+                            const QDBusConnection& bus = QDBusConnection::sessionBus());
+
+  std::vector<RunningApplication> runningApplications() const override;
+  std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override;
+  std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override;
+  std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
+  void openURL(const std::string& url) override;
+
+  // The desktop is followed from the first call on: until then this process alone is known, and what
+  // is found during that call counts as launched long ago.
+  NotificationCenter& notificationCenter() override;
+
+ private:
+  void follow();
+  std::optional<RunningApplication> ownerOfBusName(const std::string& name) const;
+
+  QDBusConnection bus_;
+  NotificationCenter center_;
+  ApplicationRegistry registry_;
+  TrayOwners trayOwners_;
+  ClientWindows clientWindows_;
+  UrlOpener opener_;
+  bool following_ = false;
+};
+
+}  // namespace orvo

@@ -1,0 +1,137 @@
+#include "platform/linux/session/PictureSource.h"
+
+#include <QDBusArgument>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QIcon>
+#include <QImage>
+#include <QImageReader>
+#include <QPixmap>
+#include <QStandardPaths>
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+
+namespace {
+
+// A file with more pixels on an edge is no icon; decoding it would stall the window.
+constexpr int largestFileEdge = 4096;
+
+constexpr std::array fileEndings{".svg", ".png", ".xpm"};
+
+std::optional<Picture> toPicture(QImage image, int size) {
+  if (image.isNull()) return std::nullopt;
+  const int edge = std::clamp(size, 1, largestPicture);
+  if (image.width() > edge || image.height() > edge)
+    image = image.scaled(edge, edge, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  image.convertTo(QImage::Format_ARGB32_Premultiplied);
+  if (image.isNull()) return std::nullopt;
+  Picture picture{image.width(), image.height(), {}};
+  picture.pixels.reserve(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()));
+  for (int line = 0; line < image.height(); ++line) {
+    const auto* first = reinterpret_cast<const std::uint32_t*>(image.constScanLine(line));
+    picture.pixels.insert(picture.pixels.end(), first, first + image.width());
+  }
+  return picture;
+}
+
+std::optional<Picture> pictureOfFile(const QString& path, int size) {
+  QImageReader reader(path);
+  reader.setDecideFormatFromContent(true);
+  const QSize whole = reader.size();
+  if (!whole.isValid() || whole.width() > largestFileEdge || whole.height() > largestFileEdge) return std::nullopt;
+  // Lets drawings be drawn at the wanted size instead of being enlarged from a small one.
+  const int edge = std::clamp(size, 1, largestPicture);
+  reader.setScaledSize(whole.scaled(edge, edge, Qt::KeepAspectRatio));
+  return toPicture(reader.read(), size);
+}
+
+QString pixmapsFile(const QString& name) {
+  for (const char* ending : fileEndings) {
+    const QString file = QStringLiteral("pixmaps/") + name + QLatin1String(ending);
+    const QString found = QStandardPaths::locate(QStandardPaths::GenericDataLocation, file);
+    if (!found.isEmpty()) return found;
+  }
+  return {};
+}
+
+// The folder may be a bare one or laid out as a theme; it belongs to one program, so that it is small.
+QString fileInThemeFolder(const QString& folder, const QString& name) {
+  constexpr int mostFiles = 2000;
+  if (folder.isEmpty() || name.contains(QLatin1Char('/'))) return {};
+  QStringList names;
+  for (const char* ending : fileEndings) names << name + QLatin1String(ending);
+  QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
+  for (int seen = 0; files.hasNext() && seen < mostFiles; ++seen) {
+    const QString path = files.next();
+    if (names.contains(files.fileName())) return path;
+  }
+  return {};
+}
+
+// One entry of "IconPixmap": straight ARGB in network byte order.
+QImage readPixmap(const QDBusArgument& list) {
+  int width = 0;
+  int height = 0;
+  QByteArray bytes;
+  list.beginStructure();
+  list >> width >> height >> bytes;
+  list.endStructure();
+  if (width < 1 || height < 1 || width > largestPicture || height > largestPicture) return {};
+  const auto count = static_cast<qsizetype>(width) * height;
+  if (bytes.size() != count * static_cast<qsizetype>(sizeof(std::uint32_t))) return {};
+  QImage image(width, height, QImage::Format_ARGB32);
+  qFromBigEndian<std::uint32_t>(bytes.constData(), count, image.bits());
+  return image;
+}
+
+// Smallest that need not be enlarged, else the largest.
+bool suitsBetter(const QImage& left, const QImage& right, int size) {
+  const bool leftIsEnough = left.width() >= size;
+  if (leftIsEnough != (right.width() >= size)) return leftIsEnough;
+  return leftIsEnough ? left.width() < right.width() : left.width() > right.width();
+}
+
+QImage bestPixmap(const QVariant& value, int size) {
+  const auto list = value.value<QDBusArgument>();
+  if (list.currentSignature() != QLatin1String("a(iiay)")) return {};
+  QImage best;
+  list.beginArray();
+  while (!list.atEnd()) {
+    QImage image = readPixmap(list);
+    if (!image.isNull() && (best.isNull() || suitsBetter(image, best, size))) best = std::move(image);
+  }
+  list.endArray();
+  return best;
+}
+
+}  // namespace
+
+std::optional<Picture> pictureOfIcon(const QString& nameOrPath, int size) {
+  if (nameOrPath.isEmpty()) return std::nullopt;
+  if (QDir::isAbsolutePath(nameOrPath)) return pictureOfFile(nameOrPath, size);
+  const int edge = std::clamp(size, 1, largestPicture);
+  if (const QIcon icon = QIcon::fromTheme(nameOrPath); !icon.isNull()) {
+    if (auto picture = toPicture(icon.pixmap(QSize(edge, edge), 1.0).toImage(), size)) return picture;
+  }
+  const QString file = pixmapsFile(nameOrPath);
+  return file.isEmpty() ? std::nullopt : pictureOfFile(file, size);
+}
+
+std::optional<Picture> pictureOfTrayItem(const QVariantMap& properties, int size) {
+  if (auto picture = toPicture(bestPixmap(properties.value(QStringLiteral("IconPixmap")), size), size)) return picture;
+  const QString name = properties.value(QStringLiteral("IconName")).toString();
+  const QString folder = properties.value(QStringLiteral("IconThemePath")).toString();
+  const QString file = fileInThemeFolder(folder, name);
+  return pictureOfIcon(file.isEmpty() ? name : file, size);
+}
+
+}  // namespace orvo

@@ -1,0 +1,50 @@
+// Tells which processes own tray items, as items come, and which process the agent is. Owned by
+// DesktopWorkspace; main thread. Asks the agent, or the tray's own list where there is no agent.
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QObject>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+namespace orvo {
+
+class TrayOwners : public QObject {
+  Q_OBJECT
+
+ public:
+  struct Found {
+    std::function<void(std::int32_t processIdentifier)> agent;
+    std::function<void(std::int32_t processIdentifier)> owner;
+  };
+
+  // How long begin() may wait for one answer.
+  static constexpr std::chrono::milliseconds answerLimit{1000};
+
+  TrayOwners(QDBusConnection bus, Found found);
+
+  // Starts the agent if need be and reports all owners before it returns, within the limit; from
+  // then on new ones as they come.
+  void begin();
+
+ private:
+  Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier);
+  Q_SLOT void itemRegistered(const QString& address);
+
+  void subscribe();
+  void agentChanged(const QString& newOwner);
+  void askAgent();
+  void askWatcher();
+  void askProcess(const QString& busName, const std::function<void(std::int32_t)>& answer);
+  void takeItems(const QDBusMessage& reply);
+  void takeAddresses(const QDBusMessage& reply);
+
+  QDBusConnection bus_;
+  Found found_;
+  bool agentThere_ = false;
+};
+
+}  // namespace orvo

@@ -1,0 +1,117 @@
+#include "platform/linux/session/UrlOpener.h"
+
+#include "platform/linux/session/SessionBus.h"
+
+#include <QDBusError>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QStringList>
+#include <QUrl>
+#include <QVariantMap>
+
+#include <algorithm>
+#include <array>
+
+namespace orvo {
+
+namespace {
+
+constexpr const char* accessibilityPage =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
+struct SettingsProgram {
+  const char* desktop;  // as XDG_CURRENT_DESKTOP has it
+  const char* program;
+  const char* argument;  // null for none
+};
+
+constexpr std::array settingsPrograms{
+    SettingsProgram{"XFCE", "xfce4-accessibility-settings", nullptr},
+    SettingsProgram{"GNOME", "gnome-control-center", "universal-access"},
+    SettingsProgram{"KDE", "systemsettings", "kcm_access"},
+};
+
+bool start(const QString& program, const QStringList& arguments) {
+  QProcess process;
+  process.setProgram(program);
+  process.setArguments(arguments);
+  process.setStandardInputFile(QProcess::nullDevice());
+  process.setStandardOutputFile(QProcess::nullDevice());
+  return process.startDetached();
+}
+
+// The present desktop's own program first, then whichever is installed.
+void openAccessibilitySettings() {
+  const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'));
+  auto programs = settingsPrograms;
+  std::stable_partition(programs.begin(), programs.end(), [&](const SettingsProgram& candidate) {
+    return desktops.contains(QLatin1String(candidate.desktop));
+  });
+  for (const SettingsProgram& candidate : programs) {
+    const QString program = QStandardPaths::findExecutable(QLatin1String(candidate.program));
+    if (program.isEmpty()) continue;
+    const QStringList arguments =
+        candidate.argument != nullptr ? QStringList{QLatin1String(candidate.argument)} : QStringList();
+    if (start(program, arguments)) return;
+  }
+}
+
+// Absent for whatever is not a bundle with an identifier.
+std::optional<QString> bundleIdentifierAt(const QString& root) {
+  QFile file(root + QStringLiteral("/Info.json"));
+  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+  const QJsonValue identifier =
+      QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("CFBundleIdentifier"));
+  if (!identifier.isString() || identifier.toString().isEmpty()) return std::nullopt;
+  return identifier.toString();
+}
+
+// As the desktop entry specification derives it from the application's bus name.
+QString objectPathOf(QString identifier) {
+  identifier.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
+  return QLatin1Char('/') + identifier;
+}
+
+// Lets the running copy bring its window to the front in the name of the click that started this one.
+QVariantMap platformData() {
+  QVariantMap data;
+  for (const auto& [variable, key] :
+       {std::pair{"DESKTOP_STARTUP_ID", "desktop-startup-id"}, std::pair{"XDG_ACTIVATION_TOKEN", "activation-token"}}) {
+    if (const QString token = qEnvironmentVariable(variable); !token.isEmpty()) data[QLatin1String(key)] = token;
+  }
+  return data;
+}
+
+}  // namespace
+
+void UrlOpener::open(const std::string& url) const {
+  const QString text = QString::fromStdString(url);
+  if (text == QLatin1String(accessibilityPage)) return openAccessibilitySettings();
+  const QUrl parsed(text);
+  if (parsed.isLocalFile()) {
+    const QString path = parsed.toLocalFile();
+    if (const auto identifier = bundleIdentifierAt(path)) return openBundle(path, *identifier);
+  }
+  start(QStringLiteral("xdg-open"), {text});
+}
+
+void UrlOpener::openBundle(const QString& root, const QString& identifier) const {
+  if (!reopen(identifier)) start(root + QStringLiteral("/bin/orvo"), {});
+}
+
+// False only when no copy is running: one that is slow to answer is a running copy all the same.
+bool UrlOpener::reopen(const QString& identifier) const {
+  QDBusMessage message =
+      session_bus::call(identifier, objectPathOf(identifier), "org.freedesktop.Application", "Activate");
+  message << platformData();
+  message.setAutoStartService(false);
+  const QDBusMessage reply = bus_.call(message, QDBus::Block, static_cast<int>(handOverLimit.count()));
+  const auto error = QDBusError(reply).type();
+  return reply.type() == QDBusMessage::ReplyMessage ||
+         (error != QDBusError::ServiceUnknown && error != QDBusError::Disconnected);
+}
+
+}  // namespace orvo

@@ -1,0 +1,31 @@
+// Opens what Orvo shows outside itself: a bundle, a settings page, a folder, a web page. Owned by
+// DesktopWorkspace; main thread. Never waits for what it opens, but for a running copy of a bundle,
+// which is given a moment to take the request before a caller about to exit goes on.
+#pragma once
+
+#include <QDBusConnection>
+#include <QString>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace orvo {
+
+class UrlOpener {
+ public:
+  static constexpr std::chrono::milliseconds handOverLimit{2000};
+
+  explicit UrlOpener(QDBusConnection bus) : bus_(std::move(bus)) {}
+
+  void open(const std::string& url) const;
+
+ private:
+  void openBundle(const QString& root, const QString& identifier) const;
+  bool reopen(const QString& identifier) const;
+
+  QDBusConnection bus_;
+};
+
+}  // namespace orvo
