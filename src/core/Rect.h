@@ -2,6 +2,7 @@
 // (on X11 one point is one pixel). Plain values; any thread.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvo {
@@ -25,8 +26,8 @@ struct Rect {
   // right and bottom ones do not. A rectangle with negative sizes is standardized first; an empty
   // one contains nothing.
   bool contains(Point point) const {
-    const double left = std::fmin(x, x + width);
-    const double top = std::fmin(y, y + height);
+    const double left = std::min(x, x + width);
+    const double top = std::min(y, y + height);
     return point.x >= left && point.x < left + std::fabs(width) && point.y >= top && point.y < top + std::fabs(height);
   }
 };
