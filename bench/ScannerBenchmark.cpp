@@ -1,0 +1,65 @@
+// The scanner's own share of a walk: a tree in memory, so without what the system's answers cost.
+#include "platform/Accessibility.h"
+#include "platform/Workspace.h"
+#include "sensing/MenuBarWalk.h"
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+constexpr std::int32_t host = 1;
+
+class Node : public AccessibilityElement {
+ public:
+  explicit Node(std::int32_t process) : process_(process) {}
+  void setMessagingTimeout(float) override {}
+  std::optional<std::int32_t> processIdentifier() override { return process_; }
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
+    if (name == "AXFrame") return Rect{0, 0, 24, 24};
+    if (name == "AXIdentifier") return std::string("com.apple.menuextra.clock");
+    return children;
+  }
+
+  std::vector<AccessibilityElementRef> children;
+
+ private:
+  std::int32_t process_;
+};
+
+class Running : public Workspace {
+ public:
+  std::vector<RunningApplication> runningApplications() const override { return {}; }
+  std::optional<RunningApplication> runningApplication(std::int32_t process) const override {
+    return RunningApplication{"org.example.app" + std::to_string(process), process, "Example", std::nullopt};
+  }
+  std::vector<RunningApplication> runningApplications(const std::string&) const override { return {}; }
+  std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
+  void openURL(const std::string&) override {}
+  NotificationCenter& notificationCenter() override { return center_; }
+
+ private:
+  NotificationCenter center_;
+};
+
+// Every second element below the root belongs to an application of its own.
+void walkOfFourHundredElements(benchmark::State& state) {
+  constexpr int elements = 400;
+  const Running workspace;
+  Node root(host);
+  for (int i = 1; i < elements; ++i) root.children.push_back(std::make_shared<Node>(i % 2 == 0 ? host : host + i));
+  for (auto _ : state) {
+    MenuBarWalk walk(workspace, host);
+    walk.visit(root, 0, std::nullopt);
+    benchmark::DoNotOptimize(walk.apps().size());
+  }
+  state.SetItemsProcessed(state.iterations() * elements);
+}
+BENCHMARK(walkOfFourHundredElements);
+
+}  // namespace
+}  // namespace orvo
