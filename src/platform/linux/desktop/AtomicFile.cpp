@@ -32,8 +32,12 @@ std::optional<std::string> replaceFile(const std::string& path, std::string_view
   // Unbuffered: Qt 6.4 forgets a failure of the flush that its commit makes and renames a cut file.
   const bool written =
       file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(contents.data(), size) == size;
-  if (!written) file.cancelWriting();
-  if (!written || !file.commit()) return file.errorString().toStdString();
+  if (!written) {
+    auto reason = file.errorString().toStdString();
+    file.cancelWriting();
+    return reason;
+  }
+  if (!file.commit()) return file.errorString().toStdString();
   syncFolder(folder);
   return std::nullopt;
 }

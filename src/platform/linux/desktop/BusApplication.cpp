@@ -25,6 +25,7 @@ BusApplication::BusApplication(QDBusConnection bus, const std::string& identifie
       reopen_(std::move(reopen)) {}
 
 BusApplication::~BusApplication() {
+  if (!acquired_) return;
   bus_.unregisterService(name_);
   bus_.unregisterObject(path_);
 }
@@ -33,7 +34,8 @@ BusApplication::Outcome BusApplication::acquireOrHandOver() {
   if (!bus_.isConnected()) return Outcome::noBus;
   // The object first: a request may follow the name at once.
   bus_.registerObject(path_, this, QDBusConnection::ExportAllSlots);
-  if (bus_.registerService(name_)) return Outcome::acquired;
+  acquired_ = bus_.registerService(name_);
+  if (acquired_) return Outcome::acquired;
   bus_.unregisterObject(path_);
   handOver();
   return Outcome::handedOver;

@@ -41,6 +41,7 @@ class BusApplication final : public QObject {
   const QString name_;
   const QString path_;
   const std::function<void()> reopen_;
+  bool acquired_ = false;
 };
 
 }  // namespace orvo

@@ -36,6 +36,13 @@ struct MenuEvent {
   uint timestamp = 0;
 };
 
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuLayout& layout);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuLayout& layout);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuProperties& row);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuProperties& row);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuEvent& event);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& event);
+
 class ExportedMenu final : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")

@@ -39,12 +39,16 @@ InfoValue infoValueOf(const nlohmann::json& value) {
 }  // namespace
 
 FolderBundle::FolderBundle(const std::string& invocation) {
-  const fs::path launched = launchedProgram(invocation);
+  fs::path program = launchedProgram(invocation);
+  // A link on the search path may lead to the program inside its bundle.
   std::error_code error;
-  fs::path bundle = bundleOf(launched);
-  // A link on the search path to the program inside its bundle.
-  if (bundle.empty()) bundle = bundleOf(fs::canonical(launched, error));
-  path_ = bundle.empty() ? launched.parent_path().string() : bundle.string();
+  if (const fs::path resolved = fs::canonical(program, error);
+      bundleOf(program).empty() && !bundleOf(resolved).empty()) {
+    program = resolved;
+  }
+  const fs::path bundle = bundleOf(program);
+  program_ = program.string();
+  path_ = bundle.empty() ? program.parent_path().string() : bundle.string();
   if (!bundle.empty()) readInfo(bundle / infoFile);
 }
 

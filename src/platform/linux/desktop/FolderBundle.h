@@ -16,11 +16,14 @@ class FolderBundle final : public Bundle {
   std::optional<std::string> identifier() const override;
   std::optional<InfoValue> infoValue(std::string_view key) const override;
   std::string path() const override { return path_; }
+  // The program's path, within the bundle as it was launched.
+  std::string program() const { return program_; }
 
  private:
   void readInfo(const std::string& file);
 
   std::string path_;
+  std::string program_;
   std::map<std::string, InfoValue, std::less<>> info_;
 };
 

@@ -21,11 +21,14 @@ struct NotifierToolTip {
   QString description;
 };
 
+QDBusArgument& operator<<(QDBusArgument& argument, const NotifierToolTip& toolTip);
+const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& toolTip);
+
 struct StatusNotifierServices {
   QDBusConnection bus;
   MainQueue& queue;
   QtApplication& application;
-  // Where the symbols lie, laid out as an icon theme.
+  // The folder of icon themes with the symbols; empty where there is none.
   QString iconThemePath;
 };
 
@@ -78,7 +81,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   QString status() const { return "Active"; }
   uint windowId() const { return 0; }
   QString iconThemePath() const { return services_.iconThemePath; }
-  QString iconName() const { return symbolIconName(symbol_); }
+  QString iconName() const { return iconThemePath().isEmpty() ? QString() : symbolIconName(symbol_); }
   QString accessibilityLabel() const { return accessibilityLabel_; }
   NotifierPixmaps iconPixmap() const { return symbolPixmaps(symbol_); }
   NotifierToolTip toolTip() const { return {{}, {}, toolTip_, {}}; }

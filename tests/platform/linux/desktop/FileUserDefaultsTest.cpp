@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -109,8 +110,11 @@ TEST_F(FileUserDefaultsTest, WhatCannotBeStoredIsSaidCountsHereAndIsTriedAgain) 
 
 TEST_F(FileUserDefaultsTest, AFullDiskLeavesTheOldFileWhole) {
   open().setData(dataKey, "old");
+  std::array<int, 2> said{};
+  ASSERT_EQ(pipe(said.data()), 0);
   const pid_t child = fork();
   if (child == 0) {
+    dup2(said[1], STDERR_FILENO);
     // Stands for a disk with no room: files may not grow at all.
     signal(SIGXFSZ, SIG_IGN);
     const rlimit nothing{0, 0};
@@ -121,6 +125,10 @@ TEST_F(FileUserDefaultsTest, AFullDiskLeavesTheOldFileWhole) {
   }
   int status = -1;
   waitpid(child, &status, 0);
+  std::array<char, 1000> line{};
+  EXPECT_GT(::read(said[0], line.data(), line.size() - 1), 0);
+  EXPECT_NE(std::string(line.data()).find("File too large"), std::string::npos) << line.data();
+  for (const int descriptor : said) close(descriptor);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(open().data(dataKey), "old");
 }

@@ -50,7 +50,7 @@ TEST_F(FolderBundleTest, OutsideABundleThereIsNoIdentifierAndANameThatLiesIsNotB
   fs::create_directories(root_ / "Other.app" / "bin");
   std::ofstream(root_ / "Other.app" / "Info.json") << R"({"CFBundleIdentifier": "other"})";
   for (const std::string& lie : {std::string(root_ / "Other.app" / "bin" / "orvo"), std::string("/bin/sh"),
-                                std::string(), std::string("orvo")}) {
+                                 std::string(), std::string("orvo")}) {
     EXPECT_EQ(FolderBundle(lie).path(), testProgram().parent_path()) << lie;
     EXPECT_EQ(FolderBundle(lie).identifier(), std::nullopt) << lie;
   }
