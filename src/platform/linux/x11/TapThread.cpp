@@ -1,0 +1,317 @@
+#include "platform/linux/x11/TapThread.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How often the pointer is asked while a button is held on a cover or a click waits for a release
+// that may be reported to somebody else.
+constexpr auto heldInterval = 10ms;
+// The same while a click is on its way: a window manager that looks at each click first passes it on
+// within a few milliseconds, and with covers back earlier the click would end on them.
+constexpr auto givenInterval = 1ms;
+constexpr auto givenLimit = 250ms;
+
+constexpr xcb_button_t leftButton = 1;
+constexpr xcb_button_t rightButton = 3;
+
+constexpr std::uint16_t anyButton =
+    XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
+
+std::uint16_t maskOf(xcb_button_t button) { return static_cast<std::uint16_t>(XCB_BUTTON_MASK_1 << (button - 1U)); }
+
+xcb_button_t buttonOf(EventType type) {
+  const bool right = type == EventType::rightMouseDown || type == EventType::rightMouseUp;
+  return right ? rightButton : leftButton;
+}
+
+EventType downType(xcb_button_t button) {
+  return button == rightButton ? EventType::rightMouseDown : EventType::leftMouseDown;
+}
+
+EventType upType(xcb_button_t button) {
+  return button == rightButton ? EventType::rightMouseUp : EventType::leftMouseUp;
+}
+
+std::int16_t coordinate(double value) {
+  return static_cast<std::int16_t>(std::clamp(std::floor(value), -32768.0, 32767.0));
+}
+
+std::uint32_t milliseconds(std::chrono::steady_clock::time_point time) {
+  return static_cast<std::uint32_t>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count());
+}
+
+}  // namespace
+
+std::unique_ptr<TapThread> TapThread::start(const std::string& display, Sink sink) {
+  auto connection = XConnection::open(display, "event tap");
+  if (!connection) return nullptr;
+  if (!connection->hasExtension(xcb_test_id)) {
+    connection->say("the X server has no XTEST extension, so held clicks could not be given back");
+    return nullptr;
+  }
+  return std::unique_ptr<TapThread>(new TapThread(std::move(connection), std::move(sink)));
+}
+
+TapThread::TapThread(std::unique_ptr<XConnection> connection, Sink sink)
+    : connection_(std::move(connection)),
+      sink_(std::move(sink)),
+      covers_(*connection_),
+      wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      thread_([this] { run(); }) {}
+
+TapThread::~TapThread() {
+  post([this] { finishing_ = true; });
+  thread_.join();
+  close(wakeUp_);
+}
+
+void TapThread::setRegions(std::vector<Rect> regions) {
+  post([this, regions = std::move(regions)] {
+    if (regions_.empty() && !regions.empty()) askServerTime();
+    regions_ = regions;
+    coversStale_ = true;
+  });
+}
+
+void TapThread::decide(const std::shared_ptr<HeldPress>& press, bool pass) {
+  post([this, press, pass] {
+    const auto held = std::ranges::find(held_, press, &Held::press);
+    if (held == held_.end()) return;
+    held->decided = true;
+    held->passes = pass;
+  });
+}
+
+void TapThread::click(EventType downType, Point location) {
+  const Click click{buttonOf(downType), coordinate(location.x), coordinate(location.y)};
+  post([this, click] { clicks_.push_back(click); });
+}
+
+void TapThread::post(std::function<void()> command) {
+  {
+    const std::lock_guard lock(mutex_);
+    commands_.push_back(std::move(command));
+  }
+  eventfd_write(wakeUp_, 1);
+}
+
+void TapThread::run() {
+  self_ = xcb_generate_id(connection_->get());
+  const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_create_window(connection_->get(), 0, self_, connection_->root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                    XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+  while (connection_->works()) {
+    runCommands();
+    handleEvents();
+    findLostReleases();
+    expirePresses();
+    retireHeld();
+    giveClicks();
+    layCovers();
+    if (finishing_ && !given_) return;
+    wait();
+  }
+  connection_->say("the X server has gone");
+  dead_ = true;
+}
+
+void TapThread::runCommands() {
+  eventfd_t count = 0;
+  eventfd_read(wakeUp_, &count);
+  std::vector<std::function<void()>> commands;
+  {
+    const std::lock_guard lock(mutex_);
+    commands.swap(commands_);
+  }
+  for (const auto& command : commands) command();
+}
+
+void TapThread::handleEvents() {
+  while (const auto event = owned(xcb_poll_for_event(connection_->get()))) handle(*event);
+}
+
+void TapThread::handle(const xcb_generic_event_t& event) {
+  switch (eventCode(event)) {
+    case 0:
+      connection_->sayUnexpected(reinterpret_cast<const xcb_generic_error_t&>(event));
+      break;
+    case XCB_BUTTON_PRESS:
+      handlePress(reinterpret_cast<const xcb_button_press_event_t&>(event));
+      break;
+    case XCB_BUTTON_RELEASE: {
+      const auto& release = reinterpret_cast<const xcb_button_release_event_t&>(event);
+      handleRelease(release.detail, {static_cast<double>(release.root_x), static_cast<double>(release.root_y)});
+      break;
+    }
+    case XCB_PROPERTY_NOTIFY: {
+      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+      if (property.window == self_) serverTimeOffset_ = milliseconds(Clock::now()) - property.time;
+      [[fallthrough]];
+    }
+    default:
+      if (covers_.concerns(event)) coversStale_ = true;
+  }
+}
+
+void TapThread::handlePress(const xcb_button_press_event_t& event) {
+  if (event.detail != leftButton && event.detail != rightButton) return;
+  if (isStale(event.time)) {
+    // Caught while this process was stopped; the person has long gone on.
+    drop();
+    return;
+  }
+  const Point location{static_cast<double>(event.root_x), static_cast<double>(event.root_y)};
+  Held held{std::make_shared<HeldPress>(downType(event.detail), location), Clock::now() + verdictLimit};
+  if (inRegions(location) || !anyHeld()) {
+    sink_.pressed(held.press);
+  } else {
+    // A second button, pressed elsewhere: it came here because the first one is held on a cover.
+    held.press->expire();
+    held.decided = held.passes = true;
+    held.shown = false;
+  }
+  held_.push_back(std::move(held));
+}
+
+void TapThread::handleRelease(xcb_button_t button, Point location) {
+  for (auto& held : held_) {
+    if (held.released || buttonOf(held.press->type()) != button) continue;
+    held.released = true;
+    coversStale_ = true;  // those that were only put out of sight can go
+    if (held.shown) sink_.released(upType(button), location);
+  }
+}
+
+// A grab ends without a word when the panel takes its window away.
+void TapThread::findLostReleases() {
+  if (!anyHeld()) return;
+  const auto pointer = connection_->queryPointer();
+  if (!pointer) return;
+  handleEvents();
+  for (const auto button : {leftButton, rightButton}) {
+    if ((pointer->mask & maskOf(button)) != 0) continue;
+    handleRelease(button, {static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)});
+  }
+}
+
+void TapThread::expirePresses() {
+  const auto now = Clock::now();
+  for (auto& held : held_) {
+    if (held.decided || now < held.deadline || !held.press->expire()) continue;
+    held.decided = held.passes = true;
+    held.shown = false;
+    drop();
+  }
+}
+
+void TapThread::drop() {
+  regions_.clear();
+  coversStale_ = true;
+  sink_.timedOut();
+}
+
+void TapThread::retireHeld() {
+  std::erase_if(held_, [this](const Held& held) {
+    if (!held.decided || !held.released) return false;
+    const auto& press = *held.press;
+    if (held.passes)
+      clicks_.push_back({buttonOf(press.type()), coordinate(press.location().x), coordinate(press.location().y)});
+    return true;
+  });
+}
+
+void TapThread::giveClicks() {
+  while (given_ || (!clicks_.empty() && !anyHeld())) {
+    const auto pointer = connection_->queryPointer();
+    if (!pointer) return;
+    if (given_ && !givenIsOver(*pointer)) return;
+    given_.reset();
+    if (clicks_.empty() || (pointer->mask & anyButton) != 0) break;
+    give(clicks_.front(), *pointer);
+    clicks_.pop_front();
+  }
+  if (finishing_) clicks_.clear();
+}
+
+// The server takes in what XTEST sends before it answers the next request. From then on the button
+// counts as pressed just as long as somebody who looks at the click first holds it back.
+bool TapThread::givenIsOver(const xcb_query_pointer_reply_t& pointer) {
+  return (pointer.mask & maskOf(given_->button)) == 0 || Clock::now() >= given_->limit;
+}
+
+void TapThread::give(const Click& click, const xcb_query_pointer_reply_t& pointer) {
+  covers_.removeAll();
+  coversStale_ = true;
+  auto* connection = connection_->get();
+  const auto move = [&](std::int16_t x, std::int16_t y) {
+    xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_->root(), x, y, 0);
+  };
+  const bool away = pointer.root_x != click.x || pointer.root_y != click.y;
+  if (away) move(click.x, click.y);
+  for (const auto type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE}) {
+    xcb_test_fake_input(connection, static_cast<std::uint8_t>(type), click.button, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0,
+                        0, 0);
+  }
+  if (away) move(pointer.root_x, pointer.root_y);
+  xcb_flush(connection);
+  given_ = Given{click.button, Clock::now() + givenLimit};
+}
+
+void TapThread::layCovers() {
+  if (finishing_) {
+    covers_.removeAll();
+    return;
+  }
+  if (!coversStale_ || given_) return;
+  covers_.lay(regions_, anyHeld());
+  coversStale_ = false;
+}
+
+void TapThread::wait() {
+  xcb_flush(connection_->get());
+  // Answers that were waited for may have left events in the queue.
+  if (const auto event = owned(xcb_poll_for_queued_event(connection_->get()))) {
+    handle(*event);
+    return;
+  }
+  pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->get()), POLLIN, 0}, {wakeUp_, POLLIN, 0}};
+  poll(&descriptors[0], 2, waitLimit());
+}
+
+int TapThread::waitLimit() const {
+  if (given_) return static_cast<int>(givenInterval.count());
+  if (!held_.empty() || !clicks_.empty()) return static_cast<int>(heldInterval.count());
+  return -1;
+}
+
+bool TapThread::anyHeld() const { return std::ranges::count(held_, false, &Held::released) > 0; }
+
+void TapThread::askServerTime() {
+  const std::uint8_t nothing = 0;
+  xcb_change_property(connection_->get(), XCB_PROP_MODE_APPEND, self_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
+                      &nothing);
+}
+
+bool TapThread::isStale(xcb_timestamp_t time) const {
+  const auto age = static_cast<std::int32_t>(milliseconds(Clock::now()) - serverTimeOffset_ - time);
+  return age > verdictLimit.count();
+}
+
+bool TapThread::inRegions(Point point) const {
+  return std::ranges::any_of(regions_, [point](const Rect& region) { return region.contains(point); });
+}
+
+}  // namespace orvo

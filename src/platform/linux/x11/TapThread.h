@@ -1,0 +1,119 @@
+// The thread of the event tap: lays covers over the regions, holds the presses they catch, and gives
+// clicks to the session. Owned by X11EventTaps. Public operations may be called from any thread and
+// return at once; the sink's functions are called on the tap's thread.
+#pragma once
+
+#include "platform/linux/x11/Covers.h"
+#include "platform/linux/x11/HeldPress.h"
+#include "platform/linux/x11/XConnection.h"
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace orvo {
+
+// How long a click waits for the main thread. Below what a person takes for a hung control.
+inline constexpr std::chrono::milliseconds verdictLimit{1000};
+
+class TapThread {
+ public:
+  struct Sink {
+    std::function<void(const std::shared_ptr<HeldPress>&)> pressed;
+    // The physical end of a press that was handed over and whose callback may have been asked.
+    std::function<void(EventType, Point)> released;
+    // A press was not decided in time. The regions have been dropped.
+    std::function<void()> timedOut;
+  };
+
+  // Absent, with a line on standard error, without an X server or its XTEST extension.
+  static std::unique_ptr<TapThread> start(const std::string& display, Sink sink);
+
+  // Gives the clicks that wait, but for those whose button is still held, and removes the covers.
+  ~TapThread();
+  TapThread(const TapThread&) = delete;
+  TapThread& operator=(const TapThread&) = delete;
+
+  // False for good once the server has gone.
+  bool works() const { return !dead_; }
+
+  void setRegions(std::vector<Rect> regions);
+  // The main thread's verdict on a press: a press that passes is given as a click when the physical
+  // button is up.
+  void decide(const std::shared_ptr<HeldPress>& press, bool pass);
+  // A press and a release at the point, as soon as no button is held and no cover is in the way.
+  void click(EventType downType, Point location);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Held {
+    std::shared_ptr<HeldPress> press;
+    Clock::time_point deadline;
+    bool decided = false;
+    bool passes = false;
+    bool released = false;
+    bool shown = true;  // whether the main thread hears of the release
+  };
+  struct Click {
+    xcb_button_t button;
+    std::int16_t x;
+    std::int16_t y;
+  };
+  // The click that was given last, until the server has handed it out.
+  struct Given {
+    xcb_button_t button;
+    Clock::time_point limit;
+  };
+
+  TapThread(std::unique_ptr<XConnection> connection, Sink sink);
+  void post(std::function<void()> command);
+
+  // The rest runs on the tap's thread.
+  void run();
+  void runCommands();
+  void handleEvents();
+  void handle(const xcb_generic_event_t& event);
+  void handlePress(const xcb_button_press_event_t& event);
+  void handleRelease(xcb_button_t button, Point location);
+  void findLostReleases();
+  void expirePresses();
+  void drop();
+  void retireHeld();
+  void giveClicks();
+  bool givenIsOver(const xcb_query_pointer_reply_t& pointer);
+  void give(const Click& click, const xcb_query_pointer_reply_t& pointer);
+  void layCovers();
+  void wait();
+  int waitLimit() const;
+  bool anyHeld() const;
+
+  void askServerTime();
+  bool isStale(xcb_timestamp_t time) const;
+  bool inRegions(Point point) const;
+
+  std::unique_ptr<XConnection> connection_;
+  Sink sink_;
+  Covers covers_;
+  int wakeUp_;  // an eventfd
+  std::mutex mutex_;
+  std::vector<std::function<void()>> commands_;  // guarded by mutex_
+  std::atomic<bool> dead_ = false;
+
+  xcb_window_t self_ = XCB_WINDOW_NONE;  // only there to be told the server's time
+  std::uint32_t serverTimeOffset_ = 0;   // our clock minus the server's, in milliseconds
+  std::vector<Rect> regions_;
+  bool coversStale_ = false;
+  std::vector<Held> held_;
+  std::deque<Click> clicks_;
+  std::optional<Given> given_;
+  bool finishing_ = false;
+  std::thread thread_;
+};
+
+}  // namespace orvo

@@ -1,0 +1,32 @@
+// An event of the X11 tap: what happened, where, and the integer fields that were set on it. A plain
+// value; any thread.
+#pragma once
+
+#include "platform/EventTap.h"
+
+#include <map>
+#include <memory>
+
+namespace orvo {
+
+class X11Event : public Event {
+ public:
+  X11Event(EventType type, Point location) : type_(type), location_(location) {}
+
+  EventType type() const { return type_; }
+
+  Point location() const override { return location_; }
+  std::unique_ptr<Event> copy() const override { return std::make_unique<X11Event>(*this); }
+  std::int64_t integerValueField(std::uint32_t field) const override {
+    const auto found = fields_.find(field);
+    return found == fields_.end() ? 0 : found->second;
+  }
+  void setIntegerValueField(std::uint32_t field, std::int64_t value) override { fields_[field] = value; }
+
+ private:
+  EventType type_;
+  Point location_;
+  std::map<std::uint32_t, std::int64_t> fields_;
+};
+
+}  // namespace orvo

@@ -1,0 +1,150 @@
+#include "platform/linux/x11/X11EventTaps.h"
+
+#include "platform/linux/x11/HeldPress.h"
+#include "platform/linux/x11/TapThread.h"
+#include "platform/linux/x11/X11Event.h"
+
+#include <utility>
+
+namespace orvo {
+
+struct X11EventTaps::Tap {
+  std::uint64_t mask = 0;
+  EventTapCallback callback = nullptr;
+  void* userInfo = nullptr;
+  bool valid = true;
+  bool attached = false;
+  bool enabled = true;
+  std::vector<Rect> regions;
+
+  bool active() const { return valid && attached && enabled; }
+};
+
+class X11EventTaps::Port : public EventTapPort {
+ public:
+  Port(X11EventTaps& taps, std::shared_ptr<Tap> tap) : taps_(taps), alive_(taps.alive_), tap_(std::move(tap)) {}
+  ~Port() override { invalidate(); }
+  Port(const Port&) = delete;
+  Port& operator=(const Port&) = delete;
+
+  bool addToMainRunLoop() override {
+    set(tap_->attached, true);
+    return tap_->valid;
+  }
+  void removeFromMainRunLoop() override { set(tap_->attached, false); }
+  void enable() override { set(tap_->enabled, true); }
+  void setRegionsOfInterest(const std::vector<Rect>& regions) override { set(tap_->regions, regions); }
+  void invalidate() override {
+    if (!alive_.expired()) taps_.invalidate(*tap_);
+  }
+
+ private:
+  template <typename T>
+  void set(T& property, const T& value) {
+    property = value;
+    if (tap_->valid && !alive_.expired()) taps_.update();
+  }
+
+  X11EventTaps& taps_;
+  std::weak_ptr<int> alive_;
+  std::shared_ptr<Tap> tap_;
+};
+
+X11EventTaps::X11EventTaps(MainQueue& queue, std::function<bool()> trusted, std::string display)
+    : queue_(queue), trusted_(std::move(trusted)), display_(std::move(display)), alive_(std::make_shared<int>()) {}
+
+X11EventTaps::~X11EventTaps() {
+  if (tap_) invalidate(*tap_);
+  givePosted();
+}
+
+std::unique_ptr<EventTapPort> X11EventTaps::create(EventTapLocation, EventTapPlacement, EventTapOptions,
+                                                   std::uint64_t mask, EventTapCallback callback, void* userInfo) {
+  if (!trusted_() || tap_ || !startThread()) return nullptr;
+  tap_ = std::make_shared<Tap>();
+  tap_->mask = mask;
+  tap_->callback = callback;
+  tap_->userInfo = userInfo;
+  return std::make_unique<Port>(*this, tap_);
+}
+
+void X11EventTaps::post(EventTapLocation, const Event& event) {
+  const auto* own = dynamic_cast<const X11Event*>(&event);
+  if (own == nullptr) return;
+  posted_.push_back(*own);
+  onMain([this] { showPosted(); });
+}
+
+bool X11EventTaps::startThread() {
+  if (thread_ && thread_->works()) return true;
+  thread_ = TapThread::start(
+      display_,
+      {.pressed = [this](const std::shared_ptr<HeldPress>& press) { onMain([this, press] { answer(press); }); },
+       .released = [this](EventType type,
+                          Point location) { onMain([this, type, location] { release(type, location); }); },
+       .timedOut = [this] { onMain([this] { disable(); }); }});
+  return thread_ != nullptr;
+}
+
+void X11EventTaps::update() {
+  if (thread_) thread_->setRegions(tap_ && tap_->active() ? tap_->regions : std::vector<Rect>());
+}
+
+void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {
+  if (press->beginAsking()) thread_->decide(press, passes(press->type(), press->location()));
+}
+
+// Whether the release passes makes no difference: it was either given with its press or dropped
+// with it.
+void X11EventTaps::release(EventType type, Point location) { passes(type, location); }
+
+void X11EventTaps::disable() {
+  if (!tap_) return;
+  const auto tap = tap_;
+  tap->enabled = false;
+  update();
+  X11Event nothing(EventType::tapDisabledByTimeout, {});
+  if (tap->attached) tap->callback(EventType::tapDisabledByTimeout, &nothing, tap->userInfo);
+}
+
+bool X11EventTaps::passes(EventType type, Point location) {
+  X11Event event(type, location);
+  return passes(event);
+}
+
+bool X11EventTaps::passes(X11Event& event) {
+  const auto tap = tap_;  // the callback may end it
+  const bool wanted = tap && tap->active() && (tap->mask >> static_cast<std::uint32_t>(event.type()) & 1U) != 0;
+  return !wanted || tap->callback(event.type(), &event, tap->userInfo) != nullptr;
+}
+
+void X11EventTaps::showPosted() {
+  if (posted_.empty()) return;
+  auto event = std::move(posted_.front());
+  posted_.pop_front();
+  if (passes(event)) give(event);
+}
+
+void X11EventTaps::givePosted() {
+  for (const auto& event : std::exchange(posted_, {})) give(event);
+}
+
+void X11EventTaps::give(const X11Event& event) {
+  const bool down = event.type() == EventType::leftMouseDown || event.type() == EventType::rightMouseDown;
+  if (down && startThread()) thread_->click(event.type(), event.location());
+}
+
+void X11EventTaps::invalidate(Tap& tap) {
+  if (!std::exchange(tap.valid, false)) return;
+  tap_.reset();
+  update();
+  givePosted();
+}
+
+void X11EventTaps::onMain(std::function<void()> task) {
+  queue_.post([alive = std::weak_ptr<int>(alive_), task = std::move(task)] {
+    if (!alive.expired()) task();
+  });
+}
+
+}  // namespace orvo

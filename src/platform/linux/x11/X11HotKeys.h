@@ -1,0 +1,74 @@
+// Global hot keys as passive key grabs on the root window, whichever lock keys are on. Owned by
+// main.cpp; main thread only, presses are waited for on a thread of its own.
+#pragma once
+
+#include "platform/HotKeys.h"
+#include "platform/MainQueue.h"
+#include "platform/linux/x11/EventThread.h"
+#include "platform/linux/x11/XConnection.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+// Another client holds the combination, by Carbon's number.
+inline constexpr HotKeyStatus eventHotKeyExistsErr = -9878;
+// Any other reason for which a handler or a hot key cannot be had, by Carbon's number.
+inline constexpr HotKeyStatus hotKeyParameterErr = -50;
+
+class X11HotKeys : public HotKeys {
+ public:
+  // An empty `display` stands for DISPLAY. Without an X server every registration fails.
+  explicit X11HotKeys(MainQueue& queue, const std::string& display = {});
+  ~X11HotKeys() override;
+
+  // Hot key presses are the only events there are.
+  HotKeyStatus installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
+                                   EventHandlerRef& handler) override;
+  // Knows the key code of B, and Control, Option (Alt) and Command (Super). A key that repeats while
+  // it is held is one press.
+  HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id, std::uint32_t options,
+                                   HotKeyRef& hotKey) override;
+  void unregisterEventHotKey(HotKeyRef hotKey) override;
+  void removeEventHandler(EventHandlerRef handler) override;
+
+ private:
+  struct Combination {
+    std::uint32_t keyCode;
+    std::uint32_t modifiers;
+  };
+  struct Grab {
+    xcb_keycode_t key;
+    std::uint16_t modifiers;
+
+    auto operator<=>(const Grab&) const = default;
+  };
+  struct Handler {
+    EventHandlerFunction function;
+    void* userData;
+  };
+
+  void handle(const xcb_generic_event_t& event);
+  void press();
+  void grabAgain();
+  std::set<Grab> grabsFor(const Combination& combination) const;
+  bool grab(const std::set<Grab>& grabs);
+  void ungrab(const std::set<Grab>& grabs);
+  void onMain(std::function<void()> task);
+
+  MainQueue& queue_;
+  std::unique_ptr<XConnection> connection_;
+  std::map<EventHandlerRef, Handler> handlers_;
+  std::map<HotKeyRef, Combination> hotKeys_;
+  std::map<HotKeyRef, std::set<Grab>> grabs_;
+  std::uintptr_t lastReference_ = 0;
+  xcb_timestamp_t lastRelease_ = 0;  // the event thread's own
+  std::shared_ptr<int> alive_;
+  std::unique_ptr<EventThread> events_;
+};
+
+}  // namespace orvo
