@@ -17,16 +17,22 @@ class HeldPress {
 
   // Main thread: true when the callback may be asked. From then on its answer counts, however long
   // it takes.
-  bool beginAsking() { return settle(); }
+  bool beginAsking() { return settle(State::asked); }
   // Tap's thread: true when the callback has not been asked, and now never will be.
-  bool expire() { return settle(); }
+  bool expire() { return settle(State::expired); }
+  bool wasAsked() const { return state_ == State::asked; }
 
  private:
-  bool settle() { return !settled_.exchange(true); }
+  enum class State { waiting, asked, expired };
+
+  bool settle(State state) {
+    State expected = State::waiting;
+    return state_.compare_exchange_strong(expected, state);
+  }
 
   EventType type_;
   Point location_;
-  std::atomic<bool> settled_ = false;
+  std::atomic<State> state_ = State::waiting;
 };
 
 }  // namespace orvo

@@ -40,10 +40,6 @@ EventType downType(xcb_button_t button) {
   return button == rightButton ? EventType::rightMouseDown : EventType::leftMouseDown;
 }
 
-EventType upType(xcb_button_t button) {
-  return button == rightButton ? EventType::rightMouseUp : EventType::leftMouseUp;
-}
-
 std::int16_t coordinate(double value) {
   return static_cast<std::int16_t>(std::clamp(std::floor(value), -32768.0, 32767.0));
 }
@@ -96,8 +92,11 @@ void TapThread::decide(const std::shared_ptr<HeldPress>& press, bool pass) {
 }
 
 void TapThread::click(EventType downType, Point location) {
-  const Click click{buttonOf(downType), coordinate(location.x), coordinate(location.y)};
-  post([this, click] { clicks_.push_back(click); });
+  post([this, click = clickFor(downType, location)] { clicks_.push_back(click); });
+}
+
+TapThread::Click TapThread::clickFor(EventType downType, Point location) {
+  return {buttonOf(downType), {coordinate(location.x), coordinate(location.y)}};
 }
 
 void TapThread::post(std::function<void()> command) {
@@ -181,7 +180,6 @@ void TapThread::handlePress(const xcb_button_press_event_t& event) {
     // A second button, pressed elsewhere: it came here because the first one is held on a cover.
     held.press->expire();
     held.decided = held.passes = true;
-    held.shown = false;
   }
   held_.push_back(std::move(held));
 }
@@ -191,7 +189,7 @@ void TapThread::handleRelease(xcb_button_t button, Point location) {
     if (held.released || buttonOf(held.press->type()) != button) continue;
     held.released = true;
     coversStale_ = true;  // those that were only put out of sight can go
-    if (held.shown) sink_.released(upType(button), location);
+    sink_.released(held.press, location);
   }
 }
 
@@ -212,7 +210,6 @@ void TapThread::expirePresses() {
   for (auto& held : held_) {
     if (held.decided || now < held.deadline || !held.press->expire()) continue;
     held.decided = held.passes = true;
-    held.shown = false;
     drop();
   }
 }
@@ -227,8 +224,7 @@ void TapThread::retireHeld() {
   std::erase_if(held_, [this](const Held& held) {
     if (!held.decided || !held.released) return false;
     const auto& press = *held.press;
-    if (held.passes)
-      clicks_.push_back({buttonOf(press.type()), coordinate(press.location().x), coordinate(press.location().y)});
+    if (held.passes) clicks_.push_back(clickFor(press.type(), press.location()));
     return true;
   });
 }
@@ -236,9 +232,7 @@ void TapThread::retireHeld() {
 void TapThread::giveClicks() {
   while (given_ || (!clicks_.empty() && !anyHeld())) {
     const auto pointer = connection_->queryPointer();
-    if (!pointer) return;
-    if (given_ && !givenIsOver(*pointer)) return;
-    given_.reset();
+    if (!pointer || (given_ && !finishGiven(*pointer))) return;
     if (clicks_.empty() || (pointer->mask & anyButton) != 0) break;
     give(clicks_.front(), *pointer);
     clicks_.pop_front();
@@ -248,26 +242,33 @@ void TapThread::giveClicks() {
 
 // The server takes in what XTEST sends before it answers the next request. From then on the button
 // counts as pressed just as long as somebody who looks at the click first holds it back.
-bool TapThread::givenIsOver(const xcb_query_pointer_reply_t& pointer) {
-  return (pointer.mask & maskOf(given_->button)) == 0 || Clock::now() >= given_->limit;
+bool TapThread::finishGiven(const xcb_query_pointer_reply_t& pointer) {
+  const auto& [click, limit, from] = *given_;
+  if ((pointer.mask & maskOf(click.button)) != 0 && Clock::now() < limit) return false;
+  // Not together with the click: a release that was held back would happen where the pointer is then.
+  if (from && click.at == Position{pointer.root_x, pointer.root_y}) movePointer(*from);
+  given_.reset();
+  return true;
 }
 
 void TapThread::give(const Click& click, const xcb_query_pointer_reply_t& pointer) {
   covers_.removeAll();
   coversStale_ = true;
-  auto* connection = connection_->get();
-  const auto move = [&](std::int16_t x, std::int16_t y) {
-    xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_->root(), x, y, 0);
-  };
-  const bool away = pointer.root_x != click.x || pointer.root_y != click.y;
-  if (away) move(click.x, click.y);
-  for (const auto type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE}) {
-    xcb_test_fake_input(connection, static_cast<std::uint8_t>(type), click.button, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0,
-                        0, 0);
+  given_ = Given{click, Clock::now() + givenLimit, std::nullopt};
+  if (const Position position{pointer.root_x, pointer.root_y}; position != click.at) {
+    given_->from = position;
+    movePointer(click.at);
   }
-  if (away) move(pointer.root_x, pointer.root_y);
-  xcb_flush(connection);
-  given_ = Given{click.button, Clock::now() + givenLimit};
+  for (const auto type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE}) {
+    xcb_test_fake_input(connection_->get(), static_cast<std::uint8_t>(type), click.button, XCB_CURRENT_TIME,
+                        XCB_WINDOW_NONE, 0, 0, 0);
+  }
+  xcb_flush(connection_->get());
+}
+
+void TapThread::movePointer(Position position) {
+  xcb_test_fake_input(connection_->get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_->root(), position.x,
+                      position.y, 0);
 }
 
 void TapThread::layCovers() {

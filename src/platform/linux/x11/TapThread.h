@@ -25,8 +25,8 @@ class TapThread {
  public:
   struct Sink {
     std::function<void(const std::shared_ptr<HeldPress>&)> pressed;
-    // The physical end of a press that was handed over and whose callback may have been asked.
-    std::function<void(EventType, Point)> released;
+    // The physical end of a press, which has been handed over before.
+    std::function<void(const std::shared_ptr<HeldPress>&, Point)> released;
     // A press was not decided in time. The regions have been dropped.
     std::function<void()> timedOut;
   };
@@ -58,20 +58,28 @@ class TapThread {
     bool decided = false;
     bool passes = false;
     bool released = false;
-    bool shown = true;  // whether the main thread hears of the release
+  };
+  // Root coordinates.
+  struct Position {
+    std::int16_t x;
+    std::int16_t y;
+
+    bool operator==(const Position&) const = default;
   };
   struct Click {
     xcb_button_t button;
-    std::int16_t x;
-    std::int16_t y;
+    Position at;
   };
   // The click that was given last, until the server has handed it out.
   struct Given {
-    xcb_button_t button;
+    Click click;
     Clock::time_point limit;
+    // Where the pointer was, if elsewhere.
+    std::optional<Position> from;
   };
 
   TapThread(std::unique_ptr<XConnection> connection, Sink sink);
+  static Click clickFor(EventType downType, Point location);
   void post(std::function<void()> command);
 
   // The rest runs on the tap's thread.
@@ -86,8 +94,9 @@ class TapThread {
   void drop();
   void retireHeld();
   void giveClicks();
-  bool givenIsOver(const xcb_query_pointer_reply_t& pointer);
+  bool finishGiven(const xcb_query_pointer_reply_t& pointer);
   void give(const Click& click, const xcb_query_pointer_reply_t& pointer);
+  void movePointer(Position position);
   void layCovers();
   void wait();
   int waitLimit() const;

@@ -77,12 +77,13 @@ void X11EventTaps::post(EventTapLocation, const Event& event) {
 
 bool X11EventTaps::startThread() {
   if (thread_ && thread_->works()) return true;
-  thread_ = TapThread::start(
-      display_,
-      {.pressed = [this](const std::shared_ptr<HeldPress>& press) { onMain([this, press] { answer(press); }); },
-       .released = [this](EventType type,
-                          Point location) { onMain([this, type, location] { release(type, location); }); },
-       .timedOut = [this] { onMain([this] { disable(); }); }});
+  TapThread::Sink sink;
+  sink.pressed = [this](const std::shared_ptr<HeldPress>& press) { onMain([this, press] { answer(press); }); };
+  sink.released = [this](const std::shared_ptr<HeldPress>& press, Point location) {
+    onMain([this, press, location] { release(*press, location); });
+  };
+  sink.timedOut = [this] { onMain([this] { disable(); }); };
+  thread_ = TapThread::start(display_, std::move(sink));
   return thread_ != nullptr;
 }
 
@@ -94,9 +95,11 @@ void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {
   if (press->beginAsking()) thread_->decide(press, passes(press->type(), press->location()));
 }
 
-// Whether the release passes makes no difference: it was either given with its press or dropped
-// with it.
-void X11EventTaps::release(EventType type, Point location) { passes(type, location); }
+// Whether the release passes makes no difference: it goes the way of its press.
+void X11EventTaps::release(const HeldPress& press, Point location) {
+  const bool left = press.type() == EventType::leftMouseDown;
+  if (press.wasAsked()) passes(left ? EventType::leftMouseUp : EventType::rightMouseUp, location);
+}
 
 void X11EventTaps::disable() {
   if (!tap_) return;

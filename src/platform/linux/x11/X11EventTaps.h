@@ -42,7 +42,7 @@ class X11EventTaps : public EventTaps {
   bool startThread();
   void update();
   void answer(const std::shared_ptr<HeldPress>& press);
-  void release(EventType type, Point location);
+  void release(const HeldPress& press, Point location);
   void disable();
   bool passes(EventType type, Point location);
   bool passes(X11Event& event);

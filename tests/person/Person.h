@@ -1,0 +1,42 @@
+// The person in front of an X display: works the server's own mouse and keyboard, not the devices
+// through which programs replay events. Every call has reached the server when it returns.
+#pragma once
+
+#include "core/Rect.h"
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+namespace orvo {
+
+class Person {
+ public:
+  // Throws std::runtime_error when the display is not there or has no mouse or keyboard of its own.
+  explicit Person(const std::string& display);
+  ~Person();
+  Person(const Person&) = delete;
+  Person& operator=(const Person&) = delete;
+
+  void moveTo(Point point);
+  Point pointer();
+  void press(unsigned button);
+  void release(unsigned button);
+  void click(Point point, unsigned button);
+  // One notch down. Given by the XTEST device, since the mouse of Xvfb has three buttons only.
+  void turnWheel();
+
+  // By key symbol name, such as "Control_L" or "b".
+  void pressKey(const std::string& name);
+  void releaseKey(const std::string& name);
+  // Presses in order, lets go in the reverse order.
+  void pressChord(std::initializer_list<const char*> names);
+
+ private:
+  struct Devices;
+  void key(const std::string& name, bool down);
+
+  std::unique_ptr<Devices> devices_;
+};
+
+}  // namespace orvo
