@@ -1,6 +1,7 @@
 #include "platform/linux/DesktopEntries.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -20,6 +21,11 @@ namespace {
 // Folder times tick coarsely: a folder changed less than this before it was read may change again
 // without its time telling.
 constexpr std::chrono::milliseconds folderTimeStep{20};
+
+// Where entries are on every system, whatever the environment of this process says: a service that was
+// started before the session's variables were set has to see the same ones.
+constexpr std::array usualDataFolders = {"/usr/local/share", "/usr/share", "/var/lib/flatpak/exports/share",
+                                         "/var/lib/snapd/desktop"};
 
 struct Free {
   void operator()(GKeyFile* file) const { g_key_file_free(file); }
@@ -93,9 +99,12 @@ bool isSameFile(const std::string& left, const std::string& right) {
 DesktopEntries::DesktopEntries(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
 
 std::vector<fs::path> DesktopEntries::standardFolders() {
-  std::vector<fs::path> folders{fs::path(g_get_user_data_dir()) / "applications"};
+  std::vector<fs::path> folders{g_get_user_data_dir()};
   for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder)
-    folders.push_back(fs::path(*folder) / "applications");
+    folders.emplace_back(*folder);
+  folders.push_back(fs::path(g_get_home_dir()) / ".local/share/flatpak/exports/share");
+  for (const char* folder : usualDataFolders) folders.emplace_back(folder);
+  for (fs::path& folder : folders) folder /= "applications";
   return folders;
 }
 

@@ -26,7 +26,7 @@ class DesktopEntries {
   // Folders in order of precedence: an identifier found in an earlier one shadows later ones.
   explicit DesktopEntries(std::vector<std::filesystem::path> folders);
 
-  // The "applications" folders of XDG_DATA_HOME and XDG_DATA_DIRS.
+  // The "applications" folders of XDG_DATA_HOME and XDG_DATA_DIRS, then the usual ones.
   static std::vector<std::filesystem::path> standardFolders();
 
   // Reads the folders again if entries came or went since; costs one stat a folder otherwise. An entry

@@ -1,0 +1,91 @@
+#include "agent/rules/StatusControls.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace orvo {
+namespace {
+
+constexpr double hidden = -2147483648.0;
+constexpr Rect panelFrame{0, 0, 1000, 26};
+
+// Places of 20 points, one after the other.
+Dock dockFor(const PanelLayout& layout) {
+  Dock dock{panelFrame, {}};
+  for (std::size_t index = 0; index < layout.size(); ++index)
+    dock.places.push_back({20.0 * static_cast<double>(index), 0, 20, 26});
+  return dock;
+}
+
+std::string words(const std::vector<StatusControl>& controls) {
+  std::string text;
+  for (const StatusControl& control : controls) text += (text.empty() ? "" : " ") + control.word;
+  return text;
+}
+
+TEST(StatusControls, TakesWhatStandsBesideTheTrayAndNothingElse) {
+  const PanelPlugin expander{"separator", true};
+  const PanelPlugin separator{"separator"};
+  const struct {
+    const char* name;
+    PanelLayout layout;
+    const char* expected;
+  } cases[] = {
+      {"default",
+       {{"applicationsmenu"},
+        {"tasklist"},
+        expander,
+        {"pager"},
+        separator,
+        {"systray"},
+        {"pulseaudio"},
+        separator,
+        {"clock"},
+        separator,
+        {"actions"}},
+       "pulseaudio clock actions"},
+      {"controls before the tray, ways to programs among them",
+       {{"whiskermenu"}, {"genmon"}, {"tasklist"}, {"xkb"}, {"pager"}, {"systray"}, {"clock"}, {"showdesktop"}},
+       "xkb clock"},
+      {"tray at the leading end", {{"systray"}, {"clock"}, expander, {"weather"}, {"tasklist"}}, "clock"},
+      {"clock in the middle", {expander, {"clock"}, expander, {"systray"}}, ""},
+      {"no tray", {{"launcher"}, {"clock"}}, ""},
+      {"tray of an older panel", {{"statusnotifier"}, {"systray"}, {"clock"}}, "clock"},
+  };
+  for (const auto& each : cases)
+    EXPECT_EQ(words(statusControls({each.layout}, {dockFor(each.layout)})), each.expected) << each.name;
+}
+
+TEST(StatusControls, FindsEachPanelAmongItsWindows) {
+  const PanelLayout launchers{{"launcher"}, {"launcher"}};
+  const PanelLayout status{{"launcher"}, {"systray"}, {"clock"}};
+  const Dock helper{{-9999, -9999, 3, 3}, {}};
+  Dock low = dockFor(status);
+  for (Rect& place : low.places) place.y = 700;
+  EXPECT_EQ(statusControls({launchers, status}, {dockFor(launchers), helper, low}),
+            (std::vector<StatusControl>{{"clock", {40, 700, 20, 26}}}));
+  EXPECT_TRUE(statusControls({status}, {dockFor(launchers)}).empty()) << "settings and windows out of step";
+}
+
+TEST(StatusControls, GoesByPlacesUnlessSomeAreHidden) {
+  const PanelLayout layout{{"systray"}, {"clock"}, {"actions"}};
+  const Rect tray{0, 0, 20, 26};
+  const Rect clock{20, 0, 60, 26};
+  const Rect actions{80, 0, 30, 26};
+  EXPECT_EQ(statusControls({layout}, {{panelFrame, {clock, actions, tray}}}),
+            (std::vector<StatusControl>{{"clock", clock}, {"actions", actions}}))
+      << "moved by the person after they were made";
+  EXPECT_EQ(statusControls({layout}, {{panelFrame, {tray, {hidden, hidden, 1, 1}, actions}}}),
+            (std::vector<StatusControl>{{"actions", actions}}));
+  EXPECT_EQ(statusControls({layout}, {{panelFrame, {tray, {20, 0, 1, 26}, {21, 0, 30, 26}}}}),
+            (std::vector<StatusControl>{{"actions", {21, 0, 30, 26}}}))
+      << "a plug-in with nothing to show is one point wide";
+  EXPECT_EQ(statusControls({layout}, {{{0, 0, 26, 1000}, {{0, 40, 26, 30}, {0, 0, 26, 20}, {0, 20, 26, 20}}}}),
+            (std::vector<StatusControl>{{"clock", {0, 20, 26, 20}}, {"actions", {0, 40, 26, 30}}}))
+      << "a standing panel";
+}
+
+}  // namespace
+}  // namespace orvo
