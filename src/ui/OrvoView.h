@@ -104,6 +104,9 @@ class OrvoView : public WindowContent {
   OrvoView(const OrvoView&) = delete;
   OrvoView& operator=(const OrvoView&) = delete;
 
+  // The window comes from a library of its own that is loaded late: what it calls is virtual, so that it
+  // runs the program's code and no copy of it.
+
   // Announced before every assignment of `page`, `copiedDiagnostics` or a property of the model.
   ObjectWillChange willChange;
 
@@ -111,62 +114,64 @@ class OrvoView : public WindowContent {
   Published<bool> copiedDiagnostics{willChange, false};
 
   // Column and shared pieces.
-  std::string version() const;
-  std::string versionLine() const;
-  Label statusLine() const;
-  StateBadge stateBadge() const;
-  std::optional<std::string> message() const;
+  // By page, in the order of the column.
+  virtual std::array<Label, 3> pages() const;
+  virtual std::string version() const;
+  virtual std::string versionLine() const;
+  virtual Label statusLine() const;
+  virtual StateBadge stateBadge() const;
+  virtual std::optional<std::string> message() const;
 
   // Menu bar page.
-  Guidance guidance() const;
-  InformationCard unsupportedCard() const;
-  std::array<SetupStep, 2> setupSteps() const;
-  SetupAdvice setupAdvice() const;
-  void performSetupAction();
-  bool shortcutAvailable() const;
-  std::string searchText() const;
-  void setSearchText(const std::string& text);
-  void clearSearch();
-  bool searchEnabled() const;
-  bool offersClearSearch() const;
-  bool isScanning() const;
-  bool refreshEnabled() const;
-  void refresh();
-  std::vector<AppRow> rows() const;
-  bool pickersEnabled() const;
-  void choose(IconRule rule, const std::string& bundleID);
-  EmptyState emptyState() const;
-  std::string emptyTitle() const;
-  std::string emptyDetail() const;
-  bool showsListFooter() const;
-  std::string listCount() const;
-  std::string actionTitle() const;
-  std::string actionHint() const;
-  PrimaryButton primaryButton() const;
-  void performPrimaryAction();
+  virtual Guidance guidance() const;
+  virtual InformationCard unsupportedCard() const;
+  virtual std::array<SetupStep, 2> setupSteps() const;
+  virtual SetupAdvice setupAdvice() const;
+  virtual void performSetupAction();
+  virtual bool shortcutAvailable() const;
+  virtual std::string searchText() const;
+  virtual void setSearchText(const std::string& text);
+  virtual void clearSearch();
+  virtual bool searchEnabled() const;
+  virtual bool offersClearSearch() const;
+  virtual bool isScanning() const;
+  virtual bool refreshEnabled() const;
+  virtual void refresh();
+  virtual std::vector<AppRow> rows() const;
+  virtual bool pickersEnabled() const;
+  virtual void choose(IconRule rule, const std::string& bundleID);
+  virtual EmptyState emptyState() const;
+  virtual std::string emptyTitle() const;
+  virtual std::string emptyDetail() const;
+  virtual bool showsListFooter() const;
+  virtual std::string listCount() const;
+  virtual std::string actionTitle() const;
+  virtual std::string actionHint() const;
+  virtual PrimaryButton primaryButton() const;
+  virtual void performPrimaryAction();
   // Answers exactly once, never inside the call.
-  void applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const;
+  virtual void applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const;
 
   // Behavior page.
-  bool launchAtLogin() const;
-  void setLaunchAtLogin(bool enabled);
-  std::string shortcutDetail() const;
-  static const std::array<RehideOption, 4>& rehideOptions();
+  virtual bool launchAtLogin() const;
+  virtual void setLaunchAtLogin(bool enabled);
+  virtual std::string shortcutDetail() const;
+  virtual const std::array<RehideOption, 4>& rehideOptions() const;
   // Absent when the stored delay is none of the options.
-  std::optional<std::size_t> rehideOption() const;
+  virtual std::optional<std::size_t> rehideOption() const;
   // What the closed picker shows; a stored delay without an option is told in its own words.
-  std::string rehideText() const;
-  void chooseRehideOption(std::size_t option);
-  InformationCard systemControlsCard() const;
+  virtual std::string rehideText() const;
+  virtual void chooseRehideOption(std::size_t option);
+  virtual InformationCard systemControlsCard() const;
 
   // About page.
-  std::vector<DiagnosticRow> diagnostics() const;
-  std::string diagnosticsText() const;
-  Label copyButton() const;
-  void copyDiagnostics();
-  InformationCard privacyCard() const;
-  static const std::array<Link, 2>& links();
-  void openLink(std::size_t link);
+  virtual std::vector<DiagnosticRow> diagnostics() const;
+  virtual std::string diagnosticsText() const;
+  virtual Label copyButton() const;
+  virtual void copyDiagnostics();
+  virtual InformationCard privacyCard() const;
+  virtual const std::array<Link, 2>& links() const;
+  virtual void openLink(std::size_t link);
 
  private:
   std::shared_ptr<OrvoModel> model_;

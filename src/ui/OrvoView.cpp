@@ -1,0 +1,317 @@
+#include "ui/OrvoView.h"
+
+#include "model/OrvoModel.h"
+#include "platform/Bundle.h"
+#include "platform/MainQueue.h"
+#include "platform/Pasteboard.h"
+#include "platform/ProcessInfo.h"
+#include "platform/Workspace.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+constexpr std::string_view fallbackVersion = "0.2.0";
+constexpr const char* applicationsFolder = "/Applications";
+
+struct PageTraits {
+  std::string_view rawValue;
+  std::string_view symbol;
+};
+
+const PageTraits& traits(OrvoView::Page page) {
+  static constexpr std::array<PageTraits, 3> all{{{"Menu bar", "menubar.rectangle"},
+                                                  {"Behavior", "slider.horizontal.3"},
+                                                  {"About Orvo", "info.circle"}}};
+  return all.at(static_cast<std::size_t>(page));
+}
+
+OrvoView::SetupStep setupStep(const std::string& title, const std::string& number, bool complete) {
+  return {title, number, complete, title + ": " + (complete ? "complete" : "required")};
+}
+
+IconRule ruleFor(const OrvoPreferences& preferences, const std::string& bundleID) {
+  const auto found = preferences.rules.find(bundleID);
+  return found == preferences.rules.end() ? IconRule::visible : found->second;
+}
+
+std::string eitherText(bool condition, const char* whenTrue, const char* whenFalse) {
+  return condition ? whenTrue : whenFalse;
+}
+
+}  // namespace
+
+OrvoView::OrvoView(std::shared_ptr<OrvoModel> model, const Platform& platform)
+    : model_(std::move(model)), platform_(platform), self_(std::make_shared<OrvoView*>(this)) {
+  modelToken_ = model_->willChange.observe([this] { willChange.send(); });
+}
+
+OrvoView::~OrvoView() { model_->willChange.remove(modelToken_); }
+
+std::string_view OrvoView::rawValue(Page page) { return traits(page).rawValue; }
+
+std::string_view OrvoView::symbol(Page page) { return traits(page).symbol; }
+
+std::optional<OrvoView::Page> OrvoView::pageFromRawValue(std::string_view rawValue) {
+  for (const Page page : allPages) {
+    if (traits(page).rawValue == rawValue) return page;
+  }
+  return std::nullopt;
+}
+
+std::array<OrvoView::Label, 3> OrvoView::pages() const {
+  const auto label = [](Page one) { return Label{std::string(symbol(one)), std::string(rawValue(one))}; };
+  return {label(Page::icons), label(Page::behavior), label(Page::about)};
+}
+
+std::string OrvoView::version() const {
+  const std::optional<InfoValue> value = platform_.bundle.infoValue("CFBundleShortVersionString");
+  const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;
+  return text != nullptr ? *text : std::string(fallbackVersion);
+}
+
+std::string OrvoView::versionLine() const { return "Orvo " + version(); }
+
+OrvoView::Label OrvoView::statusLine() const {
+  if (model_->state() == BarState::hidden) return {"chevron.left", "Icons orvoed away"};
+  return {"checkmark.circle", "Apps keep running"};
+}
+
+OrvoView::StateBadge OrvoView::stateBadge() const {
+  switch (model_->state()) {
+    case BarState::applying:
+      return {StateBadge::Indicator::progress, "Updating"};
+    case BarState::hidden:
+      return {StateBadge::Indicator::accentDot, "Orvoed away"};
+    case BarState::visible:
+      break;
+  }
+  return {StateBadge::Indicator::quietDot, "All visible"};
+}
+
+std::optional<std::string> OrvoView::message() const { return model_->message(); }
+
+OrvoView::Guidance OrvoView::guidance() const {
+  if (!model_->backendAvailable) return Guidance::unsupported;
+  return model_->nativeMenuBarReady && model_->accessibilityGranted() ? Guidance::revealGuide : Guidance::setup;
+}
+
+OrvoView::InformationCard OrvoView::unsupportedCard() const {
+  return {"This macOS build is not supported",
+          "Orvo cannot manage icons on this macOS version. All icons remain visible.", "exclamationmark.triangle",
+          true};
+}
+
+std::array<OrvoView::SetupStep, 2> OrvoView::setupSteps() const {
+  return {setupStep("Install in Applications", "1", model_->nativeMenuBarReady),
+          setupStep("Allow Accessibility", "2", model_->accessibilityGranted())};
+}
+
+OrvoView::SetupAdvice OrvoView::setupAdvice() const {
+  if (!model_->nativeMenuBarReady) {
+    return {"Give Orvo a permanent home",
+            "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
+            "Open Applications"};
+  }
+  return {"One permission, then you’re ready",
+          "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
+          "Open Settings…"};
+}
+
+void OrvoView::performSetupAction() {
+  if (model_->nativeMenuBarReady) {
+    model_->requestAccessibility();
+  } else {
+    platform_.workspace.openURL(fileURL(applicationsFolder, true));
+  }
+}
+
+bool OrvoView::shortcutAvailable() const { return model_->shortcutAvailable(); }
+
+std::string OrvoView::searchText() const { return model_->searchText(); }
+
+void OrvoView::setSearchText(const std::string& text) { model_->searchText = text; }
+
+void OrvoView::clearSearch() { model_->searchText = std::string(); }
+
+bool OrvoView::searchEnabled() const { return model_->accessibilityGranted(); }
+
+bool OrvoView::offersClearSearch() const { return !model_->searchText().empty(); }
+
+bool OrvoView::isScanning() const { return model_->isScanning(); }
+
+bool OrvoView::refreshEnabled() const { return model_->accessibilityGranted(); }
+
+void OrvoView::refresh() { model_->refresh(); }
+
+std::vector<OrvoView::AppRow> OrvoView::rows() const {
+  std::vector<AppRow> rows;
+  for (const DiscoveredApp& app : model_->filteredApps()) {
+    const IconRule rule = ruleFor(model_->preferences(), app.bundleID);
+    rows.push_back({app.bundleID, app.name, app.pid, rule,
+                    eitherText(rule == IconRule::hidden, "Orvo away", "Keep in the menu bar"),
+                    "Visibility for " + app.name});
+  }
+  return rows;
+}
+
+bool OrvoView::pickersEnabled() const { return model_->state() != BarState::applying; }
+
+void OrvoView::choose(IconRule rule, const std::string& bundleID) { model_->setRule(rule, bundleID); }
+
+OrvoView::EmptyState OrvoView::emptyState() const {
+  const bool granted = model_->accessibilityGranted();
+  return {eitherText(granted, "magnifyingglass", "hand.raised"), granted && offersClearSearch()};
+}
+
+std::string OrvoView::emptyTitle() const {
+  if (!model_->accessibilityGranted()) return "Your apps will appear here";
+  if (model_->isScanning()) return "Finding menu bar icons…";
+  return eitherText(offersClearSearch(), "No matching apps", "No app icons found");
+}
+
+std::string OrvoView::emptyDetail() const {
+  if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
+  if (model_->isScanning()) return "This usually takes a moment.";
+  return eitherText(
+      offersClearSearch(), "Try a different app name or clear your search.",
+      "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.");
+}
+
+bool OrvoView::showsListFooter() const { return model_->accessibilityGranted() && !model_->apps().empty(); }
+
+std::string OrvoView::listCount() const {
+  return std::to_string(model_->filteredApps().size()) + " of " + std::to_string(model_->apps().size()) + " apps";
+}
+
+std::string OrvoView::actionTitle() const {
+  if (model_->state() == BarState::applying) return "Updating your menu bar…";
+  const std::size_t count = model_->selectedCount();
+  return std::to_string(count) + " app" + (count == 1 ? "" : "s") + " selected to hide";
+}
+
+std::string OrvoView::actionHint() const {
+  if (!model_->backendAvailable) return "Your icons remain visible on this macOS version.";
+  if (!model_->nativeMenuBarReady) return "Open the Applications copy to enable hiding.";
+  if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
+  if (model_->state() != BarState::visible) return "Click the left arrow to bring your icons back.";
+  if (model_->selectedCount() == 0) return "Choose Hide next to an app to get started.";
+  return eitherText(model_->canHide(), "Hiding an icon keeps its app running.",
+                    "System controls are not ready. Refresh the icon list.");
+}
+
+OrvoView::PrimaryButton OrvoView::primaryButton() const {
+  if (model_->state() == BarState::visible) {
+    return {"Hide selected", "chevron.right", "Hide selected icons", "Hide selected icons", model_->canHide()};
+  }
+  return {"", "chevron.left", "Reveal hidden icons", "Reveal hidden icons · ⌃⌥⌘B", true};
+}
+
+void OrvoView::performPrimaryAction() {
+  if (model_->state() == BarState::visible) {
+    model_->hideSelected();
+  } else {
+    model_->reveal(true);
+  }
+}
+
+void OrvoView::applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const {
+  platform_.applicationIcons.icon(pid, pixels, std::move(answer));
+}
+
+bool OrvoView::launchAtLogin() const { return model_->launchAtLogin(); }
+
+void OrvoView::setLaunchAtLogin(bool enabled) { model_->setLoginItem(enabled); }
+
+std::string OrvoView::shortcutDetail() const {
+  return eitherText(model_->shortcutAvailable(), "Use this shortcut to hide or reveal your selected apps.",
+                    "This shortcut is in use. Orvo’s menu bar arrow is still available.");
+}
+
+const std::array<OrvoView::RehideOption, 4>& OrvoView::rehideOptions() const {
+  static const std::array<RehideOption, 4> options{
+      {{"Never", 0}, {"After 5 seconds", 5}, {"After 10 seconds", 10}, {"After 30 seconds", 30}}};
+  return options;
+}
+
+std::optional<std::size_t> OrvoView::rehideOption() const {
+  const auto& options = rehideOptions();
+  const auto* found = std::ranges::find(options, model_->preferences().autoRehideSeconds, &RehideOption::seconds);
+  if (found == options.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - options.begin());
+}
+
+std::string OrvoView::rehideText() const {
+  if (const auto option = rehideOption()) return rehideOptions().at(*option).text;
+  const std::int64_t seconds = model_->preferences().autoRehideSeconds;
+  if (seconds < 1) return rehideOptions().front().text;
+  return "After " + std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
+}
+
+void OrvoView::chooseRehideOption(std::size_t option) {
+  OrvoPreferences preferences = model_->preferences();
+  preferences.autoRehideSeconds = rehideOptions().at(option).seconds;
+  model_->setPreferences(std::move(preferences));
+}
+
+OrvoView::InformationCard OrvoView::systemControlsCard() const {
+  return {"System controls stay within reach",
+          "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons "
+          "then stay visible until you hide them again.",
+          "cursorarrow.click", false};
+}
+
+std::vector<OrvoView::DiagnosticRow> OrvoView::diagnostics() const {
+  const auto row = [](const char* title, bool ready, const char* whenReady, const char* whenNot) {
+    return DiagnosticRow{title, eitherText(ready, whenReady, whenNot), ready};
+  };
+  return {{"macOS", platform_.processInfo.operatingSystemVersionString(), std::nullopt},
+          row("Installed application", model_->nativeMenuBarReady, "Ready", "Open from Applications"),
+          row("Menu bar compatibility", model_->backendAvailable, "Available", "Unavailable"),
+          row("Accessibility", model_->accessibilityGranted(), "Enabled", "Permission required"),
+          row("System controls", model_->systemClickProtection(), "Ready", "Not ready — refresh icons"),
+          row("Keyboard shortcut", model_->shortcutAvailable(), "Ready", "In use by another app")};
+}
+
+std::string OrvoView::diagnosticsText() const {
+  return versionLine() + "\nmacOS: " + platform_.processInfo.operatingSystemVersionString() +
+         "\nInstalled application: " + eitherText(model_->nativeMenuBarReady, "ready", "not ready") +
+         "\nMenu bar compatibility: " + eitherText(model_->backendAvailable, "available", "unavailable") +
+         "\nAccessibility: " + eitherText(model_->accessibilityGranted(), "enabled", "not enabled") +
+         "\nSystem controls: " + eitherText(model_->systemClickProtection(), "ready", "not ready") +
+         "\nKeyboard shortcut: " + eitherText(model_->shortcutAvailable(), "ready", "unavailable");
+}
+
+OrvoView::Label OrvoView::copyButton() const {
+  if (copiedDiagnostics()) return {"checkmark", "Copied"};
+  return {"doc.on.doc", "Copy system details"};
+}
+
+void OrvoView::copyDiagnostics() {
+  platform_.pasteboard.clearContents();
+  platform_.pasteboard.setString(diagnosticsText());
+  copiedDiagnostics = true;
+  platform_.mainQueue.runAfter(copiedDuration, [weak = std::weak_ptr(self_)] {
+    if (const auto self = weak.lock()) (*self)->copiedDiagnostics = false;
+  });
+}
+
+OrvoView::InformationCard OrvoView::privacyCard() const {
+  return {"Your choices stay on this Mac",
+          "Orvo needs no account and uses no analytics or screen recording. Your visibility choices are saved locally.",
+          "lock.shield", false};
+}
+
+const std::array<OrvoView::Link, 2>& OrvoView::links() const {
+  static const std::array<Link, 2> all{
+      {{"Menu bar project", "https://example.org/menu-bar-project"},
+       {"macOS compatibility research", "https://example.org/macos-compatibility-research"}}};
+  return all;
+}
+
+void OrvoView::openLink(std::size_t link) { platform_.workspace.openURL(links().at(link).address); }
+
+}  // namespace orvo
