@@ -1,0 +1,88 @@
+// One application: its icon, its name, what becomes of its icons, and the choice.
+import QtQuick
+import orvo.settings
+
+FocusScope {
+    id: row
+
+    required property int index
+    required property string bundleID
+    required property string name
+    required property int pid
+    required property bool hidden
+    required property string detail
+    required property string pickerLabel
+    required property bool current
+    required property bool last
+    // The keyboard or a press has come to this row.
+    signal entered
+
+    clip: true
+    Accessible.name: name
+    Accessible.role: Accessible.ListItem
+    onActiveFocusChanged: if (activeFocus)
+        entered()
+
+    RowIcon {
+        id: icon
+
+        anchors.left: parent.left
+        anchors.leftMargin: 15
+        anchors.verticalCenter: parent.verticalCenter
+        height: 29
+        pid: row.pid
+        width: 29
+
+        Symbol {
+            anchors.fill: parent
+            color: Theme.secondary
+            name: "app.dashed"
+            size: 29
+            visible: !icon.available
+        }
+    }
+    Column {
+        anchors.left: parent.left
+        anchors.leftMargin: 59
+        anchors.right: picker.left
+        anchors.rightMargin: 14
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 1
+
+        BodyText {
+            elide: Text.ElideRight
+            font.weight: Font.Medium
+            maximumLineCount: 1
+            text: row.name
+            width: parent.width
+        }
+        BodyText {
+            color: Theme.secondary
+            elide: Text.ElideRight
+            font.pixelSize: Theme.smallSize
+            text: row.detail
+            width: parent.width
+        }
+    }
+    SegmentedPicker {
+        id: picker
+
+        anchors.right: parent.right
+        anchors.rightMargin: 15
+        anchors.verticalCenter: parent.verticalCenter
+        enabled: View.pickersEnabled
+        focus: true
+        hide: row.hidden
+        label: row.pickerLabel
+        reachable: row.current
+        width: 126
+        onChosen: hide => View.choose(row.bundleID, hide)
+    }
+    Divider {
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.leftMargin: 59
+        anchors.right: parent.right
+        visible: !row.last
+    }
+}

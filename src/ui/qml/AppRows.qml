@@ -1,0 +1,52 @@
+// The applications, one row each. The keyboard stays on one row: up and down change it, left and right
+// choose in it, and Tab leaves the list.
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+ListView {
+    id: rows
+
+    readonly property int rowHeight: 52
+    readonly property int rowsAPage: Math.max(1, Math.floor(height / rowHeight) - 1)
+
+    function goTo(row) {
+        currentIndex = Math.max(0, Math.min(count - 1, row));
+        showCurrent();
+        currentItem.forceActiveFocus(Qt.OtherFocusReason);
+    }
+    function showCurrent() {
+        positionViewAtIndex(currentIndex, ListView.Contain);
+    }
+
+    activeFocusOnTab: false
+    boundsBehavior: Flickable.StopAtBounds
+    cacheBuffer: rowHeight * 2
+    clip: true
+    highlightFollowsCurrentItem: false
+    keyNavigationEnabled: false
+    model: View.rows
+    Accessible.name: "Apps"
+    Accessible.role: Accessible.List
+    Keys.onDownPressed: goTo(currentIndex + 1)
+    Keys.onPressed: event => {
+        const jumps = new Map([[Qt.Key_PageDown, currentIndex + rowsAPage], [Qt.Key_PageUp, currentIndex - rowsAPage], [Qt.Key_Home, 0], [Qt.Key_End, count - 1]]);
+        event.accepted = jumps.has(event.key);
+        if (event.accepted)
+            goTo(jumps.get(event.key));
+    }
+    Keys.onUpPressed: goTo(currentIndex - 1)
+
+    delegate: AppRow {
+        current: ListView.isCurrentItem
+        height: rows.rowHeight
+        last: index === rows.count - 1
+        width: rows.width
+        onEntered: {
+            rows.currentIndex = index;
+            rows.showCurrent();
+        }
+    }
+    T.ScrollBar.vertical: ScrollIndicatorBar {
+    }
+}

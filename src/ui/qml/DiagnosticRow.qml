@@ -1,0 +1,33 @@
+// One system detail: its title, a mark where it can be ready or not, and its value.
+import QtQuick
+import QtQuick.Layouts
+import orvo.settings
+
+RowLayout {
+    required property var row
+
+    spacing: 6
+
+    BodyText {
+        Layout.alignment: Qt.AlignBaseline
+        Layout.fillWidth: true
+        color: Theme.secondary
+        text: row.title
+    }
+    Symbol {
+        color: row.ready ? Theme.accentSymbol : Theme.secondary
+        name: row.ready ? "checkmark.circle.fill" : "circle"
+        size: 14
+        visible: row.marked
+        weight: 1.2
+        Accessible.ignored: true
+    }
+    SelectableText {
+        Layout.alignment: Qt.AlignBaseline
+        Layout.maximumWidth: parent.width * 0.6
+        horizontalAlignment: TextEdit.AlignRight
+        text: row.value
+        wrapMode: TextEdit.Wrap
+        Accessible.description: row.title
+    }
+}

@@ -1,0 +1,8 @@
+import QtQuick
+import orvo.settings
+
+Rectangle {
+    color: Theme.divider
+    implicitHeight: 1
+    implicitWidth: 1
+}

@@ -1,0 +1,16 @@
+// Shows where the keyboard is; a pointer's click needs no such mark.
+import QtQuick
+import orvo.settings
+
+Panel {
+    required property Item target
+    property bool always: false
+
+    anchors.fill: parent
+    anchors.margins: -3
+    borderColor: Theme.focusRing
+    borderWidth: 2
+    radius: 7
+    visible: target.activeFocus && (always || Keyboard.inUse)
+    z: 1
+}

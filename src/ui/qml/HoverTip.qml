@@ -1,0 +1,27 @@
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+T.ToolTip {
+    id: tip
+
+    delay: 700
+    horizontalPadding: 9
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    margins: 6
+    verticalPadding: 5
+    x: (parent.width - width) / 2
+    y: parent.height + 6
+
+    background: Panel {
+        borderColor: Theme.controlOutline
+        color: Theme.popup
+        radius: 6
+    }
+    contentItem: BodyText {
+        font.pixelSize: Theme.captionSize
+        spoken: false
+        text: tip.text
+    }
+}

@@ -1,0 +1,23 @@
+// A borderless button that is only a symbol.
+import QtQuick
+import orvo.settings
+
+PlainButton {
+    id: button
+
+    required property string symbol
+    property int symbolSize: 15
+
+    opacity: enabled ? 1 : 0.4
+    toolTip: name
+
+    background: Panel {
+        color: button.down ? Theme.pressed : button.hovered ? Theme.hover : "transparent"
+        radius: 6
+    }
+    contentItem: Symbol {
+        color: Theme.secondary
+        name: button.symbol
+        size: button.symbolSize
+    }
+}

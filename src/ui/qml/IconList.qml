@@ -1,0 +1,54 @@
+// The card with the search field, the applications or what stands in their place, and their count.
+import QtQuick
+import orvo.settings
+
+FocusScope {
+    id: list
+
+    function focusSearch() {
+        toolbar.focusSearch();
+    }
+
+    Panel {
+        anchors.fill: parent
+        borderColor: Theme.outline
+        color: Theme.card
+        radius: 10
+    }
+    ListToolbar {
+        id: toolbar
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        focus: true
+    }
+    Divider {
+        id: divider
+
+        anchors.top: toolbar.bottom
+        width: parent.width
+    }
+    AppRows {
+        anchors.bottom: footer.top
+        anchors.left: parent.left
+        anchors.margins: 1
+        anchors.right: parent.right
+        anchors.top: divider.bottom
+        visible: View.hasRows
+    }
+    EmptyState {
+        anchors.bottom: footer.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: divider.bottom
+        visible: !View.hasRows
+    }
+    ListFooter {
+        id: footer
+
+        anchors.bottom: parent.bottom
+        height: visible ? implicitHeight : 0
+        visible: View.showsListFooter
+        width: parent.width
+    }
+}

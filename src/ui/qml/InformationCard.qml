@@ -1,0 +1,47 @@
+// A symbol beside a title and a detail, on a softly filled card.
+import QtQuick
+import orvo.settings
+
+Panel {
+    required property var card
+
+    borderColor: Theme.divider
+    color: Theme.fill
+    implicitHeight: texts.implicitHeight + 28
+    radius: 10
+
+    Symbol {
+        anchors.left: parent.left
+        anchors.leftMargin: 15
+        anchors.top: texts.top
+        anchors.topMargin: -1
+        color: parent.card.attention ? Theme.attention : Theme.accentSymbol
+        name: parent.card.symbol
+        size: 20
+        weight: 1.5
+    }
+    Column {
+        id: texts
+
+        anchors.left: parent.left
+        anchors.leftMargin: 48
+        anchors.right: parent.right
+        anchors.rightMargin: 16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 3
+
+        BodyText {
+            font.weight: Font.DemiBold
+            text: card.title
+            width: parent.width
+            wrapMode: Text.Wrap
+        }
+        BodyText {
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            text: card.detail
+            width: parent.width
+            wrapMode: Text.Wrap
+        }
+    }
+}

@@ -1,0 +1,27 @@
+// How many applications are shown, and what a choice covers.
+import QtQuick
+import orvo.settings
+
+Item {
+    implicitHeight: 33
+
+    Divider {
+        width: parent.width
+    }
+    BodyText {
+        anchors.left: parent.left
+        anchors.leftMargin: 15
+        anchors.verticalCenter: parent.verticalCenter
+        color: Theme.secondary
+        font.pixelSize: Theme.captionSize
+        text: View.listCount
+    }
+    BodyText {
+        anchors.right: parent.right
+        anchors.rightMargin: 15
+        anchors.verticalCenter: parent.verticalCenter
+        color: Theme.secondary
+        font.pixelSize: Theme.captionSize
+        text: "Choices apply to all icons from each app."
+    }
+}

@@ -1,0 +1,54 @@
+// The login item's switch: it asks for a change and shows what the model reports.
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+T.Switch {
+    id: control
+
+    required property string label
+
+    function ask(enabled) {
+        checked = Qt.binding(() => View.launchAtLogin);
+        View.setLaunchAtLogin(enabled);
+    }
+
+    checked: View.launchAtLogin
+    focusPolicy: Qt.TabFocus
+    implicitHeight: 22
+    implicitWidth: 38
+    Accessible.name: label
+    Accessible.onPressAction: ask(!checked)
+    Accessible.onToggleAction: ask(!checked)
+    Keys.onEnterPressed: ask(!checked)
+    Keys.onReturnPressed: ask(!checked)
+    onToggled: ask(checked)
+
+    indicator: Panel {
+        anchors.fill: parent
+        borderColor: control.checked ? "transparent" : Theme.controlOutline
+        color: control.checked ? Theme.accent : Theme.track
+        radius: 11
+
+        Panel {
+            borderColor: Theme.controlOutline
+            color: "white"
+            height: 18
+            radius: 9
+            width: 18
+            x: control.checked !== control.mirrored ? parent.width - width - 2 : 2
+            y: 2
+
+            Behavior on x {
+                NumberAnimation {
+                    duration: Theme.movement
+                    easing.type: Easing.OutCubic
+                }
+            }
+        }
+    }
+    FocusRing {
+        radius: 14
+        target: control
+    }
+}

@@ -1,0 +1,30 @@
+// The model's message, to be read and copied.
+import QtQuick
+import orvo.settings
+
+Item {
+    implicitHeight: visible ? text.implicitHeight : 0
+    visible: View.message !== ""
+
+    Symbol {
+        anchors.left: parent.left
+        anchors.leftMargin: 2
+        anchors.top: parent.top
+        anchors.topMargin: 1
+        color: Theme.secondary
+        name: "info.circle"
+        size: 15
+        weight: 1.2
+    }
+    SelectableText {
+        id: text
+
+        anchors.left: parent.left
+        anchors.leftMargin: 24
+        anchors.right: parent.right
+        color: Theme.secondary
+        font.pixelSize: Theme.smallSize
+        text: View.message
+        wrapMode: TextEdit.Wrap
+    }
+}

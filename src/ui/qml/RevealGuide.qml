@@ -1,0 +1,57 @@
+// How hidden icons come back.
+import QtQuick
+import QtQuick.Layouts
+import orvo.settings
+
+Panel {
+    borderColor: Theme.divider
+    color: Theme.fill
+    implicitHeight: row.implicitHeight + 24
+    radius: 10
+
+    RowLayout {
+        id: row
+
+        anchors.left: parent.left
+        anchors.leftMargin: 14
+        anchors.right: parent.right
+        anchors.rightMargin: 14
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 12
+
+        Panel {
+            color: Theme.guideTile
+            implicitHeight: 30
+            implicitWidth: 30
+            radius: 7
+
+            Symbol {
+                anchors.centerIn: parent
+                color: Theme.accentSymbol
+                name: "chevron.left"
+                size: 16
+                weight: 2
+            }
+        }
+        ColumnLayout {
+            spacing: 1
+
+            BodyText {
+                Layout.fillWidth: true
+                font.weight: Font.Medium
+                text: "Bring your icons back with the left arrow"
+                wrapMode: Text.Wrap
+            }
+            BodyText {
+                Layout.fillWidth: true
+                color: Theme.secondary
+                font.pixelSize: Theme.smallSize
+                text: "Click Orvo in the menu bar. Right-click for settings."
+                wrapMode: Text.Wrap
+            }
+        }
+        ShortcutBadge {
+            visible: View.shortcutAvailable
+        }
+    }
+}

@@ -1,0 +1,21 @@
+// A slim scroll bar, there whenever there is more than fits.
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+T.ScrollBar {
+    id: bar
+
+    implicitHeight: 11
+    implicitWidth: 11
+    minimumSize: 0.06
+    padding: 3
+    policy: size < 1 ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+    Accessible.ignored: true
+
+    contentItem: Panel {
+        color: Theme.secondary
+        opacity: bar.pressed ? 0.75 : bar.hovered ? 0.6 : 0.4
+        radius: 3
+    }
+}

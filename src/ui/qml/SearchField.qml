@@ -1,0 +1,47 @@
+// The plain field that filters the applications. Escape empties it.
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+T.TextField {
+    id: field
+
+    color: Theme.text
+    enabled: View.searchEnabled
+    font.pixelSize: Theme.bodySize
+    implicitHeight: 26
+    placeholderText: "Find an app"
+    placeholderTextColor: Theme.tertiary
+    renderType: Text.NativeRendering
+    selectByMouse: true
+    selectedTextColor: Theme.text
+    selectionColor: Theme.textSelection
+    text: View.searchText
+    verticalAlignment: TextInput.AlignVCenter
+    Accessible.name: placeholderText
+    Accessible.role: Accessible.EditableText
+    Accessible.searchEdit: true
+    Keys.onEscapePressed: event => {
+        event.accepted = text !== "";
+        View.clearSearch();
+    }
+    onTextEdited: View.searchText = text
+
+    BodyText {
+        anchors.fill: parent
+        color: field.placeholderTextColor
+        elide: Text.ElideRight
+        opacity: field.enabled ? 1 : 0.6
+        spoken: false
+        text: field.placeholderText
+        verticalAlignment: Text.AlignVCenter
+        visible: field.text === "" && field.preeditText === ""
+    }
+    FocusRing {
+        anchors.bottomMargin: 7
+        anchors.leftMargin: -31
+        anchors.rightMargin: 0
+        anchors.topMargin: 7
+        target: field
+    }
+}

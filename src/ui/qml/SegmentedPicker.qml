@@ -1,0 +1,66 @@
+// "Keep" or "Hide": two segments, one chosen. It shows what it is given and only asks for a change.
+import QtQuick
+import orvo.settings
+
+FocusScope {
+    id: picker
+
+    required property bool hide
+    required property string label
+    // Whether Tab comes here.
+    property bool reachable: true
+    signal chosen(bool hide)
+
+    implicitHeight: 26
+    opacity: enabled ? 1 : 0.5
+    Accessible.name: label
+    Accessible.role: Accessible.Grouping
+    Keys.onLeftPressed: chosen(mirrored)
+    Keys.onRightPressed: chosen(!mirrored)
+
+    readonly property bool mirrored: LayoutMirroring.enabled
+
+    Panel {
+        anchors.fill: parent
+        color: Theme.track
+        radius: 7
+    }
+    Panel {
+        borderColor: picker.hide ? "transparent" : Theme.controlOutline
+        color: picker.hide ? Theme.accentFill : Theme.thumb
+        height: parent.height - 4
+        radius: 5.5
+        width: parent.width / 2 - 3
+        x: picker.hide !== picker.mirrored ? parent.width - width - 2 : 2
+        y: 2
+
+        Behavior on x {
+            NumberAnimation {
+                duration: Theme.movement
+                easing.type: Easing.OutCubic
+            }
+        }
+    }
+    Row {
+        anchors.fill: parent
+
+        Repeater {
+            model: ["Keep", "Hide"]
+
+            Segment {
+                required property int index
+                required property string modelData
+
+                chosen: picker.hide === (index === 1)
+                height: parent.height
+                reachable: picker.reachable
+                text: modelData
+                width: parent.width / 2
+                onClicked: {
+                    forceActiveFocus(Qt.MouseFocusReason);
+                    picker.chosen(index === 1);
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,56 @@
+// The whole window: the navigation column, a divider and the selected page.
+import QtQuick
+import orvo.settings
+
+FocusScope {
+    id: content
+
+    property bool searchWanted: false
+
+    LayoutMirroring.childrenInherit: true
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+
+    function focusSearch() {
+        if (!searchWanted || !page.item || !page.item.focusSearch)
+            return;
+        searchWanted = false;
+        page.item.focusSearch();
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.window
+    }
+    Navigation {
+        id: navigation
+
+        anchors.left: parent.left
+        height: parent.height
+        width: 190
+    }
+    Divider {
+        id: divider
+
+        anchors.left: navigation.right
+        height: parent.height
+    }
+    Loader {
+        id: page
+
+        anchors.bottom: parent.bottom
+        anchors.left: divider.right
+        anchors.right: parent.right
+        anchors.top: parent.top
+        focus: true
+        source: ["IconsPage.qml", "BehaviorPage.qml", "AboutPage.qml"][View.page]
+        onLoaded: content.focusSearch()
+    }
+    Shortcut {
+        sequences: [StandardKey.Find]
+        onActivated: {
+            content.searchWanted = true;
+            View.page = 0;
+            content.focusSearch();
+        }
+    }
+}

@@ -1,0 +1,64 @@
+// The two preconditions and the next thing to do about them.
+import QtQuick
+import QtQuick.Layouts
+import orvo.settings
+
+Panel {
+    borderColor: Theme.setupOutline
+    color: Theme.setupFill
+    implicitHeight: column.implicitHeight + 30
+    radius: 11
+
+    ColumnLayout {
+        id: column
+
+        anchors.left: parent.left
+        anchors.margins: 16
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 13
+
+        Row {
+            spacing: 30
+
+            Repeater {
+                model: View.setupSteps.length
+
+                SetupStep {
+                    required property int index
+
+                    step: View.setupSteps[index]
+                }
+            }
+        }
+        Divider {
+            Layout.fillWidth: true
+            color: Theme.setupOutline
+        }
+        RowLayout {
+            spacing: 20
+
+            ColumnLayout {
+                spacing: 2
+
+                BodyText {
+                    Layout.fillWidth: true
+                    font.weight: Font.DemiBold
+                    text: View.setupAdvice.title
+                    wrapMode: Text.Wrap
+                }
+                BodyText {
+                    Layout.fillWidth: true
+                    color: Theme.secondary
+                    font.pixelSize: Theme.smallSize
+                    text: View.setupAdvice.detail
+                    wrapMode: Text.Wrap
+                }
+            }
+            PushButton {
+                text: View.setupAdvice.button
+                onClicked: View.performSetupAction()
+            }
+        }
+    }
+}

@@ -1,0 +1,5 @@
+import orvo.settings
+
+InformationCard {
+    card: View.unsupportedCard
+}

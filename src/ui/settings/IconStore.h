@@ -1,0 +1,57 @@
+// The application icons that rows show: asks for a few at a time, keeps a bounded number. One for each
+// engine, owned by the settings window; main thread only.
+#pragma once
+
+#include "ui/OrvoView.h"
+
+#include <QImage>
+#include <QObject>
+
+#include <cstdint>
+#include <deque>
+#include <list>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+
+class QQmlEngine;
+
+namespace orvo {
+
+class IconStore : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr std::size_t mostKept = 512;
+  static constexpr std::size_t mostAsked = 6;
+
+  // The view outlives it.
+  explicit IconStore(const OrvoView& view) : view_(view) {}
+
+  static IconStore* of(const QQmlEngine* engine);
+  void installIn(QQmlEngine& engine);
+
+  // Absent until the answer has come, which `answered` tells; null where the application has none.
+  // Asking again is free.
+  std::optional<QImage> icon(std::int32_t pid, int pixels);
+
+ signals:
+  void answered(std::int32_t pid, int pixels);
+
+ private:
+  using Key = std::pair<std::int32_t, int>;
+
+  void askNext();
+  void ask(const Key& key);
+  void keep(const Key& key, const QImage& image);
+
+  const OrvoView& view_;
+  std::map<Key, QImage> kept_;
+  std::list<Key> age_;  // oldest first
+  std::deque<Key> waiting_;
+  std::set<Key> asked_;  // waiting or under way
+  std::size_t underWay_ = 0;
+};
+
+}  // namespace orvo

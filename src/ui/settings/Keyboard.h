@@ -1,0 +1,41 @@
+// Whether the person moves about by keyboard just now: focus is marked then, and not after a click. One
+// for each engine, owned by the settings window; main thread only.
+#pragma once
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+class QJSEngine;
+class QQmlEngine;
+
+namespace orvo {
+
+class Keyboard : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_SINGLETON
+
+  Q_PROPERTY(bool inUse READ inUse NOTIFY inUseChanged)
+
+ public:
+  // Watches `window` as long as both live.
+  explicit Keyboard(QObject& window) { window.installEventFilter(this); }
+
+  static Keyboard* create(QQmlEngine* engine, QJSEngine*);
+  void installIn(QQmlEngine& engine);
+
+  bool inUse() const { return inUse_; }
+
+ signals:
+  void inUseChanged();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void setInUse(bool inUse);
+
+  bool inUse_ = false;
+};
+
+}  // namespace orvo

@@ -1,0 +1,34 @@
+#include "ui/settings/Panel.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+
+namespace orvo {
+
+namespace {
+
+QPainterPath rounded(const QRectF& place, double radius) {
+  QPainterPath path;
+  const double fitting = std::clamp(radius, 0.0, std::min(place.width(), place.height()) / 2);
+  path.addRoundedRect(place, fitting, fitting);
+  return path;
+}
+
+}  // namespace
+
+Panel::Panel(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  connect(this, &Panel::changed, this, [this] { update(); });
+}
+
+void Panel::paint(QPainter* painter) {
+  painter->setRenderHint(QPainter::Antialiasing);
+  const QPainterPath outer = rounded(boundingRect(), radius_);
+  painter->fillPath(outer, color_);
+  if (borderColor_.alpha() == 0 || borderWidth_ <= 0) return;
+  const QRectF within = boundingRect().adjusted(borderWidth_, borderWidth_, -borderWidth_, -borderWidth_);
+  painter->fillPath(outer.subtracted(rounded(within, radius_ - borderWidth_)), borderColor_);
+}
+
+}  // namespace orvo

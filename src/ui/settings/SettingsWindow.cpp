@@ -1,0 +1,149 @@
+#include "ui/settings/SettingsWindow.h"
+
+#include "platform/UserDefaults.h"
+#include "ui/settings/IconStore.h"
+#include "ui/settings/Keyboard.h"
+#include "ui/settings/Theme.h"
+#include "ui/settings/ViewBinding.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPointer>
+#include <QQmlEngine>
+#include <QQuickView>
+#include <QScreen>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace orvo {
+
+namespace {
+
+const QUrl contentAddress(QStringLiteral("qrc:/orvo/settings/SettingsContent.qml"));
+
+// A drag sends a flood of frames; the last of them is stored after this pause.
+constexpr std::chrono::milliseconds frameSettles{500};
+
+QSize toSize(Size size) { return {static_cast<int>(size.width), static_cast<int>(size.height)}; }
+
+QList<QRect> screenAreas() {
+  QList<QRect> areas;
+  for (const QScreen* screen : QGuiApplication::screens()) areas << screen->availableGeometry();
+  return areas;
+}
+
+Qt::WindowFlags windowFlags(std::uint32_t styleMask) {
+  Qt::WindowFlags flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowSystemMenuHint;
+  flags.setFlag(Qt::WindowTitleHint, (styleMask & windowStyleTitled) != 0);
+  flags.setFlag(Qt::WindowCloseButtonHint, (styleMask & windowStyleClosable) != 0);
+  flags.setFlag(Qt::WindowMinimizeButtonHint, (styleMask & windowStyleMiniaturizable) != 0);
+  flags.setFlag(Qt::WindowMaximizeButtonHint, (styleMask & windowStyleResizable) != 0);
+  return flags;
+}
+
+// The window is small and mostly still: the software renderer shows it sooner than a GPU driver loads,
+// and takes a third of the memory. QT_QUICK_BACKEND has its say as everywhere.
+void chooseRenderer() {
+  if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND")) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+}  // namespace
+
+SettingsWindow::SettingsWindow(WindowDescription description, OrvoView& view, const Platform& platform,
+                               std::unique_ptr<Appearance> appearance)
+    : description_(std::move(description)), view_(view), platform_(platform), appearance_(std::move(appearance)) {
+  if (const auto stored = platform_.userDefaults.data(frameKey())) frame_ = decodeWindowFrame(*stored);
+}
+
+SettingsWindow::~SettingsWindow() {
+  rememberFrame();
+  dropScene();
+}
+
+std::string SettingsWindow::frameKey() const { return "NSWindow Frame " + description_.frameAutosaveName; }
+
+void SettingsWindow::center() { centered_ = true; }
+
+void SettingsWindow::makeKeyAndOrderFront() {
+  if (!quickView_) open();
+  if (!quickView_->isVisible()) applyFrame();
+  quickView_->setWindowStates(quickView_->windowStates() & ~Qt::WindowMinimized);
+  quickView_->show();
+  quickView_->raise();
+  quickView_->requestActivate();
+}
+
+void SettingsWindow::open() {
+  chooseRenderer();
+  theme_ = std::make_unique<Theme>(*appearance_);
+  icons_ = std::make_unique<IconStore>(view_);
+  binding_ = std::make_unique<ViewBinding>(view_, platform_.mainQueue);
+  quickView_ = std::make_unique<QQuickView>();
+  QQmlEngine& engine = *quickView_->engine();
+  engine.addImportPath(QStringLiteral("qrc:/"));
+  theme_->installIn(engine);
+  icons_->installIn(engine);
+  binding_->installIn(engine);
+  (new Keyboard(*quickView_))->installIn(engine);
+  connect(theme_.get(), &Theme::changed, quickView_.get(), [this] { quickView_->setColor(theme_->window); });
+  quickView_->setColor(theme_->window);
+  quickView_->setTitle(QString::fromStdString(description_.title));
+  quickView_->setFlags(windowFlags(description_.styleMask));
+  quickView_->setMinimumSize(toSize(description_.minimumSize));
+  quickView_->setResizeMode(QQuickView::SizeRootObjectToView);
+  quickView_->resize(toSize(description_.contentSize));
+  quickView_->setSource(contentAddress);
+  quickView_->installEventFilter(this);
+}
+
+void SettingsWindow::applyFrame() {
+  const QSize minimum = toSize(description_.minimumSize);
+  if (frame_) {
+    const auto frame = fitted(*frame_, minimum, screenAreas()).value_or(*frame_);
+    quickView_->resize(frame.size);
+    quickView_->setFramePosition(frame.position);
+  } else if (centered_ && quickView_->screen() != nullptr) {
+    QRect place({0, 0}, quickView_->size());
+    place.moveCenter(quickView_->screen()->availableGeometry().center());
+    quickView_->setPosition(place.topLeft());
+  }
+}
+
+bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Move || event->type() == QEvent::Resize) rememberFrameSoon();
+  if (event->type() == QEvent::Close) {
+    rememberFrame();
+    platform_.mainQueue.post([self = QPointer(this)] {
+      if (self && self->quickView_ && !self->quickView_->isVisible()) self->dropScene();
+    });
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+void SettingsWindow::dropScene() {
+  platform_.mainQueue.cancel(std::exchange(rememberHandle_, MainQueue::Handle::none));
+  quickView_.reset();
+  binding_.reset();
+  icons_.reset();
+  theme_.reset();
+}
+
+void SettingsWindow::rememberFrameSoon() {
+  platform_.mainQueue.cancel(rememberHandle_);
+  rememberHandle_ = platform_.mainQueue.runAfter(frameSettles, [self = QPointer(this)] {
+    if (self) self->rememberFrame();
+  });
+}
+
+// A maximized window goes back to the frame that it had before.
+void SettingsWindow::rememberFrame() {
+  if (!quickView_ || !quickView_->isVisible() || quickView_->windowState() != Qt::WindowNoState) return;
+  const WindowFrame frame{quickView_->framePosition(), quickView_->size()};
+  if (frame_ == frame) return;
+  frame_ = frame;
+  platform_.userDefaults.setData(frameKey(), encode(frame));
+}
+
+}  // namespace orvo
