@@ -158,7 +158,9 @@ void AppDelegate::showWindow() {
   platform_.userDefaults.setBoolean(hasOpenedSettingsKey, true);
   if (window_) window_->makeKeyAndOrderFront();
   platform_.application.activateIgnoringOtherApps();
-  platform_.mainQueue.post([model = model_] { model->refresh(); });
+  platform_.mainQueue.post([model = std::weak_ptr(model_)] {
+    if (const auto self = model.lock()) self->refresh();
+  });
 }
 
 void AppDelegate::makeWindow() {

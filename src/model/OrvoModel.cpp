@@ -119,8 +119,8 @@ void OrvoModel::applicationLaunched() {
 }
 
 void OrvoModel::applicationTerminated() {
-  refresh([self = shared_from_this()] {
-    if (self->state() == BarState::hidden) self->hideSelected();
+  refresh([this] {
+    if (state() == BarState::hidden) hideSelected();
   });
 }
 
@@ -163,7 +163,9 @@ bool OrvoModel::followTrust() {
 }
 
 void OrvoModel::refreshLater() {
-  mainQueue_.post([self = shared_from_this()] { self->refresh(); });
+  mainQueue_.post([model = weak_from_this()] {
+    if (const auto self = model.lock()) self->refresh();
+  });
 }
 
 void OrvoModel::invalidateSystemGeometry() {

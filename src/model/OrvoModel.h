@@ -53,7 +53,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void reveal(bool scheduleRehide);
 
   // `done` runs on the main thread when the list is applied, the follow-up of a stale scan has
-  // ended, or nothing was to be done; inside the call in the last case.
+  // ended, or nothing was to be done; inside the call in the last case. It is dropped when the model
+  // goes first.
   void refresh(std::function<void()> done = {});
   std::vector<DiscoveredApp> filteredApps() const;
   // Of the whole list, not the filtered one.

@@ -16,7 +16,10 @@ void OrvoModel::refresh(std::function<void()> done) {
     if (done) done();
     return;
   }
-  scanner_.scan([self = shared_from_this(), epoch = scanGeneration_, done = std::move(done)](MenuBarSnapshot snapshot) {
+  // Held weakly: a scan may still run when the services that the model needs to its end are going.
+  scanner_.scan([model = weak_from_this(), epoch = scanGeneration_, done = std::move(done)](MenuBarSnapshot snapshot) {
+    const auto self = model.lock();
+    if (!self) return;
     if (self->scanGeneration_ != epoch) {
       self->isScanning = false;
       self->refresh(done);

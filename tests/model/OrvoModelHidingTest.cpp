@@ -283,6 +283,7 @@ TEST(OrvoModelHidingTest, AModelThatGoesTakesItsAssertionsAlongAndHearsNoAnswer)
   ModelFixture t;
   t.hide();
   t.model->hideSelected();
+  t.model->refresh();
   t.model.reset();
   EXPECT_EQ(t.active(), 0U);
   EXPECT_TRUE(t.memory.mainQueue.waiting().empty());
