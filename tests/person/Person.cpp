@@ -1,7 +1,9 @@
 #include "person/Person.h"
 
+#include <chrono>
 #include <stdexcept>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include <X11/Xlib.h>
@@ -9,6 +11,10 @@
 #include <X11/extensions/XTest.h>
 
 namespace orvo {
+
+// No hand is faster, and the server's clock counts milliseconds: a release and a press of the same
+// moment would be what a held key sends.
+constexpr std::chrono::milliseconds shortestPause{5};
 
 struct Person::Devices {
   explicit Devices(const std::string& name) : display(XOpenDisplay(name.c_str())) {
@@ -83,7 +89,10 @@ void Person::turnWheel() {
   XSync(devices_->display, False);
 }
 
-void Person::pressKey(const std::string& name) { key(name, true); }
+void Person::pressKey(const std::string& name) {
+  std::this_thread::sleep_for(shortestPause);
+  key(name, true);
+}
 
 void Person::releaseKey(const std::string& name) { key(name, false); }
 
