@@ -4,10 +4,12 @@
 #include <chrono>
 #include <utility>
 
+#include <QByteArray>
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QFile>
 #include <QVariantMap>
 
 namespace orvo {
@@ -42,18 +44,35 @@ PanelLayout layoutOf(const QVariantMap& settings, int panel) {
   return layout;
 }
 
+BusCall settingsCall(const char* method, const QVariantList& arguments) {
+  return {"org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf", method, arguments};
+}
+
+// GTK lets its variable overrule the desktop's setting.
+int scaleOf(std::uint32_t process, int setting) {
+  QFile environment(QStringLiteral("/proc/%1/environ").arg(process));
+  if (environment.open(QIODevice::ReadOnly)) {
+    for (const QByteArray& variable : environment.readAll().split('\0'))
+      if (variable.startsWith("GDK_SCALE=")) setting = variable.mid(variable.indexOf('=') + 1).toInt();
+  }
+  return std::max(setting, 1);
+}
+
 }  // namespace
 
 void PanelReading::start() {
   ask(session_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), panelName), Need::nothing,
-      [this](const QVariantList& answer) {
-        panelProcess_ = answer.value(0).toUInt();
-        const BusCall settings{
-            "org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf", "GetAllProperties", {"xfce4-panel", "/"}};
-        const BusCall address{"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", {}};
-        ask(session_, settings, Need::answer, [this](const QVariantList& reply) { readSettings(reply); });
-        ask(session_, address, Need::nothing, [this](const QVariantList& reply) { openAccessibilityBus(reply); });
-      });
+      [this](const QVariantList& answer) { askAboutPanel(answer.value(0).toUInt()); });
+}
+
+void PanelReading::askAboutPanel(std::uint32_t process) {
+  panelProcess_ = process;
+  ask(session_, settingsCall("GetProperty", {"xsettings", "/Gdk/WindowScalingFactor"}), Need::nothing,
+      [this](const QVariantList& answer) { scale_ = answer.value(0).value<QDBusVariant>().variant().toInt(); });
+  ask(session_, settingsCall("GetAllProperties", {"xfce4-panel", "/"}), Need::answer,
+      [this](const QVariantList& answer) { readSettings(answer); });
+  ask(session_, {"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", {}}, Need::nothing,
+      [this](const QVariantList& answer) { openAccessibilityBus(answer); });
 }
 
 void PanelReading::readSettings(const QVariantList& answer) {
@@ -140,7 +159,11 @@ void PanelReading::finish() {
   }
   std::vector<Dock> docks;
   for (const auto& [index, dock] : docks_) docks.push_back(dock);
-  Q_EMIT read(statusControls(layouts_, docks));
+  auto controls = statusControls(layouts_, docks);
+  const double scale = scaleOf(panelProcess_, scale_);
+  for (auto& [word, frame] : controls)
+    frame = {frame.x * scale, frame.y * scale, frame.width * scale, frame.height * scale};
+  Q_EMIT read(controls);
 }
 
 std::vector<PanelReading::Accessible> PanelReading::accessibles(const QVariantList& answer) {

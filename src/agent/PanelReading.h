@@ -44,6 +44,7 @@ class PanelReading : public QObject {
   void askAccessible(const Accessible& accessible, const char* interface, const char* method,
                      const QVariantList& arguments, Handler handler);
 
+  void askAboutPanel(std::uint32_t process);
   void readSettings(const QVariantList& answer);
   void openAccessibilityBus(const QVariantList& answer);
   void findPanel(const std::vector<Accessible>& applications);
@@ -58,6 +59,7 @@ class PanelReading : public QObject {
   QDBusConnection session_;
   QDBusConnection accessibility_{QString()};
   std::uint32_t panelProcess_ = 0;
+  int scale_ = 1;  // the desktop's; GTK tells extents divided by its scale
   std::vector<PanelLayout> layouts_;
   std::map<std::size_t, Dock> docks_;  // by their place among the panel's windows
   int open_ = 0;
