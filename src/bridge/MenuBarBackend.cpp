@@ -69,7 +69,7 @@ bool isAvailable(Backend& current) {
 }
 
 // The caller's completion: invoked by whoever comes first, released when the last holder lets go.
-class Completion {
+class Completion : public std::enable_shared_from_this<Completion> {
  public:
   explicit Completion(const QLCompletion& completion) : completion_(completion) {}
   ~Completion() {
@@ -79,6 +79,8 @@ class Completion {
   Completion& operator=(const Completion&) = delete;
 
   void invoke(const std::optional<FrameworkError>& error) {
+    // The framework may drop its handler, and with it the last reference, while it is calling it.
+    const std::shared_ptr<Completion> self = shared_from_this();
     if (invoked_.exchange(true) || completion_.invoke == nullptr) return;
     if (!error) return completion_.invoke(completion_.context, nullptr);
     const QLError told{error->domain.c_str(), error->code, error->localizedDescription.c_str()};
@@ -100,11 +102,8 @@ std::unique_ptr<QLAssertion> activated(const Backend& current, const std::vector
   FrameworkObjectRef object = framework.makeAssertion(current.assertionType);
   if (!object) return nullptr;
   auto assertion = std::make_unique<QLAssertion>(QLAssertion{framework, std::move(object)});
-  framework.activate(*assertion->object, configuration, [completion](const std::optional<FrameworkError>& error) {
-    // Held here too, since the framework may drop its handler while it is calling it.
-    const std::shared_ptr<Completion> held = completion;
-    held->invoke(error);
-  });
+  framework.activate(*assertion->object, configuration,
+                     [completion](const std::optional<FrameworkError>& error) { completion->invoke(error); });
   return assertion;
 }
 

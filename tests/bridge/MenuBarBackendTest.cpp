@@ -52,8 +52,9 @@ class MenuBarBackend : public testing::Test {
     return QLCreateMenuBarAssertion(bundles.data(), bundles.size(), caller_.completion());
   }
 
-  MemoryFramework framework_;
+  // Outlives the framework, which releases what it still holds when it goes.
   Caller caller_;
+  MemoryFramework framework_;
 };
 
 TEST_F(MenuBarBackend, ServesACallerWrittenInC) {
@@ -187,6 +188,8 @@ TEST_F(MenuBarBackend, InvokesOnceWhenTheFrameworkAnswersTwiceOrFailsAfterAnswer
   EXPECT_EQ(QLCreateMenuBarAssertion(nullptr, 0, early.completion()), nullptr);
   EXPECT_THAT(early.answers, ElementsAre(std::nullopt));
   EXPECT_THAT(framework_.active(), IsEmpty());
+  framework_.forgetCompletion(1);
+  EXPECT_EQ(early.releases, 1);
 }
 
 TEST_F(MenuBarBackend, SurvivesAHandlerThatIsDroppedWhileItRuns) {
