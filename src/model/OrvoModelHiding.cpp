@@ -56,7 +56,7 @@ void OrvoModel::requestHiding(const std::set<std::string>& allowedBundles) {
   state = BarState::applying;
   message = std::nullopt;
   if (onStateChanged) onStateChanged();
-  const QLAssertionRef assertion = createAssertion(allowedBundles, request);
+  auto* const assertion = createAssertion(allowedBundles, request);
   if (assertion == nullptr) {
     failed("The menu bar API could not start. All icons are visible.");
     return;

@@ -17,17 +17,18 @@ void OrvoModel::refresh(std::function<void()> done) {
     return;
   }
   // Held weakly: a scan may still run when the services that the model needs to its end are going.
-  scanner_.scan([model = weak_from_this(), epoch = scanGeneration_, done = std::move(done)](MenuBarSnapshot snapshot) {
-    const auto self = model.lock();
-    if (!self) return;
-    if (self->scanGeneration_ != epoch) {
-      self->isScanning = false;
-      self->refresh(done);
-      return;
-    }
-    self->apply(snapshot);
-    if (done) done();
-  });
+  scanner_.scan(
+      [model = weak_from_this(), epoch = scanGeneration_, done = std::move(done)](const MenuBarSnapshot& snapshot) {
+        const auto self = model.lock();
+        if (!self) return;
+        if (self->scanGeneration_ != epoch) {
+          self->isScanning = false;
+          self->refresh(done);
+          return;
+        }
+        self->apply(snapshot);
+        if (done) done();
+      });
 }
 
 bool OrvoModel::beginScan() {

@@ -20,10 +20,18 @@ constexpr const char* timedOut = "macOS did not confirm hiding. All icons have b
 class Watcher {
  public:
   explicit Watcher(ModelFixture& fixture) : fixture_(fixture) {
-    fixture.model->willChange.observe([this] { note("assign"); });
+    token_ = fixture.model->willChange.observe([this] { note("assign"); });
     fixture.model->onStateChanged = [this] { note("changed"); };
     fixture.memory.framework.onActivate = [this](std::size_t) { note("activate"); };
     fixture.memory.framework.raises[Step::invalidate] = [this] { note("release"); };
+  }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+  ~Watcher() {
+    fixture_.model->willChange.remove(token_);
+    fixture_.model->onStateChanged = {};
+    fixture_.memory.framework.onActivate = {};
+    fixture_.memory.framework.raises.clear();
   }
   void note(const std::string& what) {
     log.push_back(what + ": " + name(fixture_.model->state()) + (fixture_.guarded() ? ", guarded" : ", open") +
@@ -35,6 +43,7 @@ class Watcher {
 
  private:
   ModelFixture& fixture_;
+  ObjectWillChange::Token token_ = ObjectWillChange::Token::none;
 };
 
 TEST(OrvoModelHidingTest, AHideRequestIsMadeOnceTheBarSaysSoAndGuardedOnceItIsHeld) {
