@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QTimer>
 
 #include <chrono>
 
@@ -11,12 +12,15 @@ namespace orvo::testing {
 
 inline constexpr std::chrono::seconds waitLimit{20};
 
+// Looks after every event, and every few milliseconds for what no event announces.
 template <typename Condition>
 bool runUntil(Condition condition) {
   const QDeadlineTimer deadline(waitLimit);
+  QTimer look;
+  look.start(std::chrono::milliseconds(2));
   while (!condition()) {
     if (deadline.hasExpired()) return false;
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   }
   return true;
 }

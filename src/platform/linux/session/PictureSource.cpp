@@ -57,7 +57,7 @@ std::optional<Picture> pictureOfFile(const QString& path, int size) {
 QString pixmapsFile(const QString& name) {
   for (const char* ending : fileEndings) {
     const QString file = QStringLiteral("pixmaps/") + name + QLatin1String(ending);
-    const QString found = QStandardPaths::locate(QStandardPaths::GenericDataLocation, file);
+    QString found = QStandardPaths::locate(QStandardPaths::GenericDataLocation, file);
     if (!found.isEmpty()) return found;
   }
   return {};
@@ -71,7 +71,7 @@ QString fileInThemeFolder(const QString& folder, const QString& name) {
   for (const char* ending : fileEndings) names << name + QLatin1String(ending);
   QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
   for (int seen = 0; files.hasNext() && seen < mostFiles; ++seen) {
-    const QString path = files.next();
+    QString path = files.next();
     if (names.contains(files.fileName())) return path;
   }
   return {};

@@ -37,7 +37,7 @@ std::vector<TrayItem> itemsAnswer(const QDBusMessage& reply);
 
 // Calls `answer` with the reply, once, unless `context` is gone by then.
 template <typename Answer>
-void ask(QDBusConnection bus, const QDBusMessage& message, std::chrono::milliseconds limit, QObject* context,
+void ask(const QDBusConnection& bus, const QDBusMessage& message, std::chrono::milliseconds limit, QObject* context,
          Answer answer) {
   auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message, static_cast<int>(limit.count())), context);
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,

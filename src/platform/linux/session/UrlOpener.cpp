@@ -2,7 +2,6 @@
 
 #include "platform/linux/session/SessionBus.h"
 
-#include <QDBusError>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -109,9 +108,9 @@ bool UrlOpener::reopen(const QString& identifier) const {
   message << platformData();
   message.setAutoStartService(false);
   const QDBusMessage reply = bus_.call(message, QDBus::Block, static_cast<int>(handOverLimit.count()));
-  const auto error = QDBusError(reply).type();
-  return reply.type() == QDBusMessage::ReplyMessage ||
-         (error != QDBusError::ServiceUnknown && error != QDBusError::Disconnected);
+  const QString error = reply.errorName();
+  return error != QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") &&
+         error != QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") && bus_.isConnected();
 }
 
 }  // namespace orvo

@@ -1,5 +1,4 @@
-// A session bus of the test's own, the event loop that answers come through, and waiting for a
-// condition. Main thread.
+// A bus of the test's own, and programs that tell when they are ready. Main thread.
 #pragma once
 
 #include <QCoreApplication>
@@ -7,24 +6,16 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include "support/QtEventLoop.h"
+
 namespace orvo::test {
 
-// Runs the event loop until the condition holds; false after the limit.
-template <typename Condition>
-bool eventually(const Condition& condition, int limitMilliseconds = 10000) {
-  const QDeadlineTimer deadline(limitMilliseconds);
-  while (!condition()) {
-    if (deadline.hasExpired()) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 5);
-  }
-  return true;
-}
+using testing::runUntil;
 
 // Starts a program and waits for the first line that it prints.
 inline QString startAndReadLine(QProcess& process, const QString& program, const QStringList& arguments) {

@@ -14,8 +14,8 @@
 namespace orvo {
 namespace {
 
-using test::eventually;
 using test::PrivateBus;
+using test::runUntil;
 using test::ScriptedAgent;
 
 constexpr const char* frameworkPath = "/System/Library/PrivateFrameworks/MenuBarClientCore.framework/MenuBarClientCore";
@@ -55,7 +55,7 @@ struct Answers {
   }
 };
 
-class FrameworkLibraryTest : public testing::Test {
+class FrameworkLibraryTest : public ::testing::Test {
  protected:
   FrameworkLibraryTest() {
     ensureApplication();
@@ -98,17 +98,17 @@ TEST_F(FrameworkLibraryTest, AMissingLibraryIsNoFramework) {
 }
 
 TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWatcher) {
-  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
   ScriptedAgent agent(bus().address());
   EXPECT_TRUE(usable());
   agent.setHeld(false);
-  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
   agent.setHeld(true);
   EXPECT_TRUE(usable());
   agent.vanish();
-  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
   ScriptedAgent mute(bus().address(), ScriptedAgent::Mood::silent);
-  EXPECT_TRUE(eventually([&] { return !usable(); }));
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
 }
 
 TEST_F(FrameworkLibraryTest, AKnownAgentIsNotAskedAgain) {
@@ -117,21 +117,21 @@ TEST_F(FrameworkLibraryTest, AKnownAgentIsNotAskedAgain) {
     const auto before = agent.calls().size();
     return usable() && agent.calls().size() == before;
   };
-  EXPECT_TRUE(eventually(quiet));
+  EXPECT_TRUE(runUntil(quiet));
 }
 
 TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThread) {
   ScriptedAgent agent(bus().address());
   Answers answers;
   const auto assertion = activate(answers, {"org.example.A", "", "ünï.ço"});
-  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !answers.get().empty(); }));
   EXPECT_EQ(answers.get(), std::vector<std::string>{"granted"});
   EXPECT_NE(answers.thread, std::this_thread::get_id());
   EXPECT_EQ(agent.count("Activate [0 1 2 3 4 5 6 7 8] org.example.A  ünï.ço"), 1);
   Answers none;
   const auto empty = activate(none, {});
-  EXPECT_TRUE(eventually([&] { return agent.count("Activate [0 1 2 3 4 5 6 7 8] ") == 1; }));
-  ASSERT_TRUE(eventually([&] { return !none.get().empty(); }));
+  EXPECT_TRUE(runUntil([&] { return agent.count("Activate [0 1 2 3 4 5 6 7 8] ") == 1; }));
+  ASSERT_TRUE(runUntil([&] { return !none.get().empty(); }));
 }
 
 TEST_F(FrameworkLibraryTest, InvalidationRightAfterActivationEndsTheConcealmentThoughTheAnswerIsLate) {
@@ -140,9 +140,9 @@ TEST_F(FrameworkLibraryTest, InvalidationRightAfterActivationEndsTheConcealmentT
   Answers answers;
   const auto assertion = activate(answers);
   framework_.invalidate(*assertion);
-  ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+  ASSERT_TRUE(runUntil([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
   agent.catchUp();
-  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate " + std::to_string(agent.lastAssertion())) == 1; }));
+  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate " + std::to_string(agent.lastAssertion())) == 1; }));
   EXPECT_EQ(answers.get().size(), 1U);
   EXPECT_NE(answers.get().front(), "granted");
 }
@@ -151,31 +151,31 @@ TEST_F(FrameworkLibraryTest, TheLastReferenceEndsTheConcealmentOnce) {
   ScriptedAgent agent(bus().address());
   Answers answers;
   auto assertion = activate(answers);
-  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !answers.get().empty(); }));
   framework_.invalidate(*assertion);
   framework_.invalidate(*assertion);
   assertion.reset();
   Answers later;
   auto next = activate(later);
-  ASSERT_TRUE(eventually([&] { return !later.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !later.get().empty(); }));
   EXPECT_EQ(agent.count("Invalidate 1"), 1);
   next.reset();
-  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate 2") == 1; }));
+  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 2") == 1; }));
 }
 
 TEST_F(FrameworkLibraryTest, AnAssertionOfAnEarlierAgentNeverEndsOneOfItsSuccessor) {
   auto first = std::make_unique<ScriptedAgent>(bus().address());
   Answers before;
   const auto old = activate(before);
-  ASSERT_TRUE(eventually([&] { return !before.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !before.get().empty(); }));
   first.reset();
   ScriptedAgent second(bus().address());
   Answers after;
   const auto current = activate(after);
-  ASSERT_TRUE(eventually([&] { return !after.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !after.get().empty(); }));
   framework_.invalidate(*old);
   framework_.invalidate(*current);
-  ASSERT_TRUE(eventually([&] { return second.count("Invalidate 1") > 0; }));
+  ASSERT_TRUE(runUntil([&] { return second.count("Invalidate 1") > 0; }));
   EXPECT_EQ(second.count("Invalidate 1"), 1);
 }
 
@@ -192,10 +192,10 @@ TEST_F(FrameworkLibraryTest, EveryFailureOfTheAgentIsAnErrorGivenOnce) {
     Answers answers;
     const auto assertion = activate(answers);
     if (failure == Failure::vanishes) {
-      ASSERT_TRUE(eventually([&] { return !agent->calls().empty() && agent->calls().back().starts_with("Activate"); }));
+      ASSERT_TRUE(runUntil([&] { return !agent->calls().empty() && agent->calls().back().starts_with("Activate"); }));
       agent->vanish();
     }
-    ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !answers.get().empty(); }));
     framework_.invalidate(*assertion);
     EXPECT_EQ(answers.get(), std::vector<std::string>{text});
   }
@@ -218,7 +218,7 @@ TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
   const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, {});
   EXPECT_EQ(reasonOf([&] { framework_.activate(*assertion, configuration, answers.handler()); }),
             "The assertion has been activated before.");
-  ASSERT_TRUE(eventually([&] { return !answers.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !answers.get().empty(); }));
   EXPECT_EQ(answers.get().size(), 1U);
 }
 
@@ -232,13 +232,13 @@ TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
     const auto configuration = passing.makeConfiguration(configurationType_, systemItems, {});
     const auto assertion = passing.makeAssertion(assertionType_);
     passing.activate(*assertion, configuration, answers.handler());
-    ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+    ASSERT_TRUE(runUntil([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
   }
   agent.catchUp();
   // The invalidation that follows the late answer is sent before its completion would run.
   Answers later;
   const auto next = activate(later);
-  ASSERT_TRUE(eventually([&] { return !later.get().empty(); }));
+  ASSERT_TRUE(runUntil([&] { return !later.get().empty(); }));
   EXPECT_TRUE(answers.get().empty());
 }
 
@@ -254,9 +254,9 @@ TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
     if (error && error->code == ConcealmentErrorCode::noAnswer) ++errors;
   };
   client.activate(concealment, {});
-  ASSERT_TRUE(eventually([&] { return errors == 1; }));
+  ASSERT_TRUE(runUntil([&] { return errors == 1; }));
   agent.catchUp();
-  EXPECT_TRUE(eventually([&] { return agent.count("Invalidate 1") == 1; }));
+  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 1") == 1; }));
   EXPECT_EQ(errors, 1);
 }
 
@@ -273,11 +273,11 @@ TEST(AgentClientTest, ABusThatDiesAnswersWhatIsPendingAndWhatComesAfter) {
     client.activate(concealment, {});
   };
   ask();
-  ASSERT_TRUE(eventually([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
+  ASSERT_TRUE(runUntil([&] { return !agent.calls().empty() && agent.calls().back().starts_with("Activate"); }));
   own.stop();
-  EXPECT_TRUE(eventually([&] { return errors == 1; }));
+  EXPECT_TRUE(runUntil([&] { return errors == 1; }));
   ask();
-  EXPECT_TRUE(eventually([&] { return errors == 2; }));
+  EXPECT_TRUE(runUntil([&] { return errors == 2; }));
   EXPECT_FALSE(client.watcherHeld());
 }
 

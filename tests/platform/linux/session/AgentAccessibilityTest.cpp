@@ -1,0 +1,128 @@
+#include "platform/linux/session/AgentAccessibility.h"
+
+#include "SessionTest.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+using test::Program;
+using test::runUntil;
+using test::ScriptedAgent;
+using test::TreeRow;
+
+constexpr int host = 4242;
+
+class AgentAccessibilityTest : public test::SessionTest {
+ protected:
+  // Every element that a walk can reach, and how many attributes it read.
+  static int walk(const AccessibilityElementRef& element) {
+    int count = 1;
+    element->copyAttributeValue("AXFrame");
+    element->processIdentifier();
+    element->copyAttributeValue("AXIdentifier");
+    const auto children = element->copyAttributeValue("AXChildren");
+    if (!children) return count;
+    for (const auto& child : std::get<std::vector<AccessibilityElementRef>>(*children)) count += walk(child);
+    return count;
+  }
+
+  static AccessibilityElementRef rootOf(AgentAccessibility& accessibility, int process = host) {
+    auto root = accessibility.applicationElement(process);
+    root->setMessagingTimeout(0.2F);
+    return root;
+  }
+};
+
+TEST_F(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
+  ScriptedAgent agent(session().address());
+  agent.setTree({{-1, host, "", false},
+                 {0, 77, "", true, {1, 2, 3, 4}},
+                 {0, host, "com.apple.menuextra.clock", true, {-5.5, 0, 0, 24}},
+                 {2, host, "", false}});
+  AgentAccessibility accessibility;
+  const auto root = rootOf(accessibility);
+  EXPECT_EQ(root->processIdentifier(), host);
+  EXPECT_FALSE(root->copyAttributeValue("AXFrame"));
+  EXPECT_FALSE(root->copyAttributeValue("AXTitle"));
+  const auto children = std::get<std::vector<AccessibilityElementRef>>(*root->copyAttributeValue("AXChildren"));
+  ASSERT_EQ(children.size(), 2U);
+  EXPECT_EQ(children[0]->processIdentifier(), 77);
+  EXPECT_EQ(std::get<Rect>(*children[0]->copyAttributeValue("AXFrame")), (Rect{1, 2, 3, 4}));
+  EXPECT_FALSE(children[0]->copyAttributeValue("AXIdentifier"));
+  EXPECT_EQ(std::get<std::string>(*children[1]->copyAttributeValue("AXIdentifier")), "com.apple.menuextra.clock");
+  EXPECT_EQ(std::get<Rect>(*children[1]->copyAttributeValue("AXFrame")), (Rect{-5.5, 0, 0, 24}));
+  EXPECT_EQ(walk(children[1]), 2);
+}
+
+TEST_F(AgentAccessibilityTest, FourHundredElementsAreOneBusCallAndTakeAtMostTenMilliseconds) {
+  ScriptedAgent agent(session().address());
+  QList<TreeRow> tree{{-1, host, "", false}};
+  for (int index = 1; index < 400; ++index)
+    tree << TreeRow{(index - 1) / 4, index % 3 ? host : index, "com.apple.menuextra.wifi", true, {0, 0, 24, 24}};
+  agent.setTree(tree);
+  AgentAccessibility accessibility;
+  constexpr int rounds = 20;
+  qint64 best = 1000000;
+  std::thread([&] {
+    for (int round = 0; round < rounds; ++round) {
+      QElapsedTimer clock;
+      clock.start();
+      EXPECT_EQ(walk(rootOf(accessibility)), 400);
+      best = std::min(best, clock.nsecsElapsed() / 1000);
+    }
+  }).join();
+  RecordProperty("bestMicroseconds", static_cast<int>(best));
+  EXPECT_EQ(agent.count("Tree"), rounds);
+  EXPECT_LE(best, 10000);
+}
+
+TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) {
+  struct Case {
+    std::string name;
+    QList<TreeRow> tree;
+    bool silent = false;
+  };
+  for (const Case& one : {Case{"another process", {{-1, host + 1, "", true}}}, Case{"no element", {}},
+                          Case{"a root with a parent", {{0, host, "", true}}},
+                          Case{"a child before its parent", {{-1, host, "", true}, {2, 1, "", true}, {0, 1, "", true}}},
+                          Case{"a second root", {{-1, host, "", true}, {-1, host, "", true}}},
+                          Case{"a silent agent", {{-1, host, "", true}}, true}}) {
+    ScriptedAgent agent(session().address(), one.silent ? ScriptedAgent::Mood::silent : ScriptedAgent::Mood::answers);
+    if (!one.silent) agent.setTree(one.tree);
+    AgentAccessibility accessibility;
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_EQ(walk(rootOf(accessibility)), 1) << one.name;
+    EXPECT_LT(clock.elapsed(), 1500) << one.name;
+    EXPECT_EQ(agent.count("Tree"), 1) << one.name;
+  }
+  AgentAccessibility accessibility;
+  EXPECT_EQ(walk(rootOf(accessibility)), 1);
+}
+
+TEST_F(AgentAccessibilityTest, TrustFollowsTheSessionsAccessibilityAndThePromptSwitchesItOn) {
+  ::testing::internal::CaptureStderr();
+  AgentAccessibility accessibility;
+  EXPECT_FALSE(accessibility.isProcessTrusted());
+  EXPECT_NE(::testing::internal::GetCapturedStderr().find("accessibility bus does not answer"), std::string::npos);
+  const auto busIsThere = [] {
+    return QDBusConnection::sessionBus().interface()->isServiceRegistered(QStringLiteral("org.a11y.Bus")).value();
+  };
+  {
+    Program launcher(QStringLiteral("/usr/libexec/at-spi-bus-launcher"), {});
+    ASSERT_TRUE(runUntil(busIsThere));
+    EXPECT_FALSE(accessibility.isProcessTrusted(true));
+    EXPECT_TRUE(runUntil([&] { return accessibility.isProcessTrusted(); }));
+    AgentAccessibility later;
+    EXPECT_TRUE(later.isProcessTrusted());
+  }
+  EXPECT_TRUE(runUntil([&] { return !accessibility.isProcessTrusted(); }));
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,348 @@
+#include "platform/linux/session/DesktopWorkspace.h"
+
+#include "SessionTest.h"
+
+#include <QDBusVirtualObject>
+
+#include <algorithm>
+#include <cstring>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+namespace orvo {
+namespace {
+
+using test::Program;
+using test::runUntil;
+using test::ScriptedAgent;
+using test::sleeper;
+
+constexpr const char* ownIdentifier = "local.orvo.Orvo";
+constexpr const char* display = ":130";
+
+class DesktopWorkspaceTest : public test::SessionTest {
+ protected:
+  struct Follower {
+    explicit Follower(DesktopWorkspace& workspace) {
+      auto& center = workspace.notificationCenter();
+      center.addObserver(Notification::applicationLaunched, [this](Notification) { ++launches; });
+      center.addObserver(Notification::applicationTerminated, [this](Notification) { ++exits; });
+    }
+    int launches = 0;
+    int exits = 0;
+  };
+
+  static bool runs(const DesktopWorkspace& workspace, int pid) { return workspace.runningApplication(pid).has_value(); }
+};
+
+// The screen as a window manager keeps it: a list of client windows on the root.
+class Screen {
+ public:
+  Screen() {
+    test::startAndReadLine(server_, "Xvfb", {display, "-displayfd", "1", "-nolisten", "tcp"});
+    qputenv("DISPLAY", display);
+    connection_ = xcb_connect(display, nullptr);
+    EXPECT_EQ(xcb_connection_has_error(connection_), 0);
+    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+  }
+  Screen(const Screen&) = delete;
+  Screen& operator=(const Screen&) = delete;
+  ~Screen() {
+    xcb_disconnect(connection_);
+    stop();
+    qunsetenv("DISPLAY");
+  }
+
+  void stop() {
+    server_.kill();
+    server_.waitForFinished();
+  }
+
+  xcb_window_t addWindow(int claimedProcess) {
+    const xcb_window_t window = createWindow(connection_, root_);
+    claim(window, claimedProcess);
+    show(window);
+    return window;
+  }
+
+  void claim(xcb_window_t window, int process) {
+    set(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(process)});
+  }
+
+  void show(xcb_window_t window) {
+    windows_.push_back(window);
+    set(root_, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, windows_);
+    xcb_aux_sync();
+  }
+
+  static xcb_window_t createWindow(xcb_connection_t* connection, xcb_window_t root) {
+    const xcb_window_t window = xcb_generate_id(connection);
+    xcb_create_window(connection, 0, window, root, 0, 0, 9, 9, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0, 0, nullptr);
+    return window;
+  }
+
+ private:
+  void set(xcb_window_t window, const char* name, xcb_atom_t type, const std::vector<std::uint32_t>& values) {
+    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    auto* atom = xcb_intern_atom_reply(connection_, cookie, nullptr);
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom->atom, type, 32,
+                        static_cast<std::uint32_t>(values.size()), values.data());
+    std::free(atom);
+  }
+  void xcb_aux_sync() { std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
+
+  QProcess server_;
+  xcb_connection_t* connection_ = nullptr;
+  xcb_window_t root_ = XCB_NONE;
+  std::vector<std::uint32_t> windows_;
+};
+
+// A child process with a window that names no process.
+struct SilentClient {
+  SilentClient() {
+    int channel[2];
+    EXPECT_EQ(::pipe(channel), 0);
+    pid = ::fork();
+    if (pid == 0) {
+      xcb_connection_t* connection = xcb_connect(display, nullptr);
+      window = Screen::createWindow(connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
+      std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+      if (::write(channel[1], &window, sizeof window) != sizeof window) ::_exit(1);
+      for (;;) ::pause();
+    }
+    EXPECT_EQ(::read(channel[0], &window, sizeof window), static_cast<ssize_t>(sizeof window));
+    ::close(channel[0]);
+    ::close(channel[1]);
+  }
+  SilentClient(const SilentClient&) = delete;
+  SilentClient& operator=(const SilentClient&) = delete;
+  ~SilentClient() {
+    ::kill(pid, SIGKILL);
+    ::waitpid(pid, nullptr, 0);
+  }
+
+  int pid = 0;
+  xcb_window_t window = XCB_NONE;
+};
+
+TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountUntilTheyExit) {
+  Screen screen;
+  ScriptedAgent agent(session().address());
+  auto withItem = sleeper();
+  auto withWindow = sleeper();
+  auto late = sleeper();
+  agent.setItems({{":1.1", static_cast<quint32>(withItem->pid())}, {":1.2", 0}, {":1.3", 4194305}});
+  screen.addWindow(withWindow->pid());
+  DesktopWorkspace workspace{std::string(ownIdentifier)};
+  EXPECT_EQ(workspace.runningApplications().size(), 1U);
+  Follower follower(workspace);
+  ASSERT_TRUE(runs(workspace, withItem->pid()));
+  EXPECT_EQ(workspace.runningApplication(withItem->pid())->bundleIdentifier, "sleep");
+  EXPECT_TRUE(runs(workspace, withWindow->pid()));
+  EXPECT_EQ(workspace.runningApplication(static_cast<int>(::getpid()))->bundleIdentifier, ownIdentifier);
+  EXPECT_EQ(workspace.runningApplications().size(), 3U);
+  EXPECT_EQ(follower.launches, 0);
+
+  screen.addWindow(late->pid());
+  ASSERT_TRUE(runUntil([&] { return runs(workspace, late->pid()); }));
+  agent.addItem({":1.9", static_cast<quint32>(late->pid())});
+  auto last = sleeper();
+  agent.addItem({":1.10", static_cast<quint32>(last->pid())});
+  ASSERT_TRUE(runUntil([&] { return runs(workspace, last->pid()); }));
+  EXPECT_EQ(follower.launches, 2);
+
+  const int ended = withItem->pid();
+  withItem->end();
+  EXPECT_TRUE(runUntil([&] { return follower.exits == 1; }));
+  EXPECT_FALSE(runs(workspace, ended));
+  EXPECT_EQ(workspace.runningApplications().size(), 4U);
+}
+
+TEST_F(DesktopWorkspaceTest, AWindowThatClaimsNoProcessOrOneThatIsNotThereBelongsToTheOneThatIsConnected) {
+  Screen screen;
+  ScriptedAgent agent(session().address());
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  const SilentClient silent;
+  screen.show(silent.window);
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, silent.pid); }));
+  const SilentClient sandboxed;
+  screen.claim(sandboxed.window, 4194305);
+  screen.show(sandboxed.window);
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, sandboxed.pid); }));
+}
+
+TEST_F(DesktopWorkspaceTest, TheEndOfTheXServerIsToldAndLeavesTrayItemsFollowed) {
+  auto screen = std::make_unique<Screen>();
+  ScriptedAgent agent(session().address());
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  ::testing::internal::CaptureStderr();
+  screen->stop();
+  auto program = sleeper();
+  agent.addItem({":1.1", static_cast<quint32>(program->pid())});
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, program->pid()); }));
+  std::string told;
+  QCoreApplication::processEvents();
+  told = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(told.find("the X server is gone"), std::string::npos);
+}
+
+TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnswers) {
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  const auto host = [&]() -> int {
+    for (const auto& application : workspace.runningApplications()) {
+      if (application.bundleIdentifier == agent_protocol::hostBundleIdentifier) return application.processIdentifier;
+    }
+    return 0;
+  };
+  EXPECT_EQ(host(), 0);
+  Program agent({QString::fromLatin1(agent_protocol::service)});
+  EXPECT_TRUE(runUntil([&] { return host() == agent.pid(); }));
+  DesktopWorkspace later(std::nullopt);
+  Follower laterFollower(later);
+  EXPECT_TRUE(runs(later, agent.pid()));
+  agent.end();
+  EXPECT_TRUE(runUntil([&] { return host() == 0 && follower.exits == 1; }));
+}
+
+// The tray of a desktop without the agent.
+class Watcher : public QDBusVirtualObject {
+ public:
+  explicit Watcher(const QStringList& items) : items_(items), bus_(QDBusConnection::sessionBus()) {
+    bus_.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), this);
+    bus_.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+  }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+  ~Watcher() override {
+    bus_.interface()->unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    bus_.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
+  }
+
+  void announce(const QString& item) {
+    auto signal = QDBusMessage::createSignal("/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
+                                             "StatusNotifierItemRegistered");
+    signal << item;
+    bus_.send(signal);
+  }
+
+  QString introspect(const QString&) const override { return {}; }
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+    return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(items_))));
+  }
+
+ private:
+  QStringList items_;
+  QDBusConnection bus_;
+};
+
+TEST_F(DesktopWorkspaceTest, WithoutTheAgentTheTraysOwnListTellsTheOwners) {
+  Program unique({});
+  Program named({"org.kde.StatusNotifierItem-1-1"});
+  Program late({});
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  Watcher watcher({unique.busName() + "/org/ayatana/NotificationItem/x", "org.kde.StatusNotifierItem-1-1", ":9.9"});
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, unique.pid()) && runs(workspace, named.pid()); }));
+  watcher.announce(late.busName());
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, late.pid()); }));
+}
+
+TEST_F(DesktopWorkspaceTest, ARunningCopyIsFoundBeforeTheEventLoopRuns) {
+  const DesktopWorkspace workspace{std::string(ownIdentifier)};
+  ASSERT_EQ(workspace.runningApplications(ownIdentifier).size(), 1U);
+  Program copy({ownIdentifier});
+  const auto found = workspace.runningApplications(ownIdentifier);
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found.front().processIdentifier, copy.pid());
+  EXPECT_TRUE(found.front().bundlePath->starts_with("/usr/bin/python3"));
+  for (const char* none : {"local.orvo.Nobody", "", "not a name", "sleep"})
+    EXPECT_TRUE(workspace.runningApplications(none).empty()) << none;
+}
+
+class OpeningTest : public DesktopWorkspaceTest {
+ protected:
+  OpeningTest() {
+    for (const char* name : {"xdg-open", "xfce4-accessibility-settings", "gnome-control-center"})
+      writeFile(QStringLiteral("bin/") + name,
+                "#!/bin/sh\necho \"$(basename $0) $*\" > " + home().filePath("opened.tmp").toUtf8() + "; mv " +
+                    home().filePath("opened.tmp").toUtf8() + " " + home().filePath("opened").toUtf8() + "\n",
+                true);
+    qputenv("PATH", home().filePath("bin").toUtf8() + ":" + path_);
+    bundle_ = home().filePath("Test App.app");
+    writeFile("Test App.app/Info.json", R"({"CFBundleIdentifier": "local.orvo.Orvo"})");
+    writeFile("Test App.app/bin/orvo", "#!/bin/sh\ntouch '" + home().filePath("opened").toUtf8() + "'\n", true);
+    QFile::remove(home().filePath("opened"));
+  }
+  ~OpeningTest() override { qputenv("PATH", path_); }
+
+  static bool opened() { return QFile::exists(home().filePath("opened")); }
+
+  const QByteArray path_ = qgetenv("PATH");
+  QString bundle_;
+  DesktopWorkspace workspace_{std::nullopt};
+};
+
+TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
+  constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+  struct Case {
+    std::string url;
+    const char* desktop;
+    std::string opened;
+  };
+  for (const auto& [url, desktop, expected] :
+       {Case{page, "XFCE", "xfce4-accessibility-settings \n"},
+        Case{page, "ubuntu:GNOME", "gnome-control-center universal-access\n"},
+        Case{page, "Other", "xfce4-accessibility-settings \n"},
+        Case{fileURL("/Applications", true), "XFCE", "xdg-open file:///Applications/\n"},
+        Case{fileURL(home().path().toStdString(), true), "",
+             "xdg-open " + fileURL(home().path().toStdString(), true) + "\n"},
+        Case{"https://example.org/a?b=c%20d", "XFCE", "xdg-open https://example.org/a?b=c%20d\n"}}) {
+    QFile::remove(home().filePath("opened"));
+    qputenv("XDG_CURRENT_DESKTOP", desktop);
+    workspace_.openURL(url);
+    EXPECT_TRUE(runUntil(opened)) << url;
+    EXPECT_EQ(readFile("opened").toStdString(), expected);
+  }
+}
+
+TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
+  {
+    Program copy({ownIdentifier});
+    workspace_.openURL(fileURL(bundle_.toStdString(), true));
+    EXPECT_TRUE(copy.process().canReadLine() || copy.process().waitForReadyRead());
+    EXPECT_EQ(copy.process().readLine(), "Activate\n");
+    EXPECT_FALSE(opened());
+  }
+  {
+    Program hung({ownIdentifier, "--silent"});
+    workspace_.openURL(fileURL(bundle_.toStdString(), true));
+    EXPECT_FALSE(opened());
+  }
+  const auto* bus = QDBusConnection::sessionBus().interface();
+  ASSERT_TRUE(runUntil([&] { return !bus->isServiceRegistered(ownIdentifier).value(); }));
+  workspace_.openURL(fileURL(bundle_.toStdString(), true));
+  EXPECT_TRUE(runUntil(opened));
+}
+
+TEST_F(OpeningTest, ARegisteredApplicationLiesWhereItsDesktopEntryStartsIt) {
+  const auto entry = [](const QString& id, const QString& exec) {
+    writeFile("applications/" + id + ".desktop",
+              "[Desktop Entry]\nType=Application\nName=x\nExec=" + exec.toUtf8() + "\n");
+  };
+  entry("local.orvo.Orvo", '"' + bundle_ + "/bin/orvo\" %u");
+  entry("plain", "sleep 1");
+  entry("missing", "/nowhere/at/all");
+  EXPECT_EQ(workspace_.applicationPath("local.orvo.Orvo"), bundle_.toStdString());
+  EXPECT_EQ(workspace_.applicationPath("plain"), "/usr/bin/sleep");
+  for (const char* none : {"missing", "unknown", "", "../applications/plain"})
+    EXPECT_EQ(workspace_.applicationPath(none), std::nullopt) << none;
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,99 @@
+// What the tests of the session adapters share: an application off screen, data folders of its own, one
+// session bus, and programs that act on it.
+#pragma once
+
+#include "platform/linux/busSupport/PrivateBus.h"
+#include "platform/linux/busSupport/ScriptedAgent.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace orvo::test {
+
+class SessionTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    home();
+    session();
+    static int count = 1;
+    static char name[] = "test";
+    static char* arguments[] = {name, nullptr};
+    static QGuiApplication application(count, arguments);
+  }
+
+  // Made before anything reads it: glib and libdbus look at the environment once.
+  static QTemporaryDir& home() {
+    static QTemporaryDir folder;
+    qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+    qputenv("XDG_RUNTIME_DIR", folder.path().toUtf8());
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("GSETTINGS_BACKEND", "memory");
+    return folder;
+  }
+
+  static PrivateBus& session() {
+    static PrivateBus instance;
+    instance.becomeSessionBus();
+    return instance;
+  }
+
+  static QString writeFile(const QString& name, const QByteArray& content, bool executable = false) {
+    const QString path = home().filePath(name);
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    if (executable) file.setPermissions(file.permissions() | QFile::ExeOwner);
+    return path;
+  }
+
+  static QString readFile(const QString& name) {
+    QFile file(home().filePath(name));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+  }
+};
+
+// Ends with the object.
+class Program {
+ public:
+  Program(const QString& program, const QStringList& arguments) { process_.start(program, arguments); }
+  // A peer on the session bus; ready when it is made.
+  explicit Program(const QStringList& peerArguments) {
+    busName_ = startAndReadLine(process_, QStringLiteral("/usr/bin/python3"),
+                                QStringList{QStringLiteral(ORVO_BUS_SUPPORT "/busPeer.py")} + peerArguments);
+    EXPECT_FALSE(busName_.isEmpty()) << process_.readAllStandardError().toStdString();
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+  ~Program() { end(); }
+
+  void end() {
+    process_.kill();
+    process_.waitForFinished();
+  }
+
+  int pid() {
+    process_.waitForStarted();
+    return static_cast<int>(process_.processId());
+  }
+  const QString& busName() const { return busName_; }
+  QProcess& process() { return process_; }
+
+ private:
+  QProcess process_;
+  QString busName_;
+};
+
+inline std::unique_ptr<Program> sleeper() {
+  return std::make_unique<Program>(QStringLiteral("sleep"), QStringList{QStringLiteral("600")});
+}
+
+}  // namespace orvo::test
