@@ -129,7 +129,7 @@ std::vector<xcb_window_t> Covers::topLevelWindows() {
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE);
   const auto cookie =
       xcb_get_property(connection, 0, connection_.root(), clientList_, XCB_ATOM_WINDOW, 0, maximumListLength);
-  const auto clients = windowsOf(owned(xcb_get_property_reply(connection, cookie, nullptr)).get());
+  auto clients = windowsOf(owned(xcb_get_property_reply(connection, cookie, nullptr)).get());
   if (!clients.empty()) return clients;
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   return childrenOf(connection, connection_.root());

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 // that may be reported to somebody else.
 constexpr auto heldInterval = 10ms;
 // The same while a click is on its way: a window manager that looks at each click first passes it on
-// within a few milliseconds, and with covers back earlier the click would end on them.
+// within a few milliseconds. Until then neither covers nor the pointer's return may get between.
 constexpr auto givenInterval = 1ms;
 constexpr auto givenLimit = 250ms;
 

@@ -23,7 +23,7 @@ struct X11EventTaps::Tap {
 class X11EventTaps::Port : public EventTapPort {
  public:
   Port(X11EventTaps& taps, std::shared_ptr<Tap> tap) : taps_(taps), alive_(taps.alive_), tap_(std::move(tap)) {}
-  ~Port() override { invalidate(); }
+  ~Port() override { Port::invalidate(); }
   Port(const Port&) = delete;
   Port& operator=(const Port&) = delete;
 

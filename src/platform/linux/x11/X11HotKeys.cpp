@@ -3,6 +3,7 @@
 #include "platform/linux/x11/KeyboardMap.h"
 
 #include <utility>
+#include <vector>
 
 namespace orvo {
 
@@ -136,6 +137,7 @@ std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const Combination& combination) 
 bool X11HotKeys::grab(const std::set<Grab>& grabs) {
   auto* x = connection_->get();
   std::vector<xcb_void_cookie_t> cookies;
+  cookies.reserve(grabs.size());
   for (const auto& grab : grabs) {
     cookies.push_back(xcb_grab_key_checked(x, 0, connection_->root(), grab.modifiers, grab.key, XCB_GRAB_MODE_ASYNC,
                                            XCB_GRAB_MODE_ASYNC));

@@ -11,7 +11,7 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace orvo {
 
@@ -45,7 +45,10 @@ class X11HotKeys : public HotKeys {
     xcb_keycode_t key;
     std::uint16_t modifiers;
 
-    auto operator<=>(const Grab&) const = default;
+    bool operator==(const Grab&) const = default;
+    bool operator<(const Grab& other) const {
+      return std::pair(key, modifiers) < std::pair(other.key, other.modifiers);
+    }
   };
   struct Handler {
     EventHandlerFunction function;

@@ -189,6 +189,8 @@ void TestDesktop::startWindowManager() {
   if (!manages) throw std::runtime_error("the window manager shows nothing");
 }
 
+void TestDesktop::signalWindowManager(int signal) const { kill(windowManager_, signal); }
+
 void TestDesktop::startBus() {
   bus_ = "unix:path=" + folder_ + "/bus";
   busProcess_ = start({"dbus-daemon", "--session", "--nofork", "--nosyslog", "--address=" + bus_}, environment());

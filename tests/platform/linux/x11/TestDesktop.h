@@ -30,6 +30,7 @@ class TestDesktop {
   xcb_window_t root() const { return root_; }
 
   void startWindowManager();
+  void signalWindowManager(int signal) const;
   // With the clock alone, at the right end of the lower edge; returns when it is on the screen.
   void startPanel();
   void stopPanel();
