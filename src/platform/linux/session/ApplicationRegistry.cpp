@@ -54,7 +54,8 @@ bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::optiona
   const auto described = watch->opened() ? describeProcess(processIdentifier, bundleIdentifier) : std::nullopt;
   // Still running now: so what was described is the process that is watched, not a later one.
   if (!described || watch->hasExited()) return false;
-  watch->onExit(*this, [this, processIdentifier] { exited(processIdentifier); });
+  // Nobody sees the end of their own process, and this one is known before it has an event loop.
+  if (processIdentifier != ::getpid()) watch->onExit(*this, [this, processIdentifier] { exited(processIdentifier); });
   watches_.emplace(processIdentifier, std::move(watch));
   {
     const std::lock_guard lock(mutex_);

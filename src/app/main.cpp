@@ -1,0 +1,109 @@
+// Picks the adapters of the Linux desktop, wires them and starts Orvo.
+#include "app/OrvoMain.h"
+#include "bridge/FrameworkEntry.h"
+#include "platform/linux/desktop/AutostartLoginItem.h"
+#include "platform/linux/desktop/BusApplication.h"
+#include "platform/linux/desktop/FileUserDefaults.h"
+#include "platform/linux/desktop/FolderBundle.h"
+#include "platform/linux/desktop/IcuText.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxProcessInfo.h"
+#include "platform/linux/desktop/StatusNotifierBar.h"
+#include "platform/linux/framework/FrameworkLibrary.h"
+#include "platform/linux/session/AgentAccessibility.h"
+#include "platform/linux/session/DesktopIcons.h"
+#include "platform/linux/session/DesktopWorkspace.h"
+#include "platform/linux/session/SleepMonitor.h"
+#include "platform/linux/x11/X11EventTaps.h"
+#include "platform/linux/x11/X11HotKeys.h"
+#include "platform/linux/x11/X11ScreenObserver.h"
+#include "platform/qt/QtApplication.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtPasteboard.h"
+#include "platform/qt/SettingsWindows.h"
+#include "platform/qt/ThreadExecutor.h"
+
+#include <QDir>
+#include <QGuiApplication>
+
+#include <iostream>
+#include <memory>
+
+namespace {
+
+using namespace orvo;
+
+// What comes before the decision how to run, none of which needs a display. Members are in the order
+// in which they need each other: the queue outlives the framework, whose answers go there.
+struct EarlyAdapters {
+  explicit EarlyAdapters(std::vector<std::string> arguments) : processInfo(std::move(arguments)) {}
+
+  LinuxProcessInfo processInfo;
+  FolderBundle bundle{processInfo.arguments().empty() ? std::string() : processInfo.arguments().front()};
+  QtMainQueue mainQueue;
+  FrameworkLibrary framework{bundle.path()};
+  AgentAccessibility accessibility;
+  DesktopWorkspace workspace{bundle.identifier()};
+};
+
+std::unique_ptr<QGuiApplication> makeQtApplication(int& count, char** arguments) {
+  QCoreApplication::setApplicationName("orvo");
+  QGuiApplication::setApplicationDisplayName("Orvo");
+  QGuiApplication::setDesktopFileName("local.orvo.Orvo");
+  return std::make_unique<QGuiApplication>(count, arguments);
+}
+
+QString symbolFolder(const Bundle& bundle) {
+  const QDir folder(QString::fromStdString(bundle.path() + "/share/icons"));
+  return folder.exists() ? folder.path() : QString();
+}
+
+// What the running application needs besides.
+struct Adapters {
+  Adapters(EarlyAdapters& adapters, int& count, char** arguments)
+      : early(adapters), qtApplication(makeQtApplication(count, arguments)) {
+    windows.setPlatform(platform);
+    if (early.bundle.identifier()) application.setAdmission([this] { return admit(); });
+  }
+
+  // Two copies that start at once both find no other running; the bus lets one of them have the name.
+  bool admit() { return busApplication.acquireOrHandOver() != BusApplication::Outcome::handedOver; }
+
+  EarlyAdapters& early;
+  std::unique_ptr<QGuiApplication> qtApplication;
+  QtApplication application{qtApplication.get()};
+  BusApplication busApplication{QDBusConnection::sessionBus(), early.bundle.identifier().value_or(""),
+                                [this] { application.reopen(); }};
+  ThreadExecutor scanExecutor;
+  FileUserDefaults userDefaults{FileUserDefaults::standardPath()};
+  LinuxFileSystem fileSystem;
+  X11EventTaps eventTaps{early.mainQueue, [this] { return early.accessibility.isProcessTrusted(); }};
+  X11HotKeys hotKeys{early.mainQueue};
+  AutostartLoginItem loginItem{AutostartLoginItem::standardFolder(),
+                               early.bundle.identifier().value_or("local.orvo.Orvo"), early.bundle.program()};
+  IcuText localizedText;
+  StatusNotifierBar statusBar{
+      {QDBusConnection::sessionBus(), early.mainQueue, application, symbolFolder(early.bundle)}};
+  SettingsWindows windows{early.bundle.path() + "/lib/liborvo-settings.so"};
+  QtPasteboard pasteboard;
+  DesktopIcons applicationIcons;
+  SleepMonitor sleepMonitor{early.workspace.notificationCenter(), early.mainQueue};
+  X11ScreenObserver screenObserver{early.mainQueue, application.notificationCenter()};
+  Platform platform{early.mainQueue, scanExecutor,        userDefaults, early.bundle, early.processInfo, fileSystem,
+                    early.workspace, early.accessibility, eventTaps,    hotKeys,      loginItem,         localizedText,
+                    application,     statusBar,           windows,      pasteboard,   applicationIcons};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  EarlyAdapters early({argv, argv + argc});
+  setConcealmentFramework(&early.framework);
+  std::unique_ptr<Adapters> adapters;
+  OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace}, std::cout,
+                 [&]() -> const Platform& {
+                   adapters = std::make_unique<Adapters>(early, argc, argv);
+                   return adapters->platform;
+                 });
+  return 0;
+}
