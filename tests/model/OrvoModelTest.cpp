@@ -105,6 +105,17 @@ TEST(OrvoModelTest, ThePollFollowsThePermission) {
   EXPECT_EQ(t.scans(), 2U);
 }
 
+TEST(OrvoModelTest, WithoutPermissionThePollNeitherTapsNorScansAndOnceItComesItDoesEachOnce) {
+  ModelFixture t([](MemoryPlatform& m) { m.accessibility.trusted = false; });
+  t.advance(18s);
+  EXPECT_EQ(t.memory.eventTaps.created(), 0U);
+  EXPECT_EQ(t.scans(), 0U);
+  t.memory.accessibility.trusted = true;
+  t.advance(3s);
+  EXPECT_EQ(t.memory.eventTaps.created(), 1U);
+  EXPECT_EQ(t.scans(), 1U);
+}
+
 TEST(OrvoModelTest, ThePollTriesTheTapAgainAndReadsTheLoginItem) {
   ModelFixture t([](MemoryPlatform& m) { m.eventTaps.creationFails = true; });
   EXPECT_FALSE(t.model->systemClickProtection());
