@@ -33,6 +33,12 @@ struct MenuItem {
   std::vector<Menu> submenu;  // at most one
 };
 
+// Whether a person may choose the item, for menus that are drawn where no first responder is.
+inline bool isChoosable(const Menu& menu, const MenuItem& item) {
+  const auto* action = std::get_if<std::function<void()>>(&item.action);
+  return action != nullptr && *action && (menu.autoenablesItems || item.enabled);
+}
+
 inline MenuItem separatorItem() {
   MenuItem item;
   item.separator = true;

@@ -1,6 +1,6 @@
 #include "platform/qt/SettingsWindows.h"
 
-#include <QLibrary>
+#include <dlfcn.h>
 
 #include <cstdio>
 #include <utility>
@@ -17,15 +17,13 @@ std::unique_ptr<Window> SettingsWindows::make(const WindowDescription& descripti
   return window;
 }
 
-// Tried again on the next showing: a file that was missing may be there by then.
+// Never unloaded, as Qt asks of what uses it. Tried again on the next showing: a file that was missing may be there by
+// then.
 SettingsWindowEntry SettingsWindows::load() {
-  QLibrary library(QString::fromStdString(module_));
-  library.setLoadHints(QLibrary::PreventUnloadHint);
-  const auto entry = reinterpret_cast<SettingsWindowEntry>(library.resolve(settingsWindowEntry));
-  if (entry == nullptr) {
-    std::fprintf(stderr, "Orvo: the settings window could not be loaded: %s\n", qPrintable(library.errorString()));
-  }
-  return entry;
+  void* const library = dlopen(module_.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* const symbol = library != nullptr ? dlsym(library, settingsWindowEntry) : nullptr;
+  if (symbol == nullptr) std::fprintf(stderr, "Orvo: the settings window could not be loaded: %s\n", dlerror());
+  return reinterpret_cast<SettingsWindowEntry>(symbol);
 }
 
 }  // namespace orvo

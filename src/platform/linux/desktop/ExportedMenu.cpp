@@ -14,14 +14,9 @@ constexpr int rootId = 0;
 // Underscores mark access keys in this protocol.
 QString escapedLabel(const std::string& title) { return QString::fromStdString(title).replace('_', "__"); }
 
-bool isEnabled(const Menu& menu, const MenuItem& item) {
-  const auto* action = std::get_if<std::function<void()>>(&item.action);
-  return menu.autoenablesItems ? action != nullptr && *action : item.enabled;
-}
-
 QVariantMap rowProperties(const Menu& menu, const MenuItem& item) {
   if (item.separator) return {{"type", "separator"}, {"visible", true}};
-  return {{"label", escapedLabel(item.title)}, {"enabled", isEnabled(menu, item)}, {"visible", true}};
+  return {{"label", escapedLabel(item.title)}, {"enabled", isChoosable(menu, item)}, {"visible", true}};
 }
 
 bool looksAlike(const Menu& left, const Menu& right) {
@@ -165,8 +160,7 @@ bool ExportedMenu::handle(int id, const QString& eventId) {
   if (!knows(id)) return false;
   if (id == rootId || eventId != "clicked") return true;
   const MenuItem& item = menu_.items[static_cast<std::size_t>(id) - 1];
-  const auto* action = std::get_if<std::function<void()>>(&item.action);
-  if (action != nullptr && *action && isEnabled(menu_, item)) queue_.post(*action);
+  if (isChoosable(menu_, item)) queue_.post(std::get<std::function<void()>>(item.action));
   return true;
 }
 

@@ -102,20 +102,35 @@ void StatusNotifierItem::setToolTip(const std::string& text) {
   if (std::exchange(toolTip_, wanted) != wanted) emit NewToolTip();
 }
 
-void StatusNotifierItem::popUpMenu(const Menu& menu, Point /*point*/) { menu_.setMenu(menu); }
+void StatusNotifierItem::popUpMenu(const Menu& menu, Point /*point*/) {
+  menu_.setMenu(menu);
+  if (!popupPosition_) return;
+  popup_ = std::make_unique<PopupMenu>(menu, *popupPosition_,
+                                       [this](const std::function<void()>& action) { services_.queue.post(action); });
+}
 
 QDBusObjectPath StatusNotifierItem::menuPath() const { return QDBusObjectPath(menuObjectPath); }
 
-// The host waits for the answer, so it gets it first.
 void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {
-  services_.queue.post([item = QPointer<StatusNotifierItem>(this)] {
-    if (item) item->sendAction(EventType::leftMouseUp);
+  answerFirst([this] { sendAction(EventType::leftMouseUp); });
+}
+
+// The host waits for the answer of the call that is being handled.
+void StatusNotifierItem::answerFirst(std::function<void()> work) {
+  services_.queue.post([item = QPointer<StatusNotifierItem>(this), task = std::move(work)] {
+    if (item) task();
   });
 }
 
 void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
 
-void StatusNotifierItem::ContextMenu(int /*x*/, int /*y*/) { sendAction(EventType::rightMouseUp); }
+void StatusNotifierItem::ContextMenu(int x, int y) {
+  answerFirst([this, position = QPoint(x, y)] {
+    popupPosition_ = position;
+    sendAction(EventType::rightMouseUp);
+    popupPosition_.reset();
+  });
+}
 
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
 

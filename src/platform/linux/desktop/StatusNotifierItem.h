@@ -4,6 +4,7 @@
 
 #include "platform/StatusBar.h"
 #include "platform/linux/desktop/ExportedMenu.h"
+#include "platform/linux/desktop/PopupMenu.h"
 #include "platform/linux/desktop/StatusSymbols.h"
 #include "platform/qt/QtApplication.h"
 
@@ -11,6 +12,10 @@
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
 #include <QObject>
+#include <QPoint>
+
+#include <memory>
+#include <optional>
 
 namespace orvo {
 
@@ -104,12 +109,15 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
 
  private:
   void registerWithWatcher();
+  void answerFirst(std::function<void()> work);
   void sendAction(EventType type);
 
   StatusNotifierServices services_;
   const QString service_;
   QDBusServiceWatcher watcher_;
   ExportedMenu menu_;
+  std::unique_ptr<PopupMenu> popup_;
+  std::optional<QPoint> popupPosition_;  // set while a host wants the item to show its menu itself
   bool visible_ = false;
   std::function<void()> action_;
   std::uint32_t eventMask_ = 0;

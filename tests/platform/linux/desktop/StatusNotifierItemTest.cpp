@@ -6,6 +6,9 @@
 #include "support/QtEventLoop.h"
 
 #include <QDBusConnectionInterface>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -172,6 +175,46 @@ TEST_F(StatusNotifierItemTest, ATurnedArrowRenewsTheMenuBeforeItIsShownAgain) {
   item_.setImage("chevron.left", "Orvo");
   EXPECT_TRUE(runUntil([&] { return layout().children.at(0).properties.value("label") == "Show__all"; }));
   EXPECT_EQ(property("IconName"), "orvo-chevron-left-symbolic");
+}
+
+TEST_F(StatusNotifierItemTest, AMenuThatTheItemShowsItselfClosesByChoiceEscapeOrAClickElsewhere) {
+  struct Case {
+    const char* name;
+    bool canToggle;
+    std::vector<int> keys;
+    std::optional<QPointF> click;
+    const char* log;
+  };
+  const Case cases[]{
+      {"escape", true, {Qt::Key_Down, Qt::Key_Escape}, {}, ""},
+      {"first row", true, {Qt::Key_Down, Qt::Key_Return}, {}, "toggle "},
+      {"up from nowhere is the last row", true, {Qt::Key_Up, Qt::Key_Return}, {}, "quit "},
+      {"round past the separator", true, {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Enter}, {}, "toggle "},
+      {"a disabled row is passed over", false, {Qt::Key_Down, Qt::Key_Space}, {}, "quit "},
+      {"click on a row", true, {}, QPointF(20, 15), "toggle "},
+      {"click elsewhere", true, {}, QPointF(-5, 5), ""},
+  };
+  for (const Case& way : cases) {
+    SCOPED_TRACE(way.name);
+    canToggle_ = way.canToggle;
+    call("/StatusNotifierItem", itemInterface, "ContextMenu", {100, 100});
+    QWindow* window = nullptr;
+    ASSERT_TRUE(
+        runUntil([&] { return (window = QGuiApplication::topLevelWindows().value(0)) && window->isVisible(); }));
+    takeLog();
+    for (const int key : way.keys) {
+      QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+      QCoreApplication::sendEvent(window, &press);
+    }
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+      if (!way.click) break;
+      QMouseEvent event(type, *way.click, *way.click, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+      QCoreApplication::sendEvent(window, &event);
+    }
+    EXPECT_FALSE(window->isVisible());
+    settle();
+    EXPECT_EQ(takeLog(), way.log);
+  }
 }
 
 TEST_F(StatusNotifierItemTest, PropertiesAreWhatPanelsRead) {
