@@ -1,5 +1,6 @@
 """A program on the session bus: owns the names given, plays a running copy and a tray item, and prints
-what is asked of it. With "--silent" it answers nothing; it ends when its standard input does."""
+what is asked of it. With "--register" it is in the tray before it prints its name; with "--silent" it
+answers nothing. It ends when its standard input does."""
 import sys
 
 import dbus
@@ -45,6 +46,9 @@ def main(arguments):
             folder, name = argument.split("=")[1].rsplit("/", 1)
             Item.properties.update({"IconThemePath": folder, "IconName": name})
     kept += [Copy(bus, "/local/orvo/Orvo"), Item(bus, "/StatusNotifierItem")]
+    if "--register" in arguments:
+        watcher = bus.get_object("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", introspect=False)
+        watcher.RegisterStatusNotifierItem(bus.get_unique_name(), dbus_interface="org.kde.StatusNotifierWatcher")
     print(bus.get_unique_name(), flush=True)
     if "--silent" in arguments:
         sys.stdin.read()

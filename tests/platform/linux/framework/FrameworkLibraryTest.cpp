@@ -1,6 +1,7 @@
 #include "platform/linux/framework/FrameworkLibrary.h"
 
 #include "platform/linux/busSupport/PrivateBus.h"
+#include "platform/linux/busSupport/Program.h"
 #include "platform/linux/busSupport/ScriptedAgent.h"
 #include "platform/linux/framework/client/AgentClient.h"
 
@@ -240,6 +241,30 @@ TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
   const auto next = activate(later);
   ASSERT_TRUE(runUntil([&] { return !later.get().empty(); }));
   EXPECT_TRUE(answers.get().empty());
+}
+
+TEST_F(FrameworkLibraryTest, TheRealAgentConcealsWhoIsNotAllowedUntilTheAssertionEnds) {
+  const auto shownItems = [] {
+    auto message = QDBusMessage::createMethodCall("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                                                  "org.freedesktop.DBus.Properties", "Get");
+    message << "org.kde.StatusNotifierWatcher"
+            << "RegisteredStatusNotifierItems";
+    const auto reply = QDBusConnection::sessionBus().call(message);
+    return reply.arguments().value(0).value<QDBusVariant>().variant().toStringList().size();
+  };
+  test::Program agent(ORVO_BUNDLE "/bin/orvo-agent", QStringList());
+  ASSERT_TRUE(runUntil([&] { return usable(); }));
+  test::Program peer({"--register"});
+  ASSERT_TRUE(runUntil([&] { return shownItems() == 1; }));
+  Answers answers;
+  const auto assertion = activate(answers, {"com.example.Other"});
+  ASSERT_TRUE(runUntil([&] { return !answers.get().empty(); }));
+  EXPECT_EQ(answers.get(), std::vector<std::string>{"granted"});
+  EXPECT_EQ(shownItems(), 0);
+  framework_.invalidate(*assertion);
+  EXPECT_TRUE(runUntil([&] { return shownItems() == 1; }));
+  agent.end();
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
 }
 
 // The client behind the library, with a limit that a test can wait for.

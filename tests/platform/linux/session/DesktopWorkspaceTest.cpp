@@ -1,8 +1,11 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 
 #include "SessionTest.h"
+#include "platform/linux/session/AgentAccessibility.h"
 
 #include <QDBusVirtualObject>
+
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cstring>
@@ -208,6 +211,31 @@ TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnsw
   EXPECT_TRUE(runs(later, agent.pid()));
   agent.end();
   EXPECT_TRUE(runUntil([&] { return host() == 0 && follower.exits == 1; }));
+}
+
+TEST_F(DesktopWorkspaceTest, TheRealAgentsItemsAndTreeAreUnderstood) {
+  Program agent(QStringLiteral(ORVO_BUNDLE "/bin/orvo-agent"), QStringList());
+  const auto* bus = QDBusConnection::sessionBus().interface();
+  ASSERT_TRUE(runUntil([&] { return bus->isServiceRegistered("org.kde.StatusNotifierWatcher").value(); }));
+  Program before({"--register"});
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  EXPECT_TRUE(runs(workspace, before.pid()));
+  ASSERT_TRUE(runs(workspace, agent.pid()));
+  EXPECT_EQ(workspace.runningApplication(agent.pid())->bundleIdentifier, agent_protocol::hostBundleIdentifier);
+  Program after({"--register"});
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, after.pid()) && follower.launches == 1; }));
+  AgentAccessibility accessibility;
+  std::vector<std::int32_t> owners;
+  const auto collect = [&](const auto& self, const AccessibilityElementRef& element) -> void {
+    owners.push_back(element->processIdentifier().value_or(0));
+    const auto children = element->copyAttributeValue("AXChildren");
+    ASSERT_TRUE(children.has_value());
+    for (const auto& child : std::get<std::vector<AccessibilityElementRef>>(*children)) self(self, child);
+  };
+  collect(collect, accessibility.applicationElement(agent.pid()));
+  EXPECT_EQ(owners.front(), agent.pid());
+  EXPECT_THAT(owners, ::testing::IsSupersetOf({before.pid(), after.pid()}));
 }
 
 // The tray of a desktop without the agent.
