@@ -60,7 +60,7 @@ class Screen {
   }
 
   void stop() {
-    server_.kill();
+    server_.terminate();
     server_.waitForFinished();
   }
 

@@ -20,6 +20,11 @@
 namespace orvo::test {
 
 class SessionTest : public ::testing::Test {
+ public:
+  SessionTest() = default;
+  SessionTest(const SessionTest&) = delete;
+  SessionTest& operator=(const SessionTest&) = delete;
+
  protected:
   static void SetUpTestSuite() {
     home();
@@ -29,6 +34,9 @@ class SessionTest : public ::testing::Test {
     static char* arguments[] = {name, nullptr};
     static QGuiApplication application(count, arguments);
   }
+
+  // Entries of one test would name the programs of the next.
+  ~SessionTest() override { QDir(home().filePath("applications")).removeRecursively(); }
 
   // Made before anything reads it: glib and libdbus look at the environment once.
   static QTemporaryDir& home() {
