@@ -32,11 +32,10 @@ class MenuBarAgent : public QObject, protected QDBusContext {
   bool claimName();
   bool isWatcherHeld() const;
 
- public Q_SLOTS:
-  Q_SCRIPTABLE uint Activate(const QList<int>& allowedSystemItems, const QStringList& allowedBundleIdentifiers);
-  Q_SCRIPTABLE void Invalidate(uint assertion);
-  Q_SCRIPTABLE QList<orvo::TreeElement> Tree();
-  Q_SCRIPTABLE QList<orvo::ItemRecord> Items() const;
+  Q_SCRIPTABLE Q_SLOT uint Activate(const QList<int>& allowedSystemItems, const QStringList& allowedBundleIdentifiers);
+  Q_SCRIPTABLE Q_SLOT void Invalidate(uint assertion);
+  Q_SCRIPTABLE Q_SLOT QList<orvo::TreeElement> Tree();
+  Q_SCRIPTABLE Q_SLOT QList<orvo::ItemRecord> Items() const;
 
  Q_SIGNALS:
   Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier);

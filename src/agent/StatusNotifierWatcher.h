@@ -32,9 +32,8 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
   bool isHostRegistered() const { return true; }
   int protocolVersion() const { return 0; }
 
- public Q_SLOTS:
-  Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& service);
-  Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString& service);
+  Q_SCRIPTABLE Q_SLOT void RegisterStatusNotifierItem(const QString& service);
+  Q_SCRIPTABLE Q_SLOT void RegisterStatusNotifierHost(const QString& service);
 
  Q_SIGNALS:
   Q_SCRIPTABLE void StatusNotifierItemRegistered(const QString& service);

@@ -34,11 +34,10 @@ class ListeningPanel : public QObject {
   }
   QStringList items() const { return property("RegisteredStatusNotifierItems").toStringList(); }
 
- private Q_SLOTS:
-  void shown(const QString& address) { heard_ << '+' + address; }
-  void hidden(const QString& address) { heard_ << '-' + address; }
-
  private:
+  Q_SLOT void shown(const QString& address) { heard_ << '+' + address; }
+  Q_SLOT void hidden(const QString& address) { heard_ << '-' + address; }
+
   QDBusConnection bus_;
   QStringList heard_;
 };

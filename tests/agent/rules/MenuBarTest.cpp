@@ -25,6 +25,7 @@ std::optional<std::string> identify(std::int32_t process) {
 
 std::vector<std::string> addresses(const std::vector<TrayItem>& items) {
   std::vector<std::string> list;
+  list.reserve(items.size());
   for (const TrayItem& item : items) list.push_back(item.address());
   return list;
 }
