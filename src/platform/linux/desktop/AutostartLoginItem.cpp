@@ -66,8 +66,8 @@ bool isSwitchedOff(const Entry& entry) {
 std::string quotedArgument(const std::string& argument) {
   std::string text = "\"";
   for (const char character : argument) {
-    if (std::string_view("\"`$").find(character) != std::string_view::npos) text += "\\\\";
-    if (character == '\\') text += "\\\\\\";
+    if (std::string_view(R"("`$)").find(character) != std::string_view::npos) text += R"(\\)";
+    if (character == '\\') text += R"(\\\)";
     if (character == '%') text += '%';
     text += character;
   }
@@ -83,7 +83,7 @@ QStringList settingsCommand() {
   const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':');
   QStringList other;
   for (const auto& page : settingsPages) {
-    const QStringList command = QString(page.command).split(' ');
+    QStringList command = QString(page.command).split(' ');
     if (QStandardPaths::findExecutable(command.first()).isEmpty()) continue;
     if (desktops.contains(page.desktop)) return command;
     if (other.isEmpty()) other = command;

@@ -69,14 +69,13 @@ class ExportedMenu final : public QObject {
   QString status() const { return "normal"; }
   QStringList iconThemePath() const { return {}; }
 
- public slots:
-  uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, orvo::MenuLayout& layout);
-  QList<orvo::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
-  QDBusVariant GetProperty(int id, const QString& name);
-  void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
-  QList<int> EventGroup(const QList<orvo::MenuEvent>& events);
-  bool AboutToShow(int id);
-  QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
+  Q_SLOT uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, orvo::MenuLayout& layout);
+  Q_SLOT QList<orvo::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
+  Q_SLOT QDBusVariant GetProperty(int id, const QString& name);
+  Q_SLOT void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
+  Q_SLOT QList<int> EventGroup(const QList<orvo::MenuEvent>& events);
+  Q_SLOT bool AboutToShow(int id);
+  Q_SLOT QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
 
  signals:
   void LayoutUpdated(uint revision, int parent);

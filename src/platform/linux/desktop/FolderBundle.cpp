@@ -17,7 +17,7 @@ constexpr const char* infoFile = "Info.json";
 // name found on the search path, a made-up name) the file that really runs.
 fs::path launchedProgram(const std::string& invocation) {
   std::error_code error;
-  const fs::path running = fs::read_symlink("/proc/self/exe", error);
+  fs::path running = fs::read_symlink("/proc/self/exe", error);
   if (invocation.find('/') == std::string::npos) return running;
   const fs::path launched = fs::absolute(invocation, error).lexically_normal();
   return fs::equivalent(launched, running, error) ? launched : running;

@@ -43,8 +43,8 @@ QRect placed(QPoint position, QSize size) {
 
 }  // namespace
 
-PopupMenu::PopupMenu(const Menu& menu, QPoint position, std::function<void(const std::function<void()>&)> choose)
-    : menu_(menu), choose_(std::move(choose)) {
+PopupMenu::PopupMenu(Menu menu, QPoint position, std::function<void(const std::function<void()>&)> choose)
+    : menu_(std::move(menu)), choose_(std::move(choose)) {
   setFlags(Qt::Popup | Qt::FramelessWindowHint);
   setTitle("Orvo");
   setGeometry(placed(position, sizeOf(menu_)));

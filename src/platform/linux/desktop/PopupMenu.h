@@ -14,7 +14,7 @@ class PopupMenu final : public QRasterWindow {
  public:
   // Shown at `position` of the screen, moved as far as it takes to stay on it. `choose` is called at
   // most once, with the action of the chosen row, after the menu is closed.
-  PopupMenu(const Menu& menu, QPoint position, std::function<void(const std::function<void()>&)> choose);
+  PopupMenu(Menu menu, QPoint position, std::function<void(const std::function<void()>&)> choose);
   ~PopupMenu() override;
 
  protected:

@@ -95,11 +95,10 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   QString none() const { return {}; }
   NotifierPixmaps noPixmaps() const { return {}; }
 
- public slots:
-  void Activate(int x, int y);
-  void SecondaryActivate(int x, int y);
-  void ContextMenu(int x, int y);
-  void Scroll(int delta, const QString& orientation);
+  Q_SLOT void Activate(int x, int y);
+  Q_SLOT void SecondaryActivate(int x, int y);
+  Q_SLOT void ContextMenu(int x, int y);
+  Q_SLOT void Scroll(int delta, const QString& orientation);
 
  signals:
   void NewTitle();
