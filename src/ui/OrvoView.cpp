@@ -23,9 +23,8 @@ struct PageTraits {
 };
 
 const PageTraits& traits(OrvoView::Page page) {
-  static constexpr std::array<PageTraits, 3> all{{{"Menu bar", "menubar.rectangle"},
-                                                  {"Behavior", "slider.horizontal.3"},
-                                                  {"About Orvo", "info.circle"}}};
+  static constexpr std::array<PageTraits, 3> all{
+      {{"Menu bar", "menubar.rectangle"}, {"Behavior", "slider.horizontal.3"}, {"About Orvo", "info.circle"}}};
   return all.at(static_cast<std::size_t>(page));
 }
 
@@ -176,9 +175,8 @@ std::string OrvoView::emptyTitle() const {
 std::string OrvoView::emptyDetail() const {
   if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
   if (model_->isScanning()) return "This usually takes a moment.";
-  return eitherText(
-      offersClearSearch(), "Try a different app name or clear your search.",
-      "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.");
+  return eitherText(offersClearSearch(), "Try a different app name or clear your search.",
+                    "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.");
 }
 
 bool OrvoView::showsListFooter() const { return model_->accessibilityGranted() && !model_->apps().empty(); }

@@ -12,7 +12,6 @@ FocusScope {
     required property bool hidden
     required property string detail
     required property string pickerLabel
-    required property bool current
     required property bool last
     // The keyboard or a press has come to this row.
     signal entered
@@ -74,7 +73,6 @@ FocusScope {
         focus: true
         hide: row.hidden
         label: row.pickerLabel
-        reachable: row.current
         width: 126
         onChosen: hide => View.choose(row.bundleID, hide)
     }

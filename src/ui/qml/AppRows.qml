@@ -7,7 +7,7 @@ import orvo.settings
 ListView {
     id: rows
 
-    readonly property int rowHeight: 52
+    readonly property int rowHeight: 50
     readonly property int rowsAPage: Math.max(1, Math.floor(height / rowHeight) - 1)
 
     function goTo(row) {
@@ -19,7 +19,7 @@ ListView {
         positionViewAtIndex(currentIndex, ListView.Contain);
     }
 
-    activeFocusOnTab: false
+    activeFocusOnTab: true
     boundsBehavior: Flickable.StopAtBounds
     cacheBuffer: rowHeight * 2
     clip: true
@@ -28,6 +28,8 @@ ListView {
     model: View.rows
     Accessible.name: "Apps"
     Accessible.role: Accessible.List
+    // By itself it would find the list before the row in it, and stay.
+    Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
     Keys.onDownPressed: goTo(currentIndex + 1)
     Keys.onPressed: event => {
         const jumps = new Map([[Qt.Key_PageDown, currentIndex + rowsAPage], [Qt.Key_PageUp, currentIndex - rowsAPage], [Qt.Key_Home, 0], [Qt.Key_End, count - 1]]);
@@ -38,7 +40,6 @@ ListView {
     Keys.onUpPressed: goTo(currentIndex - 1)
 
     delegate: AppRow {
-        current: ListView.isCurrentItem
         height: rows.rowHeight
         last: index === rows.count - 1
         width: rows.width

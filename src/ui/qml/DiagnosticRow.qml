@@ -28,6 +28,6 @@ RowLayout {
         horizontalAlignment: TextEdit.AlignRight
         text: row.value
         wrapMode: TextEdit.Wrap
-        Accessible.description: row.title
+        Accessible.name: row.title + ": " + row.value
     }
 }

@@ -6,6 +6,8 @@ import orvo.settings
 T.Switch {
     id: control
 
+    objectName: "loginSwitch"
+
     required property string label
 
     function ask(enabled) {

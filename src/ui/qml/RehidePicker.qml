@@ -7,6 +7,8 @@ import orvo.settings
 T.ComboBox {
     id: control
 
+    objectName: "rehidePicker"
+
     required property string label
 
     function ask(option) {

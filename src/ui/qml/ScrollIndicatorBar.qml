@@ -10,12 +10,13 @@ T.ScrollBar {
     implicitWidth: 11
     minimumSize: 0.06
     padding: 3
-    policy: size < 1 ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+    policy: T.ScrollBar.AlwaysOn
     Accessible.ignored: true
 
     contentItem: Panel {
         color: Theme.secondary
         opacity: bar.pressed ? 0.75 : bar.hovered ? 0.6 : 0.4
         radius: 3
+        visible: bar.size < 1
     }
 }

@@ -1,22 +1,31 @@
-// One segment of a picker.
+// One segment of a picker. It shows whether it is chosen and only asks for a change.
 import QtQuick
+import QtQuick.Templates as T
 import orvo.settings
 
-PlainButton {
+T.RadioButton {
     id: segment
 
     required property bool chosen
-    required property bool reachable
+    signal picked
 
-    activeFocusOnTab: chosen && reachable
+    autoExclusive: false
+    checked: chosen
     focus: chosen
-    focusPolicy: chosen && reachable ? Qt.TabFocus : Qt.NoFocus
+    focusPolicy: Qt.NoFocus
     font.pixelSize: Theme.smallSize
     font.weight: chosen ? Font.DemiBold : Font.Normal
-    ringRadius: 8
-    Accessible.checkable: true
-    Accessible.checked: chosen
-    Accessible.role: Accessible.RadioButton
+    Accessible.name: text
+    Accessible.onPressAction: if (enabled)
+        picked()
+    Accessible.onToggleAction: if (enabled)
+        picked()
+    Keys.onEnterPressed: picked()
+    Keys.onReturnPressed: picked()
+    onClicked: {
+        checked = Qt.binding(() => chosen);
+        picked();
+    }
 
     contentItem: BodyText {
         color: segment.chosen ? (segment.text === "Hide" ? Theme.onAccent : Theme.text) : Theme.secondary
@@ -25,5 +34,9 @@ PlainButton {
         spoken: false
         text: segment.text
         verticalAlignment: Text.AlignVCenter
+    }
+    FocusRing {
+        radius: 8
+        target: segment
     }
 }

@@ -7,8 +7,6 @@ FocusScope {
 
     required property bool hide
     required property string label
-    // Whether Tab comes here.
-    property bool reachable: true
     signal chosen(bool hide)
 
     implicitHeight: 26
@@ -53,10 +51,9 @@ FocusScope {
 
                 chosen: picker.hide === (index === 1)
                 height: parent.height
-                reachable: picker.reachable
                 text: modelData
                 width: parent.width / 2
-                onClicked: {
+                onPicked: {
                     forceActiveFocus(Qt.MouseFocusReason);
                     picker.chosen(index === 1);
                 }

@@ -18,7 +18,6 @@ Column {
         font.letterSpacing: 0.6
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold
-        leftPadding: 2
         text: section.title
     }
     Panel {

@@ -1,4 +1,4 @@
-// The global shortcut in signs, spoken in words.
+// The global shortcut, "⌃ ⌥ ⌘ B", in signs drawn by us, since few fonts have them all. Spoken in words.
 import QtQuick
 import orvo.settings
 
@@ -11,14 +11,31 @@ Panel {
     Accessible.name: "Control Option Command B"
     Accessible.role: Accessible.StaticText
 
-    BodyText {
+    Row {
         id: signs
 
         anchors.centerIn: parent
-        color: Theme.secondary
-        font.pixelSize: Theme.smallSize
-        font.weight: Font.Medium
-        spoken: false
-        text: "⌃ ⌥ ⌘ B"
+        spacing: 5
+
+        Repeater {
+            model: ["control", "option", "command"]
+
+            Symbol {
+                required property string modelData
+
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.secondary
+                name: modelData
+                size: 12
+                weight: 1.2
+            }
+        }
+        BodyText {
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            font.weight: Font.Medium
+            spoken: false
+            text: "B"
+        }
     }
 }

@@ -2,19 +2,31 @@
 import QtQuick
 import orvo.settings
 
-PlainButton {
+Item {
     id: link
 
-    font.pixelSize: Theme.smallSize
-    Accessible.role: Accessible.Link
+    required property string text
+    signal clicked
 
-    contentItem: Row {
+    activeFocusOnTab: true
+    implicitHeight: row.implicitHeight
+    implicitWidth: row.implicitWidth
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Accessible.role: Accessible.Link
+    Keys.onEnterPressed: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onSpacePressed: clicked()
+
+    Row {
+        id: row
+
         spacing: 3
 
         BodyText {
             color: Theme.accentText
-            font.pixelSize: link.font.pixelSize
-            font.underline: link.hovered
+            font.pixelSize: Theme.smallSize
+            font.underline: hover.hovered
             spoken: false
             text: link.text
         }
@@ -27,6 +39,14 @@ PlainButton {
         }
     }
     HoverHandler {
+        id: hover
+
         cursorShape: Qt.PointingHandCursor
+    }
+    TapHandler {
+        onTapped: link.clicked()
+    }
+    FocusRing {
+        target: link
     }
 }

@@ -10,9 +10,9 @@ namespace {
 constexpr const char* engineProperty = "orvoIcons";
 
 QImage image(const std::optional<Picture>& picture) {
-  const bool whole = picture && picture->width > 0 && picture->height > 0 &&
-                     picture->pixels.size() == static_cast<std::size_t>(picture->width) *
-                                                   static_cast<std::size_t>(picture->height);
+  const bool whole =
+      picture && picture->width > 0 && picture->height > 0 &&
+      picture->pixels.size() == static_cast<std::size_t>(picture->width) * static_cast<std::size_t>(picture->height);
   if (!whole) return {};
   return QImage(reinterpret_cast<const uchar*>(picture->pixels.data()), picture->width, picture->height,
                 QImage::Format_ARGB32_Premultiplied)

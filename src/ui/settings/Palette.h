@@ -8,7 +8,7 @@ namespace orvo {
 struct Palette {
   QColor window;
   QColor column;
-  QColor card;   // the platform's control background
+  QColor card;  // the platform's control background
   QColor popup;
   QColor text;
   QColor secondary;

@@ -2,6 +2,7 @@
 
 #include "platform/UserDefaults.h"
 #include "ui/settings/IconStore.h"
+#include "ui/settings/ItemAccessibility.h"
 #include "ui/settings/Keyboard.h"
 #include "ui/settings/Theme.h"
 #include "ui/settings/ViewBinding.h"
@@ -16,6 +17,9 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
+
+// Generated for the QML module. Named here, or the linker leaves it out of a static library.
+extern void qml_register_types_orvo_settings();
 
 namespace orvo {
 
@@ -45,8 +49,13 @@ Qt::WindowFlags windowFlags(std::uint32_t styleMask) {
 
 // The window is small and mostly still: the software renderer shows it sooner than a GPU driver loads,
 // and takes a third of the memory. QT_QUICK_BACKEND has its say as everywhere.
-void chooseRenderer() {
-  if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND")) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+void prepareQuick() {
+  static const bool prepared = [] {
+    [[maybe_unused]] volatile auto registration = &qml_register_types_orvo_settings;
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND")) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    return true;
+  }();
+  Q_UNUSED(prepared);
 }
 
 }  // namespace
@@ -76,11 +85,13 @@ void SettingsWindow::makeKeyAndOrderFront() {
 }
 
 void SettingsWindow::open() {
-  chooseRenderer();
+  prepareQuick();
   theme_ = std::make_unique<Theme>(*appearance_);
   icons_ = std::make_unique<IconStore>(view_);
   binding_ = std::make_unique<ViewBinding>(view_, platform_.mainQueue);
   quickView_ = std::make_unique<QQuickView>();
+  // Qt Quick's own factory is there by now, and the last one is asked first.
+  installItemAccessibility();
   QQmlEngine& engine = *quickView_->engine();
   engine.addImportPath(QStringLiteral("qrc:/"));
   theme_->installIn(engine);

@@ -1,6 +1,6 @@
 // The settings window: hosts the QML content over OrvoView, follows the desktop's appearance and
-// remembers its frame, never pixel by pixel. Owned by AppDelegate; main thread only. Nothing of Qt Quick exists before the
-// first showing, and closing gives the scene back: page and search live in OrvoView.
+// remembers its frame, never pixel by pixel. Owned by AppDelegate; main thread only. Nothing of Qt Quick exists before
+// the first showing, and closing gives the scene back: page and search live in OrvoView.
 #pragma once
 
 #include "platform/Appearance.h"

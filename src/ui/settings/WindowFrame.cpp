@@ -46,8 +46,8 @@ std::optional<WindowFrame> decodeWindowFrame(const std::string& text) {
 std::optional<WindowFrame> fitted(const WindowFrame& frame, QSize minimum, const QList<QRect>& screens) {
   if (screens.isEmpty()) return std::nullopt;
   const QRect wanted(frame.position, frame.size);
-  const QRect screen = *std::ranges::max_element(
-      screens, {}, [&](const QRect& candidate) { return sharedArea(candidate, wanted); });
+  const QRect screen =
+      *std::ranges::max_element(screens, {}, [&](const QRect& candidate) { return sharedArea(candidate, wanted); });
   const QSize size = frame.size.boundedTo(screen.size()).expandedTo(minimum);
   return WindowFrame{{placed(frame.position.x(), size.width(), screen.x(), screen.width()),
                       placed(frame.position.y(), size.height(), screen.y(), screen.height())},

@@ -52,7 +52,8 @@ AppearanceTraits DesktopAppearance::traits() const { return appearanceTraits(set
 
 // A portal that does not run is not started for this: where a desktop uses it, it runs.
 void DesktopAppearance::askPortal() {
-  QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, QStringLiteral("Read"));
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, QStringLiteral("Read"));
   call << appearanceGroup << colorSchemeKey;
   call.setAutoStartService(false);
   auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);

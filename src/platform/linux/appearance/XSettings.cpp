@@ -143,7 +143,8 @@ void XSettings::read() {
     }
   }
   // The answers above may have brought events along, which the socket no longer announces.
-  QMetaObject::invokeMethod(notifier_.get(), [this] { drain(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      notifier_.get(), [this] { drain(); }, Qt::QueuedConnection);
 }
 
 void XSettings::drain() {
