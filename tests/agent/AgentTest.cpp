@@ -41,7 +41,7 @@ class AgentTest : public testing::Test {
 
   void startAgent() {
     agent_.start(QStringLiteral(ORVO_AGENT), QStringList());
-    ASSERT_TRUE(eventually([this] { return owned(QString::fromLatin1(agent_protocol::service)); }));
+    ASSERT_TRUE(runUntil([this] { return owned(QString::fromLatin1(agent_protocol::service)); }));
     (void)ask("Items");  // answered only when it has asked for the other name too
   }
 
@@ -87,7 +87,7 @@ class AgentTest : public testing::Test {
 
   bool hears(const QStringList& expected) {
     QStringList all;
-    return eventually([&] { return (all += panel_->heard()).size() >= expected.size(); }) && all == expected &&
+    return runUntil([&] { return (all += panel_->heard()).size() >= expected.size(); }) && all == expected &&
            heard().isEmpty();
   }
 
@@ -115,9 +115,9 @@ TEST_F(AgentTest, CountsAnItemOnceHoweverItRegisters) {
   EXPECT_EQ(panel_->items(), QStringList({first->bus + item, second->bus + "/Item", second->bus + "/own/path"}));
 
   second->say("release org.example.Second");
-  EXPECT_TRUE(eventually([&] { return panel_->items().size() == 2; })) << "its name went, its process lives on";
+  EXPECT_TRUE(runUntil([&] { return panel_->items().size() == 2; })) << "its name went, its process lives on";
   second->kill();
-  EXPECT_TRUE(eventually([&] { return panel_->items() == QStringList(first->bus + item); }));
+  EXPECT_TRUE(runUntil([&] { return panel_->items() == QStringList(first->bus + item); }));
 }
 
 TEST_F(AgentTest, TellsThePanelTheDifferenceOnlyAndKeepsTheOrder) {
@@ -168,7 +168,7 @@ TEST_F(AgentTest, EndsAConcealmentWithItsRequesterOnly) {
 
   // Gone before the agent could watch it: nobody would tell.
   for (int round = 0; round < 5; ++round) program("hasty")->say("activate_and_die");
-  EXPECT_TRUE(eventually([&] { return panel_->items() == QStringList(tray->bus + item); }));
+  EXPECT_TRUE(runUntil([&] { return panel_->items() == QStringList(tray->bus + item); }));
 }
 
 TEST_F(AgentTest, WaitsForNoStoppedProgram) {
@@ -226,7 +226,7 @@ TEST_F(AgentTest, TakesTheTrayOverWhenItsHolderLeaves) {
   EXPECT_EQ(agent.property("WatcherHeld"), QVariant(false));
   EXPECT_EQ(tray->say("activate"), "error local.orvo.MenuBarAgent1.Error.WatcherNotHeld");
   holder->kill();
-  EXPECT_TRUE(eventually([&] { return agent.property("WatcherHeld") == QVariant(true); }));
+  EXPECT_TRUE(runUntil([&] { return agent.property("WatcherHeld") == QVariant(true); }));
   EXPECT_EQ(tray->say("register " + tray->bus), "ok None");
   EXPECT_EQ(panel_->items(), QStringList(tray->bus + item));
   EXPECT_EQ(tray->say("activate"), "ok 1");
@@ -251,7 +251,7 @@ TEST_F(AgentTest, PromisesAHostBeforeThereIsAPanel) {
 
 TEST_F(AgentTest, EndsWithTheBus) {
   bus_.stop();
-  EXPECT_TRUE(eventually([this] { return agent_.state() == QProcess::NotRunning; }));
+  EXPECT_TRUE(runUntil([this] { return agent_.state() == QProcess::NotRunning; }));
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class TrayProgram {
   // The answer: "ok" and a result, or "error" and its name.
   QString say(const QString& command) {
     process_.write(command.toUtf8() + '\n');
-    if (!eventually([this] { return process_.canReadLine(); })) ADD_FAILURE() << command.toStdString();
+    if (!runUntil([this] { return process_.canReadLine(); })) ADD_FAILURE() << command.toStdString();
     return QString::fromUtf8(process_.readLine()).trimmed();
   }
 

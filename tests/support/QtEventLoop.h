@@ -8,7 +8,7 @@
 
 #include <chrono>
 
-namespace orvo::testing {
+namespace orvo::test {
 
 inline constexpr std::chrono::seconds waitLimit{20};
 
@@ -25,4 +25,4 @@ bool runUntil(Condition condition) {
   return true;
 }
 
-}  // namespace orvo::testing
+}  // namespace orvo::test

@@ -12,10 +12,12 @@
 #include <vector>
 
 namespace orvo {
+
+using test::runUntil;
 namespace {
 
 using namespace std::chrono_literals;
-using testing::runUntil;
+
 using Duration = MainQueue::Duration;
 
 TEST(QtMainQueueTest, PostsFromManyThreadsKeepEachThreadsOrder) {

@@ -15,8 +15,6 @@
 
 namespace orvo::test {
 
-using testing::runUntil;
-
 // Starts a program and waits for the first line that it prints.
 inline QString startAndReadLine(QProcess& process, const QString& program, const QStringList& arguments) {
   process.setReadChannel(QProcess::StandardOutput);

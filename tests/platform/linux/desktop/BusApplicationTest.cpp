@@ -13,11 +13,14 @@
 #include <array>
 
 namespace orvo {
+
+using test::runUntil;
+
 namespace {
 
-using testing::callAndWait;
-using testing::otherConnection;
-using testing::runUntil;
+using test::callAndWait;
+using test::otherConnection;
+
 using Outcome = BusApplication::Outcome;
 
 constexpr const char* identifier = "local.orvo.Orvo-Test";

@@ -11,9 +11,10 @@
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
-using testing::runUntil;
+using test::runUntil;
+
+namespace {
 
 // A panel along the upper edge that shows nothing but the tray, whose first item is at the left.
 constexpr const char* panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -73,7 +74,7 @@ class PanelTest : public ::testing::Test {
   // Again until it has an effect: nobody says when a panel has drawn what it was told.
   template <typename Condition>
   bool actUntil(const QStringList& steps, Condition condition) const {
-    const QDeadlineTimer deadline(testing::waitLimit);
+    const QDeadlineTimer deadline(test::waitLimit);
     while (!condition() && !deadline.hasExpired()) {
       act(steps);
       const QDeadlineTimer pause(500);

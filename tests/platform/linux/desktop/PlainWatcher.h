@@ -8,7 +8,7 @@
 #include <QDBusVirtualObject>
 #include <QStringList>
 
-namespace orvo::testing {
+namespace orvo::test {
 
 class PlainWatcher final : public QDBusVirtualObject {
  public:
@@ -31,4 +31,4 @@ class PlainWatcher final : public QDBusVirtualObject {
   std::shared_ptr<QDBusConnection> connection_ = otherConnection();
 };
 
-}  // namespace orvo::testing
+}  // namespace orvo::test

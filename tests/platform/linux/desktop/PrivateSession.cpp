@@ -5,7 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 
-namespace orvo::testing {
+namespace orvo::test {
 
 namespace {
 
@@ -50,4 +50,4 @@ QDBusMessage callAndWait(const QDBusConnection& connection, const QDBusMessage& 
   return pending.reply();
 }
 
-}  // namespace orvo::testing
+}  // namespace orvo::test

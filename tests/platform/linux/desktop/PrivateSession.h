@@ -11,7 +11,7 @@
 
 #include <memory>
 
-namespace orvo::testing {
+namespace orvo::test {
 
 class PrivateSession final : public ::testing::Environment {
  public:
@@ -33,4 +33,4 @@ std::shared_ptr<QDBusConnection> otherConnection();
 // Sends the call and runs the event loop until it is answered.
 QDBusMessage callAndWait(const QDBusConnection& connection, const QDBusMessage& call);
 
-}  // namespace orvo::testing
+}  // namespace orvo::test

@@ -15,9 +15,9 @@
 namespace orvo {
 namespace {
 
-using testing::callAndWait;
-using testing::PlainWatcher;
-using testing::runUntil;
+using test::callAndWait;
+using test::PlainWatcher;
+using test::runUntil;
 
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* menuInterface = "com.canonical.dbusmenu";
@@ -84,7 +84,7 @@ class StatusNotifierItemTest : public ::testing::Test {
   bool canToggle_ = true;
   QtMainQueue queue_;
   QtApplication application_{qGuiApp};
-  std::shared_ptr<QDBusConnection> host_ = testing::otherConnection();
+  std::shared_ptr<QDBusConnection> host_ = test::otherConnection();
   StatusNotifierItem item_{{QDBusConnection::sessionBus(), queue_, application_, "/themes"}};
 };
 
