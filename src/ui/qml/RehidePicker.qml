@@ -24,8 +24,12 @@ T.ComboBox {
     model: View.rehideOptions
     Accessible.name: label
     Accessible.onPressAction: popup.open()
-    Keys.onEnterPressed: popup.open()
-    Keys.onReturnPressed: popup.open()
+    // As Space does by itself; once the menu is open, Return is the menu's own.
+    Keys.onReleased: event => {
+        event.accepted = !popup.visible && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter);
+        if (event.accepted)
+            popup.open();
+    }
     onActivated: index => ask(index)
 
     background: Panel {

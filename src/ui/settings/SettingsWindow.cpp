@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsWindow.h"
 
+#include "platform/FreeMemory.h"
 #include "platform/UserDefaults.h"
 #include "ui/settings/IconStore.h"
 #include "ui/settings/ItemAccessibility.h"
@@ -139,6 +140,7 @@ void SettingsWindow::dropScene() {
   binding_.reset();
   icons_.reset();
   theme_.reset();
+  returnFreeMemory();
 }
 
 void SettingsWindow::rememberFrameSoon() {

@@ -163,7 +163,10 @@ void ViewBinding::choose(const QString& bundleID, bool hide) {
   view_.choose(hide ? IconRule::hidden : IconRule::visible, bundleID.toStdString());
 }
 
-void ViewBinding::chooseRehideOption(int option) { view_.chooseRehideOption(static_cast<std::size_t>(option)); }
+// A menu that is left with nothing highlighted reports -1.
+void ViewBinding::chooseRehideOption(int option) {
+  if (option >= 0) view_.chooseRehideOption(static_cast<std::size_t>(option));
+}
 
 void ViewBinding::openLink(int link) { view_.openLink(static_cast<std::size_t>(link)); }
 

@@ -136,21 +136,26 @@ TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
 }
 
 TEST_F(SettingsWindowTest, TheDelayPickerStoresItsOptionsAndShowsAStoredDelayOfItsOwn) {
-  world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":[],"autoRehideSeconds":45})";
+  world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
   show();
   openPage(OrvoView::Page::behavior);
   QQuickItem* picker = world.control("rehidePicker");
   ASSERT_TRUE(picker);
-  if (world.model->preferences().autoRehideSeconds == 45) {
-    EXPECT_EQ(picker->property("displayText"), "After 45 seconds");
-  }
+  EXPECT_EQ(picker->property("displayText"), "After 45 seconds");
+  EXPECT_EQ(picker->property("currentIndex"), -1);
   picker->forceActiveFocus(Qt::TabFocusReason);
+  // Opened and left as it is, it stores nothing.
+  world.key(Qt::Key_Return);
+  world.key(Qt::Key_Return);
+  EXPECT_EQ(world.model->preferences().autoRehideSeconds, 45);
   const std::int64_t stored[] = {0, 5, 10, 30};
   for (int option = 0; option < 4; ++option) {
     world.key(Qt::Key_Return);
+    ASSERT_EQ(world.model->preferences().autoRehideSeconds, option == 0 ? 45 : stored[option - 1]);
     for (int up = 0; up < 4; ++up) world.key(Qt::Key_Up);
-    for (int down = world.model->preferences().autoRehideSeconds == 45 ? -1 : 0; down < option; ++down)
+    for (int down = 0; down < 5 && picker->property("highlightedIndex").toInt() < option; ++down) {
       world.key(Qt::Key_Down);
+    }
     world.key(Qt::Key_Return);
     EXPECT_EQ(world.model->preferences().autoRehideSeconds, stored[option]);
     EXPECT_EQ(picker->property("currentIndex"), option);

@@ -23,7 +23,7 @@ const std::vector<NamedApp> everyday{
 const std::vector<NamedApp> longNames{
     {"org.example.ar", "تطبيق الملاحظات السريعة"},
     {"org.example.he", "לוח גזירים"},
-    {"org.example.ja", "日本語入力メソッド設定パネル"},
+    {"org.example.hy", "Արագ նշումներ"},
     {"org.example.long", "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice"},
     {"org.example.th", "แอปพลิเคชันบันทึกย่อ"},
     {"org.example.mixed", "Mixed عربي and English"},
@@ -117,7 +117,7 @@ const std::vector<State>& states() {
        .after =
            [](auto& world) {
              world.turn();
-             for (int press = 0; press < 2; ++press) world.key(Qt::Key_Tab);
+             for (int press = 0; press < 5; ++press) world.key(Qt::Key_Tab);
              world.key(Qt::Key_Down);
            }},
       {.name = "behavior", .after = openBehavior},
@@ -128,7 +128,7 @@ const std::vector<State>& states() {
        .before =
            [](auto& world) {
              world.memory.loginItem.failure = "Operation not permitted";
-             world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":[],"autoRehideSeconds":45})";
+             world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
            },
        .after =
            [](auto& world) {
@@ -140,7 +140,7 @@ const std::vector<State>& states() {
            [](auto& world) {
              openBehavior(world);
              world.turn();
-             world.click(world.item("Automatically hide again"));
+             world.click(world.control("rehidePicker"));
            },
        .size = {850, 630}},
       {.name = "about", .after = openAbout},
