@@ -1,7 +1,6 @@
 #include "app/AppDelegate.h"
 
 #include "model/OrvoModel.h"
-#include "platform/MainQueue.h"
 #include "platform/StatusBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/Window.h"
@@ -135,13 +134,7 @@ void AppDelegate::showStatusMenu(StatusItemButton& button) {
   button.popUpMenu(menu, {0, button.bounds().y});
 }
 
-void AppDelegate::toggle() {
-  if (model_->state() == BarState::visible) {
-    model_->hideSelected();
-  } else {
-    model_->reveal(true);
-  }
-}
+void AppDelegate::toggle() { model_->toggle(); }
 
 void AppDelegate::openSettings() {
   model_->reveal(false);
@@ -158,9 +151,7 @@ void AppDelegate::showWindow() {
   platform_.userDefaults.setBoolean(hasOpenedSettingsKey, true);
   if (window_) window_->makeKeyAndOrderFront();
   platform_.application.activateIgnoringOtherApps();
-  platform_.mainQueue.post([model = std::weak_ptr(model_)] {
-    if (const auto self = model.lock()) self->refresh();
-  });
+  model_->refreshLater();
 }
 
 void AppDelegate::makeWindow() {

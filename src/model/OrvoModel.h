@@ -51,11 +51,15 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   bool canHide() const;
   void hideSelected();
   void reveal(bool scheduleRehide);
+  // Hides what is visible; reveals everything else, to hide again later.
+  void toggle();
 
   // `done` runs on the main thread when the list is applied, the follow-up of a stale scan has
   // ended, or nothing was to be done; inside the call in the last case. It is dropped when the model
   // goes first.
   void refresh(std::function<void()> done = {});
+  // Refreshes on a later turn of the main thread.
+  void refreshLater();
   std::vector<DiscoveredApp> filteredApps() const;
   // Of the whole list, not the filtered one.
   std::size_t selectedCount() const;
@@ -116,7 +120,6 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
   // Lifecycle.
   void registerShortcut();
-  void toggle();
   void observeSystem();
   void stopObserving();
   void observe(NotificationCenter& center, Notification name, Step step);
@@ -127,7 +130,6 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void screensChanged();
   void poll();
   bool followTrust();
-  void refreshLater();
   void invalidateSystemGeometry();
   void updateSystemClickProtection();
 

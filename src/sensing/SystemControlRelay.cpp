@@ -41,7 +41,6 @@ void SystemControlRelay::install() {
   inRunLoop_ = tap_->addToMainRunLoop();
   updateRegionsOfInterest();
   tap_->enable();
-  isInstalled_ = true;
 }
 
 void SystemControlRelay::stop() {
@@ -50,7 +49,6 @@ void SystemControlRelay::stop() {
   if (tap_) tap_->invalidate();
   inRunLoop_ = false;
   tap_.reset();
-  isInstalled_ = false;
 }
 
 void SystemControlRelay::setSystemFrames(std::vector<Rect> frames) {

@@ -26,7 +26,7 @@ class SystemControlRelay : public std::enable_shared_from_this<SystemControlRela
   void install();
   // Posts at once what is held back and removes the tap. A mouse up that is still owed stays owed.
   void stop();
-  bool isInstalled() const { return isInstalled_; }
+  bool isInstalled() const { return tap_ != nullptr; }
 
   // Where the system controls are, in global screen coordinates.
   const std::vector<Rect>& systemFrames() const { return systemFrames_; }
@@ -57,7 +57,6 @@ class SystemControlRelay : public std::enable_shared_from_this<SystemControlRela
   MainQueue& queue_;
   std::vector<Rect> systemFrames_;
   bool isConcealed_ = false;
-  bool isInstalled_ = false;
   std::unique_ptr<EventTapPort> tap_;
   bool inRunLoop_ = false;
   // Oldest first.
