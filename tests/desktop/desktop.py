@@ -55,33 +55,27 @@ PANEL_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
       <property name="icon-size" type="uint" value="16"/>
       <property name="size" type="uint" value="28"/>
       <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-        <value type="int" value="3"/>
-        <value type="int" value="4"/>
-        <value type="int" value="5"/>
-        <value type="int" value="6"/>
+{numbers}
       </property>
     </property>
   </property>
   <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="applicationsmenu"/>
-    <property name="plugin-2" type="string" value="tasklist"/>
-    <property name="plugin-3" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
-    </property>
-    <property name="plugin-4" type="string" value="systray">
-      <property name="square-icons" type="bool" value="true"/>
-    </property>
-    <property name="plugin-5" type="string" value="pulseaudio"/>
-    <property name="plugin-6" type="string" value="clock">
-      <property name="digital-layout" type="uint" value="3"/>
-      <property name="digital-time-format" type="string" value="%H:%M"/>
-    </property>
+{plugins}
   </property>
 </channel>
 """
+
+# From the leading to the trailing end, each with its settings.
+PLUGINS = {
+    "applicationsmenu": "",
+    "tasklist": "",
+    "separator": '<property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>',
+    "systray": '<property name="square-icons" type="bool" value="true"/>',
+    "xkb": '<property name="group-policy" type="uint" value="0"/>',
+    "pulseaudio": "",
+    "clock": '<property name="digital-layout" type="uint" value="3"/>'
+             '<property name="digital-time-format" type="string" value="%H:%M"/>',
+}
 
 APPEARANCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xsettings" version="1.0">
@@ -149,6 +143,7 @@ class Desktop:
             self._write_settings()
             self._start_server()
             self.run(["xsetroot", "-solid", BACKGROUND])
+            self.run(["setxkbmap", "us,de"])
             self._start_buses(accessibility)
             self.spawn("openbox", ["openbox", "--sm-disable"])
             wait(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), what="the window manager")
@@ -235,7 +230,11 @@ class Desktop:
     def _write_settings(self):
         folder = self._folder("home", ".config", "xfce4", "xfconf", "xfce-perchannel-xml")
         theme, icons = ("Adwaita-dark", "Papirus-Dark") if self.dark else ("Adwaita", "Papirus")
-        for name, text in (("xfce4-panel", PANEL_SETTINGS.format(dark=str(self.dark).lower())),
+        numbers = "\n".join(f'<value type="int" value="{number}"/>' for number in range(1, len(PLUGINS) + 1))
+        plugins = "\n".join(f'<property name="plugin-{number}" type="string" value="{name}">{settings}</property>'
+                            for number, (name, settings) in enumerate(PLUGINS.items(), 1))
+        panel = PANEL_SETTINGS.format(dark=str(self.dark).lower(), numbers=numbers, plugins=plugins)
+        for name, text in (("xfce4-panel", panel),
                            ("xsettings", APPEARANCE_SETTINGS.format(theme=theme, icons=icons))):
             with open(os.path.join(folder, name + ".xml"), "w", encoding="utf-8") as file:
                 file.write(text)

@@ -80,6 +80,13 @@ class Person:
         buttons = X.Button1Mask | X.Button2Mask | X.Button3Mask | X.Button4Mask | X.Button5Mask
         return (answer.root_x, answer.root_y), answer.mask & buttons
 
+    def keyboard_layout(self):
+        """Number of the active keyboard layout: what a click on the panel's layout control changes."""
+        state = ctypes.create_string_buffer(64)
+        self._x11.XkbGetState.argtypes = [ctypes.c_void_p, ctypes.c_uint, ctypes.c_void_p]
+        self._x11.XkbGetState(self._connection, 0x100, state)  # XkbUseCoreKbd
+        return state.raw[0]
+
     def close(self):
         with contextlib.suppress(Exception):
             self._display.close()
