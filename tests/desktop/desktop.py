@@ -467,11 +467,11 @@ class Desktop:
 
     def tray_frame(self):
         """Where the panel shows the tray's icons; None while it shows no tray."""
-        socket_id = self._tray_socket()
+        socket_id = self._plug_in_socket("libsystray.so")
         window = socket_id and self.display.create_resource_object("window", socket_id)
         return self.frame_of(window) if window and self._is_viewable(window) else None
 
-    def _tray_socket(self):
+    def _plug_in_socket(self, library):
         """The panel tells its plug-in process the window to sit in as the third argument."""
         if "panel" not in self.processes:
             return None
@@ -481,9 +481,16 @@ class Desktop:
             with contextlib.suppress(OSError, IndexError, ValueError):
                 with open(f"/proc/{child}/cmdline", "rb") as file:
                     arguments = file.read().split(b"\0")
-                if arguments[1].endswith(b"libsystray.so"):
+                if arguments[1].endswith(library.encode()):
                     return int(arguments[3])
         return None
+
+    def layout_control(self):
+        """Frame of the panel's keyboard layout control: each click on it and each notch of the wheel switches."""
+        def placed():
+            frame = self.frame_of(self._plug_in_socket("libxkb.so"))
+            return frame if frame and frame[2] > 1 else None
+        return wait(placed, what="the panel's keyboard layout control")
 
     def cells(self):
         """The pictures of the tray's icons as the screen shows them now, from left to right."""
@@ -503,7 +510,7 @@ class Desktop:
 
     def _tray_cached(self):
         if not getattr(self, "_tray", None):
-            self._tray = self._tray_socket()
+            self._tray = self._plug_in_socket("libsystray.so")
         if not self._tray:
             return None
         return self.frame_of(self._tray)

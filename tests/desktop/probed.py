@@ -1,5 +1,10 @@
 """Windows of our own that write down what arrives (see probe.py), and reading what they wrote."""
 
+import time
+
+from Xlib import display
+from Xlib.ext import ge, xinput
+
 from desktop import REPOSITORY
 from waiting import wait
 
@@ -20,3 +25,23 @@ class Probe:
 
     def kinds(self, since=0.0):
         return [event[1:] for event in self.events() if event[0] >= since]
+
+
+class RawPresses:
+    """Sees each press of any device, whoever gets the event."""
+
+    def __init__(self, name):
+        self._display = display.Display(name)
+        opcode = self._display.display.get_extension_major("XInputExtension")
+        xinput.XIQueryVersion(display=self._display.display, opcode=opcode, major_version=2, minor_version=2)
+        self._display.screen().root.xinput_select_events([(xinput.AllMasterDevices, xinput.RawButtonPressMask)])
+        self._display.sync()
+
+    def take(self):
+        """Moments of the presses since the last call."""
+        found = []
+        while self._display.pending_events():
+            event = self._display.next_event()
+            if event.type == ge.GenericEventCode and event.evtype == xinput.RawButtonPress:
+                found.append(time.monotonic())
+        return found
