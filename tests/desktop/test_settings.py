@@ -1,0 +1,91 @@
+"""The settings window worked by the pointer, read through the accessibility tree."""
+
+import unittest
+
+from case import DesktopCase
+from desktop import PROGRAMS
+from waiting import stays, wait
+
+COPYQ, PASYSTRAY = "com.github.hluk.copyq", "pasystray"
+
+
+class Settings(DesktopCase):
+    @classmethod
+    def prepare(cls):
+        for name in list(PROGRAMS)[:4]:
+            cls.desktop.start_item(name)
+        cls.desktop.start_orvo(ready=False)
+        wait(cls.desktop.settings_window, what="the settings window of a first start")
+        cls.all = cls.desktop.shown()
+
+    def setUp(self):
+        if not self.desktop.settings_window():
+            self.desktop.choose("Settings…")
+            wait(self.desktop.settings_window, what="the settings window")
+        self.press("Menu bar")
+
+    def press(self, name):
+        """Clicks on the control with the pointer, once it stands still."""
+        control = self.desktop.control(name)
+        self.desktop.rest(0.1, 1)
+        self.desktop.person.click(*control.center())
+        self.desktop.away()
+
+    def test_an_application_marked_hide_leaves_the_panel_at_the_press_of_the_button(self):
+        self.desktop.mark("CopyQ")
+        wait(lambda: self.desktop.remembered() == {COPYQ: "hidden"}, what="the stored choice")
+        self.desktop.control("1 app selected to hide")
+        self.press("Hide selected icons")
+        wait(lambda: len(self.desktop.cells()) == len(self.all) - 1, what="one icon less")
+        self.assertTrue(self.desktop.is_hidden())
+        self.press("Reveal hidden icons")
+        self.desktop.expect_shown(self.all)
+        self.desktop.mark("CopyQ", "Keep")
+        self.desktop.control("0 apps selected to hide")
+
+    def test_the_tree_tells_every_application_and_its_choice(self):
+        names = {element.name for element in self.desktop.application().walk()}
+        for title in ("CopyQ", "QmidiNet", "Diodon"):
+            self.assertIn(f"Visibility for {title}", names)
+        self.assertIn("Your menu bar", names)
+
+    def test_the_search_field_narrows_the_list(self):
+        self.press("Find an app")
+        self.desktop.person.type("diodon")
+        wait(lambda: not self.desktop.application().find(None, "Visibility for CopyQ"), what="the narrowed list")
+        self.assertTrue(self.desktop.application().find(None, "Visibility for Diodon"))
+        self.press("Clear search")
+        self.desktop.control("Visibility for CopyQ")
+
+    def test_the_system_details_reach_another_program_by_the_clipboard(self):
+        self.press("About")
+        self.press("Copy system details")
+
+        def pasted():
+            answer = self.desktop.run(["xclip", "-o", "-selection", "clipboard"], limit=5)
+            return answer.returncode == 0 and answer.stdout
+        text = wait(pasted, what="text on the clipboard")
+        self.assertTrue(text.startswith("Orvo "), text)
+        self.assertIn("\nAccessibility: enabled", text)
+
+    def test_the_window_closes_without_ending_orvo_and_comes_back_from_the_menu(self):
+        self.desktop.close_window(self.desktop.settings_window())
+        stays(lambda: self.desktop.orvo.poll() is None, 0.3, "Orvo running")
+        self.desktop.click_arrow(button=3)
+        wait(self.desktop.pop_ups, what="the arrow's menu")
+        self.desktop.person.key("Up")
+        self.desktop.person.key("Up")
+        self.desktop.person.key("Return")
+        wait(self.desktop.settings_window, what="the settings window")
+
+    def test_switching_accessibility_off_asks_for_it_again(self):
+        self.desktop.set_accessibility(False)
+        try:
+            wait(lambda: not self.desktop.can_hide(), 5, "hiding being withdrawn")
+        finally:
+            self.desktop.set_accessibility(True)
+        self.desktop.control("Visibility for CopyQ", 10)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
