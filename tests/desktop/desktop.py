@@ -522,11 +522,10 @@ class Desktop:
 
     def start_item(self, name, command=None, limit=20):
         """Starts a program with a tray icon and learns what its icon looks like."""
-        before = set(self.cells())
-        count = len(self.cells())
+        known = set(self.cells()) | set(self.icons.values())
+        known.discard(self.icons.get(name))
         self.spawn(name, command or PROGRAMS[name])
-        wait(lambda: len(self.cells()) > count, limit, f"the icon of {name}")
-        self.learn(name, before)
+        self.learn(name, known, limit)
 
     def learn(self, name, known=None, limit=5):
         """Takes the one icon that is not known for that of the program, once the panel is at rest."""

@@ -75,7 +75,7 @@ class GuardedClicks(DesktopCase):
         opened = time.monotonic() - pressed
         back = [moment - pressed for moment, name, _ in desktop.signals[since:] if name.endswith("ItemRegistered")]
         self.assertEqual(len(back), len(MARKED))
-        self.assertLess(max(back), 0.1)
+        self.assertLess(max(back), opened)
         self.assertGreater(opened, REPLAY_DELAY - 0.01)
         self.assertFalse(desktop.is_hidden())
         stays(lambda: len(desktop.pop_ups()) == 1, 0.4, "open once")

@@ -23,6 +23,7 @@ class Hiding(DesktopCase):
         if self.desktop.is_hidden():
             self.reveal()
         self.desktop.expect_shown(self.all)
+        wait(self.desktop.can_hide, what="hiding being offered")
 
     def hide(self):
         self.desktop.hide_and_expect(self.rest)
