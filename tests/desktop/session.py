@@ -11,6 +11,7 @@ from gi.repository import Gio, GLib
 from desktop import ORVO, PROGRAMS, SETTINGS_KEY, Desktop
 from waiting import Timeout, hold, wait
 
+CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
 ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 MENU_PATH = "/StatusNotifierItem/Menu"
@@ -135,11 +136,12 @@ class OrvoDesktop(Desktop):
         raise AssertionError(f"no arrow among {self.shown()}")
 
     def click_arrow(self, button=1):
-        """As a person: pointing first. A press within some milliseconds of the panel's own layout gets lost there."""
+        """As slowly as a person: the panel drops some clicks that take no time or follow its own layout at once."""
         place = self.arrow()
         self.person.move(*place)
-        hold(0.1)
-        self.person.click(*place, button=button)
+        hold(CLICK_PAUSE)
+        self.person.click(*place, button=button, held=CLICK_LENGTH)
+        hold(CLICK_LENGTH)
         self.away()
 
     def expect_shown(self, names, limit=5.0, what=""):
