@@ -58,6 +58,7 @@ class OrvoDesktop(Desktop):
 
     def start_orvo(self, ready=True, limit=20, **environment):
         """Starts Orvo and waits for its arrow; with `ready` also until hiding is offered."""
+        wait(lambda: not {"orvo", "orvo-hidden"} & set(self.shown()), limit, "the former arrow leaving")
         known = set(self.icons.values())
         count = len(self.cells())
         self.spawn("orvo", [self.program], **environment)
@@ -130,10 +131,8 @@ class OrvoDesktop(Desktop):
 
     def arrow(self):
         """Centre of the arrow; its picture differs between the two states."""
-        for name in ("orvo", "orvo-hidden"):
-            with contextlib.suppress(ValueError):
-                return self.icon_center(name)
-        raise AssertionError(f"no arrow among {self.shown()}")
+        name = wait(lambda: next((name for name in self.shown() if name in ("orvo", "orvo-hidden")), None), 5, "the arrow")
+        return self.icon_center(name)
 
     def click_arrow(self, button=1):
         """As slowly as a person: the panel drops some clicks that take no time or follow its own layout at once."""
