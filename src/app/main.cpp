@@ -48,7 +48,6 @@ struct EarlyAdapters {
 
 std::unique_ptr<QGuiApplication> makeQtApplication(int& count, char** arguments) {
   QCoreApplication::setApplicationName("orvo");
-  QGuiApplication::setApplicationDisplayName("Orvo");
   QGuiApplication::setDesktopFileName("local.orvo.Orvo");
   return std::make_unique<QGuiApplication>(count, arguments);
 }

@@ -108,7 +108,7 @@ class Desktop:
     def __init__(self, folder=None, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True):
         self.folder = folder or tempfile.mkdtemp(prefix="orvo-desktop-")
         self.size, self.dark, self.server, self.bundle, self.with_logind = size, dark, server, bundle, with_logind
-        self.mark = uuid.uuid4().hex
+        self.identity = uuid.uuid4().hex
         self.processes = {}
         self.icons = {}
         self.signals = []
@@ -134,7 +134,7 @@ class Desktop:
             XDG_DATA_HOME=self._folder("home", ".local", "share"), XDG_CACHE_HOME=self._folder("home", ".cache"),
             XDG_STATE_HOME=self._folder("home", ".local", "state"), XDG_CURRENT_DESKTOP="XFCE", XDG_SESSION_TYPE="x11",
             TMPDIR=self._folder("tmp"), LC_ALL="C.UTF-8", TZ="UTC", NO_AT_BRIDGE="0", GTK_MODULES="",
-            LIBGL_ALWAYS_SOFTWARE="1", ORVO_DESKTOP_MARK=self.mark)
+            LIBGL_ALWAYS_SOFTWARE="1", ORVO_DESKTOP_MARK=self.identity)
         return environment
 
     def start(self, agent=True, accessibility=True, panel=True):
@@ -211,7 +211,7 @@ class Desktop:
 
     def strays(self):
         """Processes that the desktop's own programs started: they carry its mark."""
-        mark = f"ORVO_DESKTOP_MARK={self.mark}".encode()
+        mark = f"ORVO_DESKTOP_MARK={self.identity}".encode()
         found = []
         for entry in os.listdir("/proc"):
             with contextlib.suppress(OSError):

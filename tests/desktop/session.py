@@ -8,7 +8,8 @@ import shutil
 
 from gi.repository import Gio, GLib
 
-from desktop import ORVO, PROGRAMS, SETTINGS_KEY, Desktop
+from accessible import STATE_SHOWING
+from desktop import PROGRAMS, SETTINGS_KEY, Desktop
 from waiting import Timeout, hold, wait
 
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
@@ -52,7 +53,8 @@ class OrvoDesktop(Desktop):
     def remembered(self):
         """The rules that the settings file holds now."""
         with open(self.settings_file, encoding="utf-8") as file:
-            return json.loads(base64.b64decode(json.load(file)[SETTINGS_KEY]["base64"]))["rules"]
+            record = json.load(file).get(SETTINGS_KEY)
+        return json.loads(base64.b64decode(record["base64"]))["rules"] if record else {}
 
     # Orvo running
 
@@ -60,13 +62,12 @@ class OrvoDesktop(Desktop):
         """Starts Orvo and waits for its arrow; with `ready` also until hiding is offered."""
         wait(lambda: not {"orvo", "orvo-hidden"} & set(self.shown()), limit, "the former arrow leaving")
         known = set(self.icons.values())
-        count = len(self.cells())
         self.spawn("orvo", [self.program], **environment)
-        wait(lambda: len(self.cells()) > count or self.processes["orvo"].poll() is not None, limit, "the arrow")
-        if self.processes["orvo"].poll() is not None:
-            raise AssertionError("Orvo ended at once: " + self.log("orvo"))
         if "orvo" not in self.icons:
-            self.learn("orvo", known)
+            self.learn("orvo", known, limit)
+        wait(lambda: "orvo" in self.shown() or self.orvo.poll() is not None, limit, "the arrow")
+        if self.orvo.poll() is not None:
+            raise AssertionError("Orvo ended at once: " + self.log("orvo"))
         if ready:
             wait(self.can_hide, limit, "hiding being offered")
 
@@ -120,28 +121,35 @@ class OrvoDesktop(Desktop):
 
     def control(self, name, limit=5.0):
         """The control of the settings window with this accessible name, once it is on the screen."""
-        return wait(lambda: self.application().find(None, name), limit, f"a control named {name}")
+        return wait(lambda: self.shown_control(name), limit, f"a control named {name}")
+
+    def shown_control(self, name):
+        return next((element for element in self.application().walk()
+                     if element.name == name and element.has(STATE_SHOWING)), None)
 
     # What a person does with it
 
     def mark(self, application, choice="Hide"):
         """Chooses Keep or Hide in the application's row with the pointer."""
         picker = self.control(f"Visibility for {application}")
-        self.person.click(*picker.find(None, choice).center())
+        self.rest(0.1, 1)
+        self.click(picker.find(None, choice).center())
 
     def arrow(self):
         """Centre of the arrow; its picture differs between the two states."""
         name = wait(lambda: next((name for name in self.shown() if name in ("orvo", "orvo-hidden")), None), 5, "the arrow")
         return self.icon_center(name)
 
-    def click_arrow(self, button=1):
+    def click(self, place, button=1):
         """As slowly as a person: the panel drops some clicks that take no time or follow its own layout at once."""
-        place = self.arrow()
         self.person.move(*place)
         hold(CLICK_PAUSE)
         self.person.click(*place, button=button, held=CLICK_LENGTH)
         hold(CLICK_LENGTH)
         self.away()
+
+    def click_arrow(self, button=1):
+        self.click(self.arrow(), button)
 
     def expect_shown(self, names, limit=5.0, what=""):
         """Waits until the panel shows exactly these icons in this order."""

@@ -134,9 +134,8 @@ class GuardedClicks(DesktopCase):
                   "the panel's own menu": (x + width // 2, y + height // 2, 3)}
         for what, (place_x, place_y, button) in places.items():
             with self.subTest(what):
-                self.desktop.person.click(place_x, place_y, button=button)
+                self.desktop.click((place_x, place_y), button)
                 wait(self.desktop.pop_ups, 3, what)
-                self.desktop.away()
                 self.dismiss()
                 self.assertTrue(self.desktop.is_hidden())
 

@@ -28,8 +28,7 @@ class Settings(DesktopCase):
         """Clicks on the control with the pointer, once it stands still."""
         control = self.desktop.control(name)
         self.desktop.rest(0.1, 1)
-        self.desktop.person.click(*control.center())
-        self.desktop.away()
+        self.desktop.click(control.center())
 
     def test_an_application_marked_hide_leaves_the_panel_at_the_press_of_the_button(self):
         self.desktop.mark("CopyQ")
@@ -52,13 +51,13 @@ class Settings(DesktopCase):
     def test_the_search_field_narrows_the_list(self):
         self.press("Find an app")
         self.desktop.person.type("diodon")
-        wait(lambda: not self.desktop.application().find(None, "Visibility for CopyQ"), what="the narrowed list")
-        self.assertTrue(self.desktop.application().find(None, "Visibility for Diodon"))
+        wait(lambda: not self.desktop.shown_control("Visibility for CopyQ"), 5, "the narrowed list")
+        self.assertTrue(self.desktop.shown_control("Visibility for Diodon"))
         self.press("Clear search")
         self.desktop.control("Visibility for CopyQ")
 
     def test_the_system_details_reach_another_program_by_the_clipboard(self):
-        self.press("About")
+        self.press("About Orvo")
         self.press("Copy system details")
 
         def pasted():

@@ -125,13 +125,11 @@ class Tour:
         self.step("Orvo starts for the first time: its arrow is in the tray and its window is open")
         for title in MARKED.values():
             desktop.mark(title)
-        desktop.away()
         wait(desktop.can_hide, what="hiding being offered")
         desktop.rest()
         self.step("Two applications are marked Hide: " + ", ".join(MARKED.values()))
-        for page in ("Behavior", "About", "Menu bar"):
-            desktop.person.click(*desktop.control(page).center())
-            desktop.away()
+        for page in ("Behavior", "About Orvo", "Menu bar"):
+            desktop.click(desktop.control(page).center())
             desktop.rest()
             if page != "Menu bar":
                 self.step(f"The page {page}")
