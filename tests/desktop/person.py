@@ -52,10 +52,10 @@ class Person:
         self._display.sync()
 
     def click(self, x, y, button=1, held=0.0):
-        """Presses, holds for so many seconds and lets go; returns when the press went out."""
+        """Presses, holds for so many seconds and lets go; returns the moment before the press."""
         self.move(x, y)
-        self.button(button, True)
         pressed = time.monotonic()
+        self.button(button, True)
         if held:
             hold(held)
         self.button(button, False)

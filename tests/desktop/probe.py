@@ -44,8 +44,8 @@ def main(kind, title):
         window.set_default_size(300, 200)
         window.connect("key-press-event", note)
         window.add(widget)
+    window.connect("map-event", lambda *_: print("ready", flush=True))
     window.show_all()
-    print("ready", flush=True)
     Gtk.main()
 
 
