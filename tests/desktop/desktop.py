@@ -241,7 +241,7 @@ class Desktop:
 
     def _start_server(self):
         for number in range(FIRST_DISPLAY, FIRST_DISPLAY + 20):
-            if os.path.exists(f"/tmp/.X{number}-lock"):
+            if _is_taken(number):
                 continue
             self.display_name = f":{number}"
             width, height = self.size
@@ -560,6 +560,15 @@ class Desktop:
     def away(self):
         """Takes the pointer where it changes no picture."""
         self.person.move(self.size[0] // 2, self.size[1] * 3 // 4)
+
+
+def _is_taken(number):
+    """Whether a server lives at this display; one that was killed leaves its lock, which the next one clears."""
+    try:
+        with open(f"/tmp/.X{number}-lock", encoding="ascii") as file:
+            return os.path.exists(f"/proc/{int(file.read())}")
+    except (OSError, ValueError):
+        return os.path.exists(f"/tmp/.X{number}-lock")
 
 
 def _accepts(path):
