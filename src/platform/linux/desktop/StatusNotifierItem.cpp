@@ -43,11 +43,15 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& 
 StatusNotifierItem::StatusNotifierItem(StatusNotifierServices services)
     : services_(std::move(services)),
       service_(nextServiceName()),
-      watcher_(watcherService, services_.bus, QDBusServiceWatcher::WatchForRegistration),
+      watcher_(watcherService, services_.bus, QDBusServiceWatcher::WatchForOwnerChange),
       menu_(services_.bus, menuObjectPath, services_.queue, [this] { sendAction(EventType::rightMouseUp); }) {
   registerSymbolTypes();
   qDBusRegisterMetaType<NotifierToolTip>();
-  connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, this, [this] { registerWithWatcher(); });
+  // Not only where nobody was: when a watcher dies, the next in the queue for its name has it at once.
+  connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString&, const QString&, const QString& owner) {
+            if (!owner.isEmpty()) registerWithWatcher();
+          });
   services_.bus.registerObject(
       itemPath, this,
       QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals | QDBusConnection::ExportAllProperties);
@@ -88,7 +92,8 @@ void StatusNotifierItem::sendAction(EventType type) {
 }
 
 void StatusNotifierItem::setAccessibilityLabel(const std::string& label) {
-  accessibilityLabel_ = QString::fromStdString(label);
+  const auto wanted = QString::fromStdString(label);
+  if (std::exchange(title_, wanted) != wanted) emit NewTitle();
 }
 
 void StatusNotifierItem::setImage(const std::string& symbolName, const std::string& /*accessibilityDescription*/) {

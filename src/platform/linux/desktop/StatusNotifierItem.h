@@ -41,13 +41,12 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
   Q_PROPERTY(QString Category READ category)
-  Q_PROPERTY(QString Id READ title)
+  Q_PROPERTY(QString Id READ id)
   Q_PROPERTY(QString Title READ title)
   Q_PROPERTY(QString Status READ status)
   Q_PROPERTY(uint WindowId READ windowId)
   Q_PROPERTY(QString IconThemePath READ iconThemePath)
   Q_PROPERTY(QString IconName READ iconName)
-  Q_PROPERTY(QString IconAccessibleDesc READ accessibilityLabel)
   Q_PROPERTY(orvo::NotifierPixmaps IconPixmap READ iconPixmap)
   Q_PROPERTY(QString OverlayIconName READ none)
   Q_PROPERTY(orvo::NotifierPixmaps OverlayIconPixmap READ noPixmaps)
@@ -72,6 +71,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   StatusItemButton* button() override { return this; }
 
   void setAction(std::function<void()> action, std::uint32_t eventMask) override;
+  // The item's title, which names it to assistive programs. Not IconAccessibleDesc: some panels show
+  // that as a second line of the tool tip.
   void setAccessibilityLabel(const std::string& label) override;
   // Items have no such property.
   void setAccessibilityIdentifier(const std::string& /*identifier*/) override {}
@@ -82,12 +83,12 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   void popUpMenu(const Menu& menu, Point point) override;
 
   QString category() const { return "ApplicationStatus"; }
-  QString title() const { return "Orvo"; }
+  QString id() const { return "Orvo"; }
+  QString title() const { return title_; }
   QString status() const { return "Active"; }
   uint windowId() const { return 0; }
   QString iconThemePath() const { return services_.iconThemePath; }
   QString iconName() const { return iconThemePath().isEmpty() ? QString() : symbolIconName(symbol_); }
-  QString accessibilityLabel() const { return accessibilityLabel_; }
   NotifierPixmaps iconPixmap() const { return symbolPixmaps(symbol_); }
   NotifierToolTip toolTip() const { return {{}, {}, toolTip_, {}}; }
   bool itemIsMenu() const { return false; }
@@ -122,7 +123,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   std::uint32_t eventMask_ = 0;
   std::string symbol_;
   QString toolTip_;
-  QString accessibilityLabel_;
+  QString title_ = id();
 };
 
 }  // namespace orvo

@@ -1,38 +1,37 @@
 #include "PrivateSession.h"
 
-#include "support/QtEventLoop.h"
+#include <QGuiApplication>
+#include <QProcess>
 
-#include <QDBusMessage>
-#include <QDBusPendingCall>
+#include <gtest/gtest.h>
 
 namespace orvo::test {
 
 namespace {
 
+class PrivateSession final : public ::testing::Environment {
+  void SetUp() override {
+    application_ = std::make_unique<QGuiApplication>(count_, arguments_);
+    bus_.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+    ASSERT_TRUE(bus_.waitForReadyRead(10000));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus_.readLine().trimmed());
+  }
+  void TearDown() override {
+    bus_.terminate();
+    bus_.waitForFinished();
+    application_.reset();
+  }
+
+  int count_ = 1;
+  char name_[5] = "test";
+  char* arguments_[2] = {name_, nullptr};
+  std::unique_ptr<QGuiApplication> application_;
+  QProcess bus_;
+};
+
 const auto* const session = ::testing::AddGlobalTestEnvironment(new PrivateSession);
 
 }  // namespace
-
-void PrivateSession::SetUp() {
-  application_ = std::make_unique<QGuiApplication>(count_, arguments_);
-  const QByteArray home = home_.path().toUtf8();
-  qputenv("HOME", home);
-  qputenv("XDG_CONFIG_HOME", home + "/.config");
-  qputenv("XDG_CACHE_HOME", home + "/.cache");
-  qputenv("XDG_DATA_HOME", home + "/.local/share");
-  qputenv("XDG_RUNTIME_DIR", home);
-  bus_.setStandardErrorFile(QProcess::nullDevice());
-  bus_.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
-  ASSERT_TRUE(bus_.waitForReadyRead(10000));
-  qputenv("DBUS_SESSION_BUS_ADDRESS", bus_.readLine().trimmed());
-  ASSERT_TRUE(QDBusConnection::sessionBus().isConnected());
-}
-
-void PrivateSession::TearDown() {
-  bus_.terminate();
-  bus_.waitForFinished();
-  application_.reset();
-}
 
 std::shared_ptr<QDBusConnection> otherConnection() {
   static int last = 0;
@@ -42,12 +41,6 @@ std::shared_ptr<QDBusConnection> otherConnection() {
             delete closed;
             QDBusConnection::disconnectFromBus(name);
           }};
-}
-
-QDBusMessage callAndWait(const QDBusConnection& connection, const QDBusMessage& call) {
-  const QDBusPendingCall pending = connection.asyncCall(call);
-  EXPECT_TRUE(runUntil([&] { return pending.isFinished(); })) << call.member().toStdString();
-  return pending.reply();
 }
 
 }  // namespace orvo::test
