@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace orvo {
@@ -152,7 +153,10 @@ void TapThread::handle(const xcb_generic_event_t& event) {
       break;
     case XCB_BUTTON_RELEASE: {
       const auto& release = reinterpret_cast<const xcb_button_release_event_t&>(event);
-      handleRelease(release.detail, {static_cast<double>(release.root_x), static_cast<double>(release.root_y)});
+      for (auto& held : held_) {
+        if (buttonOf(held.press->type()) != release.detail) continue;
+        this->release(held, {static_cast<double>(release.root_x), static_cast<double>(release.root_y)});
+      }
       break;
     }
     case XCB_PROPERTY_NOTIFY: {
@@ -184,13 +188,11 @@ void TapThread::handlePress(const xcb_button_press_event_t& event) {
   held_.push_back(std::move(held));
 }
 
-void TapThread::handleRelease(xcb_button_t button, Point location) {
-  for (auto& held : held_) {
-    if (held.released || buttonOf(held.press->type()) != button) continue;
-    held.released = true;
-    coversStale_ = true;  // those that were only put out of sight can go
-    sink_.released(held.press, location);
-  }
+void TapThread::release(Held& held, Point location) {
+  if (held.released) return;
+  held.released = true;
+  coversStale_ = true;  // those that were only put out of sight can go
+  sink_.released(held.press, location);
 }
 
 // A grab ends without a word when the panel takes its window away.
@@ -198,17 +200,19 @@ void TapThread::findLostReleases() {
   if (!anyHeld()) return;
   const auto pointer = connection_->queryPointer();
   if (!pointer) return;
+  // A press that comes from here on is younger than the answer.
+  const auto known = held_.size();
   handleEvents();
-  for (const auto button : {leftButton, rightButton}) {
-    if ((pointer->mask & maskOf(button)) != 0) continue;
-    handleRelease(button, {static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)});
+  for (auto& held : std::span(held_).first(known)) {
+    if ((pointer->mask & maskOf(buttonOf(held.press->type()))) != 0) continue;
+    release(held, {static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)});
   }
 }
 
 void TapThread::expirePresses() {
   const auto now = Clock::now();
   for (auto& held : held_) {
-    if (held.decided || now < held.deadline || !held.press->expire()) continue;
+    if (held.decided || (now < held.deadline && !finishing_) || !held.press->expire()) continue;
     held.decided = held.passes = true;
     drop();
   }

@@ -34,7 +34,8 @@ class TapThread {
   // Absent, with a line on standard error, without an X server or its XTEST extension.
   static std::unique_ptr<TapThread> start(const std::string& display, Sink sink);
 
-  // Gives the clicks that wait, but for those whose button is still held, and removes the covers.
+  // Gives the clicks that wait, undecided ones included, but for those whose button is still held, and
+  // removes the covers.
   ~TapThread();
   TapThread(const TapThread&) = delete;
   TapThread& operator=(const TapThread&) = delete;
@@ -88,7 +89,7 @@ class TapThread {
   void handleEvents();
   void handle(const xcb_generic_event_t& event);
   void handlePress(const xcb_button_press_event_t& event);
-  void handleRelease(xcb_button_t button, Point location);
+  void release(Held& held, Point location);
   void findLostReleases();
   void expirePresses();
   void drop();

@@ -92,7 +92,9 @@ void X11EventTaps::update() {
 }
 
 void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {
-  if (press->beginAsking()) thread_->decide(press, passes(press->type(), press->location()));
+  if (!press->beginAsking()) return;
+  const bool pass = passes(press->type(), press->location());  // the callback may end the thread
+  if (thread_) thread_->decide(press, pass);
 }
 
 // Whether the release passes makes no difference: it goes the way of its press.
