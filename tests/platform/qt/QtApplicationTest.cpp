@@ -1,6 +1,5 @@
 #include "platform/qt/QtApplication.h"
 
-#include "support/QtEventLoop.h"
 #include "platform/qt/QtMainQueue.h"
 
 #include <QGuiApplication>
@@ -15,25 +14,20 @@
 namespace orvo {
 namespace {
 
-class LoggingDelegate final : public ApplicationDelegate {
- public:
+struct LoggingDelegate final : ApplicationDelegate {
   void applicationDidFinishLaunching() override {
     log += "launched ";
-    if (onLaunch) onLaunch();
+    onLaunch();
   }
-  bool applicationShouldHandleReopen(bool hasVisibleWindows) override {
-    log += hasVisibleWindows ? "reopen-visible " : "reopen ";
+  bool applicationShouldHandleReopen(bool) override {
+    log += "reopen ";
     return true;
   }
-  void applicationWillTerminate() override {
-    log += "end ";
-    if (onEnd) onEnd();
-  }
+  void applicationWillTerminate() override { log += "end "; }
   bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
 
   std::string log;
-  std::function<void()> onLaunch;
-  std::function<void()> onEnd;
+  std::function<void()> onLaunch = [] {};
 };
 
 class QtApplicationTest : public ::testing::Test {
@@ -45,35 +39,26 @@ class QtApplicationTest : public ::testing::Test {
   QtApplication application_{qGuiApp};
 };
 
-TEST_F(QtApplicationTest, EveryWayOutTellsTheDelegateExactlyOnce) {
-  struct Case {
-    const char* name;
-    std::function<void(QtApplication&)> end;
+TEST(QtApplicationEndTest, EveryWayOutTellsTheDelegateExactlyOnce) {
+  const std::function<void(QtApplication&)> ways[]{
+      [](QtApplication& application) { application.terminate(), application.terminate(); },
+      [](QtApplication&) { QCoreApplication::quit(); },
+      [](QtApplication&) { raise(SIGTERM); },
+      [](QtApplication&) { raise(SIGINT); },
+      [](QtApplication&) { raise(SIGHUP); },
   };
-  const std::array cases{
-      Case{"terminate", [](QtApplication& application) { application.terminate(); }},
-      Case{"terminate twice", [](QtApplication& application) { application.terminate(), application.terminate(); }},
-      Case{"the session's own quit", [](QtApplication&) { QCoreApplication::quit(); }},
-      Case{"SIGTERM", [](QtApplication&) { raise(SIGTERM); }},
-      Case{"SIGINT", [](QtApplication&) { raise(SIGINT); }},
-      Case{"SIGHUP", [](QtApplication&) { raise(SIGHUP); }},
-  };
-  for (const Case& way : cases) {
-    SCOPED_TRACE(way.name);
-    LoggingDelegate delegate;
-    QtApplication application(qGuiApp);
-    application.setDelegate(&delegate);
-    delegate.onEnd = [&] { application.terminate(); };  // as a delegate's own quit does
-    queue_.post([&] { way.end(application); });
-    application.run();
-    EXPECT_EQ(delegate.log, "launched end ");
+  for (const auto& end : ways) {
+    for (const bool whileLaunching : {true, false}) {
+      LoggingDelegate delegate;
+      QtMainQueue queue;
+      QtApplication application(qGuiApp);
+      application.setDelegate(&delegate);
+      delegate.onLaunch = [&] { whileLaunching ? end(application) : queue.post([&] { end(application); }); };
+      if (whileLaunching && &end == &ways[1]) continue;  // without a loop there is nothing to quit
+      application.run();
+      EXPECT_EQ(delegate.log, "launched end ") << &end - &ways[0];
+    }
   }
-}
-
-TEST_F(QtApplicationTest, QuittingWhileLaunchingEndsWithoutALoop) {
-  delegate_.onLaunch = [this] { application_.terminate(); };
-  application_.run();
-  EXPECT_EQ(delegate_.log, "launched end ");
 }
 
 TEST_F(QtApplicationTest, ACopyThatIsNotAdmittedNeverLaunches) {
@@ -83,69 +68,46 @@ TEST_F(QtApplicationTest, ACopyThatIsNotAdmittedNeverLaunches) {
   EXPECT_EQ(delegate_.log, "");
 }
 
-TEST_F(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndStopsAtTheEnd) {
+TEST_F(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndAClosedLastWindowEndsNothing) {
+  QWindow window;
+  window.show();
   application_.reopen();
-  EXPECT_EQ(delegate_.log, "");
-  queue_.post([this] {
+  delegate_.onLaunch = [&] { queue_.post([&] { window.close(); }); };
+  queue_.runAfter(std::chrono::milliseconds(50), [this] {
+    delegate_.log += "runs ";
     application_.terminate();
     application_.reopen();
   });
   application_.run();
-  EXPECT_EQ(delegate_.log, "launched reopen end ");
-}
-
-TEST_F(QtApplicationTest, ClosingTheLastWindowKeepsTheProgramRunning) {
-  QWindow window;
-  window.show();
-  delegate_.onLaunch = [&] { queue_.post([&] { window.close(); }); };
-  bool stillRuns = false;
-  queue_.runAfter(std::chrono::milliseconds(50), [&] {
-    stillRuns = true;
-    application_.terminate();
-  });
-  application_.run();
-  EXPECT_TRUE(stillRuns);
+  EXPECT_EQ(delegate_.log, "launched reopen runs end ");
 }
 
 TEST_F(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
-  int settings = 0;
+  const auto item = [](const char* key, MenuAction action) {
+    return MenuItem{.title = "", .action = std::move(action), .keyEquivalent = key, .submenu = {}};
+  };
   Menu submenu;
-  submenu.items.push_back({.title = "Settings…", .action = [&] { ++settings; }, .keyEquivalent = ",", .submenu = {}});
-  submenu.items.push_back(
-      {.title = "Copy", .action = FirstResponderAction{"copy:"}, .keyEquivalent = "c", .submenu = {}});
-  submenu.items.push_back(
-      {.title = "Quit", .action = [this] { delegate_.log += "quit "; }, .keyEquivalent = "q", .submenu = {}});
+  submenu.items = {item(",", [this] { delegate_.log += "settings "; }), item("q", [this] { delegate_.log += "quit "; }),
+                   item("c", FirstResponderAction{"copy:"})};
   Menu menu;
-  menu.items.push_back({.title = "", .action = {}, .keyEquivalent = "", .submenu = {submenu}});
+  menu.items = {{.title = "", .action = {}, .keyEquivalent = "", .submenu = {submenu}}};
   application_.setMainMenu(menu);
 
   struct Receiver final : QWindow {
     void keyPressEvent(QKeyEvent* event) override { keys += static_cast<char>(event->key()); }
     std::string keys;
   } window;
-  const auto press = [&](int key, Qt::KeyboardModifiers modifiers) {
+  const std::pair<int, Qt::KeyboardModifiers> presses[]{{Qt::Key_Comma, Qt::ControlModifier},
+                                                        {Qt::Key_Q, Qt::ControlModifier},
+                                                        {Qt::Key_C, Qt::ControlModifier},
+                                                        {Qt::Key_Q, Qt::NoModifier},
+                                                        {Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier}};
+  for (const auto& [key, modifiers] : presses) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers);
     QCoreApplication::sendEvent(&window, &event);
-  };
-  press(Qt::Key_Comma, Qt::ControlModifier);
-  press(Qt::Key_Q, Qt::ControlModifier);
-  press(Qt::Key_C, Qt::ControlModifier);
-  press(Qt::Key_Q, Qt::NoModifier);
-  press(Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier);
-  EXPECT_EQ(settings, 1);
-  EXPECT_EQ(delegate_.log, "quit ");
+  }
+  EXPECT_EQ(delegate_.log, "settings quit ");
   EXPECT_EQ(window.keys, "CQQ");
-}
-
-TEST_F(QtApplicationTest, TheCurrentEventLastsAsLongAsItsHandler) {
-  std::vector<std::optional<EventType>> seen;
-  const auto look = [&] { seen.push_back(application_.currentEventType()); };
-  application_.handleEvent(EventType::leftMouseUp, [&] {
-    application_.handleEvent(EventType::rightMouseUp, look);
-    look();
-  });
-  look();
-  EXPECT_EQ(seen, (std::vector<std::optional<EventType>>{EventType::rightMouseUp, EventType::leftMouseUp, {}}));
 }
 
 }  // namespace
