@@ -8,6 +8,7 @@ import unittest
 from case import DesktopCase
 from waiting import stays, wait
 
+INSTALL = os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install")
 MARKED = ["com.github.hluk.copyq"]
 
 
@@ -32,6 +33,20 @@ class Launch(DesktopCase):
             self.assertRegex(lines[0], r"^Orvo \d+\.\d+\.\d+$")
             self.assertEqual(lines[3:6], ["Accessibility: enabled", "Bundle: local.orvo.Orvo",
                                           f"Application path: {self.desktop.bundle}"])
+
+    def test_an_installed_copy_is_known_to_the_desktop(self):
+        home = os.path.join(self.desktop.home, "installed")
+        own = ["env", f"HOME={home}", f"XDG_DATA_HOME={home}/data", f"XDG_CONFIG_HOME={home}/config"]
+        bundle = f"{home}/Applications/Orvo.app"
+        for _ in range(2):  # over nothing, then over itself
+            answer = self.desktop.run([*own, os.path.abspath(INSTALL), self.desktop.bundle])
+            self.assertEqual(answer.returncode, 0, answer.stderr)
+        report = self.desktop.run([*own, f"{bundle}/bin/orvo", "--diagnose"]).stdout
+        self.assertIn(f"LaunchServices path: {bundle}\n", report)
+        for file in ("data/dbus-1/services/local.orvo.MenuBarAgent.service", "config/systemd/user/orvo-agent.service"):
+            with open(f"{home}/{file}", encoding="utf-8") as text:
+                self.assertIn(f"{bundle}/bin/orvo-agent", text.read())
+        self.assertEqual(os.listdir(f"{home}/Applications"), ["Orvo.app"])
 
     def test_the_report_of_a_bare_program_has_six_lines(self):
         folder = os.path.join(self.desktop.home, "bare", "bin")
