@@ -34,7 +34,7 @@ class AppDelegateTest : public testing::Test {
   }
   void reach(BarState state) {
     if (state != BarState::visible) model().hideSelected();
-    if (state == BarState::hidden) memory.framework.answer(memory.framework.activations().size() - 1);
+    if (state == BarState::hidden) memory.framework.answer(memory.framework.activations.size() - 1);
     memory.settle();
   }
   void click(std::optional<EventType> event) {
@@ -42,7 +42,7 @@ class AppDelegateTest : public testing::Test {
     memory.statusBar.button.action();
   }
   static void choose(const MenuItem& item) { std::get<std::function<void()>>(item.action)(); }
-  const Menu& lastMenu() const { return memory.statusBar.button.menus.back().menu; }
+  const Menu& lastMenu() const { return *memory.statusBar.button.menu; }
   bool rehideWaits() const {
     const auto waiting = memory.mainQueue.waiting();
     return std::any_of(waiting.begin(), waiting.end(),
@@ -115,17 +115,17 @@ TEST_F(AppDelegateTest, AClickDoesWhatTheBarAllows) {
     BarState to;
     bool rehide;
     int shown;
-    std::size_t menus;
+    bool menu;
   };
   using enum BarState;
   using enum EventType;
-  const std::vector<Case> cases{{"left, something to hide", leftMouseUp, visible, true, applying, false, 0, 0},
-                                {"left, nothing to hide", leftMouseUp, visible, false, visible, false, 1, 0},
-                                {"left while applying", leftMouseUp, applying, true, visible, true, 0, 0},
-                                {"left while hidden", leftMouseUp, hidden, true, visible, true, 0, 0},
-                                {"no event counts as left", std::nullopt, hidden, true, visible, true, 0, 0},
-                                {"right while visible", rightMouseUp, visible, true, visible, false, 0, 1},
-                                {"right while hidden", rightMouseUp, hidden, true, hidden, false, 0, 1}};
+  const std::vector<Case> cases{{"left, something to hide", leftMouseUp, visible, true, applying, false, 0, false},
+                                {"left, nothing to hide", leftMouseUp, visible, false, visible, false, 1, false},
+                                {"left while applying", leftMouseUp, applying, true, visible, true, 0, false},
+                                {"left while hidden", leftMouseUp, hidden, true, visible, true, 0, false},
+                                {"no event counts as left", std::nullopt, hidden, true, visible, true, 0, false},
+                                {"right while visible", rightMouseUp, visible, true, visible, false, 0, true},
+                                {"right while hidden", rightMouseUp, hidden, true, hidden, false, 0, true}};
   launch();
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -133,12 +133,12 @@ TEST_F(AppDelegateTest, AClickDoesWhatTheBarAllows) {
     model().setRule(c.canHide ? IconRule::hidden : IconRule::visible, one);
     reach(c.from);
     memory.windows.shown = 0;
-    memory.statusBar.button.menus.clear();
+    memory.statusBar.button.menu.reset();
     click(c.event);
     EXPECT_EQ(model().state(), c.to);
     EXPECT_EQ(rehideWaits(), c.rehide);
     EXPECT_EQ(memory.windows.shown, c.shown);
-    EXPECT_EQ(memory.statusBar.button.menus.size(), c.menus);
+    EXPECT_EQ(memory.statusBar.button.menu.has_value(), c.menu);
   }
 }
 
@@ -149,7 +149,6 @@ TEST_F(AppDelegateTest, TheMenuOffersWhatTheBarAllows) {
     const char* title;
     bool enabled;
   };
-  memory.statusBar.button.frame = {0, 3, 24, 22};
   launch();
   for (const Case& c :
        {Case{BarState::visible, true, "Hide selected icons", true},
@@ -170,7 +169,7 @@ TEST_F(AppDelegateTest, TheMenuOffersWhatTheBarAllows) {
     EXPECT_TRUE(menu.items[2].separator);
     EXPECT_EQ(menu.items[3].title, "Quit Orvo");
     EXPECT_TRUE(menu.items[3].enabled);
-    EXPECT_EQ(memory.statusBar.button.menus.back().point, (Point{0, 3}));
+    EXPECT_EQ(memory.statusBar.button.menuPoint, (Point{0, 3}));
   }
   choose(lastMenu().items[0]);
   EXPECT_EQ(model().state(), BarState::visible);
@@ -188,15 +187,15 @@ TEST_F(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
   int shown = 0;
   for (const auto& way : ways) {
     reach(BarState::hidden);
-    const std::size_t scans = memory.accessibility.asked().size();
+    const std::size_t scans = memory.accessibility.asked.size();
     way();
     EXPECT_EQ(model().state(), BarState::visible);
     EXPECT_FALSE(rehideWaits());
     EXPECT_EQ(memory.windows.shown, ++shown);
     EXPECT_EQ(memory.application.activations, shown);
-    EXPECT_EQ(memory.accessibility.asked().size(), scans);
+    EXPECT_EQ(memory.accessibility.asked.size(), scans);
     memory.settle();
-    EXPECT_EQ(memory.accessibility.asked().size(), scans + 1);
+    EXPECT_EQ(memory.accessibility.asked.size(), scans + 1);
   }
   ASSERT_EQ(memory.windows.made.size(), 1U);
   EXPECT_EQ(memory.windows.centered, 1);
@@ -232,7 +231,7 @@ TEST_F(AppDelegateTest, TheMainMenuServesTheWindowAndItsTextFields) {
 TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndOnlyOnce) {
   launch();
   reach(BarState::hidden);
-  memory.statusBar.button.menus.clear();
+  memory.statusBar.button.menu.reset();
   click(EventType::rightMouseUp);
   choose(lastMenu().items[3]);
   EXPECT_EQ(memory.application.terminations, 1);

@@ -71,9 +71,9 @@ class ModelFixture {
     memory.eventTaps.send(down);
   }
 
-  std::size_t requests() const { return memory.framework.activations().size(); }
+  std::size_t requests() const { return memory.framework.activations.size(); }
   std::size_t active() const { return memory.framework.active().size(); }
-  std::size_t scans() const { return memory.accessibility.asked().size(); }
+  std::size_t scans() const { return memory.accessibility.asked.size(); }
   std::string message() const { return model->message().value_or(""); }
   bool guarded() const { return memory.eventTaps.tap() != nullptr && !memory.eventTaps.tap()->regions.empty(); }
   bool waitsFor(MainQueue::Duration delay) const {

@@ -35,7 +35,7 @@ class Machine : public ModelFixture {
     if (state == BarState::applying) RC_ASSERT(!held.empty());
     if (state == BarState::hidden) {
       RC_ASSERT(held.size() == 1U);
-      const auto all = memory.framework.activations();
+      const auto& all = memory.framework.activations;
       RC_ASSERT(std::any_of(confirmed.begin(), confirmed.end(),
                             [&](std::size_t number) { return all.at(number).assertion == held[0].assertion; }));
     }

@@ -9,15 +9,6 @@ using T = ModelFixture;
 constexpr const char* newApp = "A new app opened. Icons are shown so its menu bar item can load.";
 constexpr const char* three = "org.example.Three";
 
-TEST(OrvoModelTest, AHotKeyThatIsTakenCostsTheShortcutAlone) {
-  for (const bool taken : {false, true}) {
-    ModelFixture t([&](MemoryPlatform& m) { m.hotKeys.registerStatus = taken ? -9878 : hotKeyNoError; });
-    EXPECT_EQ(t.model->shortcutAvailable(), !taken);
-    EXPECT_THAT(t.listed(), ElementsAre(one, two));
-    EXPECT_TRUE(t.model->canHide());
-  }
-}
-
 TEST(OrvoModelTest, TheShortcutTogglesAfterItsHandlerHasReturned) {
   ModelFixture t;
   const auto press = [&] {
@@ -103,17 +94,6 @@ TEST(OrvoModelTest, ThePollFollowsThePermission) {
   EXPECT_TRUE(t.model->accessibilityGranted());
   EXPECT_TRUE(t.model->systemClickProtection());
   EXPECT_EQ(t.scans(), 2U);
-}
-
-TEST(OrvoModelTest, WithoutPermissionThePollNeitherTapsNorScansAndOnceItComesItDoesEachOnce) {
-  ModelFixture t([](MemoryPlatform& m) { m.accessibility.trusted = false; });
-  t.advance(18s);
-  EXPECT_EQ(t.memory.eventTaps.created(), 0U);
-  EXPECT_EQ(t.scans(), 0U);
-  t.memory.accessibility.trusted = true;
-  t.advance(3s);
-  EXPECT_EQ(t.memory.eventTaps.created(), 1U);
-  EXPECT_EQ(t.scans(), 1U);
 }
 
 TEST(OrvoModelTest, ThePollTriesTheTapAgainAndReadsTheLoginItem) {
@@ -267,14 +247,6 @@ TEST(OrvoModelTest, ARuleIsStoredAtOnceAndTakesEffectAtOnceWhileHidden) {
   EXPECT_EQ(stored, t.model->preferences());
   EXPECT_EQ(stored.rules, (std::map<std::string, IconRule>{
                               {one, IconRule::visible}, {two, IconRule::hidden}, {three, IconRule::hidden}}));
-}
-
-TEST(OrvoModelTest, AChoiceThatCannotBeWrittenLeavesTheStoredOneAlone) {
-  ModelFixture t;
-  const auto stored = t.memory.userDefaults.data("Quillet.Preferences.v1");
-  t.model->setRule(IconRule::hidden, "\xff");
-  EXPECT_EQ(t.memory.userDefaults.data("Quillet.Preferences.v1"), stored);
-  EXPECT_TRUE(t.model->preferences().rules.contains("\xff"));
 }
 
 TEST(OrvoModelTest, OnlyACopyInsideAnApplicationsFolderCountsAsInstalled) {

@@ -4,7 +4,6 @@
 #include "support/MemoryEventTaps.h"
 
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
 #include <map>
@@ -69,7 +68,7 @@ class Session {
   const std::vector<bool>& verdicts() const { return verdicts_; }
   std::vector<int> posted() const {
     std::vector<int> serials;
-    for (const MemoryEvent& event : taps_.posted()) serials.push_back(event.serial);
+    for (const MemoryEvent& event : taps_.posted) serials.push_back(event.serial);
     return serials;
   }
 
@@ -102,7 +101,7 @@ class Session {
         return;
       }
       case comeBack:
-        for (MemoryEvent event : std::vector<MemoryEvent>(taps_.posted())) RC_ASSERT(taps_.send(event));
+        for (MemoryEvent event : std::vector<MemoryEvent>(taps_.posted)) RC_ASSERT(taps_.send(event));
         return;
       case actions:
         return;
@@ -134,8 +133,8 @@ class Session {
 
   // Strikes out what was posted since the last time: marked, owed until now, and in order.
   void settle() {
-    for (; settled_ < taps_.posted().size(); ++settled_) {
-      const MemoryEvent& event = taps_.posted()[settled_];
+    for (; settled_ < taps_.posted.size(); ++settled_) {
+      const MemoryEvent& event = taps_.posted[settled_];
       RC_ASSERT(event.integerValueField(eventSourceUserData) == marker);
       RC_ASSERT(!owed_.empty());
       RC_ASSERT(owed_.begin()->first == event.serial);

@@ -1,55 +1,34 @@
-// Serial executors for tests: one that runs its tasks when the test says so, one that runs them inside
-// the call, and one with a real thread.
+// A serial executor that runs its tasks when the test says so, on the thread that says it.
 #pragma once
 
 #include "platform/SerialExecutor.h"
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <functional>
-#include <mutex>
-#include <thread>
+#include <utility>
 
 namespace orvo {
 
 class ManualExecutor : public SerialExecutor {
  public:
-  void post(std::function<void()> task) override;
+  void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
 
   // Runs the oldest task; false when there was none.
-  bool runOne();
-  void runAll();
-  std::size_t count() const;
+  bool runOne() {
+    if (tasks_.empty()) return false;
+    const std::function<void()> task = std::move(tasks_.front());
+    tasks_.pop_front();
+    task();
+    return true;
+  }
+  void runAll() {
+    while (runOne()) {
+    }
+  }
+  std::size_t count() const { return tasks_.size(); }
 
  private:
-  mutable std::mutex mutex_;
   std::deque<std::function<void()>> tasks_;
-};
-
-// A task that posts another one runs it before it has ended itself.
-class InlineExecutor : public SerialExecutor {
- public:
-  void post(std::function<void()> task) override { task(); }
-};
-
-// Its destructor runs what is left and joins the thread.
-class ThreadExecutor : public SerialExecutor {
- public:
-  ThreadExecutor();
-  ~ThreadExecutor() override;
-  ThreadExecutor(const ThreadExecutor&) = delete;
-  ThreadExecutor& operator=(const ThreadExecutor&) = delete;
-  void post(std::function<void()> task) override;
-
- private:
-  void run();
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<std::function<void()>> tasks_;
-  bool ending_ = false;
-  std::thread thread_;
 };
 
 }  // namespace orvo

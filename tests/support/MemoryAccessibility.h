@@ -1,60 +1,67 @@
-// Accessibility trees built by a test. Build a tree before it is walked; elements are not locked.
+// Accessibility trees built by a test. Build a tree before it is walked; nothing is locked.
 #pragma once
 
 #include "platform/Accessibility.h"
 
-#include <atomic>
-#include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <utility>
 
 namespace orvo {
 
 // An attribute that is not in `attributes` fails to be read; one of another kind is put there as it is.
 class MemoryElement : public AccessibilityElement, public std::enable_shared_from_this<MemoryElement> {
  public:
+  explicit MemoryElement(std::optional<std::int32_t> process) : pid(process) {}
+
   void setMessagingTimeout(float seconds) override { messagingTimeout = seconds; }
   std::optional<std::int32_t> processIdentifier() override { return pid; }
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override;
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
+    ++reads;
+    const auto found = attributes.find(name);
+    return found == attributes.end() ? std::nullopt : std::optional(found->second);
+  }
 
-  std::shared_ptr<MemoryElement> withFrame(const Rect& frame);
-  std::shared_ptr<MemoryElement> withIdentifier(const std::string& identifier);
-  std::shared_ptr<MemoryElement> withChildren(std::vector<std::shared_ptr<MemoryElement>> children);
+  std::shared_ptr<MemoryElement> with(const char* name, AttributeValue value) {
+    attributes[name] = std::move(value);
+    return shared_from_this();
+  }
+  std::shared_ptr<MemoryElement> withFrame(const Rect& frame) { return with("AXFrame", frame); }
+  std::shared_ptr<MemoryElement> withIdentifier(const std::string& text) { return with("AXIdentifier", text); }
+  std::shared_ptr<MemoryElement> withChildren(const std::vector<std::shared_ptr<MemoryElement>>& children) {
+    return with("AXChildren", std::vector<AccessibilityElementRef>(children.begin(), children.end()));
+  }
 
   // Absent: the request fails.
   std::optional<std::int32_t> pid;
   std::map<std::string, AttributeValue, std::less<>> attributes;
   std::optional<float> messagingTimeout;
-  // Names in the order in which they were asked for.
-  std::vector<std::string> reads;
+  int reads = 0;
 };
 
 // A bare element; without an argument its process cannot be had.
-std::shared_ptr<MemoryElement> element(std::optional<std::int32_t> pid = std::nullopt);
+inline std::shared_ptr<MemoryElement> element(std::optional<std::int32_t> pid = std::nullopt) {
+  return std::make_shared<MemoryElement>(pid);
+}
 
 class MemoryAccessibility : public Accessibility {
  public:
-  bool isProcessTrusted() const override { return trusted; }
-  bool isProcessTrusted(bool prompt) override;
-  AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override;
-
-  void setTree(std::int32_t processIdentifier, std::shared_ptr<MemoryElement> root);
+  bool trusted = true;
+  int prompts = 0;
+  std::map<std::int32_t, AccessibilityElementRef> trees;
   // Processes whose application element was asked for, in order.
-  std::vector<std::int32_t> asked() const;
+  std::vector<std::int32_t> asked;
 
-  std::atomic<bool> trusted{true};
-  std::atomic<int> prompts{0};
-
- private:
-  mutable std::mutex mutex_;
-  std::map<std::int32_t, std::shared_ptr<MemoryElement>> trees_;
-  std::vector<std::int32_t> asked_;
+  bool isProcessTrusted() const override { return trusted; }
+  bool isProcessTrusted(bool prompt) override {
+    if (prompt) ++prompts;
+    return trusted;
+  }
+  AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override {
+    asked.push_back(processIdentifier);
+    const auto found = trees.find(processIdentifier);
+    return found == trees.end() ? element(processIdentifier) : found->second;
+  }
 };
 
 }  // namespace orvo

@@ -1,19 +1,14 @@
-// An imitation of the concealment framework with faults that a test chooses. Callable from any thread;
-// the faults are set before.
+// An imitation of the concealment framework with faults that a test chooses. Nothing is locked: one
+// thread at a time, but for `load` and the questions after it.
 #pragma once
 
 #include "platform/ConcealmentFramework.h"
 
 #include <atomic>
 #include <cstddef>
-#include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
-#include <optional>
 #include <set>
-#include <string>
-#include <vector>
+#include <utility>
 
 namespace orvo {
 
@@ -26,19 +21,10 @@ class MemoryFramework : public ConcealmentFramework {
     const FrameworkObject* assertion = nullptr;
     std::vector<int> allowedSystemItems;
     std::vector<std::string> allowedBundleIdentifiers;
+    CompletionHandler completion;
+    // Expires with the concealment.
+    std::weak_ptr<void> concealing;
   };
-
-  bool load(const char* path) override;
-  FrameworkClassRef classNamed(const char* name) override;
-  bool instancesRespondTo(FrameworkClassRef type, const char* message) override;
-  bool respondsTo(const FrameworkObject& object, const char* message) override;
-  FrameworkObjectRef makeConfiguration(FrameworkClassRef type, std::span<const int> allowedSystemItems,
-                                       const std::vector<std::string>& allowedBundleIdentifiers) override;
-  FrameworkObjectRef makeAssertion(FrameworkClassRef type) override;
-  void activate(FrameworkObject& assertion, const FrameworkObjectRef& configuration,
-                CompletionHandler completion) override;
-  void invalidate(FrameworkObject& assertion) override;
-  void log(const std::string& line) override;
 
   // Faults.
   bool loads = true;
@@ -46,48 +32,102 @@ class MemoryFramework : public ConcealmentFramework {
   std::set<std::string> missingMessages;
   bool configurationIsNull = false;
   bool assertionIsNull = false;
-  // Runs at the start of the step and throws; see `raising`.
+  // Runs at the start of the step and may throw; see `raising`.
   std::map<Step, std::function<void()>> raises;
   // Runs at the end of every activation, with its number; may answer at once, on any thread, or throw.
   std::function<void(std::size_t)> onActivate;
-
   // Throws the framework's exception; absent reason allowed.
-  static std::function<void()> raising(std::optional<std::string> reason);
-  static std::function<void()> raisingForeign();
+  static std::function<void()> raising(std::optional<std::string> reason) {
+    return [reason = std::move(reason)] { throw FrameworkException{reason}; };
+  }
 
-  // Calls a request's completion, on this thread; may be done again, also after the release. A
-  // completion that was forgotten is not called.
-  void answer(std::size_t activation, const std::optional<FrameworkError>& error = std::nullopt);
-  // Drops a request's completion, so that it can never be called.
-  void forgetCompletion(std::size_t activation);
-
-  std::vector<std::string> loadedPaths() const;
-  std::vector<Activation> activations() const;
+  // What happened.
+  std::atomic<int> loadings{0};
+  std::string loadedPath;
+  std::vector<Activation> activations;
+  std::vector<std::string> logged;
   // Those of `activations` that conceal now, in order.
-  std::vector<Activation> active() const;
-  std::vector<std::string> logged() const;
+  std::vector<Activation> active() const {
+    std::vector<Activation> all = activations;
+    std::erase_if(all, [](const Activation& each) { return each.concealing.expired(); });
+    return all;
+  }
   // Assertion and configuration objects that exist now.
-  std::size_t liveObjects() const { return *liveObjects_; }
-  // Message tests in order, by message name.
-  std::vector<std::string> tested() const;
+  std::size_t liveObjects() const { return static_cast<std::size_t>(alive_.use_count()) - 1; }
+
+  // Calls a request's completion, on this thread; may be done again, also after the release.
+  void answer(std::size_t activation, const std::optional<FrameworkError>& error = std::nullopt) {
+    const CompletionHandler completion = activations.at(activation).completion;
+    if (completion) completion(error);
+  }
+
+  bool load(const char* path) override {
+    ++loadings;
+    loadedPath = path;
+    return loads;
+  }
+  FrameworkClassRef classNamed(const char* name) override {
+    // Class objects are opaque to everybody else, so their names stand for them.
+    const auto known = messages().find(name);
+    if (known == messages().end() || missingClasses.contains(name)) return nullptr;
+    return reinterpret_cast<FrameworkClassRef>(&*known);
+  }
+  bool instancesRespondTo(FrameworkClassRef type, const char* message) override {
+    const auto& known = *reinterpret_cast<const std::pair<const std::string, std::set<std::string>>*>(type);
+    return known.second.contains(message) && !missingMessages.contains(message);
+  }
+  bool respondsTo(const FrameworkObject&, const char* message) override { return !missingMessages.contains(message); }
+  FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> allowedSystemItems,
+                                       const std::vector<std::string>& allowedBundleIdentifiers) override {
+    raiseIn(Step::makeConfiguration);
+    const auto made = std::make_shared<Object>(alive_);
+    made->wanted.allowedSystemItems.assign(allowedSystemItems.begin(), allowedSystemItems.end());
+    made->wanted.allowedBundleIdentifiers = allowedBundleIdentifiers;
+    return configurationIsNull ? nullptr : made;
+  }
+  FrameworkObjectRef makeAssertion(FrameworkClassRef) override {
+    raiseIn(Step::makeAssertion);
+    return assertionIsNull ? nullptr : std::make_shared<Object>(alive_);
+  }
+  void activate(FrameworkObject& assertion, const FrameworkObjectRef& configuration,
+                CompletionHandler completion) override {
+    raiseIn(Step::activate);
+    auto& concealer = dynamic_cast<Object&>(assertion);
+    concealer.concealment = std::make_shared<int>();
+    Activation& request = activations.emplace_back(dynamic_cast<const Object&>(*configuration).wanted);
+    request.assertion = &assertion;
+    request.completion = std::move(completion);
+    request.concealing = concealer.concealment;
+    if (onActivate) onActivate(activations.size() - 1);
+  }
+  void invalidate(FrameworkObject& assertion) override {
+    raiseIn(Step::invalidate);
+    dynamic_cast<Object&>(assertion).concealment.reset();
+  }
+  void log(const std::string& line) override { logged.push_back(line); }
 
  private:
-  struct Request {
-    Activation activation;
-    // Expires with the assertion, whose end is the concealment's.
-    std::weak_ptr<FrameworkObject> concealing;
-    CompletionHandler completion;
+  struct Object : FrameworkObject {
+    explicit Object(std::shared_ptr<void> token) : alive(std::move(token)) {}
+    std::shared_ptr<void> alive;
+    // A configuration's.
+    Activation wanted;
+    // An assertion's, from activation until it is invalidated or goes.
+    std::shared_ptr<void> concealment;
   };
 
-  bool offers(const char* message);
-  void raiseIn(Step step) const;
+  static const std::map<std::string, std::set<std::string>>& messages() {
+    static const std::map<std::string, std::set<std::string>> all{
+        {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
+        {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
+    return all;
+  }
+  void raiseIn(Step step) const {
+    const auto found = raises.find(step);
+    if (found != raises.end()) found->second();
+  }
 
-  mutable std::mutex mutex_;
-  std::shared_ptr<std::atomic<std::size_t>> liveObjects_ = std::make_shared<std::atomic<std::size_t>>(0);
-  std::vector<std::string> loadedPaths_;
-  std::vector<std::string> tested_;
-  std::vector<Request> requests_;
-  std::vector<std::string> logged_;
+  std::shared_ptr<void> alive_ = std::make_shared<int>();
 };
 
 }  // namespace orvo

@@ -4,8 +4,6 @@
 #include "platform/HotKeys.h"
 
 #include <map>
-#include <utility>
-#include <vector>
 
 namespace orvo {
 
@@ -20,7 +18,6 @@ class MemoryHotKeys : public HotKeys {
     std::uint32_t keyCode;
     std::uint32_t modifiers;
     HotKeyID id;
-    std::uint32_t options;
   };
 
   HotKeyStatus installStatus = hotKeyNoError;
@@ -30,34 +27,30 @@ class MemoryHotKeys : public HotKeys {
   // Releases of references that are not, or no longer, held.
   int wrongReleases = 0;
 
-  // Sends a press to every handler, as if any registered combination had been pressed. Answers the last
-  // handler's status.
+  // Presses any registered combination; answers the handler's status.
   HotKeyStatus press() {
-    HotKeyStatus status = eventNotHandledErr;
-    for (const auto& [ref, handler] : std::map(handlers)) status = handler.function(handler.userData);
-    return status;
+    const Handler handler = handlers.begin()->second;
+    return handler.function(handler.userData);
   }
 
   HotKeyStatus installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
                                    EventHandlerRef& handler) override {
-    if (installStatus != hotKeyNoError) return installStatus;
-    handler = static_cast<EventHandlerRef>(++last_);
-    handlers.emplace(handler, Handler{function, filter, userData});
-    return hotKeyNoError;
+    if (installStatus == hotKeyNoError) {
+      handler = static_cast<EventHandlerRef>(++last_);
+      handlers[handler] = {function, filter, userData};
+    }
+    return installStatus;
   }
-  HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id, std::uint32_t options,
+  HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id, std::uint32_t,
                                    HotKeyRef& hotKey) override {
-    if (registerStatus != hotKeyNoError) return registerStatus;
-    hotKey = static_cast<HotKeyRef>(++last_);
-    hotKeys.emplace(hotKey, HotKey{keyCode, modifiers, id, options});
-    return hotKeyNoError;
+    if (registerStatus == hotKeyNoError) {
+      hotKey = static_cast<HotKeyRef>(++last_);
+      hotKeys[hotKey] = {keyCode, modifiers, id};
+    }
+    return registerStatus;
   }
-  void unregisterEventHotKey(HotKeyRef hotKey) override {
-    if (hotKeys.erase(hotKey) == 0) ++wrongReleases;
-  }
-  void removeEventHandler(EventHandlerRef handler) override {
-    if (handlers.erase(handler) == 0) ++wrongReleases;
-  }
+  void unregisterEventHotKey(HotKeyRef hotKey) override { wrongReleases += hotKeys.erase(hotKey) == 0 ? 1 : 0; }
+  void removeEventHandler(EventHandlerRef handler) override { wrongReleases += handlers.erase(handler) == 0 ? 1 : 0; }
 
  private:
   std::uintptr_t last_ = 0;

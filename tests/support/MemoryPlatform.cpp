@@ -29,7 +29,7 @@ void MemoryPlatform::showItems(const std::vector<std::string>& bundles) {
     if (workspace.runningApplications(bundleIdentifier).empty()) workspace.launch(bundleIdentifier, freePid++);
     children.push_back(element(workspace.runningApplications(bundleIdentifier).front().processIdentifier));
   }
-  accessibility.setTree(hostPid, element(hostPid)->withChildren(std::move(children)));
+  accessibility.trees[hostPid] = element(hostPid)->withChildren(children);
 }
 
 void MemoryPlatform::settle() {

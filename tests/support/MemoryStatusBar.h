@@ -5,17 +5,11 @@
 
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace orvo {
 
 class MemoryStatusItemButton : public StatusItemButton {
  public:
-  struct PoppedUp {
-    Menu menu;
-    Point point;
-  };
-
   std::function<void()> action;
   std::uint32_t eventMask = 0;
   std::string label;
@@ -23,8 +17,10 @@ class MemoryStatusItemButton : public StatusItemButton {
   std::string image;
   std::string imageDescription;
   std::string toolTip;
-  Rect frame{0, 0, 24, 22};
-  std::vector<PoppedUp> menus;
+  Rect frame{0, 3, 24, 22};
+  // Popped up last, and where; cleared by the test.
+  std::optional<Menu> menu;
+  Point menuPoint;
 
   void setAction(std::function<void()> newAction, std::uint32_t mask) override {
     action = std::move(newAction);
@@ -38,17 +34,18 @@ class MemoryStatusItemButton : public StatusItemButton {
   }
   void setToolTip(const std::string& text) override { toolTip = text; }
   Rect bounds() const override { return frame; }
-  void popUpMenu(const Menu& menu, Point point) override { menus.push_back({menu, point}); }
+  void popUpMenu(const Menu& newMenu, Point point) override {
+    menu = newMenu;
+    menuPoint = point;
+  }
 };
 
 class MemoryStatusBar : public StatusBar {
  public:
-  // What the system grants.
   bool grantsItems = true;
   bool grantsButtons = true;
 
-  // What the item was told.
-  std::optional<double> length;
+  double length = 0;
   std::string autosaveName;
   std::optional<std::uint32_t> behavior;
   bool visible = false;
@@ -56,9 +53,8 @@ class MemoryStatusBar : public StatusBar {
   MemoryStatusItemButton button;
 
   std::unique_ptr<StatusItem> statusItem(double itemLength) override {
-    if (!grantsItems) return nullptr;
     length = itemLength;
-    return std::make_unique<Item>(*this);
+    return grantsItems ? std::make_unique<Item>(*this) : nullptr;
   }
 
  private:
@@ -68,7 +64,6 @@ class MemoryStatusBar : public StatusBar {
     Item(const Item&) = delete;
     Item& operator=(const Item&) = delete;
     ~Item() override { --bar_.items; }
-
     void setAutosaveName(const std::string& name) override { bar_.autosaveName = name; }
     void setBehavior(std::uint32_t behavior) override { bar_.behavior = behavior; }
     void setVisible(bool visible) override { bar_.visible = visible; }

@@ -3,6 +3,9 @@
 
 #include "platform/Workspace.h"
 
+#include <algorithm>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -16,10 +19,7 @@ class MemoryWorkspace : public Workspace {
   std::vector<std::string> openedURLs;
 
   void launch(const std::string& bundleIdentifier, std::int32_t pid) {
-    running.push_back({.bundleIdentifier = bundleIdentifier,
-                       .processIdentifier = pid,
-                       .localizedName = std::nullopt,
-                       .bundlePath = std::nullopt});
+    running.push_back({bundleIdentifier, pid, std::nullopt, std::nullopt});
   }
   void quit(const std::string& bundleIdentifier) {
     std::erase_if(running, [&](const auto& application) { return application.bundleIdentifier == bundleIdentifier; });
@@ -27,17 +27,11 @@ class MemoryWorkspace : public Workspace {
 
   std::vector<RunningApplication> runningApplications() const override { return running; }
   std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override {
-    for (const auto& application : running) {
-      if (application.processIdentifier == processIdentifier) return application;
-    }
-    return std::nullopt;
+    const auto found = matching([&](const auto& each) { return each.processIdentifier == processIdentifier; });
+    return found.empty() ? std::nullopt : std::optional(found.front());
   }
   std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override {
-    std::vector<RunningApplication> found;
-    for (const auto& application : running) {
-      if (application.bundleIdentifier == bundleIdentifier) found.push_back(application);
-    }
-    return found;
+    return matching([&](const auto& each) { return each.bundleIdentifier == bundleIdentifier; });
   }
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override {
     const auto found = registered.find(bundleIdentifier);
@@ -47,6 +41,12 @@ class MemoryWorkspace : public Workspace {
   NotificationCenter& notificationCenter() override { return center_; }
 
  private:
+  std::vector<RunningApplication> matching(const std::function<bool(const RunningApplication&)>& wanted) const {
+    std::vector<RunningApplication> found;
+    std::copy_if(running.begin(), running.end(), std::back_inserter(found), wanted);
+    return found;
+  }
+
   NotificationCenter center_;
 };
 
