@@ -34,19 +34,6 @@ TEST(GlobalShortcutTest, EveryFailureLeavesNothingBehindAndReleasesNothingTwice)
   }
 }
 
-TEST(GlobalShortcutTest, AsksForControlOptionCommandB) {
-  MemoryHotKeys hotKeys;
-  const GlobalShortcut shortcut(hotKeys);
-  const auto& hotKey = hotKeys.hotKeys.begin()->second;
-  EXPECT_EQ(hotKey.keyCode, 11U);
-  EXPECT_EQ(hotKey.modifiers, 6400U);
-  EXPECT_EQ(hotKey.id.signature, 0x5155494CU);
-  EXPECT_EQ(hotKey.id.id, 1U);
-  const auto& filter = hotKeys.handlers.begin()->second.filter;
-  EXPECT_EQ(filter.eventClass, 0x6B657962U);
-  EXPECT_EQ(filter.eventKind, 5U);
-}
-
 TEST(GlobalShortcutTest, APressIsHandledWhetherOrNotSomeoneListens) {
   MemoryHotKeys hotKeys;
   GlobalShortcut shortcut(hotKeys);

@@ -109,19 +109,6 @@ TEST_F(SystemControlRelayTest, LetsEverythingElsePass) {
   EXPECT_TRUE(queue_.waiting().empty());
 }
 
-TEST_F(SystemControlRelayTest, ReplaysOnlyTheNewestOfTwoQuickClicksWithTheFirstDelay) {
-  conceal();
-  EXPECT_FALSE(passes(leftMouseDown, onClock, 1));
-  EXPECT_FALSE(passes(leftMouseUp, onClock, 2));
-  queue_.advance(milliseconds(100));
-  EXPECT_FALSE(passes(rightMouseDown, onClock, 3));
-  EXPECT_TRUE(passes(leftMouseUp, onClock, 4));
-  queue_.advance(milliseconds(80));
-  EXPECT_THAT(posted(), ElementsAre(3));
-  EXPECT_FALSE(passes(rightMouseUp, onClock, 5));
-  EXPECT_THAT(posted(), ElementsAre(3, 5));
-}
-
 TEST_F(SystemControlRelayTest, RecoversWhenTheSystemDisablesTheTap) {
   conceal();
   EXPECT_FALSE(passes(leftMouseDown, onClock, 1));
