@@ -60,9 +60,9 @@ TEST_F(MenuBarBackendTest, ServesACallerWrittenInC) {
 }
 
 TEST_F(MenuBarBackendTest, LoadsOnceHoweverManyThreadsAskFirstAndTestsTheMessagesEveryTime) {
-  std::vector<std::thread> threads;
+  std::vector<std::thread> threads(8);
   std::atomic<int> yes{0};
-  for (int i = 0; i < 8; ++i) threads.emplace_back([&yes] { yes += QLMenuBarBackendAvailable() ? 1 : 0; });
+  for (std::thread& thread : threads) thread = std::thread([&yes] { yes += QLMenuBarBackendAvailable() ? 1 : 0; });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(yes, 8);
   EXPECT_EQ(framework_.loadings, 1);
