@@ -23,10 +23,8 @@ class DesktopAppearance : public QObject, public Appearance {
   AppearanceTraits traits() const override;
   void setObserver(std::function<void()> observer) override { observer_ = std::move(observer); }
 
- private slots:
-  void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
  private:
+  Q_SLOT void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
   void askPortal();
   void setColorScheme(const QVariant& value);
   void announce() const;
