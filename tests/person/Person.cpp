@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput.h>
@@ -32,9 +31,8 @@ struct Person::Devices {
     XDeviceInfo* list = XListInputDevices(display, &count);
     XDevice* device = nullptr;
     for (int index = 0; index < count && device == nullptr; ++index) {
-      const XDeviceInfo& info = list[index];
-      const bool replays = std::string_view(info.name).find("XTEST") != std::string_view::npos;
-      if (info.use == use && !replays) device = XOpenDevice(display, info.id);
+      const bool replays = std::string_view(list[index].name).find("XTEST") != std::string_view::npos;
+      if (list[index].use == use && !replays) device = XOpenDevice(display, list[index].id);
     }
     XFreeDeviceList(list);
     return device;
@@ -55,32 +53,25 @@ void Person::moveTo(Point point) {
 }
 
 Point Person::pointer() {
-  Window root = None;
-  Window child = None;
+  Window window = None;
   int x = 0;
   int y = 0;
-  int windowX = 0;
-  int windowY = 0;
+  int ignored = 0;
   unsigned mask = 0;
-  XQueryPointer(devices_->display, DefaultRootWindow(devices_->display), &root, &child, &x, &y, &windowX, &windowY,
-                &mask);
+  auto* display = devices_->display;
+  XQueryPointer(display, DefaultRootWindow(display), &window, &window, &x, &y, &ignored, &ignored, &mask);
   return {static_cast<double>(x), static_cast<double>(y)};
 }
 
-void Person::press(unsigned button) {
-  XTestFakeDeviceButtonEvent(devices_->display, devices_->mouse, button, True, nullptr, 0, CurrentTime);
+void Person::button(unsigned number, bool down) {
+  XTestFakeDeviceButtonEvent(devices_->display, devices_->mouse, number, down ? True : False, nullptr, 0, CurrentTime);
   XSync(devices_->display, False);
 }
 
-void Person::release(unsigned button) {
-  XTestFakeDeviceButtonEvent(devices_->display, devices_->mouse, button, False, nullptr, 0, CurrentTime);
-  XSync(devices_->display, False);
-}
-
-void Person::click(Point point, unsigned button) {
+void Person::click(Point point, unsigned number) {
   moveTo(point);
-  press(button);
-  release(button);
+  press(number);
+  release(number);
 }
 
 void Person::turnWheel() {
@@ -89,21 +80,19 @@ void Person::turnWheel() {
   XSync(devices_->display, False);
 }
 
-void Person::pressKey(const std::string& name) {
-  std::this_thread::sleep_for(shortestPause);
-  key(name, true);
-}
-
-void Person::releaseKey(const std::string& name) { key(name, false); }
-
 void Person::pressChord(std::initializer_list<const char*> names) {
-  const std::vector<std::string> keys(names.begin(), names.end());
-  for (const auto& name : keys) pressKey(name);
-  for (auto name = keys.rbegin(); name != keys.rend(); ++name) releaseKey(*name);
+  for (const auto* name : names) {
+    std::this_thread::sleep_for(shortestPause);
+    key(name, true);
+  }
 }
 
-void Person::key(const std::string& name, bool down) {
-  const auto code = XKeysymToKeycode(devices_->display, XStringToKeysym(name.c_str()));
+void Person::releaseChord(std::initializer_list<const char*> names) {
+  for (const auto* name = names.end(); name != names.begin();) key(*--name, false);
+}
+
+void Person::key(const char* name, bool down) {
+  const auto code = XKeysymToKeycode(devices_->display, XStringToKeysym(name));
   XTestFakeDeviceKeyEvent(devices_->display, devices_->keyboard, code, down ? True : False, nullptr, 0, CurrentTime);
   XSync(devices_->display, False);
 }

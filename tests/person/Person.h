@@ -20,21 +20,24 @@ class Person {
 
   void moveTo(Point point);
   Point pointer();
-  void press(unsigned button);
-  void release(unsigned button);
-  void click(Point point, unsigned button);
+  void press(unsigned number) { button(number, true); }
+  void release(unsigned number) { button(number, false); }
+  void click(Point point, unsigned number);
   // One notch down. Given by the XTEST device, since the mouse of Xvfb has three buttons only.
   void turnWheel();
 
-  // By key symbol name, such as "Control_L" or "b".
-  void pressKey(const std::string& name);
-  void releaseKey(const std::string& name);
-  // Presses in order, lets go in the reverse order.
+  // By key symbol names, such as "Control_L" or "b"; let go in the reverse order.
   void pressChord(std::initializer_list<const char*> names);
+  void releaseChord(std::initializer_list<const char*> names);
+  void chord(std::initializer_list<const char*> names) {
+    pressChord(names);
+    releaseChord(names);
+  }
 
  private:
   struct Devices;
-  void key(const std::string& name, bool down);
+  void button(unsigned number, bool down);
+  void key(const char* name, bool down);
 
   std::unique_ptr<Devices> devices_;
 };

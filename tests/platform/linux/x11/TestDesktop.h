@@ -1,5 +1,4 @@
-// A private desktop for a test: an X server, and on demand a window manager and the panel with a bus
-// of their own. Everything it started ends with it.
+// A private desktop for a test: an X server, and on demand a window manager. Both end with it.
 #pragma once
 
 #include "core/Rect.h"
@@ -9,8 +8,9 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <deque>
+#include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,28 +31,23 @@ class TestDesktop {
 
   void startWindowManager();
   void signalWindowManager(int signal) const;
-  // With the clock alone, at the right end of the lower edge; returns when it is on the screen.
-  void startPanel();
-  void stopPanel();
-  void stopServer();
-  Rect clockFrame();
-  // The panel's windows on the screen, without its docks.
-  int openPanelWindows();
+  void stopServer() { server_.reset(); }
 
  private:
-  pid_t start(const std::vector<std::string>& command, const std::vector<std::string>& environment);
-  std::vector<std::string> environment() const;
-  void startServer();
-  void startBus();
-  void end(pid_t& process);
+  struct Program {
+    // Starts it by the shell's words and reads its number.
+    explicit Program(const std::string& command);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
 
-  std::string folder_;
+    FILE* output;
+    pid_t process = 0;
+  };
+
+  std::unique_ptr<Program> server_;
+  std::unique_ptr<Program> windowManager_;
   std::string display_;
-  std::string bus_;
-  pid_t server_ = 0;
-  pid_t busProcess_ = 0;
-  pid_t windowManager_ = 0;
-  pid_t panel_ = 0;
   xcb_connection_t* connection_ = nullptr;
   xcb_window_t root_ = XCB_WINDOW_NONE;
 };
@@ -79,10 +74,10 @@ class Dock {
   const std::vector<Button>& buttons();
   void forget() { buttons_.clear(); }
   // Our covers, by their kind.
-  int covers();
+  int covers() const { return coversBelow(window_); }
 
  private:
-  int coversBelow(xcb_window_t window);
+  int coversBelow(xcb_window_t window) const;
 
   xcb_connection_t* connection_;
   xcb_window_t window_;
