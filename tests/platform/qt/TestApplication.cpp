@@ -2,21 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <optional>
 
 namespace {
 
 // The one application object that the tests of this program share.
 class TestApplication final : public ::testing::Environment {
- public:
-  void SetUp() override { application_ = std::make_unique<QGuiApplication>(count_, arguments_); }
+  void SetUp() override { application_.emplace(count_, &arguments_[0]); }
   void TearDown() override { application_.reset(); }
 
- private:
   int count_ = 1;
   char name_[5] = "test";
   char* arguments_[2] = {name_, nullptr};
-  std::unique_ptr<QGuiApplication> application_;
+  std::optional<QGuiApplication> application_;
 };
 
 const auto* const environment = ::testing::AddGlobalTestEnvironment(new TestApplication);
