@@ -63,10 +63,17 @@ struct Adapters {
       : early(adapters), qtApplication(makeQtApplication(count, arguments)) {
     windows.setPlatform(platform);
     if (early.bundle.identifier()) application.setAdmission([this] { return admit(); });
+    QObject::connect(&busApplication, &BusApplication::busLost, &application, [this] { endWithBus(); });
   }
 
   // Two copies that start at once both find no other running; the bus lets one of them have the name.
   bool admit() { return busApplication.acquireOrHandOver() != BusApplication::Outcome::handedOver; }
+
+  // An arrow that nobody can see or click would be all that is left of Orvo.
+  void endWithBus() {
+    std::cerr << "Orvo: the session bus is gone; Orvo ends.\n";
+    application.terminate();
+  }
 
   EarlyAdapters& early;
   std::unique_ptr<QGuiApplication> qtApplication;

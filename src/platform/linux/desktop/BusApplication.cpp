@@ -22,7 +22,10 @@ BusApplication::BusApplication(QDBusConnection bus, const std::string& identifie
     : bus_(std::move(bus)),
       name_(QString::fromStdString(identifier)),
       path_(objectPath(name_)),
-      reopen_(std::move(reopen)) {}
+      reopen_(std::move(reopen)) {
+  bus_.connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", this,
+               SIGNAL(busLost()));
+}
 
 BusApplication::~BusApplication() {
   if (!acquired_) return;

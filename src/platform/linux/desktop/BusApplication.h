@@ -29,6 +29,9 @@ class BusApplication final : public QObject {
   // at once the bus picks one.
   Outcome acquireOrHandOver();
 
+  // The connection is gone for good.
+  Q_SIGNAL void busLost();
+
   Q_SLOT void Activate(const QVariantMap& platformData);
   Q_SLOT void Open(const QStringList& uris, const QVariantMap& platformData);
   Q_SLOT void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
