@@ -107,6 +107,7 @@ void MenuBarService::announce(const MenuBarChange& change) {
   for (const std::string& address : change.shown) Q_EMIT itemShown(QString::fromStdString(address));
   for (const TrayItem& item : change.left) Q_EMIT itemLeft(QString::fromStdString(item.address()), process(item));
   for (const TrayItem& item : change.arrived) Q_EMIT itemArrived(QString::fromStdString(item.address()), process(item));
+  Q_EMIT changed();
 }
 
 }  // namespace orvo

@@ -45,6 +45,7 @@ class MenuBarService : public QObject {
   void itemHidden(const QString& address);
   void itemArrived(const QString& address, uint processIdentifier);
   void itemLeft(const QString& address, uint processIdentifier);
+  void changed();  // after the others, and for a further name of an item alone
 
  private:
   void watch(const QString& name);

@@ -10,13 +10,6 @@
 
 namespace orvo {
 
-namespace {
-
-constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
-constexpr const char* watcherPath = "/StatusNotifierWatcher";
-
-}  // namespace
-
 StatusNotifierWatcher::StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service)
     : bus_(std::move(bus)), service_(service) {
   connect(&service_, &MenuBarService::itemShown, this, &StatusNotifierWatcher::StatusNotifierItemRegistered);

@@ -12,6 +12,9 @@ namespace orvo {
 
 class MenuBarService;
 
+inline constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";  // of the interface too
+inline constexpr const char* watcherPath = "/StatusNotifierWatcher";
+
 class StatusNotifierWatcher : public QObject, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")

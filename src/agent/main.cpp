@@ -1,14 +1,20 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 
+#include "agent/Guardian.h"
+#include "agent/IconRestorer.h"
 #include "agent/MenuBarAgent.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
 #include "agent/StatusNotifierWatcher.h"
+#include "agent/rules/KeptItems.h"
 #include "platform/linux/AgentProtocol.h"
 
 namespace {
@@ -24,19 +30,37 @@ void quitWithBus(QDBusConnection& bus, QCoreApplication& application) {
               QStringLiteral("Disconnected"), &application, SLOT(quit()));
 }
 
+// In the process that outlives the agent.
+void restore(pid_t agent, const std::string& kept) {
+  int count = 1;
+  std::array<char*, 2> arguments{program_invocation_name, nullptr};
+  QCoreApplication application(count, arguments.data());
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return;
+  quitWithBus(bus, application);
+  orvo::IconRestorer restorer(bus, agent, kept);
+  QObject::connect(&restorer, &orvo::IconRestorer::finished, &application, &QCoreApplication::quit);
+  QCoreApplication::exec();
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
+  // Before anything of Qt, and before there are threads: it is a copy of this process.
+  const orvo::Guardian guardian(restore);
   QCoreApplication application(count, arguments);
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return fail("there is no session bus");
   quitWithBus(bus, application);
 
   orvo::MenuBarService service(bus);
+  QObject::connect(&service, &orvo::MenuBarService::changed, &service,
+                   [&] { guardian.keep(orvo::keptItems(service.menuBar().items())); });
   orvo::PanelReader panel(bus);
   orvo::StatusNotifierWatcher watcher(bus, service);
   orvo::MenuBarAgent agent(bus, service, watcher, panel);
   if (!agent.claimName()) return fail("another agent is running");
   if (!watcher.claimName()) return fail("the bus refuses the watcher's name");
-  return QCoreApplication::exec();
+  const int status = QCoreApplication::exec();
+  return bus.isConnected() ? status : fail("the session bus is gone");
 }

@@ -6,17 +6,10 @@
 
 namespace orvo {
 
-namespace {
-
-// Where the StatusNotifierItem protocol puts an item that names no path.
-constexpr std::string_view defaultPath = "/StatusNotifierItem";
-
-}  // namespace
-
 std::optional<Registration> parseRegistration(std::string_view text, std::string_view sender) {
   const auto slash = std::min(text.find('/'), text.size());
   const std::string_view name = slash == 0 ? sender : text.substr(0, slash);
-  const std::string_view path = slash == text.size() ? defaultPath : text.substr(slash);
+  const std::string_view path = slash == text.size() ? defaultItemPath : text.substr(slash);
   if (text.empty() || name.empty()) return std::nullopt;
   return Registration{std::string(name), std::string(path)};
 }

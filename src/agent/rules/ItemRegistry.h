@@ -11,6 +11,9 @@
 
 namespace orvo {
 
+// Where the StatusNotifierItem protocol puts an item that names no path.
+inline constexpr std::string_view defaultItemPath = "/StatusNotifierItem";
+
 struct TrayItem {
   std::string owner;  // unique bus name
   std::string path;
