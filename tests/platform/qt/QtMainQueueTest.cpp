@@ -22,6 +22,7 @@ TEST(QtMainQueueTest, PostsFromManyThreadsKeepEachThreadsOrder) {
   std::array<int, 4> next{};
   int misplaced = 0;
   std::vector<std::thread> threads;
+  threads.reserve(next.size());
   for (int& expected : next) {
     threads.emplace_back([&] {
       for (int post = 0; post < postCount; ++post) {

@@ -171,7 +171,8 @@ TEST(StatusSymbolsTest, PicturesAreBigEndianLightSymbolsOnNothing) {
   for (const auto& picture : symbolPixmaps("chevron.right")) {
     ASSERT_EQ(picture.bytes.size(), picture.width * picture.height * 4);
     EXPECT_EQ(picture.bytes.at(0), 0);
-    const auto tip = picture.bytes.mid((picture.height / 2 * picture.width + picture.width * 10 / 16) * 4, 4);
+    const qsizetype pixel = picture.height / 2 * picture.width + picture.width * 10 / 16;
+    const auto tip = picture.bytes.mid(pixel * 4, 4);
     EXPECT_EQ(tip, QByteArray(4, '\xFF')) << picture.width;
   }
 }

@@ -54,8 +54,8 @@ TEST(FolderBundleTest, TheBundleIsTheFolderThatWasLaunchedAndANameThatLiesIsNotB
 TEST(LinuxProcessInfoTest, TheSystemsNameIsOneShellWord) {
   const std::pair<const char*, const char*> cases[]{
       {"PRETTY_NAME=Plain", "Plain"},
-      {"PRETTY_NAME='Single \\ \"quoted\"'\n", "Single \\ \"quoted\""},
-      {"X=1\nPRETTY_NAME=\"Costs \\$5 \\\"now\\\"\"\n", "Costs $5 \"now\""},
+      {R"(PRETTY_NAME='Single \ "quoted"')", R"(Single \ "quoted")"},
+      {R"(PRETTY_NAME="Costs \$5 \"now\"")", R"(Costs $5 "now")"},
       {"#PRETTY_NAME=no\nX_PRETTY_NAME=no\n", ""},
   };
   for (const auto& [text, name] : cases) {
