@@ -542,11 +542,16 @@ class Desktop:
 
         self.icons[name] = wait(at_rest, limit, f"the picture of {name} alone being new")[0]
 
-    def icon_center(self, name):
-        x, y, width, height = self._tray_cached()
-        index = self.shown().index(name)
-        count = width // CELL
-        return x + (width - count * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
+    def icon_center(self, *names):
+        """Centre of the first icon with one of these names, once the panel shows one."""
+        def look():
+            index = next((at for at, name in enumerate(self.shown()) if name in names), None)
+            if index is None:
+                return None
+            x, y, width, height = self._tray_cached()
+            count = width // CELL
+            return x + (width - count * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
+        return wait(look, 5, f"an icon of {names}")
 
     def clock(self):
         """Frame of the panel's clock."""

@@ -137,8 +137,7 @@ class OrvoDesktop(Desktop):
 
     def arrow(self):
         """Centre of the arrow; its picture differs between the two states."""
-        name = wait(lambda: next((name for name in self.shown() if name in ("orvo", "orvo-hidden")), None), 5, "the arrow")
-        return self.icon_center(name)
+        return self.icon_center("orvo", "orvo-hidden")
 
     def click(self, place, button=1):
         """As slowly as a person: the panel drops some clicks that take no time or follow its own layout at once."""

@@ -23,7 +23,7 @@ class StatusControls(DesktopCase):
         return {identifier[len(PREFIX):]: frame for _, _, identifier, framed, frame in tree if framed}
 
     def expect_the_clock(self):
-        wait(lambda: set(self.controls()) == {"pulseaudio", "clock"}, what="the controls beside the tray")
+        wait(lambda: set(self.controls()) == {"xkb", "pulseaudio", "clock"}, what="the controls beside the tray")
         self.assertEqual(tuple(self.controls()["clock"]), tuple(self.desktop.clock()))
 
     def test_the_controls_beside_the_tray_are_told_with_their_places(self):
