@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
+#include <glib.h>
 #include <nlohmann/json.hpp>
 
 #include "platform/linux/AgentProtocol.h"
@@ -54,12 +56,21 @@ std::optional<Process> look(std::int32_t identifier, const fs::path& processes) 
   if (error) return std::nullopt;
   if (executable.ends_with(deleted)) executable.resize(executable.size() - deleted.size());
   std::string program = programOf(executable, readList(folder / "cmdline"));
+  program.erase(program.find_last_not_of('/') + 1);  // Python runs folders too
   if (program.empty()) program = executable;
   if (program.front() != '/') program = fs::read_symlink(folder / "cwd", error) / program;
   return Process{identifier, folder, std::move(executable), std::move(program)};
 }
 
-ApplicationIdentity describe(std::string identifier, const DesktopEntry* entry) {
+// File names may be any bytes; the bus and the stored choices carry UTF-8 only.
+std::string validText(const std::string& bytes) {
+  const std::unique_ptr<char, decltype(&g_free)> text(
+      g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())), g_free);
+  return text.get();
+}
+
+ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry) {
+  std::string identifier = validText(name);
   if (entry == nullptr) return {std::move(identifier), {}, {}, {}};
   return {std::move(identifier), entry->name, entry->path, entry->icon};
 }
