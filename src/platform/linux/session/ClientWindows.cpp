@@ -1,5 +1,6 @@
 #include "platform/linux/session/ClientWindows.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,9 @@ Owned<Reply> own(Reply* reply) {
 // In 32-bit units: more windows than any server hands out identifiers for.
 constexpr std::uint32_t listLimit = 1U << 20U;
 
+// Windows name one or two.
+constexpr std::uint32_t mostTypes = 16;
+
 xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
   auto iterator = xcb_setup_roots_iterator(xcb_get_setup(connection));
   for (; iterator.rem > 1 && number > 0; --number) xcb_screen_next(&iterator);
@@ -43,6 +47,8 @@ void ClientWindows::begin() {
   root_ = screen->root;
   clientList_ = atom("_NET_CLIENT_LIST");
   windowProcess_ = atom("_NET_WM_PID");
+  windowType_ = atom("_NET_WM_WINDOW_TYPE");
+  applicationTypes_ = {atom("_NET_WM_WINDOW_TYPE_NORMAL"), atom("_NET_WM_WINDOW_TYPE_DIALOG")};
   askServer_ = serverTellsProcesses();
   const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_change_window_attributes(connection_.get(), root_, XCB_CW_EVENT_MASK, &mask);
@@ -101,19 +107,36 @@ std::vector<xcb_window_t> ClientWindows::windowList() {
 
 // All questions go out before the first answer is awaited.
 void ClientWindows::reportOwners(const std::vector<xcb_window_t>& windows) {
-  std::vector<std::pair<xcb_get_property_cookie_t, unsigned int>> cookies;
+  struct Questions {
+    xcb_get_property_cookie_t type;
+    xcb_get_property_cookie_t claimed;
+    unsigned int connected;
+  };
+  std::vector<Questions> asked;
   for (const xcb_window_t window : windows) {
+    const auto type = xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, mostTypes);
     const auto claimed = xcb_get_property(connection_.get(), 0, window, windowProcess_, XCB_ATOM_CARDINAL, 0, 1);
     const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    cookies.emplace_back(claimed, askServer_ ? xcb_res_query_client_ids(connection_.get(), 1, &spec).sequence : 0U);
+    asked.push_back({type, claimed, askServer_ ? xcb_res_query_client_ids(connection_.get(), 1, &spec).sequence : 0U});
   }
-  for (const auto& [claimedCookie, connectedCookie] : cookies) {
-    const auto claimed = claimedProcess(claimedCookie);
-    const auto connected = askServer_ ? connectedProcess(connectedCookie) : std::nullopt;
+  for (const Questions& questions : asked) {
+    const bool ofApplication = isOfApplication(questions.type);
+    const auto claimed = claimedProcess(questions.claimed);
+    const auto connected = askServer_ ? connectedProcess(questions.connected) : std::nullopt;
+    if (!ofApplication) continue;
     // A sandboxed program claims the number that it has inside its sandbox.
     if (claimed && owner_(*claimed)) continue;
     if (connected) owner_(*connected);
   }
+}
+
+// One that names no type is an ordinary window.
+bool ClientWindows::isOfApplication(xcb_get_property_cookie_t cookie) {
+  const auto reply = own(xcb_get_property_reply(connection_.get(), cookie, nullptr));
+  if (!reply || reply->format != 32 || reply->value_len == 0) return true;
+  const auto* first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+  return std::any_of(first, first + reply->value_len,
+                     [this](xcb_atom_t type) { return applicationTypes_.contains(type); });
 }
 
 std::optional<std::int32_t> ClientWindows::claimedProcess(xcb_get_property_cookie_t cookie) {

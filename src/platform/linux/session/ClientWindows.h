@@ -1,6 +1,6 @@
-// Tells which processes own the client windows of the X screen, as windows come. Owned by
-// DesktopWorkspace; main thread. Uses an X connection of its own, so that it works beside whatever
-// windows Orvo itself has.
+// Tells which processes own the application windows of the X screen, as windows come. Panels, notification
+// bubbles and other furniture of the desktop are not told. Owned by DesktopWorkspace; main thread. Uses an X connection
+// of its own, so that it works beside whatever windows Orvo itself has.
 #pragma once
 
 #include <QObject>
@@ -45,6 +45,7 @@ class ClientWindows : public QObject {
   void readWindows();
   std::vector<xcb_window_t> windowList();
   void reportOwners(const std::vector<xcb_window_t>& windows);
+  bool isOfApplication(xcb_get_property_cookie_t cookie);
   std::optional<std::int32_t> claimedProcess(xcb_get_property_cookie_t cookie);
   std::optional<std::int32_t> connectedProcess(unsigned int cookie);
   void checkConnection();
@@ -55,6 +56,8 @@ class ClientWindows : public QObject {
   xcb_window_t root_ = XCB_NONE;
   xcb_atom_t clientList_ = XCB_NONE;
   xcb_atom_t windowProcess_ = XCB_NONE;
+  xcb_atom_t windowType_ = XCB_NONE;
+  std::set<xcb_atom_t> applicationTypes_;
   bool askServer_ = false;
   std::set<xcb_window_t> known_;
 };
