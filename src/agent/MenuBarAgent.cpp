@@ -27,8 +27,7 @@ MenuBarAgent::MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusN
     : bus_(std::move(bus)), service_(service), watcher_(watcher), panel_(panel) {
   registerAgentTypes();
   connect(&service_, &MenuBarService::itemArrived, this, &MenuBarAgent::ItemAdded);
-  connect(&service_, &MenuBarService::itemLeft, this, &MenuBarAgent::ItemRemoved);
-  connect(&watcher_, &StatusNotifierWatcher::nameHeldChanged, this, &MenuBarAgent::announceHeld);
+  connect(&watcher_, &StatusNotifierWatcher::nameHeld, this, &MenuBarAgent::announceHeld);
   bus_.registerObject(agent_protocol::path, this, QDBusConnection::ExportScriptableContents);
 }
 
@@ -75,14 +74,15 @@ QList<TreeElement> MenuBarAgent::tree(const std::vector<StatusControl>& controls
 QList<ItemRecord> MenuBarAgent::Items() const {
   QList<ItemRecord> records;
   for (const TrayItem& item : service_.menuBar().items())
-    records.append({QString::fromStdString(item.address()), static_cast<std::uint32_t>(item.processIdentifier)});
+    records.append({QString::fromStdString(item.address()), static_cast<std::uint32_t>(item.processIdentifier),
+                    QString::fromStdString(item.bundle)});
   return records;
 }
 
-void MenuBarAgent::announceHeld(bool held) {
+void MenuBarAgent::announceHeld() {
   auto signal = QDBusMessage::createSignal(agent_protocol::path, QStringLiteral("org.freedesktop.DBus.Properties"),
                                            QStringLiteral("PropertiesChanged"));
-  signal << agent_protocol::interface << QVariantMap{{QStringLiteral("WatcherHeld"), held}} << QStringList();
+  signal << agent_protocol::interface << QVariantMap{{QStringLiteral("WatcherHeld"), true}} << QStringList();
   bus_.send(signal);
 }
 

@@ -38,11 +38,10 @@ class MenuBarAgent : public QObject, protected QDBusContext {
   Q_SCRIPTABLE Q_SLOT QList<orvo::ItemRecord> Items() const;
 
  Q_SIGNALS:
-  Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier);
-  Q_SCRIPTABLE void ItemRemoved(const QString& address, uint processIdentifier);
+  Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
 
  private:
-  void announceHeld(bool held);
+  void announceHeld();
   QList<TreeElement> tree(const std::vector<StatusControl>& controls) const;
 
   QDBusConnection bus_;

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "agent/BusCall.h"
@@ -15,10 +14,9 @@ namespace {
 // The bus itself answers at once unless the machine is choking.
 constexpr std::chrono::seconds busLimit{25};
 
-std::optional<std::string> bundleOf(std::int32_t processIdentifier) {
+std::string bundleOf(std::int32_t processIdentifier) {
   auto identity = identifyProcess(processIdentifier);
-  if (!identity) return std::nullopt;
-  return std::move(identity->bundleIdentifier);
+  return identity ? std::move(identity->bundleIdentifier) : std::string();
 }
 
 bool isError(const QDBusMessage& answer) { return answer.type() != QDBusMessage::ReplyMessage; }
@@ -29,7 +27,7 @@ std::int32_t processIn(const QDBusMessage& answer) {
 
 }  // namespace
 
-MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)), menuBar_(bundleOf) {
+MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)) {
   names_.setConnection(bus_);
   names_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -49,11 +47,12 @@ void MenuBarService::registerItem(const QString& text, const QString& sender, st
        [process](const QDBusMessage& answer) { *process = processIn(answer); });
   send(bus_, aboutName(QStringLiteral("GetNameOwner"), name), busLimit, this,
        [=, this, done = std::move(done)](const QDBusMessage& answer) {
-         release(name);
+         answered(name);
          if (isError(answer)) {
-           names_.removeWatchedService(name);
+           unwatch(name);
          } else {
-           announce(menuBar_.add(*registration, answer.arguments().value(0).toString().toStdString(), *process));
+           const std::string owner = answer.arguments().value(0).toString().toStdString();
+           add({owner, registration->path, *process, {registration->name}, bundleOf(*process)});
          }
          done();
        });
@@ -67,8 +66,8 @@ void MenuBarService::activate(const QString& requester, const QStringList& allow
   // Whoever left before we watched is told of by nobody: ask first.
   send(bus_, aboutName(QStringLiteral("GetNameOwner"), requester), busLimit, this,
        [=, this, allowed = std::move(allowed), done = std::move(done)](const QDBusMessage& answer) {
-         release(requester);
-         if (isError(answer)) return names_.removeWatchedService(requester), void();
+         answered(requester);
+         if (isError(answer)) return unwatch(requester);
          const auto [assertion, change] = menuBar_.activate(requester.toStdString(), allowed);
          announce(change);
          done(assertion);
@@ -81,32 +80,37 @@ bool MenuBarService::invalidate(std::uint32_t assertion, const QString& requeste
   return change.has_value();
 }
 
-void MenuBarService::reset() {
-  names_.setWatchedServices({});
-  announce(menuBar_.reset());
-}
-
 // The watch goes out before the questions, so that no loss falls between them.
 void MenuBarService::watch(const QString& name) {
   names_.addWatchedService(name);
   asking_.insert(name);
 }
 
-void MenuBarService::release(const QString& name) {
+void MenuBarService::answered(const QString& name) {
   if (const auto found = asking_.find(name); found != asking_.end()) asking_.erase(found);
 }
 
-void MenuBarService::nameLost(const QString& name) {
+// A later question about the same name relies on the same watch.
+void MenuBarService::unwatch(const QString& name) {
   if (!asking_.contains(name)) names_.removeWatchedService(name);
+}
+
+void MenuBarService::nameLost(const QString& name) {
+  unwatch(name);
   announce(menuBar_.nameLost(name.toStdString()));
 }
 
+void MenuBarService::add(TrayItem item) {
+  const auto change = menuBar_.add(item);
+  if (!change) return Q_EMIT changed();
+  announce(*change);
+  Q_EMIT itemArrived(QString::fromStdString(item.address()), static_cast<std::uint32_t>(item.processIdentifier),
+                     QString::fromStdString(item.bundle));
+}
+
 void MenuBarService::announce(const MenuBarChange& change) {
-  const auto process = [](const TrayItem& item) { return static_cast<std::uint32_t>(item.processIdentifier); };
   for (const std::string& address : change.hidden) Q_EMIT itemHidden(QString::fromStdString(address));
   for (const std::string& address : change.shown) Q_EMIT itemShown(QString::fromStdString(address));
-  for (const TrayItem& item : change.left) Q_EMIT itemLeft(QString::fromStdString(item.address()), process(item));
-  for (const TrayItem& item : change.arrived) Q_EMIT itemArrived(QString::fromStdString(item.address()), process(item));
   Q_EMIT changed();
 }
 

@@ -37,19 +37,17 @@ class MenuBarService : public QObject {
   // False when the requester has no such assertion.
   bool invalidate(std::uint32_t assertion, const QString& requester);
 
-  // The watcher name went to another program, whom the items will register with.
-  void reset();
-
  Q_SIGNALS:
   void itemShown(const QString& address);
   void itemHidden(const QString& address);
-  void itemArrived(const QString& address, uint processIdentifier);
-  void itemLeft(const QString& address, uint processIdentifier);
+  void itemArrived(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
   void changed();  // after the others, and for a further name of an item alone
 
  private:
   void watch(const QString& name);
-  void release(const QString& name);
+  void answered(const QString& name);
+  void unwatch(const QString& name);
+  void add(TrayItem item);
   void nameLost(const QString& name);
   void announce(const MenuBarChange& change);
 

@@ -19,25 +19,21 @@ StatusNotifierWatcher::StatusNotifierWatcher(QDBusConnection bus, MenuBarService
 
 bool StatusNotifierWatcher::claimName() {
   connect(bus_.interface(), &QDBusConnectionInterface::serviceRegistered, this, [this](const QString& name) {
-    if (name == watcherName) setHeld(true);
-  });
-  connect(bus_.interface(), &QDBusConnectionInterface::serviceUnregistered, this, [this](const QString& name) {
-    if (name == watcherName) setHeld(false);
+    if (name == watcherName) takeName();
   });
   const QDBusConnectionInterface::RegisterServiceReply answer = bus_.interface()->registerService(
       watcherName, QDBusConnectionInterface::QueueService, QDBusConnectionInterface::DontAllowReplacement);
   if (answer == QDBusConnectionInterface::ServiceNotRegistered) return false;
-  if (answer == QDBusConnectionInterface::ServiceRegistered) setHeld(true);
+  if (answer == QDBusConnectionInterface::ServiceRegistered) takeName();
   if (!held_) std::fprintf(stderr, "orvo-agent: another program holds %s; waiting for it\n", watcherName);
   return true;
 }
 
-void StatusNotifierWatcher::setHeld(bool held) {
-  if (held == held_) return;
-  held_ = held;
-  std::fprintf(stderr, held ? "orvo-agent: holds %s\n" : "orvo-agent: lost %s; every icon is visible\n", watcherName);
-  if (!held) service_.reset();
-  Q_EMIT nameHeldChanged(held);
+// Nobody can take the name away again: it allows no replacement.
+void StatusNotifierWatcher::takeName() {
+  if (std::exchange(held_, true)) return;
+  std::fprintf(stderr, "orvo-agent: holds %s\n", watcherName);
+  Q_EMIT nameHeld();
 }
 
 QStringList StatusNotifierWatcher::shownItems() const {

@@ -44,10 +44,10 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
   Q_SCRIPTABLE void StatusNotifierHostRegistered();
   Q_SCRIPTABLE void StatusNotifierHostUnregistered();
 
-  void nameHeldChanged(bool held);
+  void nameHeld();
 
  private:
-  void setHeld(bool held);
+  void takeName();
 
   QDBusConnection bus_;
   MenuBarService& service_;

@@ -26,14 +26,14 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, TreeElement& elem
 
 QDBusArgument& operator<<(QDBusArgument& argument, const ItemRecord& item) {
   argument.beginStructure();
-  argument << item.address << item.processIdentifier;
+  argument << item.address << item.processIdentifier << item.bundleIdentifier;
   argument.endStructure();
   return argument;
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, ItemRecord& item) {
   argument.beginStructure();
-  argument >> item.address >> item.processIdentifier;
+  argument >> item.address >> item.processIdentifier >> item.bundleIdentifier;
   argument.endStructure();
   return argument;
 }

@@ -21,10 +21,11 @@ struct TreeElement {
   Rect frame;
 };
 
-// (su)
+// (sus)
 struct ItemRecord {
   QString address;
   std::uint32_t processIdentifier = 0;
+  QString bundleIdentifier;
 };
 
 QDBusArgument& operator<<(QDBusArgument& argument, const TreeElement& element);

@@ -21,9 +21,10 @@ void Concealment::requesterLost(const std::string& requester) {
   std::erase_if(requests_, [&](const auto& request) { return request.second.requester == requester; });
 }
 
-bool Concealment::shows(const std::optional<std::string>& bundle) const {
-  return !bundle || std::all_of(requests_.begin(), requests_.end(),
-                                [&](const auto& request) { return request.second.allowedBundles.contains(*bundle); });
+bool Concealment::shows(const std::string& bundle) const {
+  return bundle.empty() || std::all_of(requests_.begin(), requests_.end(), [&](const auto& request) {
+           return request.second.allowedBundles.contains(bundle);
+         });
 }
 
 }  // namespace orvo

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 
@@ -18,13 +17,10 @@ class Concealment {
   bool invalidate(std::uint32_t assertion, const std::string& requester);
 
   void requesterLost(const std::string& requester);
-  void clear() { requests_.clear(); }
 
-  bool isActive() const { return !requests_.empty(); }
-
-  // With several requests an item shows only if each allows its owner. An owner that cannot be told
-  // is not one that the person chose to hide.
-  bool shows(const std::optional<std::string>& bundle) const;
+  // With several requests an item shows only if each allows its owner. An owner that cannot be told,
+  // an empty one, is not one that the person chose to hide.
+  bool shows(const std::string& bundle) const;
 
  private:
   struct Request {

@@ -14,17 +14,16 @@ std::optional<Registration> parseRegistration(std::string_view text, std::string
   return Registration{std::string(name), std::string(path)};
 }
 
-const TrayItem* ItemRegistry::add(const Registration& registration, const std::string& owner,
-                                  std::int32_t processIdentifier) {
-  const auto known = std::find_if(items_.begin(), items_.end(), [&](const TrayItem& item) {
-    return item.owner == owner && item.path == registration.path;
+bool ItemRegistry::add(TrayItem item) {
+  const auto known = std::find_if(items_.begin(), items_.end(), [&](const TrayItem& each) {
+    return each.owner == item.owner && each.path == item.path;
   });
   if (known != items_.end()) {
-    known->names.insert(registration.name);
-    return nullptr;
+    known->names.merge(item.names);
+    return false;
   }
-  items_.push_back({owner, registration.path, processIdentifier, {registration.name}});
-  return &items_.back();
+  items_.push_back(std::move(item));
+  return true;
 }
 
 std::vector<TrayItem> ItemRegistry::nameLost(const std::string& name) {
@@ -35,7 +34,5 @@ std::vector<TrayItem> ItemRegistry::nameLost(const std::string& name) {
   items_.erase(gone, items_.end());
   return lost;
 }
-
-std::vector<TrayItem> ItemRegistry::clear() { return std::exchange(items_, {}); }
 
 }  // namespace orvo

@@ -19,6 +19,7 @@ struct TrayItem {
   std::string path;
   std::int32_t processIdentifier = 0;  // 0 where the bus does not know
   std::set<std::string> names;         // the names it registered under and has not lost
+  std::string bundle{};                // the owner's application as it was told at first; empty for unknown
 
   // As panels are told it. The unique name stays right whichever of its names an item gives up.
   std::string address() const { return owner + path; }
@@ -35,13 +36,11 @@ std::optional<Registration> parseRegistration(std::string_view text, std::string
 
 class ItemRegistry {
  public:
-  // Null when the item was registered already, under whichever name. Valid until the next change.
-  const TrayItem* add(const Registration& registration, const std::string& owner, std::int32_t processIdentifier);
+  // False when the item was registered already, under whichever name.
+  bool add(TrayItem item);
 
   // Forgets the name; returns the items that went with it. The owner's unique name takes all of its items.
   std::vector<TrayItem> nameLost(const std::string& name);
-
-  std::vector<TrayItem> clear();
 
   const std::vector<TrayItem>& items() const { return items_; }
 

@@ -6,22 +6,16 @@
 
 namespace orvo {
 
-MenuBarChange MenuBar::add(const Registration& registration, const std::string& owner, std::int32_t processIdentifier) {
+std::optional<MenuBarChange> MenuBar::add(TrayItem item) {
+  if (!registry_.add(std::move(item))) return std::nullopt;
   MenuBarChange change;
-  const TrayItem* item = registry_.add(registration, owner, processIdentifier);
-  if (item == nullptr) return change;
-  change.arrived.push_back(*item);
-  if (isAllowed(*item)) {
-    announced_.insert(item->address());
-    change.shown.push_back(item->address());
-  }
+  announce(change);
   return change;
 }
 
 MenuBarChange MenuBar::nameLost(const std::string& name) {
   MenuBarChange change;
-  change.left = registry_.nameLost(name);
-  for (const TrayItem& item : change.left)
+  for (const TrayItem& item : registry_.nameLost(name))
     if (announced_.erase(item.address()) > 0) change.hidden.push_back(item.address());
   concealment_.requesterLost(name);
   announce(change);
@@ -41,14 +35,6 @@ std::optional<MenuBarChange> MenuBar::invalidate(std::uint32_t assertion, const 
   return change;
 }
 
-MenuBarChange MenuBar::reset() {
-  concealment_.clear();
-  announced_.clear();
-  MenuBarChange change;
-  change.left = registry_.clear();
-  return change;
-}
-
 std::vector<TrayItem> MenuBar::shownItems() const {
   std::vector<TrayItem> shown;
   std::copy_if(items().begin(), items().end(), std::back_inserter(shown),
@@ -56,14 +42,9 @@ std::vector<TrayItem> MenuBar::shownItems() const {
   return shown;
 }
 
-bool MenuBar::isAllowed(const TrayItem& item) const {
-  return !concealment_.isActive() || item.processIdentifier == 0 ||
-         concealment_.shows(identify_(item.processIdentifier));
-}
-
 void MenuBar::announce(MenuBarChange& change) {
   for (const TrayItem& item : items()) {
-    const bool allowed = isAllowed(item);
+    const bool allowed = concealment_.shows(item.bundle);
     if (allowed && announced_.insert(item.address()).second) change.shown.push_back(item.address());
     if (!allowed && announced_.erase(item.address()) > 0) change.hidden.push_back(item.address());
   }

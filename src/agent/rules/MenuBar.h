@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,23 +14,16 @@
 
 namespace orvo {
 
-// Both in the order of registration.
+// Addresses to announce to the panel, in the order of registration.
 struct MenuBarChange {
-  std::vector<TrayItem> arrived;  // registered, whether they show or not
-  std::vector<TrayItem> left;
-  std::vector<std::string> hidden;  // addresses to announce to the panel
+  std::vector<std::string> hidden;
   std::vector<std::string> shown;
 };
 
 class MenuBar {
  public:
-  // Says which application a process belongs to, absent where that cannot be told. Asked only while a
-  // request is in force.
-  using Identify = std::function<std::optional<std::string>(std::int32_t processIdentifier)>;
-
-  explicit MenuBar(Identify identify) : identify_(std::move(identify)) {}
-
-  MenuBarChange add(const Registration& registration, const std::string& owner, std::int32_t processIdentifier);
+  // Absent when the item was there already.
+  std::optional<MenuBarChange> add(TrayItem item);
 
   // A bus name has no owner any more: its items leave, and its requests end.
   MenuBarChange nameLost(const std::string& name);
@@ -45,17 +37,12 @@ class MenuBar {
   // Absent when the requester has no such request.
   std::optional<MenuBarChange> invalidate(std::uint32_t assertion, const std::string& requester);
 
-  // The panel no longer listens to us: every item and request is forgotten. Nothing is announced to it.
-  MenuBarChange reset();
-
   const std::vector<TrayItem>& items() const { return registry_.items(); }
   std::vector<TrayItem> shownItems() const;
 
  private:
-  bool isAllowed(const TrayItem& item) const;
   void announce(MenuBarChange& change);
 
-  Identify identify_;
   ItemRegistry registry_;
   Concealment concealment_;
   std::set<std::string> announced_;  // addresses that the panel knows

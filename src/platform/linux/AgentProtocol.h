@@ -11,9 +11,10 @@
 //       index of the parent (-1 for the root), process identifier, identifier (empty for none),
 //       whether there is a frame, and the frame in global screen coordinates. Answers within 0.2 s
 //       whatever the panel does
-//   Items() -> a(su)                      every registered item, concealed or not: its address and
-//       its process identifier (0 where unknown)
-//   signals ItemAdded(s, u), ItemRemoved(s, u)  of registered items, concealed or not
+//   Items() -> a(sus)                     every registered item, concealed or not: its address, its
+//       process identifier (0 where unknown) and the bundle identifier by which the agent allows or
+//       conceals it (empty where unknown: never concealed)
+//   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has
 #pragma once
 
 namespace orvo::agent_protocol {

@@ -39,6 +39,8 @@ class ApplicationRegistry::Watch {
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, &context, std::move(action));
   }
 
+  void disregard() { notifier_->setEnabled(false); }
+
  private:
   int descriptor_;
   std::unique_ptr<QSocketNotifier> notifier_;
@@ -47,9 +49,9 @@ class ApplicationRegistry::Watch {
 ApplicationRegistry::ApplicationRegistry() = default;
 ApplicationRegistry::~ApplicationRegistry() = default;
 
-bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::optional<std::string>& bundleIdentifier) {
+bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   if (processIdentifier < 1) return false;
-  if (watches_.contains(processIdentifier)) return true;
+  if (isWatched(processIdentifier)) return rename(processIdentifier, bundleIdentifier), true;
   auto watch = std::make_unique<Watch>(processIdentifier);
   const auto described = watch->opened() ? describeProcess(processIdentifier, bundleIdentifier) : std::nullopt;
   // Still running now: so what was described is the process that is watched, not a later one.
@@ -65,10 +67,27 @@ bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::optiona
   return true;
 }
 
+// One that has exited counts no more, even before its end was heard of: the number may be another's by now.
+bool ApplicationRegistry::isWatched(std::int32_t processIdentifier) {
+  const auto known = watches_.find(processIdentifier);
+  if (known == watches_.end()) return false;
+  if (!known->second->hasExited()) return true;
+  exited(processIdentifier);
+  return false;
+}
+
+void ApplicationRegistry::rename(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
+  if (bundleIdentifier.empty() || processIdentifier == ::getpid()) return;
+  const std::lock_guard lock(mutex_);
+  for (RunningApplication& known : applications_)
+    if (known.processIdentifier == processIdentifier) known.bundleIdentifier = bundleIdentifier;
+}
+
 void ApplicationRegistry::exited(std::int32_t processIdentifier) {
   const auto watch = watches_.extract(processIdentifier);
   if (watch.empty()) return;
-  // The notifier that is calling goes once this call is over.
+  watch.mapped()->disregard();
+  // The notifier that may be calling goes once this call is over.
   QMetaObject::invokeMethod(
       this, [spent = std::shared_ptr<Watch>(std::move(watch.mapped()))] {}, Qt::QueuedConnection);
   {
@@ -91,11 +110,10 @@ std::optional<RunningApplication> ApplicationRegistry::application(std::int32_t 
   return *found;
 }
 
-std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier,
-                                                  const std::optional<std::string>& bundleIdentifier) {
+std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   const auto identity = identifyProcess(processIdentifier);
   if (!identity) return std::nullopt;
-  return RunningApplication{bundleIdentifier.value_or(identity->bundleIdentifier), processIdentifier,
+  return RunningApplication{bundleIdentifier.empty() ? identity->bundleIdentifier : bundleIdentifier, processIdentifier,
                             identity->localizedName, bundlePathOfProcess(processIdentifier)};
 }
 

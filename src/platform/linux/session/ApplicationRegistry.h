@@ -25,9 +25,10 @@ class ApplicationRegistry : public QObject {
   ApplicationRegistry& operator=(const ApplicationRegistry&) = delete;
   ~ApplicationRegistry() override;
 
-  // False when there is no such process or nobody can say what it is. `bundleIdentifier` overrules
-  // what the process itself looks like.
-  bool add(std::int32_t processIdentifier, const std::optional<std::string>& bundleIdentifier = {});
+  // False when there is no such process or nobody can say what it is. A `bundleIdentifier` overrules
+  // what the process itself looks like, for one added before as well, but never for this process; an
+  // empty one says nothing.
+  bool add(std::int32_t processIdentifier, const std::string& bundleIdentifier = {});
 
   // In the order of their adding; any thread.
   std::vector<RunningApplication> applications() const;
@@ -40,6 +41,8 @@ class ApplicationRegistry : public QObject {
  private:
   class Watch;
 
+  bool isWatched(std::int32_t processIdentifier);
+  void rename(std::int32_t processIdentifier, const std::string& bundleIdentifier);
   void exited(std::int32_t processIdentifier);
 
   std::unordered_map<std::int32_t, std::unique_ptr<Watch>> watches_;
@@ -48,7 +51,6 @@ class ApplicationRegistry : public QObject {
 };
 
 // Absent when there is no such process or nobody can say what it is. Any thread.
-std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier,
-                                                  const std::optional<std::string>& bundleIdentifier);
+std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier);
 
 }  // namespace orvo

@@ -22,10 +22,10 @@ constexpr std::chrono::milliseconds busAnswerLimit{1000};
 DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier, const QDBusConnection& bus)
     : bus_(bus),
       trayOwners_(bus, {[this](std::int32_t process) { registry_.add(process, agent_protocol::hostBundleIdentifier); },
-                        [this](std::int32_t process) { registry_.add(process); }}),
+                        [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
       clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
       opener_(bus) {
-  registry_.add(static_cast<std::int32_t>(QCoreApplication::applicationPid()), ownBundleIdentifier);
+  registry_.add(static_cast<std::int32_t>(QCoreApplication::applicationPid()), ownBundleIdentifier.value_or(""));
 }
 
 std::vector<RunningApplication> DesktopWorkspace::runningApplications() const { return registry_.applications(); }

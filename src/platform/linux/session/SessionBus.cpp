@@ -32,7 +32,7 @@ std::optional<std::int32_t> processAnswer(const QDBusMessage& reply) {
 }
 
 std::vector<TrayItem> itemsAnswer(const QDBusMessage& reply) {
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(su)")) return {};
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(sus)")) return {};
   std::vector<TrayItem> items;
   const auto list = reply.arguments().constFirst().value<QDBusArgument>();
   list.beginArray();
@@ -40,7 +40,7 @@ std::vector<TrayItem> itemsAnswer(const QDBusMessage& reply) {
     TrayItem item;
     quint32 process = 0;
     list.beginStructure();
-    list >> item.address >> process;
+    list >> item.address >> process >> item.bundle;
     list.endStructure();
     item.process = static_cast<std::int32_t>(process);
     items.push_back(std::move(item));

@@ -22,6 +22,7 @@ inline constexpr const char* propertiesInterface = "org.freedesktop.DBus.Propert
 struct TrayItem {
   QString address;
   std::int32_t process = 0;
+  QString bundle;  // as the agent names it; empty where unknown
 };
 
 inline QString latin(const char* text) { return QString::fromLatin1(text); }

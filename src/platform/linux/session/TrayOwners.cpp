@@ -51,7 +51,7 @@ void TrayOwners::begin() {
 void TrayOwners::subscribe() {
   const QString agent = latin(agent_protocol::service);
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("ItemAdded"), this,
-               SLOT(itemAdded(QString, quint32)));
+               SLOT(itemAdded(QString, quint32, QString)));
   bus_.connect(latin(watcherName), latin(watcherPath), latin(watcherName),
                QStringLiteral("StatusNotifierItemRegistered"), this, SLOT(itemRegistered(QString)));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
@@ -66,13 +66,14 @@ void TrayOwners::subscribe() {
           });
 }
 
-void TrayOwners::itemAdded(const QString&, quint32 processIdentifier) {
-  found_.owner(static_cast<std::int32_t>(processIdentifier));
+void TrayOwners::itemAdded(const QString&, quint32 processIdentifier, const QString& bundleIdentifier) {
+  found_.owner(static_cast<std::int32_t>(processIdentifier), bundleIdentifier.toStdString());
 }
 
 // While there is an agent the tray only repeats what the agent has said.
 void TrayOwners::itemRegistered(const QString& address) {
-  if (!agentThere_) askProcess(session_bus::splitItemAddress(address).first, found_.owner);
+  if (agentThere_) return;
+  askProcess(session_bus::splitItemAddress(address).first, [this](std::int32_t process) { found_.owner(process, {}); });
 }
 
 void TrayOwners::agentChanged(const QString& newOwner) {
@@ -99,7 +100,7 @@ void TrayOwners::askProcess(const QString& busName, const std::function<void(std
 }
 
 void TrayOwners::takeItems(const QDBusMessage& reply) {
-  for (const auto& item : session_bus::itemsAnswer(reply)) found_.owner(item.process);
+  for (const auto& item : session_bus::itemsAnswer(reply)) found_.owner(item.process, item.bundle.toStdString());
 }
 
 void TrayOwners::takeAddresses(const QDBusMessage& reply) {

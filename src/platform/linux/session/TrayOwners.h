@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace orvo {
 
@@ -18,7 +19,8 @@ class TrayOwners : public QObject {
  public:
   struct Found {
     std::function<void(std::int32_t processIdentifier)> agent;
-    std::function<void(std::int32_t processIdentifier)> owner;
+    // The agent's word on whose item it is; empty without one.
+    std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
 
   // How long begin() may wait for one answer.
@@ -31,7 +33,7 @@ class TrayOwners : public QObject {
   void begin();
 
  private:
-  Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier);
+  Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier, const QString& bundleIdentifier);
   Q_SLOT void itemRegistered(const QString& address);
 
   void subscribe();

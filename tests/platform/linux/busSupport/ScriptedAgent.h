@@ -36,6 +36,7 @@ struct TreeRow {
 struct ItemRow {
   QString address;
   quint32 process = 0;
+  QString bundle = {};
 };
 
 inline QDBusArgument& operator<<(QDBusArgument& out, const TreeRow& row) {
@@ -50,7 +51,7 @@ inline QDBusArgument& operator<<(QDBusArgument& out, const TreeRow& row) {
 inline const QDBusArgument& operator>>(const QDBusArgument& in, TreeRow&) { return in; }
 inline QDBusArgument& operator<<(QDBusArgument& out, const ItemRow& row) {
   out.beginStructure();
-  out << row.address << row.process;
+  out << row.address << row.process << row.bundle;
   out.endStructure();
   return out;
 }
@@ -130,7 +131,7 @@ class ScriptedAgent : public QDBusVirtualObject {
       auto signal =
           QDBusMessage::createSignal(QString::fromLatin1(agent_protocol::path),
                                      QString::fromLatin1(agent_protocol::interface), QStringLiteral("ItemAdded"));
-      signal << item.address << item.process;
+      signal << item.address << item.process << item.bundle;
       QDBusConnection(name_).send(signal);
     });
   }

@@ -64,11 +64,11 @@ class Screen {
     server_.waitForFinished();
   }
 
-  xcb_window_t addWindow(int claimedProcess) {
+  void addWindow(int claimedProcess, const char* type = nullptr) {
     const xcb_window_t window = createWindow(connection_, root_);
     claim(window, claimedProcess);
+    if (type != nullptr) set(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom(type)});
     show(window);
-    return window;
   }
 
   void claim(xcb_window_t window, int process) {
@@ -89,11 +89,14 @@ class Screen {
 
  private:
   void set(xcb_window_t window, const char* name, xcb_atom_t type, const std::vector<std::uint32_t>& values) {
-    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    auto* atom = xcb_intern_atom_reply(connection_, cookie, nullptr);
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom->atom, type, 32,
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(name), type, 32,
                         static_cast<std::uint32_t>(values.size()), values.data());
-    std::free(atom);
+  }
+  xcb_atom_t atom(const char* name) {
+    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection_, cookie, nullptr), std::free);
+    return reply->atom;
   }
   void xcb_aux_sync() { std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
 
@@ -162,6 +165,58 @@ TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountU
   EXPECT_TRUE(runUntil([&] { return follower.exits == 1; }));
   EXPECT_FALSE(runs(workspace, ended));
   EXPECT_EQ(workspace.runningApplications().size(), 4U);
+}
+
+TEST_F(DesktopWorkspaceTest, TheFurnitureOfTheDesktopIsNoApplication) {
+  Screen screen;
+  ScriptedAgent agent(session().address());
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  const auto furniture = sleeper();
+  const auto dialog = sleeper();
+  for (const char* type : {"DOCK", "DESKTOP", "NOTIFICATION", "SPLASH", "UTILITY"})
+    screen.addWindow(furniture->pid(), (std::string("_NET_WM_WINDOW_TYPE_") + type).c_str());
+  screen.addWindow(dialog->pid(), "_NET_WM_WINDOW_TYPE_DIALOG");
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, dialog->pid()); }));
+  EXPECT_FALSE(runs(workspace, furniture->pid()));
+  EXPECT_EQ(follower.launches, 1);
+  screen.addWindow(furniture->pid(), "_NET_WM_WINDOW_TYPE_NORMAL");
+  EXPECT_TRUE(runUntil([&] { return runs(workspace, furniture->pid()); }));
+}
+
+// What the agent conceals by has to be what Orvo allows.
+TEST_F(DesktopWorkspaceTest, TheAgentsWordOnWhoseItemItIsHoldsForAKnownProgramToo) {
+  Screen screen;
+  ScriptedAgent agent(session().address());
+  const auto first = sleeper();
+  const auto second = sleeper();
+  agent.setItems({{":1.1", static_cast<quint32>(first->pid()), "org.example.First"}});
+  screen.addWindow(second->pid());
+  DesktopWorkspace workspace(std::nullopt);
+  Follower follower(workspace);
+  EXPECT_EQ(workspace.runningApplication(first->pid())->bundleIdentifier, "org.example.First");
+  EXPECT_EQ(workspace.runningApplication(second->pid())->bundleIdentifier, "sleep");
+  agent.addItem({":1.2", static_cast<quint32>(second->pid()), "org.example.Second"});
+  EXPECT_TRUE(
+      runUntil([&] { return workspace.runningApplication(second->pid())->bundleIdentifier == "org.example.Second"; }));
+  EXPECT_EQ(follower.launches, 0);
+}
+
+TEST_F(DesktopWorkspaceTest, ANumberWhoseProcessHasEndedIsNotTakenForItBeforeTheEndIsHeardOf) {
+  ApplicationRegistry registry;
+  int ends = 0;
+  QObject::connect(&registry, &ApplicationRegistry::terminated, [&] { ++ends; });
+  const pid_t child = ::fork();
+  if (child == 0)
+    for (;;) ::pause();
+  EXPECT_TRUE(registry.add(child));
+  ::kill(child, SIGKILL);
+  siginfo_t zombie;
+  ::waitid(P_PID, static_cast<id_t>(child), &zombie, WEXITED | WNOWAIT);
+  EXPECT_FALSE(registry.add(child));
+  ::waitpid(child, nullptr, 0);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(ends, 1);
 }
 
 TEST_F(DesktopWorkspaceTest, AWindowThatClaimsNoProcessOrOneThatIsNotThereBelongsToTheOneThatIsConnected) {
