@@ -1,5 +1,5 @@
 // Tells which processes own tray items, as items come, and which process the agent is. Owned by
-// DesktopWorkspace; main thread. Asks the agent, or the tray's own list where there is no agent.
+// DesktopWorkspace; main thread. Without the agent, nothing can be hidden and no owner matters.
 #pragma once
 
 #include <QDBusConnection>
@@ -19,7 +19,7 @@ class TrayOwners : public QObject {
  public:
   struct Found {
     std::function<void(std::int32_t processIdentifier)> agent;
-    // The agent's word on whose item it is; empty without one.
+    // With the agent's word on whose item it is; empty for none.
     std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
 
@@ -34,19 +34,14 @@ class TrayOwners : public QObject {
 
  private:
   Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier, const QString& bundleIdentifier);
-  Q_SLOT void itemRegistered(const QString& address);
 
   void subscribe();
-  void agentChanged(const QString& newOwner);
-  void askAgent();
-  void askWatcher();
-  void askProcess(const QString& busName, const std::function<void(std::int32_t)>& answer);
+  void agentStarted(const QString& name);
+  void askItems();
   void takeItems(const QDBusMessage& reply);
-  void takeAddresses(const QDBusMessage& reply);
 
   QDBusConnection bus_;
   Found found_;
-  bool agentThere_ = false;
 };
 
 }  // namespace orvo
