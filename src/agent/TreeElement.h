@@ -18,7 +18,7 @@ struct TreeElement {
   std::int32_t processIdentifier = 0;
   QString identifier;
   bool hasFrame = false;
-  Rect frame;
+  Rect frame = {};
 };
 
 // (sus)

@@ -2,65 +2,22 @@
 // may block while it is silent. Any thread.
 #pragma once
 
+#include "agent/TreeElement.h"
 #include "platform/linux/AgentProtocol.h"
 
-#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QDBusMetaType>
 #include <QDBusVirtualObject>
 #include <QThread>
 
 #include <algorithm>
 #include <atomic>
 #include <functional>
-#include <map>
-#include <mutex>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-namespace orvo::test {
-
-struct TreeRow {
-  int parent = -1;
-  int process = 0;
-  QString identifier;
-  bool hasFrame = false;
-  double frame[4] = {0, 0, 0, 0};
-};
-
-struct ItemRow {
-  QString address;
-  quint32 process = 0;
-  QString bundle = {};
-};
-
-inline QDBusArgument& operator<<(QDBusArgument& out, const TreeRow& row) {
-  out.beginStructure();
-  out << row.parent << row.process << row.identifier << row.hasFrame;
-  out.beginStructure();
-  for (const double number : row.frame) out << number;
-  out.endStructure();
-  out.endStructure();
-  return out;
-}
-inline const QDBusArgument& operator>>(const QDBusArgument& in, TreeRow&) { return in; }
-inline QDBusArgument& operator<<(QDBusArgument& out, const ItemRow& row) {
-  out.beginStructure();
-  out << row.address << row.process << row.bundle;
-  out.endStructure();
-  return out;
-}
-inline const QDBusArgument& operator>>(const QDBusArgument& in, ItemRow&) { return in; }
-
-}  // namespace orvo::test
-
-Q_DECLARE_METATYPE(orvo::test::TreeRow)
-Q_DECLARE_METATYPE(orvo::test::ItemRow)
 
 namespace orvo::test {
 
@@ -69,18 +26,15 @@ class ScriptedAgent : public QDBusVirtualObject {
   enum class Mood { answers, silent, refuses };
 
   explicit ScriptedAgent(const QString& busAddress, Mood mood = Mood::answers) : mood_(mood) {
-    qDBusRegisterMetaType<TreeRow>();
-    qDBusRegisterMetaType<QList<TreeRow>>();
-    qDBusRegisterMetaType<ItemRow>();
-    qDBusRegisterMetaType<QList<ItemRow>>();
+    registerAgentTypes();
     static std::atomic<int> last = 0;
     name_ = QStringLiteral("scripted-agent-%1").arg(++last);
     moveToThread(&thread_);
     thread_.start();
     onThread([&] {
       auto bus = QDBusConnection::connectToBus(busAddress, name_);
-      bus.registerVirtualObject(QString::fromLatin1(agent_protocol::path), this);
-      bus.interface()->registerService(QString::fromLatin1(agent_protocol::service));
+      bus.registerVirtualObject(agent_protocol::path, this);
+      bus.interface()->registerService(agent_protocol::service);
     });
   }
   ScriptedAgent(const ScriptedAgent&) = delete;
@@ -94,11 +48,6 @@ class ScriptedAgent : public QDBusVirtualObject {
   void vanish() {
     onThread([&] { QDBusConnection::disconnectFromBus(name_); });
   }
-
-  void setMood(Mood mood) {
-    onThread([&] { mood_ = mood; });
-  }
-
   // Answers what it has kept silent about, in order.
   void catchUp() {
     onThread([&] {
@@ -106,37 +55,22 @@ class ScriptedAgent : public QDBusVirtualObject {
       for (const QDBusMessage& message : std::exchange(unanswered_, {})) answer(message);
     });
   }
-
   void setHeld(bool held) {
-    onThread([&] {
-      held_ = held;
-      auto signal = QDBusMessage::createSignal(QString::fromLatin1(agent_protocol::path),
-                                               QStringLiteral("org.freedesktop.DBus.Properties"),
-                                               QStringLiteral("PropertiesChanged"));
-      signal << QString::fromLatin1(agent_protocol::interface) << QVariantMap{{QStringLiteral("WatcherHeld"), held}}
-             << QStringList();
-      QDBusConnection(name_).send(signal);
-    });
+    onThread([&] { held_ = held; });
+    emitSignal("org.freedesktop.DBus.Properties", "PropertiesChanged",
+               {agent_protocol::interface, QVariantMap{{QStringLiteral("WatcherHeld"), held}}, QStringList()});
   }
-
-  void setTree(const QList<TreeRow>& tree) {
+  void setTree(const QList<TreeElement>& tree) {
     onThread([&] { tree_ = tree; });
   }
-  void setItems(const QList<ItemRow>& items) {
+  void setItems(const QList<ItemRecord>& items) {
     onThread([&] { items_ = items; });
   }
-  void addItem(const ItemRow& item) {
-    onThread([&] {
-      items_ << item;
-      auto signal =
-          QDBusMessage::createSignal(QString::fromLatin1(agent_protocol::path),
-                                     QString::fromLatin1(agent_protocol::interface), QStringLiteral("ItemAdded"));
-      signal << item.address << item.process << item.bundle;
-      QDBusConnection(name_).send(signal);
-    });
+  void addItem(const ItemRecord& item) {
+    emitSignal(agent_protocol::interface, "ItemAdded", {item.address, item.processIdentifier, item.bundleIdentifier});
   }
 
-  // Calls received so far, as "Activate [0 1] a b", "Invalidate 1", "Tree" and so on.
+  // Calls received so far, as "Activate a b", "Invalidate 1", "Tree" and so on.
   std::vector<std::string> calls() {
     std::vector<std::string> copy;
     onThread([&] { copy = calls_; });
@@ -146,17 +80,20 @@ class ScriptedAgent : public QDBusVirtualObject {
     const auto all = calls();
     return std::count(all.begin(), all.end(), call);
   }
-  quint32 lastAssertion() {
-    quint32 number = 0;
-    onThread([&] { number = lastAssertion_; });
-    return number;
+  bool wasAskedToActivate() {
+    const auto all = calls();
+    return !all.empty() && all.back().starts_with("Activate");
   }
 
   QString introspect(const QString&) const override { return {}; }
-
   bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
-    if (message.type() != QDBusMessage::MethodCallMessage) return false;
-    calls_.push_back(describe(message));
+    QString text = message.member();
+    for (const QVariant& argument : message.arguments()) {
+      const bool isList = argument.userType() == QMetaType::QStringList;
+      const QString told = isList ? argument.toStringList().join(QLatin1Char(' ')) : argument.toString();
+      if (argument.userType() != qMetaTypeId<QDBusArgument>()) text += ' ' + told;
+    }
+    calls_.push_back(text.toStdString());
     if (mood_ == Mood::silent) {
       unanswered_.push_back(message);
     } else {
@@ -170,20 +107,10 @@ class ScriptedAgent : public QDBusVirtualObject {
     QMetaObject::invokeMethod(this, action, Qt::BlockingQueuedConnection);
   }
 
-  static std::string describe(const QDBusMessage& message) {
-    QString text = message.member();
-    for (const QVariant& argument : message.arguments()) {
-      if (argument.userType() == qMetaTypeId<QDBusArgument>()) {
-        QStringList numbers;
-        for (const int number : qdbus_cast<QList<int>>(argument)) numbers << QString::number(number);
-        text += QStringLiteral(" [") + numbers.join(QLatin1Char(' ')) + QLatin1Char(']');
-      } else if (argument.userType() == QMetaType::QStringList) {
-        text += QLatin1Char(' ') + argument.toStringList().join(QLatin1Char(' '));
-      } else {
-        text += QLatin1Char(' ') + argument.toString();
-      }
-    }
-    return text.toStdString();
+  void emitSignal(const char* interface, const char* name, const QVariantList& arguments) {
+    auto signal = QDBusMessage::createSignal(agent_protocol::path, interface, name);
+    signal.setArguments(arguments);
+    onThread([&] { QDBusConnection(name_).send(signal); });
   }
 
   void answer(const QDBusMessage& message) {
@@ -192,7 +119,7 @@ class ScriptedAgent : public QDBusVirtualObject {
     if (member == QLatin1String("Get")) {
       bus.send(message.createReply(QVariant::fromValue(QDBusVariant(held_))));
     } else if (mood_ == Mood::refuses) {
-      bus.send(message.createErrorReply(QString::fromLatin1(agent_protocol::watcherNotHeldError), QString()));
+      bus.send(message.createErrorReply(agent_protocol::watcherNotHeldError, QString()));
     } else if (member == QLatin1String("Activate")) {
       bus.send(message.createReply(++lastAssertion_));
     } else if (member == QLatin1String("Tree")) {
@@ -209,8 +136,8 @@ class ScriptedAgent : public QDBusVirtualObject {
   Mood mood_;
   bool held_ = true;
   quint32 lastAssertion_ = 0;
-  QList<TreeRow> tree_;
-  QList<ItemRow> items_;
+  QList<TreeElement> tree_;
+  QList<ItemRecord> items_;
   std::vector<std::string> calls_;
   std::vector<QDBusMessage> unanswered_;
 };

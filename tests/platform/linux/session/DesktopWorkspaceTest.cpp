@@ -1,11 +1,6 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 
 #include "SessionTest.h"
-#include "platform/linux/session/AgentAccessibility.h"
-
-#include <QDBusVirtualObject>
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cstring>
@@ -38,6 +33,8 @@ class DesktopWorkspaceTest : public test::SessionTest {
     int exits = 0;
   };
 
+  static ItemRecord item(int pid, const char* bundle = "") { return {":1.1", static_cast<quint32>(pid), bundle}; }
+
   static bool runs(const DesktopWorkspace& workspace, int pid) { return workspace.runningApplication(pid).has_value(); }
 };
 
@@ -64,27 +61,15 @@ class Screen {
     server_.waitForFinished();
   }
 
-  void addWindow(int claimedProcess, const char* type = nullptr) {
-    const xcb_window_t window = createWindow(connection_, root_);
-    claim(window, claimedProcess);
-    if (type != nullptr) set(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom(type)});
-    show(window);
-  }
-
-  void claim(xcb_window_t window, int process) {
-    set(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(process)});
-  }
-
-  void show(xcb_window_t window) {
+  void addWindow(int claimedProcess, const char* type = "") {
+    const xcb_window_t window = xcb_generate_id(connection_);
+    xcb_create_window(connection_, 0, window, root_, 0, 0, 9, 9, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0, 0, nullptr);
+    if (claimedProcess > 0) set(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(claimedProcess)});
+    const std::string name = std::string("_NET_WM_WINDOW_TYPE_") + type;
+    if (*type != '\0') set(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom(name.c_str())});
     windows_.push_back(window);
     set(root_, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, windows_);
-    xcb_aux_sync();
-  }
-
-  static xcb_window_t createWindow(xcb_connection_t* connection, xcb_window_t root) {
-    const xcb_window_t window = xcb_generate_id(connection);
-    xcb_create_window(connection, 0, window, root, 0, 0, 9, 9, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0, 0, nullptr);
-    return window;
+    (void)atom("_NET_CLIENT_LIST");  // answered once the server has it all
   }
 
  private:
@@ -98,40 +83,11 @@ class Screen {
         xcb_intern_atom_reply(connection_, cookie, nullptr), std::free);
     return reply->atom;
   }
-  void xcb_aux_sync() { std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
 
   QProcess server_;
   xcb_connection_t* connection_ = nullptr;
   xcb_window_t root_ = XCB_NONE;
   std::vector<std::uint32_t> windows_;
-};
-
-// A child process with a window that names no process.
-struct SilentClient {
-  SilentClient() {
-    int channel[2];
-    EXPECT_EQ(::pipe(channel), 0);
-    pid = ::fork();
-    if (pid == 0) {
-      xcb_connection_t* connection = xcb_connect(display, nullptr);
-      window = Screen::createWindow(connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
-      std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-      if (::write(channel[1], &window, sizeof window) != sizeof window) ::_exit(1);
-      for (;;) ::pause();
-    }
-    EXPECT_EQ(::read(channel[0], &window, sizeof window), static_cast<ssize_t>(sizeof window));
-    ::close(channel[0]);
-    ::close(channel[1]);
-  }
-  SilentClient(const SilentClient&) = delete;
-  SilentClient& operator=(const SilentClient&) = delete;
-  ~SilentClient() {
-    ::kill(pid, SIGKILL);
-    ::waitpid(pid, nullptr, 0);
-  }
-
-  int pid = 0;
-  xcb_window_t window = XCB_NONE;
 };
 
 TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountUntilTheyExit) {
@@ -140,7 +96,7 @@ TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountU
   auto withItem = sleeper();
   auto withWindow = sleeper();
   auto late = sleeper();
-  agent.setItems({{":1.1", static_cast<quint32>(withItem->pid())}, {":1.2", 0}, {":1.3", 4194305}});
+  agent.setItems({item(withItem->pid()), item(0), item(4194305)});
   screen.addWindow(withWindow->pid());
   DesktopWorkspace workspace{std::string(ownIdentifier)};
   EXPECT_EQ(workspace.runningApplications().size(), 1U);
@@ -154,9 +110,9 @@ TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountU
 
   screen.addWindow(late->pid());
   ASSERT_TRUE(runUntil([&] { return runs(workspace, late->pid()); }));
-  agent.addItem({":1.9", static_cast<quint32>(late->pid())});
+  agent.addItem(item(late->pid()));
   auto last = sleeper();
-  agent.addItem({":1.10", static_cast<quint32>(last->pid())});
+  agent.addItem(item(last->pid()));
   ASSERT_TRUE(runUntil([&] { return runs(workspace, last->pid()); }));
   EXPECT_EQ(follower.launches, 2);
 
@@ -167,36 +123,19 @@ TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountU
   EXPECT_EQ(workspace.runningApplications().size(), 4U);
 }
 
-TEST_F(DesktopWorkspaceTest, TheFurnitureOfTheDesktopIsNoApplication) {
-  Screen screen;
-  ScriptedAgent agent(session().address());
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
-  const auto furniture = sleeper();
-  const auto dialog = sleeper();
-  for (const char* type : {"DOCK", "DESKTOP", "NOTIFICATION", "SPLASH", "UTILITY"})
-    screen.addWindow(furniture->pid(), (std::string("_NET_WM_WINDOW_TYPE_") + type).c_str());
-  screen.addWindow(dialog->pid(), "_NET_WM_WINDOW_TYPE_DIALOG");
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, dialog->pid()); }));
-  EXPECT_FALSE(runs(workspace, furniture->pid()));
-  EXPECT_EQ(follower.launches, 1);
-  screen.addWindow(furniture->pid(), "_NET_WM_WINDOW_TYPE_NORMAL");
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, furniture->pid()); }));
-}
-
 // What the agent conceals by has to be what Orvo allows.
 TEST_F(DesktopWorkspaceTest, TheAgentsWordOnWhoseItemItIsHoldsForAKnownProgramToo) {
   Screen screen;
   ScriptedAgent agent(session().address());
   const auto first = sleeper();
   const auto second = sleeper();
-  agent.setItems({{":1.1", static_cast<quint32>(first->pid()), "org.example.First"}});
+  agent.setItems({item(first->pid(), "org.example.First")});
   screen.addWindow(second->pid());
   DesktopWorkspace workspace(std::nullopt);
   Follower follower(workspace);
   EXPECT_EQ(workspace.runningApplication(first->pid())->bundleIdentifier, "org.example.First");
   EXPECT_EQ(workspace.runningApplication(second->pid())->bundleIdentifier, "sleep");
-  agent.addItem({":1.2", static_cast<quint32>(second->pid()), "org.example.Second"});
+  agent.addItem(item(second->pid(), "org.example.Second"));
   EXPECT_TRUE(
       runUntil([&] { return workspace.runningApplication(second->pid())->bundleIdentifier == "org.example.Second"; }));
   EXPECT_EQ(follower.launches, 0);
@@ -219,34 +158,38 @@ TEST_F(DesktopWorkspaceTest, ANumberWhoseProcessHasEndedIsNotTakenForItBeforeThe
   EXPECT_EQ(ends, 1);
 }
 
-TEST_F(DesktopWorkspaceTest, AWindowThatClaimsNoProcessOrOneThatIsNotThereBelongsToTheOneThatIsConnected) {
+TEST_F(DesktopWorkspaceTest, WindowsOfApplicationsAloneBelongToWhomTheyClaimElseToWhoeverIsConnected) {
+  Screen screen;
+  constexpr int insideItsSandbox = 4194305;
+  std::vector<int> told;
+  ClientWindows windows([&](int process) {
+    told.push_back(process);
+    return process != insideItsSandbox;
+  });
+  screen.addWindow(10);
+  windows.begin();
+  for (const char* type : {"DOCK", "DESKTOP", "NOTIFICATION", "SPLASH", "UTILITY"}) screen.addWindow(20, type);
+  screen.addWindow(11, "DIALOG");
+  screen.addWindow(12, "NORMAL");
+  screen.addWindow(insideItsSandbox);
+  screen.addWindow(0);
+  EXPECT_TRUE(runUntil([&] { return told.size() >= 6; }));
+  const int connected = ::getpid();
+  EXPECT_EQ(told, (std::vector<int>{10, 11, 12, insideItsSandbox, connected, connected}));
+}
+
+TEST_F(DesktopWorkspaceTest, TheEndOfTheXServerIsToldAndLeavesTrayItemsFollowed) {
   Screen screen;
   ScriptedAgent agent(session().address());
   DesktopWorkspace workspace(std::nullopt);
   Follower follower(workspace);
-  const SilentClient silent;
-  screen.show(silent.window);
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, silent.pid); }));
-  const SilentClient sandboxed;
-  screen.claim(sandboxed.window, 4194305);
-  screen.show(sandboxed.window);
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, sandboxed.pid); }));
-}
-
-TEST_F(DesktopWorkspaceTest, TheEndOfTheXServerIsToldAndLeavesTrayItemsFollowed) {
-  auto screen = std::make_unique<Screen>();
-  ScriptedAgent agent(session().address());
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
   ::testing::internal::CaptureStderr();
-  screen->stop();
-  auto program = sleeper();
-  agent.addItem({":1.1", static_cast<quint32>(program->pid())});
+  screen.stop();
+  const auto program = sleeper();
+  agent.addItem(item(program->pid()));
   EXPECT_TRUE(runUntil([&] { return runs(workspace, program->pid()); }));
-  std::string told;
   QCoreApplication::processEvents();
-  told = ::testing::internal::GetCapturedStderr();
-  EXPECT_NE(told.find("the X server is gone"), std::string::npos);
+  EXPECT_NE(::testing::internal::GetCapturedStderr().find("the X server is gone"), std::string::npos);
 }
 
 TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnswers) {
@@ -266,74 +209,6 @@ TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnsw
   EXPECT_TRUE(runs(later, agent.pid()));
   agent.end();
   EXPECT_TRUE(runUntil([&] { return host() == 0 && follower.exits == 1; }));
-}
-
-TEST_F(DesktopWorkspaceTest, TheRealAgentsItemsAndTreeAreUnderstood) {
-  Program agent(QStringLiteral(ORVO_BUNDLE "/bin/orvo-agent"), QStringList());
-  const auto* bus = QDBusConnection::sessionBus().interface();
-  ASSERT_TRUE(runUntil([&] { return bus->isServiceRegistered("org.kde.StatusNotifierWatcher").value(); }));
-  Program before({"--register"});
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
-  EXPECT_TRUE(runs(workspace, before.pid()));
-  ASSERT_TRUE(runs(workspace, agent.pid()));
-  EXPECT_EQ(workspace.runningApplication(agent.pid())->bundleIdentifier, agent_protocol::hostBundleIdentifier);
-  Program after({"--register"});
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, after.pid()) && follower.launches == 1; }));
-  AgentAccessibility accessibility;
-  std::vector<std::int32_t> owners;
-  const auto collect = [&](const auto& self, const AccessibilityElementRef& element) -> void {
-    owners.push_back(element->processIdentifier().value_or(0));
-    const auto children = element->copyAttributeValue("AXChildren");
-    ASSERT_TRUE(children.has_value());
-    for (const auto& child : std::get<std::vector<AccessibilityElementRef>>(*children)) self(self, child);
-  };
-  collect(collect, accessibility.applicationElement(agent.pid()));
-  EXPECT_EQ(owners.front(), agent.pid());
-  EXPECT_THAT(owners, ::testing::IsSupersetOf({before.pid(), after.pid()}));
-}
-
-// The tray of a desktop without the agent.
-class Watcher : public QDBusVirtualObject {
- public:
-  explicit Watcher(const QStringList& items) : items_(items), bus_(QDBusConnection::sessionBus()) {
-    bus_.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), this);
-    bus_.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
-  }
-  Watcher(const Watcher&) = delete;
-  Watcher& operator=(const Watcher&) = delete;
-  ~Watcher() override {
-    bus_.interface()->unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
-    bus_.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
-  }
-
-  void announce(const QString& item) {
-    auto signal = QDBusMessage::createSignal("/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
-                                             "StatusNotifierItemRegistered");
-    signal << item;
-    bus_.send(signal);
-  }
-
-  QString introspect(const QString&) const override { return {}; }
-  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-    return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(items_))));
-  }
-
- private:
-  QStringList items_;
-  QDBusConnection bus_;
-};
-
-TEST_F(DesktopWorkspaceTest, WithoutTheAgentTheTraysOwnListTellsTheOwners) {
-  Program unique({});
-  Program named({"org.kde.StatusNotifierItem-1-1"});
-  Program late({});
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
-  Watcher watcher({unique.busName() + "/org/ayatana/NotificationItem/x", "org.kde.StatusNotifierItem-1-1", ":9.9"});
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, unique.pid()) && runs(workspace, named.pid()); }));
-  watcher.announce(late.busName());
-  EXPECT_TRUE(runUntil([&] { return runs(workspace, late.pid()); }));
 }
 
 TEST_F(DesktopWorkspaceTest, ARunningCopyIsFoundBeforeTheEventLoopRuns) {

@@ -41,20 +41,18 @@ class SleepMonitorTest : public test::SessionTest {
       call("org.freedesktop.DBus.Mock", "EmitSignal",
            {"org.freedesktop.login1.Manager", "PrepareForSleep", "b", QVariantList{sleeping}});
     }
-    int locks() {
-      const auto list = call("org.freedesktop.login1.Manager", "ListInhibitors").arguments().value(0);
-      int count = 0;
-      const auto argument = list.value<QDBusArgument>();
-      if (argument.currentSignature() != QLatin1String("a(ssssuu)")) return 0;
-      argument.beginArray();
-      for (; !argument.atEnd(); ++count) {
+    qsizetype locks() {
+      const auto list =
+          call("org.freedesktop.login1.Manager", "ListInhibitors").arguments().value(0).value<QDBusArgument>();
+      qsizetype count = 0;
+      for (list.beginArray(); !list.atEnd(); ++count) {
         QString what, who, why, mode;
-        argument.beginStructure();
-        argument >> what >> who >> why >> mode;
-        quint32 user = 0, processId = 0;
-        argument >> user >> processId;
-        argument.endStructure();
-        EXPECT_EQ(what + '/' + mode, QStringLiteral("sleep/delay"));
+        list.beginStructure();
+        list >> what >> who >> why >> mode;
+        quint32 user = 0, holder = 0;
+        list >> user >> holder;
+        list.endStructure();
+        EXPECT_EQ(what + '/' + mode, "sleep/delay");
       }
       return count;
     }
@@ -84,13 +82,6 @@ TEST_F(SleepMonitorTest, SleepWaitsUntilWhatTheObserversPostedHasRun) {
   manager.prepareForSleep(false);
   EXPECT_TRUE(runUntil([&] { return manager.locks() == 1; }));
   EXPECT_EQ(log, (std::vector<std::string>{"will sleep", "revealed in time", "did wake"}));
-}
-
-TEST_F(SleepMonitorTest, WithoutASystemBusNothingHappens) {
-  NotificationCenter center;
-  ManualMainQueue queue;
-  const SleepMonitor monitor(center, queue, QDBusConnection(QStringLiteral("nowhere")));
-  EXPECT_EQ(queue.postedCount(), 0U);
 }
 
 }  // namespace
