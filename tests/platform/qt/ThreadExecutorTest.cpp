@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <future>
 #include <memory>
 
@@ -11,7 +12,7 @@ namespace {
 TEST(ThreadExecutorTest, TheEndWaitsForTheRunningTaskAndDropsTheWaitingOnes) {
   std::promise<void> started;
   std::promise<void> mayEnd;
-  bool finished = false;
+  std::atomic<bool> finished = false;
   bool droppedRan = false;
   auto resource = std::make_shared<int>();
   // The running task goes on only once the end has begun and has dropped the other.
