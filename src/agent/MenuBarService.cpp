@@ -100,7 +100,7 @@ void MenuBarService::nameLost(const QString& name) {
   announce(menuBar_.nameLost(name.toStdString()));
 }
 
-void MenuBarService::add(TrayItem item) {
+void MenuBarService::add(const TrayItem& item) {
   const auto change = menuBar_.add(item);
   if (!change) return Q_EMIT changed();
   announce(*change);

@@ -47,7 +47,7 @@ class MenuBarService : public QObject {
   void watch(const QString& name);
   void answered(const QString& name);
   void unwatch(const QString& name);
-  void add(TrayItem item);
+  void add(const TrayItem& item);
   void nameLost(const QString& name);
   void announce(const MenuBarChange& change);
 

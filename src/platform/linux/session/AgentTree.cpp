@@ -88,18 +88,19 @@ const std::vector<AgentTree::Element>& AgentTree::elements() {
 std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
   if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(iisb(dddd))")) return {};
   std::vector<Element> elements;
+  // Read to its end: Qt leaks a list that is left in the middle.
+  bool isTree = true;
   const auto list = reply.arguments().constFirst().value<QDBusArgument>();
-  list.beginArray();
-  while (!list.atEnd()) {
+  for (list.beginArray(); !list.atEnd();) {
     Row row = readRow(list);
     const std::size_t index = elements.size();
-    const bool placed = index == 0 ? row.parent == -1 : row.parent >= 0 && static_cast<std::size_t>(row.parent) < index;
-    if (!placed) return {};
-    if (index > 0) elements[static_cast<std::size_t>(row.parent)].children.push_back(index);
+    const auto parent = static_cast<std::size_t>(row.parent);  // huge for a negative one
+    isTree = isTree && (index == 0 ? row.parent == -1 : parent < index);
+    if (isTree && index > 0) elements[parent].children.push_back(index);
     elements.push_back(std::move(row.element));
   }
   list.endArray();
-  return elements;
+  return isTree ? elements : std::vector<Element>();
 }
 
 AccessibilityElementRef rootElement(std::shared_ptr<AgentTree> tree) {

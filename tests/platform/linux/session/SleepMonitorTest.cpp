@@ -54,6 +54,7 @@ class SleepMonitorTest : public test::SessionTest {
         list.endStructure();
         EXPECT_EQ(what + '/' + mode, "sleep/delay");
       }
+      list.endArray();
       return count;
     }
 
