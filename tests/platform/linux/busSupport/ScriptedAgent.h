@@ -82,7 +82,7 @@ class ScriptedAgent : public QDBusVirtualObject {
   }
   bool wasAskedToActivate() {
     const auto all = calls();
-    return !all.empty() && all.back().starts_with("Activate");
+    return std::any_of(all.begin(), all.end(), [](const std::string& call) { return call.starts_with("Activate"); });
   }
 
   QString introspect(const QString&) const override { return {}; }
