@@ -29,7 +29,7 @@ class Hiding(DesktopCase):
         self.desktop.hide_and_expect(self.rest)
 
     def reveal(self):
-        self.desktop.click_arrow()
+        self.desktop.reveal()
         self.desktop.expect_shown(self.all, what="revealed, the panel")
 
     def test_a_click_hides_the_marked_icons_alone_and_another_brings_them_back_in_order(self):
