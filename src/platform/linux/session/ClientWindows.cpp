@@ -116,8 +116,8 @@ void ClientWindows::reportOwners(const std::vector<xcb_window_t>& windows) {
   for (const xcb_window_t window : windows) {
     const auto type = xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, mostTypes);
     const auto claimed = xcb_get_property(connection_.get(), 0, window, windowProcess_, XCB_ATOM_CARDINAL, 0, 1);
-    const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    asked.push_back({type, claimed, askServer_ ? xcb_res_query_client_ids(connection_.get(), 1, &spec).sequence : 0U});
+    const xcb_res_client_id_spec_t owner{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    asked.push_back({type, claimed, askServer_ ? xcb_res_query_client_ids(connection_.get(), 1, &owner).sequence : 0U});
   }
   for (const Questions& questions : asked) {
     const bool ofApplication = isOfApplication(questions.type);
