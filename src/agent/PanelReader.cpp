@@ -1,39 +1,64 @@
 #include "agent/PanelReader.h"
 
+#include <optional>
 #include <utility>
-
-#include <QTimer>
-
-#include "agent/PanelReading.h"
 
 namespace orvo {
 
-PanelReader::PanelReader(QDBusConnection session) : session_(std::move(session)) {}
+PanelReader::PanelReader(QDBusConnection session) : settings_(std::move(session)) {
+  late_.setSingleShot(true);
+  connect(&late_, &QTimer::timeout, this, &PanelReader::settleLate);
+}
 
 void PanelReader::read(Answer answer) {
-  if (reading_ == nullptr) startReading();
-  waiting_.push_back(std::make_shared<Answer>(std::move(answer)));
-  QTimer::singleShot(limit, this, [this, waiting = waiting_.back()] { settle(*waiting); });
+  waiting_.push_back({std::move(answer), QDeadlineTimer(limit)});
+  if (!late_.isActive()) late_.start(limit);
+  if (!isReading_) startReading();
 }
 
 void PanelReader::startReading() {
-  reading_ = new PanelReading(session_);
-  reading_->setParent(this);
-  connect(reading_, &PanelReading::failed, this, &PanelReader::endReading);
-  connect(reading_, &PanelReading::read, this, [this](const std::vector<StatusControl>& controls) {
-    lastKnown_ = controls;
-    endReading();
+  isReading_ = true;
+  settings_.read([this](const PanelFacts* facts) {
+    if (facts == nullptr) return fail();
+    if (facts->process == 0 || facts->accessibilityAddress.empty()) return succeed({});
+    readTree(*facts);
   });
-  reading_->start();
+}
+
+void PanelReader::readTree(const PanelFacts& facts) {
+  bus_.begin(facts.accessibilityAddress);
+  tree_.read(facts.process,
+             [this, layouts = facts.layouts, scale = facts.scale](const std::optional<std::vector<Dock>>& docks) {
+               if (!docks) return fail();
+               auto controls = statusControls(layouts, *docks);
+               for (auto& [word, frame] : controls)
+                 frame = {frame.x * scale, frame.y * scale, frame.width * scale, frame.height * scale};
+               succeed(std::move(controls));
+             });
+}
+
+void PanelReader::succeed(std::vector<StatusControl> controls) {
+  lastKnown_ = std::move(controls);
+  endReading();
+}
+
+void PanelReader::fail() {
+  settings_.forget();
+  endReading();
 }
 
 void PanelReader::endReading() {
-  std::exchange(reading_, nullptr)->deleteLater();
-  for (const auto& waiting : std::exchange(waiting_, {})) settle(*waiting);
+  isReading_ = false;
+  late_.stop();
+  for (const Waiting& waiting : std::exchange(waiting_, {})) waiting.answer(lastKnown_);
 }
 
-void PanelReader::settle(Answer& waiting) const {
-  if (waiting) std::exchange(waiting, nullptr)(lastKnown_);
+void PanelReader::settleLate() {
+  while (!waiting_.empty() && waiting_.front().limit.hasExpired()) {
+    waiting_.front().answer(lastKnown_);
+    waiting_.pop_front();
+  }
+  if (!waiting_.empty()) late_.start(static_cast<int>(waiting_.front().limit.remainingTime()) + 1);
 }
 
 }  // namespace orvo

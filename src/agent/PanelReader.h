@@ -1,21 +1,24 @@
 // Tells the panel's status controls: their kinds from the panel's settings, their places through
-// Accessibility. Asks only when it is asked, never waits, and stays silent in between: it listens to no
-// events. Owned by main; main thread.
+// Accessibility. Asks for places only when it is asked, never waits, and is not woken by what the panel
+// shows in between. Owned by main; main thread.
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include <QDBusConnection>
+#include <QDeadlineTimer>
 #include <QObject>
+#include <QTimer>
 
+#include "agent/AccessibilityBus.h"
+#include "agent/PanelSettings.h"
+#include "agent/PanelTree.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {
-
-class PanelReading;
 
 class PanelReader : public QObject {
   Q_OBJECT
@@ -33,14 +36,25 @@ class PanelReader : public QObject {
   void read(Answer answer);
 
  private:
-  void startReading();
-  void endReading();
-  void settle(Answer& waiting) const;
+  struct Waiting {
+    Answer answer;
+    QDeadlineTimer limit;
+  };
 
-  QDBusConnection session_;
+  void startReading();
+  void readTree(const PanelFacts& facts);
+  void succeed(std::vector<StatusControl> controls);
+  void fail();
+  void endReading();
+  void settleLate();
+
+  PanelSettings settings_;
+  AccessibilityBus bus_;
+  PanelTree tree_{bus_};
   // At most one at a time: while a stopped panel keeps it waiting, nothing more is asked of it.
-  PanelReading* reading_ = nullptr;
-  std::vector<std::shared_ptr<Answer>> waiting_;  // emptied functions have been answered
+  bool isReading_ = false;
+  std::deque<Waiting> waiting_;  // in the order in which they become late
+  QTimer late_;
   std::vector<StatusControl> lastKnown_;
 };
 

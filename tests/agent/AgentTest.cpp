@@ -19,9 +19,9 @@ const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 // A real program on the bus, whose bundle identifier is the given name.
 class Program : public QProcess {
  public:
-  Program(const QTemporaryDir& folder, const QString& name) {
+  Program(const QTemporaryDir& folder, const QString& name, const char* source = ORVO_TRAY_PROGRAM) {
     const QString script = folder.filePath(name);
-    QFile::copy(QStringLiteral(ORVO_TRAY_PROGRAM), script);
+    QFile::copy(source, script);
     setProcessChannelMode(ForwardedErrorChannel);
     bus = startAndReadLine(*this, QStringLiteral("/usr/bin/python3"), {script});
   }
@@ -149,6 +149,76 @@ TEST_F(AgentTest, TakesTheTrayOverWhenItsHolderLeavesAndToleratesNoSecondAgent) 
   second.start(QStringLiteral(ORVO_AGENT), QStringList());
   ASSERT_TRUE(second.waitForFinished());
   EXPECT_EQ(second.readAllStandardError(), "orvo-agent: another agent is running\n");
+}
+
+// Beside the tray: clock and sound, 40 points each.
+class AgentPanelTest : public AgentTest {
+ protected:
+  void SetUp() override {
+    AgentTest::SetUp();
+    xfce_ = std::make_unique<Program>(folder_, "xfce", ORVO_PANEL_PROGRAM);
+    for (const char* plugin : {"1 systray 0 40", "2 clock 40 40", "3 pulseaudio 80 40"})
+      xfce_->say(QStringLiteral("put %1").arg(plugin));
+    EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  }
+
+  // In the very next scan.
+  testing::AssertionResult shows(const QString& expected) {
+    const QString seen = panel_->say("controls");
+    return seen == expected ? testing::AssertionSuccess() : testing::AssertionFailure() << seen.toStdString();
+  }
+
+  std::unique_ptr<Program> xfce_;
+};
+
+TEST_F(AgentPanelTest, SeesInTheNextScanWhateverThePanelChanged) {
+  const struct {
+    const char* change;
+    const char* expected;
+  } steps[] = {
+      {"put 2 clock 40 52", "clock@40+52 pulseaudio@80+40"},
+      {"put 3 pulseaudio 92 40", "clock@40+52 pulseaudio@92+40"},
+      {"put 4 xkb 132 30", "clock@40+52 pulseaudio@92+40 xkb@132+30"},
+      {"remove 2", "pulseaudio@92+40 xkb@132+30"},
+      {"put 3 pulseaudio -2147483648 40", "xkb@132+30"},
+      {"retype 4 weather", "weather@132+30"},
+      {"scale 2", "weather@264+60"},
+      {"leave org.xfce.Panel", ""},
+      {"own org.xfce.Panel", "weather@264+60"},
+  };
+  for (const auto& [change, expected] : steps) {
+    xfce_->say(change);
+    EXPECT_TRUE(shows(expected)) << change;
+  }
+  xfce_->end();
+  EXPECT_TRUE(shows(""));
+}
+
+TEST_F(AgentPanelTest, AsksAnUnchangedPanelForNothingButItsTreeAndPlaces) {
+  xfce_->say("calls");
+  EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  EXPECT_EQ(xfce_->say("calls"), "7") << "children of panel, window and box; places of the window and three plug-ins";
+}
+
+TEST_F(AgentPanelTest, AnswersWithWhatItKnowsWhileThePanelIsStopped) {
+  xfce_->signal(SIGSTOP);
+  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  xfce_->signal(SIGCONT);
+  xfce_->say("put 2 clock 40 52");
+  EXPECT_TRUE(runUntil([this] { return bool(shows("clock@40+52 pulseaudio@80+40")); }));
+}
+
+// The server takes the connection and says nothing: not even its greeting may be waited for.
+TEST_F(AgentPanelTest, WaitsForNoAccessibilityBusThatIsStopped) {
+  PrivateBus accessibility;
+  accessibility.signal(SIGSTOP);
+  xfce_->say("accessibility " + accessibility.address());
+  xfce_->say("scale 1");
+  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  EXPECT_EQ(panel_->say("items"), "");
+  xfce_->say("accessibility " + bus_.address());
+  xfce_->say("put 2 clock 40 52");
+  EXPECT_TRUE(runUntil([this] { return bool(shows("clock@40+52 pulseaudio@80+40")); }));
 }
 
 // Qt programs read the introspection, and hear "no host" only once.

@@ -64,6 +64,11 @@ def tree():
     return " ".join(f"{element[0]}:{element[1]}" for element in agent("Tree"))
 
 
+def controls():
+    return " ".join(f"{identifier.rsplit('.', 1)[-1]}@{frame[0]:g}+{frame[2]:g}"
+                    for _, _, identifier, has_frame, frame in agent("Tree") if has_frame)
+
+
 def held():
     return agent("Get", GLib.Variant("(ss)", ("local.orvo.MenuBarAgent1", "WatcherHeld")),
                  "org.freedesktop.DBus.Properties")
@@ -103,7 +108,7 @@ def heard():
 
 
 COMMANDS = {each.__name__: each for each in (register, own, release, activate, invalidate, activate_and_die, registered,
-                                             tree, held, prop, items, introspect, listen, heard)}
+                                             tree, controls, held, prop, items, introspect, listen, heard)}
 
 print(bus.get_unique_name(), flush=True)
 for line in sys.stdin:

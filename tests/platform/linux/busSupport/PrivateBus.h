@@ -9,6 +9,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <csignal>
+
 #include <gtest/gtest.h>
 
 #include "support/QtEventLoop.h"
@@ -36,6 +38,8 @@ class PrivateBus {
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
   ~PrivateBus() { stop(); }
+
+  void signal(int number) const { ::kill(static_cast<pid_t>(daemon_.processId()), number); }
 
   void stop() {
     daemon_.kill();
