@@ -451,13 +451,21 @@ class Desktop:
                 return
 
     def resize_screen(self, width, height):
-        """Up to the first size; a size that the server does not list is made known to it."""
+        """Up to the first size; a size that the server does not list is made known to it. The panel follows
+        later and in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
+        trailing = self._tray_trailing()
         mode = f"{width}x{height}"
         if mode not in self.run(["xrandr"]).stdout.split():
             self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
             self.run(["xrandr", "--addmode", "screen", mode])
         answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
         assert answer.returncode == 0, answer.stderr
+        wait(lambda: self._tray_trailing() == trailing, what="the panel following the screen")
+
+    def _tray_trailing(self):
+        """Distance of the tray's trailing end from the screen's."""
+        x, _, width, _ = self._tray_cached()
+        return self.root.get_geometry().width - x - width
 
     def screenshot(self, path):
         geometry = self.root.get_geometry()
@@ -538,7 +546,7 @@ class Desktop:
             if now != last:
                 last, since = now, time.monotonic()
             new = [cell for cell in now if cell not in known]
-            return new if len(new) == 1 and time.monotonic() - since > 0.3 else None
+            return new if len(new) == 1 and time.monotonic() - since > 0.5 else None
 
         self.icons[name] = wait(at_rest, limit, f"the picture of {name} alone being new")[0]
 

@@ -13,7 +13,6 @@ from desktop import PROGRAMS, SETTINGS_KEY, Desktop
 from waiting import Timeout, hold, wait
 
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
-CLICK_TRIES = 3
 ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 MENU_PATH = "/StatusNotifierItem/Menu"
@@ -151,15 +150,6 @@ class OrvoDesktop(Desktop):
     def click_arrow(self, button=1):
         self.click(self.arrow(), button)
 
-    def _click_until(self, condition, what):
-        """Now and then a click on the arrow does nothing, why is not known yet; a person clicks again then."""
-        for _ in range(CLICK_TRIES - 1):
-            self.click_arrow()
-            with contextlib.suppress(Timeout):
-                return wait(condition, 2, what)
-        self.click_arrow()
-        return wait(condition, 5, what)
-
     def expect_shown(self, names, limit=5.0, what=""):
         """Waits until the panel shows exactly these icons in this order."""
         try:
@@ -169,7 +159,8 @@ class OrvoDesktop(Desktop):
 
     def hide(self, limit=5.0):
         """Hides by a click on the arrow and waits for the panel; learns the turned arrow at first."""
-        self._click_until(self.is_hidden, "the arrow saying hidden")
+        self.click_arrow()
+        wait(self.is_hidden, limit, "the arrow saying hidden")
         if "orvo-hidden" not in self.icons:
             known = set(self.icons.values())
             wait(lambda: len(self.cells()) < len(self.icons), limit, "icons leaving the panel")
@@ -177,7 +168,8 @@ class OrvoDesktop(Desktop):
 
     def reveal(self):
         """Reveals by a click on the arrow."""
-        self._click_until(lambda: not self.is_hidden(), "the arrow saying visible")
+        self.click_arrow()
+        wait(lambda: not self.is_hidden(), 5, "the arrow saying visible")
 
     def hide_and_expect(self, names, limit=5.0):
         self.hide(limit)
