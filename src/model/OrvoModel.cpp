@@ -84,7 +84,8 @@ void OrvoModel::observeSystem() {
   observe(center, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
   observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
   observe(center, Notification::didWake, &OrvoModel::systemDidWake);
-  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
+  observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarChanged);
+  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::menuBarChanged);
 }
 
 // A notification is handled once its sender has returned; one that was still under way when the
@@ -134,7 +135,8 @@ void OrvoModel::systemDidWake() {
   refresh();
 }
 
-void OrvoModel::screensChanged() {
+// What was known about its places holds no more, and a concealment may have ended unheard.
+void OrvoModel::menuBarChanged() {
   reveal(false);
   invalidateSystemGeometry();
   refresh();

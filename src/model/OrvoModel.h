@@ -127,7 +127,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void applicationTerminated();
   void systemWillSleep();
   void systemDidWake();
-  void screensChanged();
+  void menuBarChanged();
   void poll();
   bool followTrust();
   void invalidateSystemGeometry();

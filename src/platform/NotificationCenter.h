@@ -15,6 +15,8 @@ enum class Notification {
   willSleep,
   didWake,
   screenParametersChanged,
+  // The process that hosts the menu bar items ended, and with it every concealment.
+  menuBarHostTerminated,
 };
 
 class NotificationCenter {

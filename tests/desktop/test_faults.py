@@ -189,6 +189,7 @@ class LostParts(DesktopCase):
         wait(all_once, 3, "every icon and the arrow")
         desktop.rest()  # The panel moves its icons about for a moment.
         self.assertTrue(all_once(), desktop.shown())
+        wait(lambda: not desktop.is_hidden(), what="the arrow saying visible")
         self.assertIsNone(desktop.orvo.poll())
 
     def guardians(self):

@@ -47,6 +47,7 @@ TEST(OrvoModelTest, EachSystemNotificationTakesItsSteps) {
       {"sleep", willSleep, hidden, visible, "", 0, 0, false},
       {"wake", didWake, visible, visible, "", 1, 0, true},
       {"display change", screenParametersChanged, hidden, visible, "", 1, 0, true},
+      {"end of the menu bar's host", menuBarHostTerminated, hidden, visible, "", 1, 0, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);

@@ -41,7 +41,8 @@ void TrayOwners::subscribe() {
                SLOT(itemAdded(QString, quint32, QString)));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString&, const QString& newOwner) {
+          [this](const QString&, const QString& oldOwner, const QString& newOwner) {
+            if (!oldOwner.isEmpty()) found_.agentLost();
             if (!newOwner.isEmpty()) agentStarted(newOwner);
           });
 }

@@ -19,6 +19,7 @@ class TrayOwners : public QObject {
  public:
   struct Found {
     std::function<void(std::int32_t processIdentifier)> agent;
+    std::function<void()> agentLost;
     // With the agent's word on whose item it is; empty for none.
     std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
