@@ -5,15 +5,19 @@
 #include "platform/EventTap.h"
 
 #include <atomic>
+#include <chrono>
 
 namespace orvo {
 
 class HeldPress {
  public:
-  HeldPress(EventType type, Point location) : type_(type), location_(location) {}
+  using Moment = std::chrono::steady_clock::time_point;
+
+  HeldPress(EventType type, Point location, Moment moment) : type_(type), location_(location), moment_(moment) {}
 
   EventType type() const { return type_; }
   Point location() const { return location_; }  // root coordinates
+  Moment moment() const { return moment_; }     // when the person pressed
 
   // Main thread: true when the callback may be asked. From then on its answer counts, however long
   // it takes.
@@ -32,6 +36,7 @@ class HeldPress {
 
   EventType type_;
   Point location_;
+  Moment moment_;
   std::atomic<State> state_ = State::waiting;
 };
 

@@ -45,6 +45,10 @@ std::int16_t coordinate(double value) {
   return static_cast<std::int16_t>(std::clamp(std::floor(value), -32768.0, 32767.0));
 }
 
+bool isOver(std::chrono::steady_clock::time_point moment) {
+  return std::chrono::steady_clock::now() - moment > clickLimit;
+}
+
 std::uint32_t milliseconds(std::chrono::steady_clock::time_point time) {
   return static_cast<std::uint32_t>(
       std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count());
@@ -92,12 +96,12 @@ void TapThread::decide(const std::shared_ptr<HeldPress>& press, bool pass) {
   });
 }
 
-void TapThread::click(EventType downType, Point location) {
-  post([this, click = clickFor(downType, location)] { clicks_.push_back(click); });
+void TapThread::click(EventType downType, Point location, HeldPress::Moment moment) {
+  post([this, click = clickFor(downType, location, moment)] { clicks_.push_back(click); });
 }
 
-TapThread::Click TapThread::clickFor(EventType downType, Point location) {
-  return {buttonOf(downType), {coordinate(location.x), coordinate(location.y)}};
+TapThread::Click TapThread::clickFor(EventType downType, Point location, HeldPress::Moment moment) {
+  return {buttonOf(downType), {coordinate(location.x), coordinate(location.y)}, moment};
 }
 
 void TapThread::post(std::function<void()> command) {
@@ -155,7 +159,8 @@ void TapThread::handle(const xcb_generic_event_t& event) {
       const auto& release = reinterpret_cast<const xcb_button_release_event_t&>(event);
       for (auto& held : held_) {
         if (buttonOf(held.press->type()) != release.detail) continue;
-        this->release(held, {static_cast<double>(release.root_x), static_cast<double>(release.root_y)});
+        this->release(held, {static_cast<double>(release.root_x), static_cast<double>(release.root_y)},
+                      momentOf(release.time));
       }
       break;
     }
@@ -171,13 +176,14 @@ void TapThread::handle(const xcb_generic_event_t& event) {
 
 void TapThread::handlePress(const xcb_button_press_event_t& event) {
   if (event.detail != leftButton && event.detail != rightButton) return;
-  if (isStale(event.time)) {
-    // Caught while this process was stopped; the person has long gone on.
+  const auto moment = momentOf(event.time);
+  if (isOver(moment)) {
+    // Caught while this process was stopped.
     drop();
     return;
   }
   const Point location{static_cast<double>(event.root_x), static_cast<double>(event.root_y)};
-  Held held{std::make_shared<HeldPress>(downType(event.detail), location), Clock::now() + verdictLimit};
+  Held held{std::make_shared<HeldPress>(downType(event.detail), location, moment), Clock::now() + verdictLimit};
   if (inRegions(location) || !anyHeld()) {
     sink_.pressed(held.press);
   } else {
@@ -188,9 +194,10 @@ void TapThread::handlePress(const xcb_button_press_event_t& event) {
   held_.push_back(std::move(held));
 }
 
-void TapThread::release(Held& held, Point location) {
+void TapThread::release(Held& held, Point location, Clock::time_point moment) {
   if (held.released) return;
   held.released = true;
+  lastRelease_ = moment;
   coversStale_ = true;  // those that were only put out of sight can go
   sink_.released(held.press, location);
 }
@@ -205,7 +212,7 @@ void TapThread::findLostReleases() {
   handleEvents();
   for (auto& held : std::span(held_).first(known)) {
     if ((pointer->mask & maskOf(buttonOf(held.press->type()))) != 0) continue;
-    release(held, {static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)});
+    release(held, {static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)}, Clock::now());
   }
 }
 
@@ -228,7 +235,7 @@ void TapThread::retireHeld() {
   std::erase_if(held_, [this](const Held& held) {
     if (!held.decided || !held.released) return false;
     const auto& press = *held.press;
-    if (held.passes) clicks_.push_back(clickFor(press.type(), press.location()));
+    if (held.passes) clicks_.push_back(clickFor(press.type(), press.location(), press.moment()));
     return true;
   });
 }
@@ -238,8 +245,9 @@ void TapThread::giveClicks() {
     const auto pointer = connection_->queryPointer();
     if (!pointer || (given_ && !finishGiven(*pointer))) return;
     if (clicks_.empty() || (pointer->mask & anyButton) != 0) break;
-    give(clicks_.front(), *pointer);
+    const Click click = clicks_.front();
     clicks_.pop_front();
+    if (!isOver(std::max(click.moment, lastRelease_))) give(click, *pointer);
   }
   if (finishing_) clicks_.clear();
 }
@@ -310,9 +318,10 @@ void TapThread::askServerTime() {
                       &nothing);
 }
 
-bool TapThread::isStale(xcb_timestamp_t time) const {
-  const auto age = static_cast<std::int32_t>(milliseconds(Clock::now()) - serverTimeOffset_ - time);
-  return age > verdictLimit.count();
+TapThread::Clock::time_point TapThread::momentOf(xcb_timestamp_t time) const {
+  const auto now = Clock::now();
+  const auto age = static_cast<std::int32_t>(milliseconds(now) - serverTimeOffset_ - time);
+  return now - std::chrono::milliseconds(std::max(age, 0));
 }
 
 bool TapThread::inRegions(Point point) const {

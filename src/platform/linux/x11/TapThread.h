@@ -20,6 +20,10 @@ namespace orvo {
 
 // How long a click waits for the main thread. Below what a person takes for a hung control.
 inline constexpr std::chrono::milliseconds verdictLimit{1000};
+// A click that could not be given until so long after its button went up is given no more: whoever
+// clicked has gone on, and a control that opens out of nowhere is worse than one that has to be clicked
+// again.
+inline constexpr std::chrono::milliseconds clickLimit{2000};
 
 class TapThread {
  public:
@@ -47,8 +51,9 @@ class TapThread {
   // The main thread's verdict on a press: a press that passes is given as a click when the physical
   // button is up.
   void decide(const std::shared_ptr<HeldPress>& press, bool pass);
-  // A press and a release at the point, as soon as no button is held and no cover is in the way.
-  void click(EventType downType, Point location);
+  // A press and a release at the point, as soon as no button is held and no cover is in the way. `moment`
+  // is that of the person's press.
+  void click(EventType downType, Point location, HeldPress::Moment moment);
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -70,6 +75,7 @@ class TapThread {
   struct Click {
     xcb_button_t button;
     Position at;
+    Clock::time_point moment;
   };
   // The click that was given last, until the server has handed it out.
   struct Given {
@@ -80,7 +86,7 @@ class TapThread {
   };
 
   TapThread(std::unique_ptr<XConnection> connection, Sink sink);
-  static Click clickFor(EventType downType, Point location);
+  static Click clickFor(EventType downType, Point location, HeldPress::Moment moment);
   void post(std::function<void()> command);
 
   // The rest runs on the tap's thread.
@@ -89,7 +95,7 @@ class TapThread {
   void handleEvents();
   void handle(const xcb_generic_event_t& event);
   void handlePress(const xcb_button_press_event_t& event);
-  void release(Held& held, Point location);
+  void release(Held& held, Point location, Clock::time_point moment);
   void findLostReleases();
   void expirePresses();
   void drop();
@@ -104,7 +110,7 @@ class TapThread {
   bool anyHeld() const;
 
   void askServerTime();
-  bool isStale(xcb_timestamp_t time) const;
+  Clock::time_point momentOf(xcb_timestamp_t time) const;
   bool inRegions(Point point) const;
 
   std::unique_ptr<XConnection> connection_;
@@ -121,6 +127,7 @@ class TapThread {
   bool coversStale_ = false;
   std::vector<Held> held_;
   std::deque<Click> clicks_;
+  Clock::time_point lastRelease_;
   std::optional<Given> given_;
   bool finishing_ = false;
   std::thread thread_;

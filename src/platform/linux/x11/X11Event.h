@@ -1,9 +1,10 @@
-// An event of the X11 tap: what happened, where, and the integer fields that were set on it. A plain
-// value; any thread.
+// An event of the X11 tap: what happened, where and when, and the integer fields that were set on it. A
+// plain value; any thread.
 #pragma once
 
 #include "platform/EventTap.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 
@@ -11,9 +12,13 @@ namespace orvo {
 
 class X11Event : public Event {
  public:
-  X11Event(EventType type, Point location) : type_(type), location_(location) {}
+  using Moment = std::chrono::steady_clock::time_point;
+
+  X11Event(EventType type, Point location, Moment moment) : type_(type), location_(location), moment_(moment) {}
 
   EventType type() const { return type_; }
+  // When the person pressed the button.
+  Moment moment() const { return moment_; }
 
   Point location() const override { return location_; }
   std::unique_ptr<Event> copy() const override { return std::make_unique<X11Event>(*this); }
@@ -26,6 +31,7 @@ class X11Event : public Event {
  private:
   EventType type_;
   Point location_;
+  Moment moment_;
   std::map<std::uint32_t, std::int64_t> fields_;
 };
 

@@ -93,14 +93,16 @@ void X11EventTaps::update() {
 
 void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {
   if (!press->beginAsking()) return;
-  const bool pass = passes(press->type(), press->location());  // the callback may end the thread
+  X11Event event(press->type(), press->location(), press->moment());
+  const bool pass = passes(event);  // the callback may end the thread
   if (thread_) thread_->decide(press, pass);
 }
 
 // Whether the release passes makes no difference: it goes the way of its press.
 void X11EventTaps::release(const HeldPress& press, Point location) {
   const bool left = press.type() == EventType::leftMouseDown;
-  if (press.wasAsked()) passes(left ? EventType::leftMouseUp : EventType::rightMouseUp, location);
+  X11Event event(left ? EventType::leftMouseUp : EventType::rightMouseUp, location, press.moment());
+  if (press.wasAsked()) passes(event);
 }
 
 void X11EventTaps::disable() {
@@ -108,13 +110,8 @@ void X11EventTaps::disable() {
   const auto tap = tap_;
   tap->enabled = false;
   update();
-  X11Event nothing(EventType::tapDisabledByTimeout, {});
+  X11Event nothing(EventType::tapDisabledByTimeout, {}, {});
   if (tap->attached) tap->callback(EventType::tapDisabledByTimeout, &nothing, tap->userInfo);
-}
-
-bool X11EventTaps::passes(EventType type, Point location) {
-  X11Event event(type, location);
-  return passes(event);
 }
 
 bool X11EventTaps::passes(X11Event& event) {
@@ -136,7 +133,7 @@ void X11EventTaps::givePosted() {
 
 void X11EventTaps::give(const X11Event& event) {
   const bool down = event.type() == EventType::leftMouseDown || event.type() == EventType::rightMouseDown;
-  if (down && startThread()) thread_->click(event.type(), event.location());
+  if (down && startThread()) thread_->click(event.type(), event.location(), event.moment());
 }
 
 void X11EventTaps::invalidate(Tap& tap) {

@@ -4,8 +4,8 @@
 // There is one tap at a time. It sees nothing without regions, and in regions outside any dock
 // window: those clicks pass. A press that the callback lets through, and a posted press, reach the
 // session together with their release when the physical button is up, since a press given while the
-// button is held would never arrive; a posted release is contained in that. Touches count as far as
-// the server turns them into button events.
+// button is held would never arrive; a posted release is contained in that. A click older than
+// clickLimit reaches nobody. Touches count as far as the server turns them into button events.
 #pragma once
 
 #include "platform/EventTap.h"
@@ -44,7 +44,6 @@ class X11EventTaps : public EventTaps {
   void answer(const std::shared_ptr<HeldPress>& press);
   void release(const HeldPress& press, Point location);
   void disable();
-  bool passes(EventType type, Point location);
   bool passes(X11Event& event);
   void showPosted();
   void givePosted();
