@@ -36,7 +36,10 @@ X11HotKeys::X11HotKeys(MainQueue& queue, const std::string& display)
   events_ = std::make_unique<EventThread>(*connection_, [this](const xcb_generic_event_t& event) { handle(event); });
 }
 
-X11HotKeys::~X11HotKeys() { events_.reset(); }
+X11HotKeys::~X11HotKeys() {
+  events_.reset();
+  queue_.cancel(retry_);
+}
 
 HotKeyStatus X11HotKeys::installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
                                              EventHandlerRef& handler) {
@@ -97,16 +100,22 @@ void X11HotKeys::press() {
 }
 
 void X11HotKeys::grabAgain() {
+  queue_.cancel(retry_);
+  bool refused = false;
   for (const auto& [hotKey, combination] : hotKeys_) {
-    auto wanted = grabsFor(combination);
-    if (wanted == grabs_[hotKey]) continue;
-    ungrab(grabs_[hotKey]);
-    if (wanted.empty() || !grab(wanted)) {
-      connection_->say("the hot key is not available on the new keyboard layout");
-      wanted.clear();
+    auto& grabs = grabs_[hotKey];
+    const auto wanted = grabsFor(combination);
+    if (wanted == grabs) continue;
+    const bool had = !grabs.empty();
+    ungrab(std::exchange(grabs, {}));
+    if (!wanted.empty() && grab(wanted)) {
+      grabs = wanted;
+      continue;
     }
-    grabs_[hotKey] = std::move(wanted);
+    if (had) connection_->say("the hot key is not available on the new keyboard layout");
+    if (!wanted.empty()) refused = true;
   }
+  if (refused) retry_ = queue_.runAfter(grabRetryInterval, [this] { grabAgain(); });
 }
 
 std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const Combination& combination) const {

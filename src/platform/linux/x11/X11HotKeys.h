@@ -7,6 +7,7 @@
 #include "platform/linux/x11/EventThread.h"
 #include "platform/linux/x11/XConnection.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <set>
@@ -19,6 +20,8 @@ namespace orvo {
 inline constexpr HotKeyStatus eventHotKeyExistsErr = -9878;
 // Any other reason for which a handler or a hot key cannot be had, by Carbon's number.
 inline constexpr HotKeyStatus hotKeyParameterErr = -50;
+// How often a combination is asked for again that somebody else holds on a changed keyboard layout.
+inline constexpr std::chrono::seconds grabRetryInterval{5};
 
 class X11HotKeys : public HotKeys {
  public:
@@ -67,7 +70,8 @@ class X11HotKeys : public HotKeys {
   std::unique_ptr<XConnection> connection_;
   std::map<EventHandlerRef, Handler> handlers_;
   std::map<HotKeyRef, Combination> hotKeys_;
-  std::map<HotKeyRef, std::set<Grab>> grabs_;
+  std::map<HotKeyRef, std::set<Grab>> grabs_;  // empty for one that the layout has not or another holds
+  MainQueue::Handle retry_ = MainQueue::Handle::none;
   std::uintptr_t lastReference_ = 0;
   xcb_timestamp_t lastRelease_ = 0;  // the event thread's own
   std::shared_ptr<int> alive_;
