@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QSessionManager>
 #include <QWindow>
 
 #include <algorithm>
@@ -25,6 +26,10 @@ QtApplication::QtApplication(QGuiApplication* application) : application_(applic
   QGuiApplication::setQuitOnLastWindowClosed(false);
   application_->installEventFilter(this);
   connect(application_, &QCoreApplication::aboutToQuit, this, [this] { announceEnd(); });
+  // The login item alone starts the program: a session that restored it as well would open its settings.
+  connect(
+      application_, &QGuiApplication::saveStateRequest, this,
+      [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); }, Qt::DirectConnection);
   signals_ = std::make_unique<TerminationSignals>([this] { terminate(); });
 }
 
