@@ -54,13 +54,15 @@ Entry readEntry(const std::string& path) {
   return entry;
 }
 
-bool isSwitchedOff(const Entry& entry) {
-  const auto is = [&](const char* key, const char* value) {
-    const auto found = entry.find(key);
-    return found != entry.end() && found->second == value;
-  };
-  return is("Hidden", "true") || is("X-GNOME-Autostart-enabled", "false");
+bool has(const Entry& entry, const char* key, const std::string& value) {
+  const auto found = entry.find(key);
+  return found != entry.end() && found->second == value;
 }
+
+// Each desktop has a switch of its own.
+bool isHidden(const Entry& entry) { return has(entry, "Hidden", "true"); }
+bool isDisabled(const Entry& entry) { return has(entry, "X-GNOME-Autostart-enabled", "false"); }
+bool isSwitchedOff(const Entry& entry) { return isHidden(entry) || isDisabled(entry); }
 
 // A quoted argument of an Exec key: escaped once as an argument and once more as a text value.
 std::string quotedArgument(const std::string& argument) {
@@ -74,9 +76,13 @@ std::string quotedArgument(const std::string& argument) {
   return text + '"';
 }
 
-std::string newEntry(const std::string& program) {
+bool starts(const Entry& entry, const std::string& program) { return has(entry, "Exec", quotedArgument(program)); }
+
+// Switches stay as the former entry had them.
+std::string newEntry(const std::string& program, const Entry& former) {
   return "[Desktop Entry]\nType=Application\nName=Orvo\nComment=Hides and shows menu bar icons\nExec=" +
-         quotedArgument(program) + "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
+         quotedArgument(program) + "\nTerminal=false\nHidden=" + (isHidden(former) ? "true" : "false") +
+         "\nX-GNOME-Autostart-enabled=" + (isDisabled(former) ? "false" : "true") + '\n';
 }
 
 QStringList settingsCommand() {
@@ -97,9 +103,9 @@ AutostartLoginItem::AutostartLoginItem(const std::string& folder, const std::str
     : file_(folder + '/' + identifier + ".desktop"), program_(std::move(program)) {}
 
 std::optional<std::string> AutostartLoginItem::registerItem() {
-  const auto present = status();
-  if (present == LoginItemStatus::enabled || present == LoginItemStatus::requiresApproval) return std::nullopt;
-  return replaceFile(file_, newEntry(program_));
+  const Entry former = readEntry(file_);
+  if (starts(former, program_)) return std::nullopt;
+  return replaceFile(file_, newEntry(program_, former));
 }
 
 std::optional<std::string> AutostartLoginItem::unregisterItem() {
@@ -111,9 +117,7 @@ LoginItemStatus AutostartLoginItem::status() const {
   const Entry entry = readEntry(file_);
   if (entry.empty()) return LoginItemStatus::notRegistered;
   if (isSwitchedOff(entry)) return LoginItemStatus::requiresApproval;
-  const auto command = entry.find("Exec");
-  const bool isOurs = command != entry.end() && command->second == quotedArgument(program_);
-  return isOurs ? LoginItemStatus::enabled : LoginItemStatus::notFound;
+  return starts(entry, program_) ? LoginItemStatus::enabled : LoginItemStatus::notFound;
 }
 
 void AutostartLoginItem::openSystemSettingsLoginItems() {

@@ -49,9 +49,15 @@ TEST_F(AutostartLoginItemTest, RegisteringKeepsThePersonsRefusalReplacesAStaleEn
   EXPECT_EQ(statusOf(entry + "Hidden=true\n"), LoginItemStatus::requiresApproval);
   EXPECT_EQ(item_.registerItem(), std::nullopt);
   EXPECT_EQ(item_.status(), LoginItemStatus::requiresApproval);
-  statusOf("[Desktop Entry]\nExec=/old/orvo\n");
-  EXPECT_EQ(item_.registerItem(), std::nullopt);
-  EXPECT_EQ(item_.status(), LoginItemStatus::enabled);
+  for (const char* refusal : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n", ""}) {
+    statusOf(std::string("[Desktop Entry]\nExec=/old/orvo\n") + refusal);
+    EXPECT_EQ(item_.registerItem(), std::nullopt);
+    const auto expected = *refusal != '\0' ? LoginItemStatus::requiresApproval : LoginItemStatus::enabled;
+    EXPECT_EQ(item_.status(), expected) << refusal;
+    std::ifstream file(file_);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(text.find("/old/"), std::string::npos) << "allowed later, it would start what is not there";
+  }
   for (int round = 0; round < 2; ++round) EXPECT_EQ(item_.unregisterItem(), std::nullopt);
   EXPECT_EQ(item_.status(), LoginItemStatus::notRegistered);
 
