@@ -1,6 +1,6 @@
 """Windows of our own that write down what arrives (see probe.py), and reading what they wrote."""
 
-import time
+import struct
 
 from Xlib import display
 from Xlib.ext import ge, xinput
@@ -38,10 +38,10 @@ class RawPresses:
         self._display.sync()
 
     def take(self):
-        """Moments of the presses since the last call."""
+        """Moments of the presses since the last call, in whole milliseconds of the server's own clock."""
         found = []
         while self._display.pending_events():
             event = self._display.next_event()
             if event.type == ge.GenericEventCode and event.evtype == xinput.RawButtonPress:
-                found.append(time.monotonic())
+                found.append(struct.unpack_from("<I", event.data, 2)[0] / 1000)
         return found
