@@ -52,17 +52,6 @@ void Person::moveTo(Point point) {
   XSync(devices_->display, False);
 }
 
-Point Person::pointer() {
-  Window window = None;
-  int x = 0;
-  int y = 0;
-  int ignored = 0;
-  unsigned mask = 0;
-  auto* display = devices_->display;
-  XQueryPointer(display, DefaultRootWindow(display), &window, &window, &x, &y, &ignored, &ignored, &mask);
-  return {static_cast<double>(x), static_cast<double>(y)};
-}
-
 void Person::button(unsigned number, bool down) {
   XTestFakeDeviceButtonEvent(devices_->display, devices_->mouse, number, down ? True : False, nullptr, 0, CurrentTime);
   XSync(devices_->display, False);
@@ -72,12 +61,6 @@ void Person::click(Point point, unsigned number) {
   moveTo(point);
   press(number);
   release(number);
-}
-
-void Person::turnWheel() {
-  XTestFakeButtonEvent(devices_->display, Button5, True, CurrentTime);
-  XTestFakeButtonEvent(devices_->display, Button5, False, CurrentTime);
-  XSync(devices_->display, False);
 }
 
 void Person::pressChord(std::initializer_list<const char*> names) {

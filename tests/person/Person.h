@@ -19,12 +19,9 @@ class Person {
   Person& operator=(const Person&) = delete;
 
   void moveTo(Point point);
-  Point pointer();
   void press(unsigned number) { button(number, true); }
   void release(unsigned number) { button(number, false); }
   void click(Point point, unsigned number);
-  // One notch down. Given by the XTEST device, since the mouse of Xvfb has three buttons only.
-  void turnWheel();
 
   // By key symbol names, such as "Control_L" or "b"; let go in the reverse order.
   void pressChord(std::initializer_list<const char*> names);

@@ -1,6 +1,7 @@
 // The table of functions that the framework library offers to its loader: plain C types only, so that
 // no exception, no C++ object and no symbol but one crosses the border. Every entry may be called on
-// any thread; none waits for the agent but the test of a class for a message.
+// any thread; none waits for the agent but the test of a class for a message, and that without running
+// the caller's event loop: nothing of the caller's happens inside an entry.
 #pragma once
 
 #include <cstddef>

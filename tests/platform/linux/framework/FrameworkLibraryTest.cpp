@@ -116,10 +116,16 @@ TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWa
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
 }
 
-TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThread) {
+TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThreadAndNeverRunsTheCallersLoop) {
+  QObject caller;
+  bool ran = false;
+  QMetaObject::invokeMethod(
+      &caller, [&] { ran = true; }, Qt::QueuedConnection);
+  EXPECT_FALSE(usable()) << "asks, and waits for the answer";
   ScriptedAgent agent(bus().address());
   Answers answers;
   const auto assertion = activate(answers, {"org.example.A", "", "ünï.ço"});
+  EXPECT_FALSE(ran);
   EXPECT_EQ(answers.awaited(), std::vector<std::string>{"granted"});
   EXPECT_NE(answers.thread, std::this_thread::get_id());
   EXPECT_EQ(agent.count("Activate org.example.A  ünï.ço"), 1);
