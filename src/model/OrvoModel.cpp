@@ -84,8 +84,8 @@ void OrvoModel::observeSystem() {
   observe(center, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
   observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
   observe(center, Notification::didWake, &OrvoModel::systemDidWake);
-  observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarChanged);
-  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::menuBarChanged);
+  observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated);
+  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
 }
 
 // A notification is handled once its sender has returned; one that was still under way when the
@@ -135,8 +135,14 @@ void OrvoModel::systemDidWake() {
   refresh();
 }
 
-// What was known about its places holds no more, and a concealment may have ended unheard.
-void OrvoModel::menuBarChanged() {
+// Nobody answers for a confirmed request that its host took along.
+void OrvoModel::menuBarHostTerminated() {
+  const bool wasConcealed = state() != BarState::visible;
+  screensChanged();
+  if (wasConcealed) message = "Could not hide icons: The menu bar agent is not running.";
+}
+
+void OrvoModel::screensChanged() {
   reveal(false);
   invalidateSystemGeometry();
   refresh();

@@ -127,7 +127,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void applicationTerminated();
   void systemWillSleep();
   void systemDidWake();
-  void menuBarChanged();
+  void menuBarHostTerminated();
+  void screensChanged();
   void poll();
   bool followTrust();
   void invalidateSystemGeometry();

@@ -127,6 +127,11 @@ class OrvoDesktop(Desktop):
         return next((element for element in self.application().walk()
                      if element.name == name and element.has(STATE_SHOWING)), None)
 
+    def expect_told(self, text):
+        """Opens the settings window from the arrow's menu and waits until it shows this line."""
+        self.choose("Settings…")
+        self.control(text, 10)
+
     # What a person does with it
 
     def mark(self, application, choice="Hide"):

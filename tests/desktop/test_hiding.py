@@ -56,6 +56,8 @@ class Hiding(DesktopCase):
         try:
             wait(lambda: not self.desktop.is_hidden(), what="the reveal")
             wait(lambda: set(self.desktop.shown()) == set(self.all) | {"org.flameshot.Flameshot"}, what="every icon")
+            self.desktop.expect_told("A new app opened. Icons are shown so its menu bar item can load.")
+            self.desktop.close_window(self.desktop.settings_window())
         finally:
             self.desktop.end("org.flameshot.Flameshot")
         self.desktop.expect_shown(self.all)

@@ -59,6 +59,9 @@ class Shortcut(DesktopCase):
             self.desktop.hide()
             self.desktop.click_arrow()
             wait(lambda: not self.desktop.is_hidden(), 2, "the reveal")
+            self.desktop.choose("Settings…")
+            self.desktop.click(self.desktop.control("Behavior").center())
+            self.desktop.control("This shortcut is in use. Orvo’s menu bar arrow is still available.")
         finally:
             holder.close()
 

@@ -7,6 +7,7 @@ using testing::ElementsAre;
 using T = ModelFixture;
 
 constexpr const char* newApp = "A new app opened. Icons are shown so its menu bar item can load.";
+constexpr const char* hostEnded = "Could not hide icons: The menu bar agent is not running.";
 constexpr const char* three = "org.example.Three";
 
 TEST(OrvoModelTest, TheShortcutTogglesAfterItsHandlerHasReturned) {
@@ -44,10 +45,11 @@ TEST(OrvoModelTest, EachSystemNotificationTakesItsSteps) {
       {"exit while visible", applicationTerminated, visible, visible, "", 1, 0, true},
       {"exit while applying", applicationTerminated, applying, applying, "", 1, 0, true},
       {"exit while hidden", applicationTerminated, hidden, applying, "", 1, 1, true},
+      {"end of the host while visible", menuBarHostTerminated, visible, visible, "", 1, 0, true},
       {"sleep", willSleep, hidden, visible, "", 0, 0, false},
       {"wake", didWake, visible, visible, "", 1, 0, true},
       {"display change", screenParametersChanged, hidden, visible, "", 1, 0, true},
-      {"end of the menu bar's host", menuBarHostTerminated, hidden, visible, "", 1, 0, true},
+      {"end of the host while hidden", menuBarHostTerminated, hidden, visible, hostEnded, 1, 0, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
