@@ -8,6 +8,7 @@
 #include "platform/Workspace.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace orvo {
@@ -16,6 +17,40 @@ namespace {
 
 constexpr std::string_view fallbackVersion = "0.2.0";
 constexpr const char* applicationsFolder = "/Applications";
+
+const std::pair<const char*, const char*> fixedTexts[] = {
+    {"name", "Orvo"},
+    {"tagline", "A calmer menu bar"},
+    {"iconsTitle", "Your menu bar"},
+    {"iconsSubtitle", "Choose what stays. Orvo away the rest."},
+    {"guideTitle", "Bring your icons back with the left arrow"},
+    {"guideDetail", "Click Orvo in the menu bar. Right-click for settings."},
+    {"shortcut", "Control Option Command B"},
+    {"find", "Find an app"},
+    {"clearSearch", "Clear search"},
+    {"refresh", "Refresh menu bar icons"},
+    {"refreshing", "Refreshing menu bar icons"},
+    {"apps", "Apps"},
+    {"keep", "Keep"},
+    {"hide", "Hide"},
+    {"choicesNote", "Choices apply to all icons from each app."},
+    {"behaviorTitle", "Behavior"},
+    {"behaviorSubtitle", "Make Orvo fit into your day."},
+    {"general", "GENERAL"},
+    {"loginTitle", "Open Orvo at login"},
+    {"loginDetail", "Keep your menu bar choices close at hand."},
+    {"startsVisible", "Icons start visible whenever Orvo opens."},
+    {"revealAndRehide", "REVEAL AND REHIDE"},
+    {"shortcutTitle", "Toggle icons from any app"},
+    {"rehideTitle", "Automatically hide again"},
+    {"rehideDetail", "After revealing with Orvo or its shortcut."},
+    {"aboutTagline", "A calmer menu bar."},
+    {"onThisMac", "ON THIS MAC"},
+    {"builtForTitle", "Built for macOS 27"},
+    {"builtForDetail",
+     "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons "
+     "from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar."},
+};
 
 struct PageTraits {
   std::string_view rawValue;
@@ -72,7 +107,12 @@ std::string OrvoView::version() const {
   return text != nullptr ? *text : std::string(fallbackVersion);
 }
 
-std::string OrvoView::versionLine() const { return "Orvo " + version(); }
+std::map<std::string, std::string> OrvoView::texts() const {
+  std::map<std::string, std::string> texts(std::begin(fixedTexts), std::end(fixedTexts));
+  texts["versionLine"] = "Orvo " + version();
+  texts["aboutVersion"] = "Version " + version();
+  return texts;
+}
 
 OrvoView::Label OrvoView::statusLine() const {
   if (model_->state() == BarState::hidden) return {"chevron.left", "Icons orvoed away"};
@@ -82,13 +122,13 @@ OrvoView::Label OrvoView::statusLine() const {
 OrvoView::StateBadge OrvoView::stateBadge() const {
   switch (model_->state()) {
     case BarState::applying:
-      return {StateBadge::Indicator::progress, "Updating"};
+      return {true, false, "Updating"};
     case BarState::hidden:
-      return {StateBadge::Indicator::accentDot, "Orvoed away"};
+      return {false, true, "Orvoed away"};
     case BarState::visible:
       break;
   }
-  return {StateBadge::Indicator::quietDot, "All visible"};
+  return {false, false, "All visible"};
 }
 
 std::optional<std::string> OrvoView::message() const { return model_->message(); }
@@ -208,13 +248,7 @@ OrvoView::PrimaryButton OrvoView::primaryButton() const {
   return {"", "chevron.left", "Reveal hidden icons", "Reveal hidden icons · ⌃⌥⌘B", true};
 }
 
-void OrvoView::performPrimaryAction() {
-  if (model_->state() == BarState::visible) {
-    model_->hideSelected();
-  } else {
-    model_->reveal(true);
-  }
-}
+void OrvoView::performPrimaryAction() { model_->toggle(); }
 
 void OrvoView::applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const {
   platform_.applicationIcons.icon(pid, pixels, std::move(answer));
@@ -275,7 +309,7 @@ std::vector<OrvoView::DiagnosticRow> OrvoView::diagnostics() const {
 }
 
 std::string OrvoView::diagnosticsText() const {
-  return versionLine() + "\nmacOS: " + platform_.processInfo.operatingSystemVersionString() +
+  return "Orvo " + version() + "\nmacOS: " + platform_.processInfo.operatingSystemVersionString() +
          "\nInstalled application: " + eitherText(model_->nativeMenuBarReady, "ready", "not ready") +
          "\nMenu bar compatibility: " + eitherText(model_->backendAvailable, "available", "unavailable") +
          "\nAccessibility: " + eitherText(model_->accessibilityGranted(), "enabled", "not enabled") +

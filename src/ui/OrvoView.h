@@ -13,6 +13,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,9 +34,10 @@ class OrvoView : public WindowContent {
   static std::optional<Page> pageFromRawValue(std::string_view rawValue);
   static std::string_view symbol(Page page);
 
+  // An indicator that turns, or a dot, before a text.
   struct StateBadge {
-    enum class Indicator { progress, accentDot, quietDot };
-    Indicator indicator;
+    bool inProgress;
+    bool accentDot;
     std::string text;
   };
   struct Label {
@@ -116,8 +118,9 @@ class OrvoView : public WindowContent {
   // Column and shared pieces.
   // By page, in the order of the column.
   virtual std::array<Label, 3> pages() const;
-  virtual std::string version() const;
-  virtual std::string versionLine() const;
+  std::string version() const;
+  // What never changes while the program runs, by the name that the layout has for it.
+  virtual std::map<std::string, std::string> texts() const;
   virtual Label statusLine() const;
   virtual StateBadge stateBadge() const;
   virtual std::optional<std::string> message() const;

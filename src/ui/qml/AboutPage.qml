@@ -18,23 +18,23 @@ ScrollPage {
                 font.letterSpacing: -0.2
                 font.pixelSize: Theme.titleSize
                 font.weight: Font.DemiBold
-                text: "Orvo"
+                text: View.texts.name
                 Accessible.role: Accessible.Heading
             }
             BodyText {
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
-                text: "Version " + View.version
+                text: View.texts.aboutVersion
             }
             BodyText {
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
-                text: "A calmer menu bar."
+                text: View.texts.aboutTagline
             }
         }
     }
     SettingsSection {
-        title: "ON THIS MAC"
+        title: View.texts.onThisMac
 
         Column {
             spacing: 9
@@ -76,12 +76,12 @@ ScrollPage {
 
         BodyText {
             font.weight: Font.DemiBold
-            text: "Built for macOS 27"
+            text: View.texts.builtForTitle
         }
         BodyText {
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
-            text: "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar."
+            text: View.texts.builtForDetail
             width: parent.width
             wrapMode: Text.Wrap
         }

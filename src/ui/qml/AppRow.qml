@@ -17,6 +17,12 @@ FocusScope {
     signal entered
 
     clip: true
+    // A row that is put aside for later use is no row, to assistive programs either; it may have been fading in.
+    ListView.onPooled: visible = false
+    ListView.onReused: {
+        opacity = 1;
+        visible = true;
+    }
     Accessible.name: name
     Accessible.role: Accessible.ListItem
     onActiveFocusChanged: if (activeFocus)

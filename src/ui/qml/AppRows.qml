@@ -21,12 +21,13 @@ ListView {
 
     activeFocusOnTab: true
     boundsBehavior: Flickable.StopAtBounds
-    cacheBuffer: rowHeight * 2
+    cacheBuffer: 0
+    reuseItems: true
     clip: true
     highlightFollowsCurrentItem: false
     keyNavigationEnabled: false
     model: View.rows
-    Accessible.name: "Apps"
+    Accessible.name: View.texts.apps
     Accessible.role: Accessible.List
     // By itself it would find the list before the row in it, and stay.
     Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
@@ -49,5 +50,26 @@ ListView {
         }
     }
     T.ScrollBar.vertical: ScrollIndicatorBar {
+    }
+    add: Transition {
+        NumberAnimation {
+            duration: Theme.movement
+            from: 0
+            property: "opacity"
+            to: 1
+        }
+    }
+    displaced: Transition {
+        NumberAnimation {
+            duration: Theme.movement
+            easing.type: Easing.OutCubic
+            property: "y"
+        }
+        // A row that is pushed aside while it still appears.
+        NumberAnimation {
+            duration: Theme.movement
+            property: "opacity"
+            to: 1
+        }
     }
 }

@@ -5,22 +5,22 @@ import orvo.settings
 
 ScrollPage {
     PageHeader {
-        subtitle: "Make Orvo fit into your day."
-        title: "Behavior"
+        subtitle: View.texts.behaviorSubtitle
+        title: View.texts.behaviorTitle
     }
     SettingsSection {
-        title: "GENERAL"
+        title: View.texts.general
 
         RowLayout {
             spacing: 20
             width: parent.width
 
             SettingLabel {
-                detail: "Keep your menu bar choices close at hand."
-                title: "Open Orvo at login"
+                detail: View.texts.loginDetail
+                title: View.texts.loginTitle
             }
             LoginSwitch {
-                label: "Open Orvo at login"
+                label: View.texts.loginTitle
             }
         }
         Divider {
@@ -39,12 +39,12 @@ ScrollPage {
             BodyText {
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
-                text: "Icons start visible whenever Orvo opens."
+                text: View.texts.startsVisible
             }
         }
     }
     SettingsSection {
-        title: "REVEAL AND REHIDE"
+        title: View.texts.revealAndRehide
 
         RowLayout {
             spacing: 20
@@ -52,7 +52,7 @@ ScrollPage {
 
             SettingLabel {
                 detail: View.shortcutDetail
-                title: "Toggle icons from any app"
+                title: View.texts.shortcutTitle
             }
             ShortcutBadge {
             }
@@ -65,12 +65,12 @@ ScrollPage {
             width: parent.width
 
             SettingLabel {
-                detail: "After revealing with Orvo or its shortcut."
-                title: "Automatically hide again"
+                detail: View.texts.rehideDetail
+                title: View.texts.rehideTitle
             }
             RehidePicker {
                 Layout.preferredWidth: 145
-                label: "Automatically hide again"
+                label: View.texts.rehideTitle
             }
         }
     }

@@ -6,7 +6,7 @@ Item {
     Column {
         anchors.centerIn: parent
         spacing: 5
-        width: Math.min(330, parent.width - 40)
+        width: Math.min(310, parent.width - 40)
 
         Symbol {
             anchors.horizontalCenter: parent.horizontalCenter
@@ -43,7 +43,7 @@ Item {
             id: clear
 
             anchors.horizontalCenter: parent.horizontalCenter
-            text: "Clear search"
+            text: View.texts.clearSearch
             visible: View.emptyState.offersClearSearch
             onClicked: View.clearSearch()
         }

@@ -4,13 +4,12 @@ import orvo.settings
 
 Panel {
     required property Item target
-    property bool always: false
 
     anchors.fill: parent
     anchors.margins: -3
     borderColor: Theme.focusRing
     borderWidth: 2
     radius: 7
-    visible: target.activeFocus && (always || Keyboard.inUse)
+    visible: target.activeFocus && Keyboard.inUse
     z: 1
 }

@@ -6,7 +6,6 @@ PlainButton {
     id: button
 
     required property string symbol
-    property int symbolSize: 15
 
     opacity: enabled ? 1 : 0.4
     toolTip: name
@@ -18,6 +17,6 @@ PlainButton {
     contentItem: Symbol {
         color: Theme.secondary
         name: button.symbol
-        size: button.symbolSize
+        size: 15
     }
 }

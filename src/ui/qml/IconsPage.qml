@@ -19,8 +19,8 @@ FocusScope {
         RowLayout {
             PageHeader {
                 Layout.fillWidth: true
-                subtitle: "Choose what stays. Orvo away the rest."
-                title: "Your menu bar"
+                subtitle: View.texts.iconsSubtitle
+                title: View.texts.iconsTitle
             }
             StateBadge {
             }

@@ -22,6 +22,6 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.secondary
         font.pixelSize: Theme.captionSize
-        text: "Choices apply to all icons from each app."
+        text: View.texts.choicesNote
     }
 }

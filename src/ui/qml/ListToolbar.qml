@@ -22,6 +22,7 @@ FocusScope {
         Symbol {
             color: Theme.secondary
             name: "magnifyingglass"
+            opacity: search.enabled ? 1 : 0.4
             size: 15
         }
         SearchField {
@@ -34,7 +35,7 @@ FocusScope {
         IconButton {
             Layout.preferredHeight: 22
             Layout.preferredWidth: 22
-            name: "Clear search"
+            name: View.texts.clearSearch
             symbol: "xmark.circle.fill"
             visible: View.offersClearSearch
             onClicked: {
@@ -46,16 +47,18 @@ FocusScope {
             Layout.preferredHeight: 22
             Layout.preferredWidth: 22
             enabled: View.refreshEnabled
-            name: "Refresh menu bar icons"
+            name: View.texts.refresh
             symbol: "arrow.clockwise"
             visible: !View.isScanning
             onClicked: View.refresh()
         }
         Item {
+            Layout.leftMargin: 2
             Layout.preferredHeight: 22
-            Layout.preferredWidth: 22
+            Layout.preferredWidth: 18
+            Layout.rightMargin: 2
             visible: View.isScanning
-            Accessible.name: "Refreshing menu bar icons"
+            Accessible.name: View.texts.refreshing
             Accessible.role: Accessible.Animation
 
             Spinner {

@@ -28,17 +28,15 @@ T.Switch {
 
     indicator: Panel {
         anchors.fill: parent
-        borderColor: control.checked ? "transparent" : Theme.controlOutline
-        color: control.checked ? Theme.accent : Theme.track
+        color: control.checked ? Theme.accent : Theme.switchOff
         radius: 11
 
         Panel {
-            borderColor: Theme.controlOutline
-            color: "white"
+            color: Theme.accentContrast
             height: 18
             radius: 9
             width: 18
-            x: control.checked !== control.mirrored ? parent.width - width - 2 : 2
+            x: control.checked ? parent.width - width - 2 : 2
             y: 2
 
             Behavior on x {

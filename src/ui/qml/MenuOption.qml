@@ -25,7 +25,7 @@ T.ItemDelegate {
             anchors.left: parent.left
             anchors.leftMargin: 7
             anchors.verticalCenter: parent.verticalCenter
-            color: option.highlighted ? Theme.onAccent : Theme.text
+            color: option.highlighted ? Theme.accentContrast : Theme.text
             name: "checkmark"
             size: 13
             visible: option.chosen
@@ -35,7 +35,7 @@ T.ItemDelegate {
             anchors.left: parent.left
             anchors.leftMargin: 26
             anchors.verticalCenter: parent.verticalCenter
-            color: option.highlighted ? Theme.onAccent : Theme.text
+            color: option.highlighted ? Theme.accentContrast : Theme.text
             spoken: false
             text: option.text
         }

@@ -23,12 +23,12 @@ Rectangle {
 
             BodyText {
                 font.weight: Font.DemiBold
-                text: "Orvo"
+                text: View.texts.name
             }
             BodyText {
                 color: Theme.secondary
                 font.pixelSize: Theme.captionSize
-                text: "A calmer menu bar"
+                text: View.texts.tagline
             }
         }
     }
@@ -85,7 +85,7 @@ Rectangle {
         BodyText {
             color: Theme.tertiary
             font.pixelSize: Theme.captionSize
-            text: View.versionLine
+            text: View.texts.versionLine
         }
     }
 }

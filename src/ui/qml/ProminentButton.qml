@@ -6,6 +6,7 @@ PlainButton {
     id: button
 
     required property string symbol
+    readonly property color textColor: enabled ? Theme.accentContrast : Theme.secondary
 
     font.weight: Font.DemiBold
     leftPadding: 18
@@ -13,10 +14,9 @@ PlainButton {
     topPadding: 9
     bottomPadding: 9
     ringRadius: 11
-    opacity: enabled ? 1 : 0.45
 
     background: Panel {
-        color: button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
+        color: !button.enabled ? Theme.track : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
         radius: 8
     }
     contentItem: Row {
@@ -24,7 +24,7 @@ PlainButton {
 
         BodyText {
             anchors.verticalCenter: parent.verticalCenter
-            color: Theme.onAccent
+            color: button.textColor
             font: button.font
             spoken: false
             text: button.text
@@ -32,7 +32,7 @@ PlainButton {
         }
         Symbol {
             anchors.verticalCenter: parent.verticalCenter
-            color: Theme.onAccent
+            color: button.textColor
             name: button.symbol
             size: 16
             weight: 2

@@ -6,14 +6,12 @@ PlainButton {
     id: button
 
     property string symbol
-    property int symbolSize: 14
 
     leftPadding: 13
     rightPadding: 13
     topPadding: 6
     bottomPadding: 6
     ringRadius: 9
-    opacity: enabled ? 1 : 0.45
 
     background: Panel {
         borderColor: Theme.controlOutline
@@ -33,7 +31,7 @@ PlainButton {
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.text
             name: button.symbol
-            size: button.symbolSize
+            size: 14
             visible: name !== ""
         }
         BodyText {

@@ -64,7 +64,7 @@ T.ComboBox {
         color: Theme.secondary
         name: "chevron.up.chevron.down"
         size: 13
-        x: control.mirrored ? 8 : control.width - width - 8
+        x: control.width - width - 8
         y: (control.height - height) / 2
     }
     popup: MenuPopup {

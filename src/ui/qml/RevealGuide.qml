@@ -39,14 +39,14 @@ Panel {
             BodyText {
                 Layout.fillWidth: true
                 font.weight: Font.Medium
-                text: "Bring your icons back with the left arrow"
+                text: View.texts.guideTitle
                 wrapMode: Text.Wrap
             }
             BodyText {
                 Layout.fillWidth: true
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
-                text: "Click Orvo in the menu bar. Right-click for settings."
+                text: View.texts.guideDetail
                 wrapMode: Text.Wrap
             }
         }

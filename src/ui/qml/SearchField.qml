@@ -10,7 +10,7 @@ T.TextField {
     enabled: View.searchEnabled
     font.pixelSize: Theme.bodySize
     implicitHeight: 26
-    placeholderText: "Find an app"
+    placeholderText: View.texts.find
     placeholderTextColor: Theme.tertiary
     renderType: Text.NativeRendering
     selectByMouse: true
@@ -31,7 +31,6 @@ T.TextField {
         anchors.fill: parent
         color: field.placeholderTextColor
         elide: Text.ElideRight
-        opacity: field.enabled ? 1 : 0.6
         spoken: false
         text: field.placeholderText
         verticalAlignment: Text.AlignVCenter

@@ -1,39 +1,34 @@
 // One segment of a picker. It shows whether it is chosen and only asks for a change.
 import QtQuick
-import QtQuick.Templates as T
 import orvo.settings
 
-T.RadioButton {
+BodyText {
     id: segment
 
     required property bool chosen
+    required property color chosenColor
     signal picked
 
-    autoExclusive: false
-    checked: chosen
+    color: chosen ? chosenColor : Theme.secondary
     focus: chosen
-    focusPolicy: Qt.NoFocus
     font.pixelSize: Theme.smallSize
     font.weight: chosen ? Font.DemiBold : Font.Normal
-    Accessible.name: text
+    horizontalAlignment: Text.AlignHCenter
+    verticalAlignment: Text.AlignVCenter
+    Accessible.checkable: true
+    Accessible.checked: chosen
+    Accessible.focusable: true
     Accessible.onPressAction: if (enabled)
         picked()
     Accessible.onToggleAction: if (enabled)
         picked()
+    Accessible.role: Accessible.RadioButton
     Keys.onEnterPressed: picked()
     Keys.onReturnPressed: picked()
-    onClicked: {
-        checked = Qt.binding(() => chosen);
-        picked();
-    }
+    Keys.onSpacePressed: picked()
 
-    contentItem: BodyText {
-        color: segment.chosen ? (segment.text === "Hide" ? Theme.onAccent : Theme.text) : Theme.secondary
-        font: segment.font
-        horizontalAlignment: Text.AlignHCenter
-        spoken: false
-        text: segment.text
-        verticalAlignment: Text.AlignVCenter
+    TapHandler {
+        onTapped: segment.picked()
     }
     FocusRing {
         radius: 8

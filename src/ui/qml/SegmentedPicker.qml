@@ -10,13 +10,10 @@ FocusScope {
     signal chosen(bool hide)
 
     implicitHeight: 26
-    opacity: enabled ? 1 : 0.5
     Accessible.name: label
     Accessible.role: Accessible.Grouping
-    Keys.onLeftPressed: chosen(mirrored)
-    Keys.onRightPressed: chosen(!mirrored)
-
-    readonly property bool mirrored: LayoutMirroring.enabled
+    Keys.onLeftPressed: chosen(false)
+    Keys.onRightPressed: chosen(true)
 
     Panel {
         anchors.fill: parent
@@ -24,12 +21,12 @@ FocusScope {
         radius: 7
     }
     Panel {
-        borderColor: picker.hide ? "transparent" : Theme.controlOutline
-        color: picker.hide ? Theme.accentFill : Theme.thumb
+        borderColor: picker.hide || !picker.enabled ? "transparent" : Theme.controlOutline
+        color: !picker.enabled ? Theme.pressed : picker.hide ? Theme.accentFill : Theme.thumb
         height: parent.height - 4
         radius: 5.5
         width: parent.width / 2 - 3
-        x: picker.hide !== picker.mirrored ? parent.width - width - 2 : 2
+        x: picker.hide ? parent.width - width - 2 : 2
         y: 2
 
         Behavior on x {
@@ -43,13 +40,14 @@ FocusScope {
         anchors.fill: parent
 
         Repeater {
-            model: ["Keep", "Hide"]
+            model: [View.texts.keep, View.texts.hide]
 
             Segment {
                 required property int index
                 required property string modelData
 
                 chosen: picker.hide === (index === 1)
+                chosenColor: picker.enabled && picker.hide ? Theme.accentContrast : Theme.text
                 height: parent.height
                 text: modelData
                 width: parent.width / 2

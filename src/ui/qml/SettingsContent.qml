@@ -7,9 +7,6 @@ FocusScope {
 
     property bool searchWanted: false
 
-    LayoutMirroring.childrenInherit: true
-    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
-
     function focusSearch() {
         if (!searchWanted || !page.item || !page.item.focusSearch)
             return;

@@ -17,7 +17,7 @@ Row {
 
         Symbol {
             anchors.centerIn: parent
-            color: Theme.onAccent
+            color: Theme.accentContrast
             name: "checkmark"
             size: 13
             visible: step.complete

@@ -8,7 +8,7 @@ Panel {
     implicitHeight: 24
     implicitWidth: signs.implicitWidth + 18
     radius: 6
-    Accessible.name: "Control Option Command B"
+    Accessible.name: View.texts.shortcut
     Accessible.role: Accessible.StaticText
 
     Row {

@@ -3,6 +3,7 @@ import QtQuick
 import orvo.settings
 
 Panel {
+    clip: true
     color: Theme.badge
     implicitHeight: 26
     implicitWidth: row.implicitWidth + 22
@@ -10,25 +11,39 @@ Panel {
     Accessible.name: View.stateBadge.text
     Accessible.role: Accessible.StaticText
 
+    Behavior on implicitWidth {
+        NumberAnimation {
+            duration: Theme.movement
+            easing.type: Easing.OutCubic
+        }
+    }
     Row {
         id: row
 
-        anchors.centerIn: parent
+        anchors.right: parent.right
+        anchors.rightMargin: 11
+        anchors.verticalCenter: parent.verticalCenter
         spacing: 7
 
         Spinner {
             anchors.verticalCenter: parent.verticalCenter
             implicitHeight: 12
             implicitWidth: 12
-            visible: View.stateBadge.indicator === View.Progress
+            visible: View.stateBadge.inProgress
         }
         Panel {
             anchors.verticalCenter: parent.verticalCenter
-            color: View.stateBadge.indicator === View.AccentDot ? Theme.accent : Theme.secondary
+            color: View.stateBadge.accentDot ? Theme.accent : Theme.secondary
             implicitHeight: 6
             implicitWidth: 6
             radius: 3
-            visible: View.stateBadge.indicator !== View.Progress
+
+            Behavior on color {
+                ColorAnimation {
+                    duration: Theme.movement
+                }
+            }
+            visible: !View.stateBadge.inProgress
         }
         BodyText {
             anchors.verticalCenter: parent.verticalCenter

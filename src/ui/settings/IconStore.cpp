@@ -1,13 +1,10 @@
 #include "ui/settings/IconStore.h"
 
 #include <QPointer>
-#include <QQmlEngine>
 
 namespace orvo {
 
 namespace {
-
-constexpr const char* engineProperty = "orvoIcons";
 
 QImage image(const std::optional<Picture>& picture) {
   const bool whole =
@@ -20,12 +17,6 @@ QImage image(const std::optional<Picture>& picture) {
 }
 
 }  // namespace
-
-IconStore* IconStore::of(const QQmlEngine* engine) {
-  return engine == nullptr ? nullptr : engine->property(engineProperty).value<IconStore*>();
-}
-
-void IconStore::installIn(QQmlEngine& engine) { engine.setProperty(engineProperty, QVariant::fromValue(this)); }
 
 std::optional<QImage> IconStore::icon(std::int32_t pid, int pixels) {
   const Key key{pid, pixels};

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ui/OrvoView.h"
+#include "ui/settings/EngineSingleton.h"
 
 #include <QImage>
 #include <QObject>
@@ -15,11 +16,9 @@
 #include <set>
 #include <utility>
 
-class QQmlEngine;
-
 namespace orvo {
 
-class IconStore : public QObject {
+class IconStore : public QObject, public EngineSingleton<IconStore> {
   Q_OBJECT
 
  public:
@@ -28,9 +27,6 @@ class IconStore : public QObject {
 
   // The view outlives it.
   explicit IconStore(const OrvoView& view) : view_(view) {}
-
-  static IconStore* of(const QQmlEngine* engine);
-  void installIn(QQmlEngine& engine);
 
   // Absent until the answer has come, which `answered` tells; null where the application has none.
   // Asking again is free.

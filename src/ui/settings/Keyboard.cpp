@@ -1,13 +1,10 @@
 #include "ui/settings/Keyboard.h"
 
 #include <QKeyEvent>
-#include <QQmlEngine>
 
 namespace orvo {
 
 namespace {
-
-constexpr const char* engineProperty = "orvoKeyboard";
 
 bool movesFocus(int key) {
   switch (key) {
@@ -24,14 +21,6 @@ bool movesFocus(int key) {
 }
 
 }  // namespace
-
-Keyboard* Keyboard::create(QQmlEngine* engine, QJSEngine*) {
-  auto* keyboard = engine->property(engineProperty).value<Keyboard*>();
-  QJSEngine::setObjectOwnership(keyboard, QJSEngine::CppOwnership);
-  return keyboard;
-}
-
-void Keyboard::installIn(QQmlEngine& engine) { engine.setProperty(engineProperty, QVariant::fromValue(this)); }
 
 bool Keyboard::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);

@@ -2,15 +2,14 @@
 // for each engine, owned by the settings window; main thread only.
 #pragma once
 
+#include "ui/settings/EngineSingleton.h"
+
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
-class QJSEngine;
-class QQmlEngine;
-
 namespace orvo {
 
-class Keyboard : public QObject {
+class Keyboard : public QObject, public EngineSingleton<Keyboard> {
   Q_OBJECT
   QML_ELEMENT
   QML_SINGLETON
@@ -20,9 +19,6 @@ class Keyboard : public QObject {
  public:
   // Watches `window` as long as both live.
   explicit Keyboard(QObject& window) { window.installEventFilter(this); }
-
-  static Keyboard* create(QQmlEngine* engine, QJSEngine*);
-  void installIn(QQmlEngine& engine);
 
   bool inUse() const { return inUse_; }
 

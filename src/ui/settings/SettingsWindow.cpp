@@ -2,14 +2,15 @@
 
 #include "platform/FreeMemory.h"
 #include "platform/UserDefaults.h"
+#include "ui/settings/DesktopLook.h"
 #include "ui/settings/IconStore.h"
 #include "ui/settings/ItemAccessibility.h"
 #include "ui/settings/Keyboard.h"
-#include "ui/settings/Theme.h"
 #include "ui/settings/ViewBinding.h"
 
 #include <QEvent>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QPointer>
 #include <QQmlEngine>
 #include <QQuickView>
@@ -87,7 +88,7 @@ void SettingsWindow::makeKeyAndOrderFront() {
 
 void SettingsWindow::open() {
   prepareQuick();
-  theme_ = std::make_unique<Theme>(*appearance_);
+  look_ = std::make_unique<DesktopLook>(*appearance_);
   icons_ = std::make_unique<IconStore>(view_);
   binding_ = std::make_unique<ViewBinding>(view_, platform_.mainQueue);
   quickView_ = std::make_unique<QQuickView>();
@@ -95,12 +96,12 @@ void SettingsWindow::open() {
   installItemAccessibility();
   QQmlEngine& engine = *quickView_->engine();
   engine.addImportPath(QStringLiteral("qrc:/"));
-  theme_->installIn(engine);
+  look_->installIn(engine);
   icons_->installIn(engine);
   binding_->installIn(engine);
   (new Keyboard(*quickView_))->installIn(engine);
-  connect(theme_.get(), &Theme::changed, quickView_.get(), [this] { quickView_->setColor(theme_->window); });
-  quickView_->setColor(theme_->window);
+  // Window lists show it where no desktop file of Orvo's is installed.
+  quickView_->setIcon(QIcon(QStringLiteral(":/orvo/symbols/orvo.svg")));
   quickView_->setTitle(QString::fromStdString(description_.title));
   quickView_->setFlags(windowFlags(description_.styleMask));
   quickView_->setMinimumSize(toSize(description_.minimumSize));
@@ -139,7 +140,7 @@ void SettingsWindow::dropScene() {
   quickView_.reset();
   binding_.reset();
   icons_.reset();
-  theme_.reset();
+  look_.reset();
   returnFreeMemory();
 }
 

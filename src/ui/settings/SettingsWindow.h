@@ -1,6 +1,6 @@
 // The settings window: hosts the QML content over OrvoView, follows the desktop's appearance and
-// remembers its frame, never pixel by pixel. Owned by AppDelegate; main thread only. Nothing of Qt Quick exists before
-// the first showing, and closing gives the scene back: page and search live in OrvoView.
+// remembers its frame, never pixel by pixel. Owned by AppDelegate; main thread only. Nothing of Qt Quick
+// exists before the first showing, and closing gives the scene back: page and search live in OrvoView.
 #pragma once
 
 #include "platform/Appearance.h"
@@ -20,8 +20,8 @@ class QQuickView;
 
 namespace orvo {
 
+class DesktopLook;
 class IconStore;
-class Theme;
 class ViewBinding;
 
 class SettingsWindow : public QObject, public Window {
@@ -52,7 +52,7 @@ class SettingsWindow : public QObject, public Window {
   OrvoView& view_;
   const Platform platform_;
   std::unique_ptr<Appearance> appearance_;
-  std::unique_ptr<Theme> theme_;
+  std::unique_ptr<DesktopLook> look_;
   std::unique_ptr<IconStore> icons_;
   std::unique_ptr<ViewBinding> binding_;
   std::unique_ptr<QQuickView> quickView_;

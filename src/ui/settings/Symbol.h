@@ -3,23 +3,20 @@
 #pragma once
 
 #include <QColor>
-#include <QImage>
 #include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace orvo {
-
-// `weight` is the line's width in the units of `size`. A transparent colour keeps the drawing's own
-// colours. Null for a name that has no drawing.
-QImage symbolImage(const QString& name, QSize pixels, double size, double weight, const QColor& color);
 
 class Symbol : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
 
   Q_PROPERTY(QString name MEMBER name_ NOTIFY changed)
+  // A transparent colour keeps the drawing's own colours.
   Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
   Q_PROPERTY(double size MEMBER size_ NOTIFY changed)
+  // The line's width, in the units of `size`.
   Q_PROPERTY(double weight MEMBER weight_ NOTIFY changed)
 
  public:

@@ -3,13 +3,10 @@
 #include "platform/MainQueue.h"
 
 #include <QPointer>
-#include <QQmlEngine>
 
 namespace orvo {
 
 namespace {
-
-constexpr const char* engineProperty = "orvoView";
 
 QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
 
@@ -36,6 +33,12 @@ QVariantMap map(const OrvoView::DiagnosticRow& row) {
           {"ready", row.ready.value_or(false)}};
 }
 
+QVariantMap map(const std::map<std::string, std::string>& texts) {
+  QVariantMap all;
+  for (const auto& [name, value] : texts) all.insert(text(name), text(value));
+  return all;
+}
+
 template <typename Values>
 QVariantList list(const Values& values) {
   QVariantList all;
@@ -46,19 +49,14 @@ QVariantList list(const Values& values) {
 }  // namespace
 
 ViewBinding::ViewBinding(OrvoView& view, MainQueue& mainQueue)
-    : view_(view), mainQueue_(mainQueue), token_(view.willChange.observe([this] { announced(); })) {
+    : view_(view),
+      mainQueue_(mainQueue),
+      token_(view.willChange.observe([this] { announced(); })),
+      texts_(map(view.texts())) {
   rows_.setRows(view_.rows());
 }
 
 ViewBinding::~ViewBinding() { view_.willChange.remove(token_); }
-
-ViewBinding* ViewBinding::create(QQmlEngine* engine, QJSEngine*) {
-  auto* view = engine->property(engineProperty).value<ViewBinding*>();
-  QJSEngine::setObjectOwnership(view, QJSEngine::CppOwnership);
-  return view;
-}
-
-void ViewBinding::installIn(QQmlEngine& engine) { engine.setProperty(engineProperty, QVariant::fromValue(this)); }
 
 // The announcement comes before the change, so that nothing may be read inside it.
 void ViewBinding::announced() {
@@ -79,15 +77,11 @@ QVariantList ViewBinding::pages() const { return list(view_.pages()); }
 
 void ViewBinding::setPage(int page) { view_.page = OrvoView::allPages.at(static_cast<std::size_t>(page)); }
 
-QString ViewBinding::version() const { return text(view_.version()); }
-
-QString ViewBinding::versionLine() const { return text(view_.versionLine()); }
-
 QVariantMap ViewBinding::statusLine() const { return map(view_.statusLine()); }
 
 QVariantMap ViewBinding::stateBadge() const {
   const OrvoView::StateBadge badge = view_.stateBadge();
-  return {{"indicator", static_cast<int>(badge.indicator)}, {"text", text(badge.text)}};
+  return {{"inProgress", badge.inProgress}, {"accentDot", badge.accentDot}, {"text", text(badge.text)}};
 }
 
 QString ViewBinding::message() const { return text(view_.message().value_or("")); }

@@ -3,31 +3,29 @@
 #pragma once
 
 #include "ui/OrvoView.h"
+#include "ui/settings/EngineSingleton.h"
 #include "ui/settings/IconListModel.h"
 
 #include <QObject>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
 
-class QJSEngine;
-class QQmlEngine;
-
 namespace orvo {
 
-class ViewBinding : public QObject {
+class ViewBinding : public QObject, public EngineSingleton<ViewBinding> {
   Q_OBJECT
   QML_NAMED_ELEMENT(View)
   QML_SINGLETON
 
   Q_PROPERTY(QVariantList pages READ pages CONSTANT)
   Q_PROPERTY(int page READ page WRITE setPage NOTIFY changed)
-  Q_PROPERTY(QString version READ version CONSTANT)
-  Q_PROPERTY(QString versionLine READ versionLine CONSTANT)
+  Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
   Q_PROPERTY(QVariantMap statusLine READ statusLine NOTIFY changed)
   Q_PROPERTY(QVariantMap stateBadge READ stateBadge NOTIFY changed)
   Q_PROPERTY(QString message READ message NOTIFY changed)
 
-  Q_PROPERTY(Guidance guidance READ guidance NOTIFY changed)
+  // By the number of OrvoView::Guidance.
+  Q_PROPERTY(int guidance READ guidance NOTIFY changed)
   Q_PROPERTY(QVariantMap unsupportedCard READ unsupportedCard CONSTANT)
   Q_PROPERTY(QVariantList setupSteps READ setupSteps NOTIFY changed)
   Q_PROPERTY(QVariantMap setupAdvice READ setupAdvice CONSTANT)
@@ -60,28 +58,18 @@ class ViewBinding : public QObject {
   Q_PROPERTY(QStringList linkLabels READ linkLabels CONSTANT)
 
  public:
-  enum class Guidance { Unsupported, RevealGuide, Setup };
-  Q_ENUM(Guidance)
-  enum class Indicator { Progress, AccentDot, QuietDot };
-  Q_ENUM(Indicator)
-
   // Both outlive it.
   ViewBinding(OrvoView& view, MainQueue& mainQueue);
   ~ViewBinding() override;
 
-  static ViewBinding* create(QQmlEngine* engine, QJSEngine*);
-  // Makes this the view of the engine.
-  void installIn(QQmlEngine& engine);
-
   QVariantList pages() const;
   int page() const { return static_cast<int>(view_.page()); }
   void setPage(int page);
-  QString version() const;
-  QString versionLine() const;
+  QVariantMap texts() const { return texts_; }
   QVariantMap statusLine() const;
   QVariantMap stateBadge() const;
   QString message() const;
-  Guidance guidance() const { return static_cast<Guidance>(view_.guidance()); }
+  int guidance() const { return static_cast<int>(view_.guidance()); }
   QVariantMap unsupportedCard() const;
   QVariantList setupSteps() const;
   QVariantMap setupAdvice() const;
@@ -134,6 +122,7 @@ class ViewBinding : public QObject {
   MainQueue& mainQueue_;
   ObjectWillChange::Token token_;
   bool rereadPosted_ = false;
+  const QVariantMap texts_;
   IconListModel rows_;
 };
 

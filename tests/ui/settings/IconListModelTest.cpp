@@ -18,11 +18,11 @@ OrvoView::AppRow row(const std::string& name, IconRule rule = IconRule::visible)
 }
 
 // What a list on screen does with the announcements.
-class Screen {
- public:
-  explicit Screen(const IconListModel& model) : model_(model) {
+struct Screen {
+  explicit Screen(const IconListModel& model) {
     using M = IconListModel;
-    QObject::connect(&model, &M::rowsInserted, [this](auto&, int first, int last) {
+    const auto name = [&model](int at) { return model.index(at).data(M::nameRole).toString().toStdString(); };
+    QObject::connect(&model, &M::rowsInserted, [this, name](auto&, int first, int last) {
       for (int at = first; at <= last; ++at) names.insert(names.begin() + at, name(at));
       ++announcements;
     });
@@ -36,21 +36,13 @@ class Screen {
       names.insert(names.begin() + (to > from ? to - 1 : to), moved);
       ++announcements;
     });
-    QObject::connect(&model, &M::modelReset, [this] { ++resets; });
+    QObject::connect(&model, &M::modelReset, [] { ADD_FAILURE() << "a reset"; });
     QObject::connect(&model, &M::dataChanged, [this] { ++updates; });
   }
 
   std::vector<std::string> names;
   int announcements = 0;
   int updates = 0;
-  int resets = 0;
-
- private:
-  std::string name(int at) const {
-    return model_.data(model_.index(at), IconListModel::nameRole).toString().toStdString();
-  }
-
-  const IconListModel& model_;
 };
 
 TEST(IconListModelTest, AnyListBecomesAnyOtherRowByRow) {
@@ -71,7 +63,6 @@ TEST(IconListModelTest, AnyListBecomesAnyOtherRowByRow) {
     ASSERT_EQ(screen.names, wanted) << "round " << round;
     ASSERT_EQ(model.rows(), target);
   }
-  EXPECT_EQ(screen.resets, 0);
 }
 
 TEST(IconListModelTest, OnlyWhatChangedIsAnnounced) {

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
-#include <QFile>
 #include <QGuiApplication>
+#include <QQmlExpression>
+#include <qqml.h>
 #include <QTest>
 
-#include <cmath>
-#include <set>
+#include <map>
 
 namespace orvo {
 
@@ -25,27 +25,24 @@ class SettingsWindowTest : public ::testing::Test {
     world.view->page = page;
     world.turn();
   }
-  QAccessible::State state(const QString& name) const {
-    return QAccessible::queryAccessibleInterface(world.item(name))->state();
-  }
+  static QAccessibleInterface* accessible(QQuickItem* item) { return QAccessible::queryAccessibleInterface(item); }
+  QAccessible::State state(const QString& name) const { return accessible(world.item(name))->state(); }
   // The one of the row's two segments; both are below its picker.
   QQuickItem* segment(const QString& app, const QString& text) const {
     return findItem(world.item("Visibility for " + app), [&](QQuickItem* item) {
       return item->property("chosen").isValid() && item->property("text").toString() == text;
     });
   }
-  // Names in the order of the Tab key, until it comes round.
-  QStringList tabOrder() {
-    QStringList names;
-    QList<QQuickItem*> items;
-    while (items.size() < 40) {
-      world.key(Qt::Key_Tab);
-      if (items.contains(world.quickView().activeFocusItem())) break;
-      items << world.quickView().activeFocusItem();
-      names << world.focused();
-    }
-    return names;
+  // As an assistive program does.
+  void press(QQuickItem* item) {
+    accessible(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    world.turn();
   }
+  void tabTo(const QString& name) {
+    for (int press = 0; press < 40 && world.focused() != name; ++press) world.key(Qt::Key_Tab);
+    ASSERT_EQ(world.focused(), name);
+  }
+  const std::map<std::string, IconRule>& rules() const { return world.model->preferences().rules; }
 
   SettingsWorld world;
 };
@@ -53,24 +50,26 @@ class SettingsWindowTest : public ::testing::Test {
 TEST_F(SettingsWindowTest, ChoosingHideOnARowStoresTheRule) {
   show();
   world.click(segment("Two", "Hide"));
-  EXPECT_EQ(world.model->preferences().rules, (std::map<std::string, IconRule>{{"org.example.two", IconRule::hidden}}));
+  EXPECT_EQ(rules(), (std::map<std::string, IconRule>{{"org.example.two", IconRule::hidden}}));
   EXPECT_TRUE(world.item("1 app selected to hide"));
   EXPECT_TRUE(world.item("Orvo away"));
-  world.click(segment("Two", "Keep"));
-  EXPECT_EQ(world.model->preferences().rules.at("org.example.two"), IconRule::visible);
+  EXPECT_EQ(accessible(segment("Two", "Hide"))->role(), QAccessible::RadioButton);
+  EXPECT_TRUE(accessible(segment("Two", "Hide"))->state().checked);
+  press(segment("Two", "Keep"));
+  EXPECT_EQ(rules().at("org.example.two"), IconRule::visible);
+  EXPECT_FALSE(accessible(segment("Two", "Hide"))->state().checked);
 }
 
 TEST_F(SettingsWindowTest, PickersRestWhileHidingIsAppliedAndKeepTheFocus) {
   show();
   world.click(segment("Two", "Hide"));
-  world.click(world.item("Hide selected icons"));
+  press(world.item("Hide selected icons"));
   ASSERT_EQ(world.model->state(), BarState::applying);
-  EXPECT_FALSE(world.item("Visibility for Two")->isEnabled());
   EXPECT_TRUE(state("Visibility for Two").disabled);
-  EXPECT_TRUE(QAccessible::queryAccessibleInterface(segment("Two", "Hide"))->state().disabled);
+  EXPECT_TRUE(accessible(segment("Two", "Hide"))->state().disabled);
   EXPECT_TRUE(world.item("Reveal hidden icons")->isEnabled());
   world.click(segment("Two", "Keep"));
-  EXPECT_EQ(world.model->preferences().rules.at("org.example.two"), IconRule::hidden);
+  EXPECT_EQ(rules().at("org.example.two"), IconRule::hidden);
   world.memory.framework.answer(0);
   world.turn();
   EXPECT_FALSE(state("Visibility for Two").disabled);
@@ -114,14 +113,34 @@ TEST_F(SettingsWindowTest, OnlyTheLastRowHasNoDivider) {
   EXPECT_EQ(dividers(), (std::vector{true, false}));
 }
 
+TEST_F(SettingsWindowTest, IconsAreAskedForAFewAtATimeAndAnAppWithoutOneKeepsTheSymbol) {
+  show(manyApps(40));
+  auto& requests = world.memory.applicationIcons.requests;
+  const auto dashed = [&](const QString& app) {
+    return findItem(world.item(app), [](QQuickItem* item) { return item->property("name") == "app.dashed"; });
+  };
+  EXPECT_TRUE(dashed("Application 1000"));
+  int answered = 0;
+  for (; !requests.empty(); ++answered) {
+    ASSERT_LE(requests.size(), 6U);
+    const auto request = requests.back();
+    requests.pop_back();
+    const bool first = request.processIdentifier == 2000;
+    request.answer(first ? std::nullopt : std::optional(Picture{1, 1, {0xFF00FF00U}}));
+  }
+  EXPECT_GE(answered, 7);
+  EXPECT_LT(answered, 40);
+  EXPECT_TRUE(dashed("Application 1000"));
+  EXPECT_FALSE(dashed("Application 1001"));
+}
+
 TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
   show();
   openPage(OrvoView::Page::behavior);
+  QQuickItem* control = world.control("loginSwitch");
   world.memory.loginItem.failure = "no";
   for (const bool accessibly : {false, true}) {
-    QQuickItem* control = world.control("loginSwitch");
-    ASSERT_TRUE(control);
-    auto* actions = QAccessible::queryAccessibleInterface(control)->actionInterface();
+    auto* actions = accessible(control)->actionInterface();
     accessibly ? actions->doAction(QAccessibleActionInterface::toggleAction()) : world.click(control);
     world.turn();
     EXPECT_FALSE(control->property("checked").toBool());
@@ -129,7 +148,6 @@ TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
     world.model->message = std::nullopt;
   }
   world.memory.loginItem.failure.reset();
-  QQuickItem* control = world.control("loginSwitch");
   world.click(control);
   EXPECT_TRUE(control->property("checked").toBool());
   EXPECT_TRUE(world.model->launchAtLogin());
@@ -140,7 +158,6 @@ TEST_F(SettingsWindowTest, TheDelayPickerStoresItsOptionsAndShowsAStoredDelayOfI
   show();
   openPage(OrvoView::Page::behavior);
   QQuickItem* picker = world.control("rehidePicker");
-  ASSERT_TRUE(picker);
   EXPECT_EQ(picker->property("displayText"), "After 45 seconds");
   EXPECT_EQ(picker->property("currentIndex"), -1);
   picker->forceActiveFocus(Qt::TabFocusReason);
@@ -162,12 +179,11 @@ TEST_F(SettingsWindowTest, TheDelayPickerStoresItsOptionsAndShowsAStoredDelayOfI
   }
 }
 
-TEST_F(SettingsWindowTest, TheCopyButtonConfirmsForTwoSeconds) {
+TEST_F(SettingsWindowTest, TheCopyButtonConfirmsForTwoSecondsAfterTheFirstPress) {
   show();
   openPage(OrvoView::Page::about);
   world.click(world.item("Copy system details"));
   EXPECT_EQ(world.memory.pasteboard.text, world.view->diagnosticsText());
-  ASSERT_TRUE(world.item("Copied"));
   world.memory.mainQueue.advance(std::chrono::milliseconds(1000));
   world.click(world.item("Copied"));
   world.memory.mainQueue.advance(std::chrono::milliseconds(1000));
@@ -175,77 +191,59 @@ TEST_F(SettingsWindowTest, TheCopyButtonConfirmsForTwoSeconds) {
   EXPECT_TRUE(world.item("Copy system details"));
 }
 
-TEST_F(SettingsWindowTest, ARescanKeepsPlaceFocusAndSelection) {
+TEST_F(SettingsWindowTest, ARescanKeepsPlaceAndFocusUntilTheRowItselfGoes) {
   show(manyApps(60));
   segment("Application 1000", "Keep")->forceActiveFocus(Qt::TabFocusReason);
   for (int press = 0; press < 30; ++press) world.key(Qt::Key_Down);
-  ASSERT_EQ(world.quickView().activeFocusItem(), segment("Application 1030", "Keep"));
-  const auto placeOnScreen = [&] { return segment("Application 1030", "Keep")->mapToScene({}).y(); };
-  const double before = placeOnScreen();
+  QQuickItem* const focused = segment("Application 1030", "Keep");
+  ASSERT_EQ(world.quickView().activeFocusItem(), focused);
+  const double before = focused->mapToScene({}).y();
   auto fewer = manyApps(60);
   fewer.erase(fewer.begin() + 2, fewer.begin() + 6);
   fewer.push_back({"org.example.new", "Application 1000 again"});
   world.setApps(fewer);
   world.rescan();
   EXPECT_EQ(world.quickView().activeFocusItem(), segment("Application 1030", "Keep"));
-  EXPECT_NEAR(placeOnScreen(), before, 1);
+  EXPECT_NEAR(segment("Application 1030", "Keep")->mapToScene({}).y(), before, 1);
+  // The keyboard goes on from a neighbour.
+  std::erase_if(fewer, [](const NamedApp& app) { return app.name == "Application 1030"; });
+  world.setApps(fewer);
+  world.rescan();
+  world.key(Qt::Key_Down);
+  world.key(Qt::Key_Right);
+  EXPECT_EQ(rules().size(), 1U);
 }
 
 TEST_F(SettingsWindowTest, EveryPageIsReachedAndWorkedByKeyboardAlone) {
   show();
-  const QStringList icons = tabOrder();
   for (const char* name : {"Menu bar", "Behavior", "About Orvo", "Find an app", "Refresh menu bar icons", "Keep"}) {
-    EXPECT_TRUE(icons.contains(QLatin1String(name))) << name << " in " << qPrintable(icons.join(", "));
+    tabTo(name);
   }
-  const auto openByKeyboard = [&](const QString& page) {
-    for (int press = 0; press < 40 && world.focused() != page; ++press) world.key(Qt::Key_Tab);
-    world.key(Qt::Key_Return);
-  };
   // Within the list the arrows choose and move.
-  for (int press = 0; press < 40 && world.focused() != "Keep"; ++press) world.key(Qt::Key_Tab);
   world.key(Qt::Key_Down);
   world.key(Qt::Key_Right);
-  EXPECT_EQ(world.model->preferences().rules.at("org.example.two"), IconRule::hidden);
+  EXPECT_EQ(rules().at("org.example.two"), IconRule::hidden);
   world.key(Qt::Key_Tab);
   EXPECT_EQ(world.focused(), "Hide selected icons");
   world.key(Qt::Key_Backtab, Qt::ShiftModifier);
   EXPECT_EQ(world.focused(), "Hide");
 
-  openByKeyboard("Behavior");
+  tabTo("Behavior");
+  world.key(Qt::Key_Return);
   EXPECT_EQ(world.view->page(), OrvoView::Page::behavior);
   EXPECT_TRUE(state("Behavior").selected);
   EXPECT_FALSE(state("Menu bar").selected);
-  const QStringList behavior = tabOrder();
-  EXPECT_TRUE(behavior.contains("Open Orvo at login") && behavior.contains("Automatically hide again"))
-      << qPrintable(behavior.join(", "));
-  for (int press = 0; press < 40 && world.focused() != "Open Orvo at login"; ++press) world.key(Qt::Key_Tab);
+  tabTo("Automatically hide again");
+  tabTo("Open Orvo at login");
   world.key(Qt::Key_Space);
   EXPECT_TRUE(world.model->launchAtLogin());
 
-  openByKeyboard("About Orvo");
-  EXPECT_EQ(world.view->page(), OrvoView::Page::about);
-  const QStringList about = tabOrder();
-  for (const auto& link : world.view->links()) EXPECT_TRUE(about.contains(QString::fromStdString(link.label)));
-  EXPECT_TRUE(about.contains("Copy system details"));
-  for (int press = 0; press < 40 && world.focused() != "macOS compatibility research"; ++press) world.key(Qt::Key_Tab);
+  tabTo("About Orvo");
+  world.key(Qt::Key_Space);
+  tabTo("Copy system details");
+  tabTo("macOS compatibility research");
   world.key(Qt::Key_Return);
   EXPECT_EQ(world.memory.workspace.openedURLs, std::vector{world.view->links()[1].address});
-}
-
-TEST_F(SettingsWindowTest, AccessiblePressesAct) {
-  show();
-  const auto press = [&](QQuickItem* item) {
-    QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    world.turn();
-  };
-  press(segment("One", "Hide"));
-  EXPECT_EQ(world.model->preferences().rules.at("org.example.one"), IconRule::hidden);
-  EXPECT_EQ(QAccessible::queryAccessibleInterface(segment("One", "Hide"))->role(), QAccessible::RadioButton);
-  EXPECT_TRUE(QAccessible::queryAccessibleInterface(segment("One", "Hide"))->state().checked);
-  press(world.item("Hide selected icons"));
-  EXPECT_EQ(world.model->state(), BarState::applying);
-  press(world.item("About Orvo"));
-  EXPECT_EQ(world.view->page(), OrvoView::Page::about);
 }
 
 TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
@@ -281,17 +279,8 @@ TEST_F(SettingsWindowTest, ADragIsStoredOnceItRests) {
   EXPECT_EQ(stored.count("NSWindow Frame Orvo.Settings"), 1U);
 }
 
-TEST_F(SettingsWindowTest, TheDesktopsAppearanceIsFollowedWhileOpen) {
-  show();
-  const auto corner = [&] { return world.quickView().grabWindow().pixelColor(5, 400); };
-  EXPECT_GT(corner().lightness(), 200);
-  world.appearance->change({.dark = true, .reducesMotion = false});
-  world.turn();
-  EXPECT_LT(corner().lightness(), 60);
-}
-
 TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
-  std::vector<NamedApp> names{
+  const std::vector<NamedApp> names{
       {"long", std::string(300, 'W')}, {"ar", "تطبيق الملاحظات السريعة جدا"}, {"nl", "Two\nlines"}};
   show(names);
   for (const QSize size : {QSize(850, 630), QSize(1600, 1000)}) {
@@ -305,7 +294,6 @@ TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
       QQuickItem* label = findItem(picker->parentItem(), [&](QQuickItem* item) {
         return item->property("contentHeight").isValid() && item->property("text").toString() == name;
       });
-      ASSERT_TRUE(label);
       EXPECT_LE(label->mapToScene({label->width(), 0}).x(), picker->mapToScene({}).x());
       EXPECT_LE(label->property("contentHeight").toDouble(), 24);
       EXPECT_LE(picker->mapToScene({picker->width(), 0}).x(), size.width() - 28);
@@ -313,18 +301,100 @@ TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
   }
 }
 
-TEST(SymbolFilesTest, EverySymbolThatTheWindowNamesIsDrawn) {
-  for (const char* name : {"chevron.left", "chevron.right", "menubar.rectangle", "slider.horizontal.3", "info.circle",
-                           "magnifyingglass", "xmark.circle.fill", "arrow.clockwise", "hand.raised", "app.dashed",
-                           "checkmark", "checkmark.circle", "checkmark.circle.fill", "circle",
-                           "exclamationmark.triangle", "cursorarrow.click", "lock.shield", "doc.on.doc", "orvo"}) {
-    QFile file(QStringLiteral(":/orvo/symbols/%1.svg").arg(name));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    // One weight, named once, which the item replaces by its own.
-    if (std::string_view(name) != "orvo") {
-      EXPECT_EQ(file.readAll().count("stroke-width=\"1.5\""), 1) << name;
-    }
+double luminance(const QColor& color) {
+  const auto linear = [](double channel) {
+    return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+// From 1 to 21, as the web content accessibility guidelines define it.
+double contrast(const QColor& first, const QColor& second) {
+  const auto [darker, lighter] = std::minmax({luminance(first), luminance(second)});
+  return (lighter + 0.05) / (darker + 0.05);
+}
+
+// What a text stands on: the colour of most of its place.
+QColor ground(const QImage& picture, QQuickItem* item) {
+  const QRect place = item->mapRectToScene(item->boundingRect()).toRect() & picture.rect();
+  std::map<QRgb, int> counts;
+  for (int y = place.top(); y <= place.bottom(); ++y) {
+    for (int x = place.left(); x <= place.right(); ++x) ++counts[picture.pixel(x, y)];
   }
+  const auto most = std::ranges::max_element(counts, {}, [](const auto& count) { return count.second; });
+  return most == counts.end() ? QColor() : QColor(most->first);
+}
+
+QColor shown(QQuickItem* item, const QColor& under) {
+  auto color = item->property("color").value<QColor>();
+  float share = color.alphaF();
+  for (; item != nullptr; item = item->parentItem()) share *= static_cast<float>(item->opacity());
+  const auto mix = [share](float top, float bottom) { return top * share + bottom * (1 - share); };
+  return QColor::fromRgbF(mix(color.redF(), under.redF()), mix(color.greenF(), under.greenF()),
+                          mix(color.blueF(), under.blueF()));
+}
+
+// Of every text in the window; answers how many there were.
+int expectReadable(SettingsWorld& world, const std::string& state) {
+  int texts = 0;
+  for (const bool dark : {false, true}) {
+    world.appearance->change({.dark = dark, .reducesMotion = true});
+    world.turn();
+    const QImage picture = world.quickView().grabWindow();
+    findItem(world.quickView().contentItem(), [&](QQuickItem* item) {
+      const QString text = item->property("text").toString();
+      if (text.isEmpty() || !item->property("color").isValid()) return false;
+      const QColor under = ground(picture, item);
+      if (!under.isValid()) return false;
+      ++texts;
+      EXPECT_GE(contrast(shown(item, under), under), 4.5)
+          << state << (dark ? ", dark: " : ", light: ") << qPrintable(text) << " on " << qPrintable(under.name());
+      return false;
+    });
+  }
+  return texts;
+}
+
+TEST_F(SettingsWindowTest, EveryTextIsReadableBeforeOrvoIsSetUp) {
+  world.memory.accessibility.trusted = false;
+  show();
+  EXPECT_GT(expectReadable(world, "not trusted"), 30);
+}
+
+TEST_F(SettingsWindowTest, EveryTextIsReadableInEveryStateInBothAppearances) {
+  show();
+  expectReadable(world, "nothing selected");
+  world.model->setRule(IconRule::hidden, "org.example.two");
+  world.model->message = "Something went wrong.";
+  expectReadable(world, "one selected");
+  world.model->hideSelected();
+  expectReadable(world, "applying");
+  world.memory.framework.answer(0);
+  expectReadable(world, "hidden");
+  world.model->searchText = "zz";
+  expectReadable(world, "no hits");
+  openPage(OrvoView::Page::behavior);
+  world.click(world.control("rehidePicker"));
+  EXPECT_GT(expectReadable(world, "behavior"), 30);
+  openPage(OrvoView::Page::about);
+  EXPECT_GT(expectReadable(world, "about"), 50);
+}
+
+TEST_F(SettingsWindowTest, TheDesktopsWishesAreFollowedWhileOpen) {
+  show();
+  QQuickItem* const content = world.quickView().rootObject();
+  QQmlExpression movement(qmlContext(content), content, "Theme.movement");
+  for (const bool dark : {true, false}) {
+    world.appearance->change({.dark = dark, .reducesMotion = !dark});
+    world.turn();
+    EXPECT_EQ(world.quickView().grabWindow().pixelColor(5, 400).lightness() < 60, dark);
+    EXPECT_EQ(movement.evaluate().toInt() > 0, dark);
+  }
+}
+
+// What QML and the symbols complain of is a fault, whichever test brings it up.
+void failOnWarning(QtMsgType, const QMessageLogContext&, const QString& message) {
+  if (!message.startsWith("This plugin does not support")) ADD_FAILURE() << qPrintable(message);
 }
 
 }  // namespace
@@ -335,6 +405,7 @@ int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   ::testing::InitGoogleTest(&argc, argv);
   const QGuiApplication application(argc, argv);
+  qInstallMessageHandler(orvo::failOnWarning);
   QAccessible::setActive(true);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   return RUN_ALL_TESTS();

@@ -25,6 +25,7 @@ const std::vector<NamedApp> longNames{
     {"org.example.he", "לוח גזירים"},
     {"org.example.hy", "Արագ նշումներ"},
     {"org.example.long", "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice"},
+    {"org.example.ja", "クイックメモと予定表"},
     {"org.example.th", "แอปพลิเคชันบันทึกย่อ"},
     {"org.example.mixed", "Mixed عربي and English"},
     {"org.example.dev", "देवनागरी अनुप्रयोग"}};
@@ -58,108 +59,82 @@ void answerIcons(SettingsWorld& world) {
   }
 }
 
-void hideTwo(SettingsWorld& world) {
+// The parts of which the states are made, in the order in which they are played.
+using Step = std::function<void(SettingsWorld&)>;
+
+void withoutFramework(SettingsWorld& world) { world.memory.framework.loads = false; }
+void notInstalled(SettingsWorld& world) { world.memory.bundle.bundlePath = "/home/user/Downloads/Orvo.app"; }
+void notTrusted(SettingsWorld& world) { world.memory.accessibility.trusted = false; }
+void shortcutTaken(SettingsWorld& world) { world.memory.hotKeys.registerStatus = -9878; }
+void loginRefused(SettingsWorld& world) { world.memory.loginItem.failure = "Operation not permitted"; }
+void delayOf45Seconds(SettingsWorld& world) {
+  world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
+}
+
+void selectTwo(SettingsWorld& world) {
   world.model->setRule(IconRule::hidden, "org.example.cloud");
   world.model->setRule(IconRule::hidden, "org.example.sound");
 }
+void hide(SettingsWorld& world) { world.model->hideSelected(); }
+void confirm(SettingsWorld& world) { world.memory.framework.answer(0); }
+void scan(SettingsWorld& world) { world.model->isScanning = true; }
+void say(SettingsWorld& world) {
+  world.model->message = "A new app opened. Icons are shown so its menu bar item can load.";
+}
+Step search(const char* text) {
+  return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
+}
+void pressKeys(SettingsWorld& world) {
+  for (int press = 0; press < 6; ++press) world.key(Qt::Key_Tab);
+  world.key(Qt::Key_Down);
+}
+void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
+void openDelays(SettingsWorld& world) { world.click(world.control("rehidePicker")); }
+void openAtLogin(SettingsWorld& world) { world.model->setLoginItem(true); }
+void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about; }
+void copy(SettingsWorld& world) { world.view->copyDiagnostics(); }
+
+constexpr QSize usual(880, 680);
+constexpr QSize smallest(850, 630);
 
 struct State {
   const char* name;
+  std::vector<Step> before = {};
+  std::vector<Step> after = {};
   std::vector<NamedApp> apps = everyday;
-  std::function<void(SettingsWorld&)> before = [](SettingsWorld&) {};
-  std::function<void(SettingsWorld&)> after = [](SettingsWorld&) {};
-  QSize size = {880, 680};
+  QSize size = usual;
 };
-
-void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
-void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about; }
 
 const std::vector<State>& states() {
   static const std::vector<State> all{
-      {.name = "framework-missing", .before = [](auto& world) { world.memory.framework.loads = false; }},
-      {.name = "not-installed",
-       .before =
-           [](auto& world) {
-             world.memory.bundle.bundlePath = "/home/user/Downloads/Orvo.app";
-             world.memory.accessibility.trusted = false;
-           }},
-      {.name = "no-permission", .before = [](auto& world) { world.memory.accessibility.trusted = false; }},
-      {.name = "ready", .after = hideTwo},
-      {.name = "ready-minimum", .after = hideTwo, .size = {850, 630}},
-      {.name = "scanning", .apps = {}, .after = [](auto& world) { world.model->isScanning = true; }},
-      {.name = "no-hits", .after = [](auto& world) { world.model->searchText = "nothing like it"; }},
-      {.name = "search", .after = [](auto& world) { world.model->searchText = "o"; }},
-      {.name = "nothing-found", .apps = {}},
-      {.name = "one-app", .apps = {everyday.front()}},
-      {.name = "applying",
-       .after =
-           [](auto& world) {
-             hideTwo(world);
-             world.model->hideSelected();
-           }},
-      {.name = "hidden",
-       .after =
-           [](auto& world) {
-             hideTwo(world);
-             world.model->hideSelected();
-             world.memory.framework.answer(0);
-           }},
-      {.name = "message",
-       .after =
-           [](auto& world) {
-             hideTwo(world);
-             world.model->message = "A new app opened. Icons are shown so its menu bar item can load.";
-           }},
-      {.name = "shortcut-taken", .before = [](auto& world) { world.memory.hotKeys.registerStatus = -9878; }},
-      {.name = "many", .apps = manyApps(400)},
-      {.name = "long-names", .apps = longNames},
-      {.name = "keyboard",
-       .after =
-           [](auto& world) {
-             world.turn();
-             for (int press = 0; press < 5; ++press) world.key(Qt::Key_Tab);
-             world.key(Qt::Key_Down);
-           }},
-      {.name = "behavior", .after = openBehavior},
-      {.name = "behavior-shortcut-taken",
-       .before = [](auto& world) { world.memory.hotKeys.registerStatus = -9878; },
-       .after = openBehavior},
-      {.name = "behavior-message",
-       .before =
-           [](auto& world) {
-             world.memory.loginItem.failure = "Operation not permitted";
-             world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
-           },
-       .after =
-           [](auto& world) {
-             openBehavior(world);
-             world.model->setLoginItem(true);
-           }},
-      {.name = "behavior-menu",
-       .after =
-           [](auto& world) {
-             openBehavior(world);
-             world.turn();
-             world.click(world.control("rehidePicker"));
-           },
-       .size = {850, 630}},
-      {.name = "about", .after = openAbout},
-      {.name = "about-nothing-ready",
-       .before =
-           [](auto& world) {
-             world.memory.framework.loads = false;
-             world.memory.bundle.bundlePath = "/home/user/Downloads/Orvo.app";
-             world.memory.accessibility.trusted = false;
-             world.memory.hotKeys.registerStatus = -9878;
-           },
-       .after = openAbout,
-       .size = {850, 630}},
-      {.name = "about-copied",
-       .after =
-           [](auto& world) {
-             openAbout(world);
-             world.view->copyDiagnostics();
-           }},
+      {"framework-missing", {withoutFramework}},
+      {"not-installed", {notInstalled, notTrusted}},
+      {"no-permission", {notTrusted}},
+      {"ready", {}, {selectTwo}},
+      {"ready-minimum", {}, {selectTwo}, everyday, smallest},
+      {"scanning", {}, {scan}, {}},
+      {"no-hits", {}, {search("nothing like it")}},
+      {"search", {}, {search("cl")}},
+      {"nothing-found", {}, {}, {}},
+      {"one-app", {}, {}, {everyday.front()}},
+      {"applying", {}, {selectTwo, hide}},
+      {"hidden", {}, {selectTwo, hide, confirm}},
+      {"message", {}, {selectTwo, say}},
+      {"shortcut-taken", {shortcutTaken}},
+      {"many", {}, {}, manyApps(400)},
+      {"long-names", {}, {}, longNames},
+      {"keyboard", {}, {pressKeys}},
+      {"behavior", {}, {openBehavior}},
+      {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
+      {"behavior-message", {loginRefused, delayOf45Seconds}, {openBehavior, openAtLogin}},
+      {"behavior-menu", {}, {openBehavior, openDelays}, everyday, smallest},
+      {"about", {}, {openAbout}},
+      {"about-nothing-ready",
+       {withoutFramework, notInstalled, notTrusted, shortcutTaken},
+       {openAbout},
+       everyday,
+       smallest},
+      {"about-copied", {}, {openAbout, copy}},
   };
   return all;
 }
@@ -167,14 +142,16 @@ const std::vector<State>& states() {
 QImage picture(const State& state, bool dark) {
   SettingsWorld world;
   world.setApps(state.apps);
-  state.before(world);
+  for (const Step& step : state.before) step(world);
   world.start();
   world.appearance->current = {.dark = dark, .reducesMotion = true};
   world.show();
   world.quickView().resize(state.size);
   world.turn();
-  state.after(world);
-  world.turn();
+  for (const Step& step : state.after) {
+    step(world);
+    world.turn();
+  }
   answerIcons(world);
   world.turn();
   return world.quickView().grabWindow();
