@@ -62,15 +62,20 @@ void MenuBarService::activate(const QString& requester, const QStringList& allow
                               std::function<void(std::uint32_t)> done) {
   std::set<std::string> allowed;
   for (const QString& bundle : allowedBundles) allowed.insert(bundle.toStdString());
+  auto conceal = [=, this, allowed = std::move(allowed), done = std::move(done)] {
+    const auto [assertion, change] = menuBar_.activate(requester.toStdString(), allowed);
+    announce(change);
+    done(assertion);
+  };
+  if (requesters_.contains(requester)) return conceal();
   watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
   send(bus_, aboutName(QStringLiteral("GetNameOwner"), requester), busLimit, this,
-       [=, this, allowed = std::move(allowed), done = std::move(done)](const QDBusMessage& answer) {
+       [=, this, conceal = std::move(conceal)](const QDBusMessage& answer) {
          answered(requester);
          if (isError(answer)) return unwatch(requester);
-         const auto [assertion, change] = menuBar_.activate(requester.toStdString(), allowed);
-         announce(change);
-         done(assertion);
+         requesters_.insert(requester);
+         conceal();
        });
 }
 
@@ -97,6 +102,7 @@ void MenuBarService::unwatch(const QString& name) {
 
 void MenuBarService::nameLost(const QString& name) {
   unwatch(name);
+  requesters_.erase(name);
   announce(menuBar_.nameLost(name.toStdString()));
 }
 

@@ -55,6 +55,7 @@ class MenuBarService : public QObject {
   MenuBar menuBar_;
   QDBusServiceWatcher names_;
   std::multiset<QString> asking_;  // names about which the bus has yet to answer
+  std::set<QString> requesters_;   // watched, and there when the watch began
 };
 
 }  // namespace orvo

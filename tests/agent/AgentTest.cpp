@@ -126,6 +126,8 @@ TEST_F(AgentTest, EndsAConcealmentWithItsRequesterOnly) {
   EXPECT_EQ(stranger->say("invalidate 1"), "org.freedesktop.DBus.Error.AccessDenied");
   stranger->end();
   EXPECT_EQ(panel_->say("items"), "");
+  EXPECT_EQ(orvo->say("invalidate 1"), "");
+  EXPECT_EQ(orvo->say("activate"), "2") << "the agent knows it by now";
   orvo->end();
   EXPECT_TRUE(runUntil([&] { return panel_->say("items") == tray->bus + item; }));
   // Gone before the agent could watch it: nobody would tell.
