@@ -130,12 +130,15 @@ void AgentClient::send(const std::shared_ptr<Concealment>& concealment, const Co
     answered(concealment, call->reply());
     call->deleteLater();
   });
-  QTimer::singleShot(limit_, this, [this, concealment] {
+  auto* patience = new QTimer(call);  // goes with the answer, so that it wakes nobody later
+  patience->setSingleShot(true);
+  connect(patience, &QTimer::timeout, this, [this, concealment] {
     if (!concealment->completion) return;
     complete(*concealment, ConcealmentError{ConcealmentErrorCode::noAnswer,
                                             QStringLiteral("The menu bar agent did not answer in time.")});
     end(*concealment);
   });
+  patience->start(limit_);
 }
 
 void AgentClient::answered(const std::shared_ptr<Concealment>& concealment, const QDBusMessage& reply) {
