@@ -5,7 +5,10 @@ import re
 import shutil
 import unittest
 
+from gi.repository import Gio, GLib
+
 from case import DesktopCase
+from desktop import AGENT, WATCHER
 from waiting import stays, wait
 
 INSTALL = os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install")
@@ -87,6 +90,21 @@ class Launch(DesktopCase):
             desktop.end("orvo")
             desktop.bundle = installed
             desktop.start_orvo()
+
+
+class AgentStart(DesktopCase):
+    start = {"agent": False, "panel": False}
+
+    def test_the_bus_starts_an_installed_agent_and_a_second_one_says_so_and_ends(self):
+        desktop = self.desktop
+        self.assertEqual(desktop.run([os.path.abspath(INSTALL), desktop.bundle]).returncode, 0)
+        desktop.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                              "StartServiceByName", GLib.Variant("(su)", (AGENT, 0)), None, Gio.DBusCallFlags.NONE,
+                              10000, None)
+        self.assertTrue(desktop.owner(AGENT))
+        self.assertEqual(desktop.owner(AGENT), desktop.owner(WATCHER))
+        second = desktop.run([os.path.join(desktop.bundle, "bin", "orvo-agent")])
+        self.assertEqual((second.returncode, second.stderr), (1, "orvo-agent: another agent is running\n"))
 
 
 if __name__ == "__main__":
