@@ -4,16 +4,13 @@
 
 #include "agent/TreeElement.h"
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/busSupport/TestSession.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QThread>
 
 #include <algorithm>
-#include <atomic>
 #include <functional>
 #include <string>
 #include <utility>
@@ -25,16 +22,16 @@ class ScriptedAgent : public QDBusVirtualObject {
  public:
   enum class Mood { answers, silent, refuses };
 
-  explicit ScriptedAgent(const QString& busAddress, Mood mood = Mood::answers) : mood_(mood) {
+  explicit ScriptedAgent(Mood mood = Mood::answers, const QString& bus = session().address()) : mood_(mood) {
     registerAgentTypes();
-    static std::atomic<int> last = 0;
+    static int last = 0;
     name_ = QStringLiteral("scripted-agent-%1").arg(++last);
     moveToThread(&thread_);
     thread_.start();
     onThread([&] {
-      auto bus = QDBusConnection::connectToBus(busAddress, name_);
-      bus.registerVirtualObject(agent_protocol::path, this);
-      bus.interface()->registerService(agent_protocol::service);
+      auto connection = QDBusConnection::connectToBus(bus, name_);
+      connection.registerVirtualObject(agent_protocol::path, this);
+      connection.interface()->registerService(agent_protocol::service);
     });
   }
   ScriptedAgent(const ScriptedAgent&) = delete;
@@ -69,31 +66,24 @@ class ScriptedAgent : public QDBusVirtualObject {
   void addItem(const ItemRecord& item) {
     emitSignal(agent_protocol::interface, "ItemAdded", {item.address, item.processIdentifier, item.bundleIdentifier});
   }
-
-  // Calls received so far, as "Activate a b", "Invalidate 1", "Tree" and so on.
-  std::vector<std::string> calls() {
-    std::vector<std::string> copy;
-    onThread([&] { copy = calls_; });
-    return copy;
-  }
+  // How many calls it got, written as "Activate a b", "Invalidate 1", "Tree" and so on, begin with this.
   long count(const std::string& call) {
-    const auto all = calls();
-    return std::count(all.begin(), all.end(), call);
-  }
-  bool wasAskedToActivate() {
-    const auto all = calls();
-    return std::any_of(all.begin(), all.end(), [](const std::string& call) { return call.starts_with("Activate"); });
+    long found = 0;
+    onThread([&] {
+      found = std::ranges::count_if(calls_, [&](const std::string& each) { return each.starts_with(call); });
+    });
+    return found;
   }
 
   QString introspect(const QString&) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
-    QString text = message.member();
+    QStringList words{message.member()};
     for (const QVariant& argument : message.arguments()) {
-      const bool isList = argument.userType() == QMetaType::QStringList;
-      const QString told = isList ? argument.toStringList().join(QLatin1Char(' ')) : argument.toString();
-      if (argument.userType() != qMetaTypeId<QDBusArgument>()) text += ' ' + told;
+      const int type = argument.userType();
+      if (type != qMetaTypeId<QDBusArgument>())
+        words += type == QMetaType::QStringList ? argument.toStringList() : QStringList{argument.toString()};
     }
-    calls_.push_back(text.toStdString());
+    calls_.push_back(words.join(' ').toStdString());
     if (mood_ == Mood::silent) {
       unanswered_.push_back(message);
     } else {
@@ -114,21 +104,17 @@ class ScriptedAgent : public QDBusVirtualObject {
   }
 
   void answer(const QDBusMessage& message) {
-    QDBusConnection bus(name_);
     const QString member = message.member();
-    if (member == QLatin1String("Get")) {
-      bus.send(message.createReply(QVariant::fromValue(QDBusVariant(held_))));
-    } else if (mood_ == Mood::refuses) {
-      bus.send(message.createErrorReply(agent_protocol::watcherNotHeldError, QString()));
-    } else if (member == QLatin1String("Activate")) {
-      bus.send(message.createReply(++lastAssertion_));
-    } else if (member == QLatin1String("Tree")) {
-      bus.send(message.createReply(QVariant::fromValue(tree_)));
-    } else if (member == QLatin1String("Items")) {
-      bus.send(message.createReply(QVariant::fromValue(items_)));
-    } else {
-      bus.send(message.createReply());
-    }
+    const bool refuses = mood_ == Mood::refuses && member != "Get";
+    QDBusConnection(name_).send(refuses ? message.createErrorReply(agent_protocol::watcherNotHeldError, QString())
+                                        : message.createReply(answerTo(member)));
+  }
+  QVariantList answerTo(const QString& member) {
+    if (member == "Get") return {QVariant::fromValue(QDBusVariant(held_))};
+    if (member == "Activate") return {++lastAssertion_};
+    if (member == "Tree") return {QVariant::fromValue(tree_)};
+    if (member == "Items") return {QVariant::fromValue(items_)};
+    return {};
   }
 
   QThread thread_;

@@ -1,7 +1,6 @@
 #include "platform/linux/desktop/BusApplication.h"
 
-#include "PrivateSession.h"
-#include "support/QtEventLoop.h"
+#include "platform/linux/busSupport/TestSession.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,8 @@
 #include "platform/linux/desktop/StatusNotifierItem.h"
 
-#include "PrivateSession.h"
+#include "platform/linux/busSupport/TestSession.h"
 #include "platform/qt/QtMainQueue.h"
-#include "support/QtEventLoop.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QGuiApplication>
 #include <QKeyEvent>

@@ -1,7 +1,5 @@
 #include "platform/linux/framework/FrameworkLibrary.h"
 
-#include "platform/linux/busSupport/PrivateBus.h"
-#include "platform/linux/busSupport/Program.h"
 #include "platform/linux/busSupport/ScriptedAgent.h"
 #include "platform/linux/framework/client/AgentClient.h"
 
@@ -24,47 +22,31 @@ constexpr const char* initMessage = "initWithAllowedSystemItems:allowedBundleIde
 constexpr const char* activateMessage = "activateWithConfiguration:completionHandler:";
 constexpr std::array<int, 9> systemItems{0, 1, 2, 3, 4, 5, 6, 7, 8};
 
-// The library's connection lives as long as the process, so that one bus serves every test of it.
-PrivateBus& bus() {
-  static PrivateBus instance;
-  instance.becomeSessionBus();
-  return instance;
-}
-
-void ensureApplication() {
-  static int count = 1;
-  static char name[] = "test";
-  static char* arguments[] = {name, nullptr};
-  static QCoreApplication application(count, arguments);
-}
-
 struct Answers {
   std::mutex mutex;
   std::vector<std::string> list;
-  std::thread::id thread;
 
   ConcealmentFramework::CompletionHandler handler() {
-    return [this](const std::optional<FrameworkError>& error) {
+    return [this, caller = std::this_thread::get_id()](const std::optional<FrameworkError>& error) {
       const std::lock_guard lock(mutex);
-      thread = std::this_thread::get_id();
+      EXPECT_NE(std::this_thread::get_id(), caller);
       list.push_back(error ? error->localizedDescription : "granted");
     };
-  }
-  std::vector<std::string> awaited() {
-    EXPECT_TRUE(runUntil([&] { return !get().empty(); }));
-    return get();
   }
   std::vector<std::string> get() {
     const std::lock_guard lock(mutex);
     return list;
+  }
+  std::string awaited() {
+    EXPECT_TRUE(runUntil([&] { return !get().empty(); }));
+    EXPECT_EQ(get().size(), 1U);
+    return get().front();
   }
 };
 
 class FrameworkLibraryTest : public ::testing::Test {
  protected:
   FrameworkLibraryTest() {
-    ensureApplication();
-    bus();
     EXPECT_TRUE(framework_.load(frameworkPath));
     configurationType_ = framework_.classNamed("MBAssessmentModeConfiguration");
     assertionType_ = framework_.classNamed("MBAssessmentModeAssertion");
@@ -84,16 +66,20 @@ class FrameworkLibraryTest : public ::testing::Test {
   FrameworkClassRef assertionType_ = nullptr;
 };
 
-TEST_F(FrameworkLibraryTest, OffersTheExpectedClassesAndMessagesAndNothingElse) {
-  ScriptedAgent agent(bus().address());
-  ASSERT_NE(configurationType_, nullptr);
-  ASSERT_NE(assertionType_, nullptr);
+TEST_F(FrameworkLibraryTest, OffersEachMessageOfEachClassAndNothingElse) {
+  const ScriptedAgent agent;
+  const struct {
+    FrameworkClassRef type;
+    const char* message;
+    bool offered;
+  } cases[]{{configurationType_, initMessage, true},      {assertionType_, activateMessage, true},
+            {assertionType_, "invalidate", true},         {configurationType_, "invalidate", false},
+            {configurationType_, activateMessage, false}, {assertionType_, "", false}};
+  for (const auto& [type, message, offered] : cases) {
+    ASSERT_NE(type, nullptr);
+    EXPECT_EQ(framework_.instancesRespondTo(type, message), offered) << message;
+  }
   EXPECT_EQ(framework_.classNamed("MBAssessmentModeassertion"), nullptr);
-  EXPECT_TRUE(framework_.instancesRespondTo(configurationType_, initMessage));
-  EXPECT_TRUE(framework_.instancesRespondTo(assertionType_, activateMessage));
-  EXPECT_TRUE(framework_.instancesRespondTo(assertionType_, "invalidate"));
-  EXPECT_FALSE(framework_.instancesRespondTo(configurationType_, "invalidate"));
-  EXPECT_FALSE(framework_.instancesRespondTo(assertionType_, ""));
   FrameworkLibrary elsewhere("/nowhere");
   EXPECT_FALSE(elsewhere.load(frameworkPath));
   EXPECT_EQ(elsewhere.classNamed("MBAssessmentModeAssertion"), nullptr);
@@ -101,10 +87,10 @@ TEST_F(FrameworkLibraryTest, OffersTheExpectedClassesAndMessagesAndNothingElse) 
 
 TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWatcher) {
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  ScriptedAgent agent(bus().address());
+  ScriptedAgent agent;
   EXPECT_TRUE(runUntil([&] {
-    const auto before = agent.calls().size();
-    return usable() && agent.calls().size() == before;
+    const auto before = agent.count("");
+    return usable() && agent.count("") == before;
   })) << "one that is known is not asked again";
   agent.setHeld(false);
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
@@ -112,38 +98,38 @@ TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWa
   EXPECT_TRUE(usable());
   agent.vanish();
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  ScriptedAgent mute(bus().address(), ScriptedAgent::Mood::silent);
+  ScriptedAgent mute(ScriptedAgent::Mood::silent);
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
 }
 
 TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThreadAndNeverRunsTheCallersLoop) {
+  EXPECT_TRUE(runUntil([&] { return !usable(); }));
   QObject caller;
   bool ran = false;
   QMetaObject::invokeMethod(
       &caller, [&] { ran = true; }, Qt::QueuedConnection);
   EXPECT_FALSE(usable()) << "asks, and waits for the answer";
-  ScriptedAgent agent(bus().address());
+  ScriptedAgent agent;
   Answers answers;
   const auto assertion = activate(answers, {"org.example.A", "", "ünï.ço"});
   EXPECT_FALSE(ran);
-  EXPECT_EQ(answers.awaited(), std::vector<std::string>{"granted"});
-  EXPECT_NE(answers.thread, std::this_thread::get_id());
+  EXPECT_EQ(answers.awaited(), "granted");
   EXPECT_EQ(agent.count("Activate org.example.A  ünï.ço"), 1);
 }
 
 TEST_F(FrameworkLibraryTest, InvalidationRightAfterActivationEndsTheConcealmentThoughTheAnswerIsLate) {
-  ScriptedAgent agent(bus().address(), ScriptedAgent::Mood::silent);
+  ScriptedAgent agent(ScriptedAgent::Mood::silent);
   Answers answers;
   const auto assertion = activate(answers);
   framework_.invalidate(*assertion);
-  ASSERT_TRUE(runUntil([&] { return agent.wasAskedToActivate(); }));
+  ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
   agent.catchUp();
   EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 1") == 1; }));
-  EXPECT_EQ(answers.awaited(), std::vector<std::string>{"The request ended before it took effect."});
+  EXPECT_EQ(answers.awaited(), "The request ended before it took effect.");
 }
 
 TEST_F(FrameworkLibraryTest, TheLastReferenceEndsTheConcealmentOnce) {
-  ScriptedAgent agent(bus().address());
+  ScriptedAgent agent;
   Answers answers;
   auto assertion = activate(answers);
   answers.awaited();
@@ -159,12 +145,12 @@ TEST_F(FrameworkLibraryTest, TheLastReferenceEndsTheConcealmentOnce) {
 }
 
 TEST_F(FrameworkLibraryTest, AnAssertionOfAnEarlierAgentNeverEndsOneOfItsSuccessor) {
-  auto first = std::make_unique<ScriptedAgent>(bus().address());
+  auto first = std::make_unique<ScriptedAgent>();
   Answers before;
   const auto old = activate(before);
   before.awaited();
   first.reset();
-  ScriptedAgent second(bus().address());
+  ScriptedAgent second;
   Answers after;
   const auto current = activate(after);
   after.awaited();
@@ -177,19 +163,19 @@ TEST_F(FrameworkLibraryTest, AnAssertionOfAnEarlierAgentNeverEndsOneOfItsSuccess
 TEST_F(FrameworkLibraryTest, EveryFailureOfTheAgentIsAnErrorGivenOnce) {
   Answers absent;
   const auto first = activate(absent);
-  EXPECT_EQ(absent.awaited(), std::vector<std::string>{"The menu bar agent is not running."});
+  EXPECT_EQ(absent.awaited(), "The menu bar agent is not running.");
   Answers refused;
   Answers deserted;
   {
-    ScriptedAgent agent(bus().address(), ScriptedAgent::Mood::refuses);
+    ScriptedAgent agent(ScriptedAgent::Mood::refuses);
     const auto second = activate(refused);
-    EXPECT_EQ(refused.awaited(), std::vector<std::string>{"Another program manages the status icons."});
+    EXPECT_EQ(refused.awaited(), "Another program manages the status icons.");
   }
-  ScriptedAgent agent(bus().address(), ScriptedAgent::Mood::silent);
+  ScriptedAgent agent(ScriptedAgent::Mood::silent);
   const auto third = activate(deserted);
-  ASSERT_TRUE(runUntil([&] { return agent.wasAskedToActivate(); }));
+  ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
   agent.vanish();
-  EXPECT_EQ(deserted.awaited(), std::vector<std::string>{"The menu bar agent is not running."});
+  EXPECT_EQ(deserted.awaited(), "The menu bar agent is not running.");
 }
 
 TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
@@ -203,17 +189,17 @@ TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
   };
   EXPECT_EQ(reasonOf([&] { framework_.makeConfiguration(configurationType_, systemItems, {"caf\xe9"}); }),
             "A bundle identifier is not valid UTF-8.");
-  ScriptedAgent agent(bus().address());
+  ScriptedAgent agent;
   Answers answers;
   const auto assertion = activate(answers);
   const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, {});
   EXPECT_EQ(reasonOf([&] { framework_.activate(*assertion, configuration, answers.handler()); }),
             "The assertion has been activated before.");
-  EXPECT_EQ(answers.awaited().size(), 1U);
+  answers.awaited();
 }
 
 TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
-  ScriptedAgent agent(bus().address(), ScriptedAgent::Mood::silent);
+  ScriptedAgent agent(ScriptedAgent::Mood::silent);
   Answers answers;
   {
     FrameworkLibrary passing(ORVO_BUNDLE);
@@ -221,7 +207,7 @@ TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
     const auto configuration = passing.makeConfiguration(configurationType_, systemItems, {});
     const auto assertion = passing.makeAssertion(assertionType_);
     passing.activate(*assertion, configuration, answers.handler());
-    ASSERT_TRUE(runUntil([&] { return agent.wasAskedToActivate(); }));
+    ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
   }
   agent.catchUp();
   // The invalidation that follows the late answer is sent before its completion would run.
@@ -233,9 +219,8 @@ TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
 
 // The client behind the library, with a limit that a test can wait for.
 TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
-  ensureApplication();
-  ScriptedAgent agent(bus().address(), ScriptedAgent::Mood::silent);
-  AgentClient client(bus().connect(QStringLiteral("patient")), std::chrono::milliseconds(50));
+  ScriptedAgent agent(ScriptedAgent::Mood::silent);
+  AgentClient client(test::session().connect(QStringLiteral("patient")), std::chrono::milliseconds(50));
   std::atomic<int> errors = 0;
   const auto concealment = std::make_shared<Concealment>();
   concealment->completion = [&](const auto& error) {
@@ -249,9 +234,8 @@ TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
 }
 
 TEST(AgentClientTest, ABusThatDiesAnswersWhatIsPendingAndWhatComesAfter) {
-  ensureApplication();
   PrivateBus own;
-  ScriptedAgent agent(own.address(), ScriptedAgent::Mood::silent);
+  ScriptedAgent agent(ScriptedAgent::Mood::silent, own.address());
   AgentClient client(own.connect(QStringLiteral("dying")));
   std::atomic<int> errors = 0;
   const auto ask = [&] {
@@ -260,7 +244,7 @@ TEST(AgentClientTest, ABusThatDiesAnswersWhatIsPendingAndWhatComesAfter) {
     client.activate(concealment, {});
   };
   ask();
-  ASSERT_TRUE(runUntil([&] { return agent.wasAskedToActivate(); }));
+  ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
   own.stop();
   EXPECT_TRUE(runUntil([&] { return errors == 1; }));
   ask();

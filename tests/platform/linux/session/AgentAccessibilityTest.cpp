@@ -1,6 +1,6 @@
 #include "platform/linux/session/AgentAccessibility.h"
 
-#include "SessionTest.h"
+#include "platform/linux/busSupport/ScriptedAgent.h"
 
 #include <QElapsedTimer>
 
@@ -13,28 +13,24 @@ using test::ScriptedAgent;
 
 constexpr int host = 4242;
 
-class AgentAccessibilityTest : public test::SessionTest {
- protected:
-  static int walk(const AccessibilityElementRef& element) {
-    int count = 1;
-    element->copyAttributeValue("AXFrame");
-    element->processIdentifier();
-    element->copyAttributeValue("AXIdentifier");
-    const auto children = element->copyAttributeValue("AXChildren");
-    if (!children) return count;
-    for (const auto& child : std::get<std::vector<AccessibilityElementRef>>(*children)) count += walk(child);
-    return count;
-  }
+using Elements = std::vector<AccessibilityElementRef>;
 
-  static AccessibilityElementRef rootOf(AgentAccessibility& accessibility, int process = host) {
-    auto root = accessibility.applicationElement(process);
-    root->setMessagingTimeout(0.2F);
-    return root;
-  }
-};
+int walk(const AccessibilityElementRef& element) {
+  int count = 1;
+  for (const char* name : {"AXFrame", "AXIdentifier"}) element->copyAttributeValue(name);
+  const auto children = element->copyAttributeValue("AXChildren");
+  for (const auto& child : children ? std::get<Elements>(*children) : Elements()) count += walk(child);
+  return count;
+}
 
-TEST_F(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
-  ScriptedAgent agent(session().address());
+AccessibilityElementRef rootOf(AgentAccessibility& accessibility) {
+  auto root = accessibility.applicationElement(host);
+  root->setMessagingTimeout(0.2F);
+  return root;
+}
+
+TEST(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
+  ScriptedAgent agent;
   agent.setTree({{-1, host, "", false},
                  {0, 77, "", true, {1, 2, 3, 4}},
                  {0, host, "com.apple.menuextra.clock", true, {-5.5, 0, 0, 24}},
@@ -44,7 +40,7 @@ TEST_F(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
   EXPECT_EQ(root->processIdentifier(), host);
   EXPECT_FALSE(root->copyAttributeValue("AXFrame"));
   EXPECT_FALSE(root->copyAttributeValue("AXTitle"));
-  const auto children = std::get<std::vector<AccessibilityElementRef>>(*root->copyAttributeValue("AXChildren"));
+  const auto children = std::get<Elements>(*root->copyAttributeValue("AXChildren"));
   ASSERT_EQ(children.size(), 2U);
   EXPECT_EQ(children[0]->processIdentifier(), 77);
   EXPECT_EQ(std::get<Rect>(*children[0]->copyAttributeValue("AXFrame")), (Rect{1, 2, 3, 4}));
@@ -55,7 +51,7 @@ TEST_F(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
   EXPECT_EQ(agent.count("Tree"), 1);
 }
 
-TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) {
+TEST(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) {
   struct Case {
     std::string name;
     QList<TreeElement> tree;
@@ -66,8 +62,8 @@ TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) 
                           Case{"a child before its parent", {{-1, host, "", true}, {2, 1, "", true}, {0, 1, "", true}}},
                           Case{"a second root", {{-1, host, "", true}, {-1, host, "", true}}},
                           Case{"a silent agent", {{-1, host, "", true}}, true}}) {
-    ScriptedAgent agent(session().address(), one.silent ? ScriptedAgent::Mood::silent : ScriptedAgent::Mood::answers);
-    if (!one.silent) agent.setTree(one.tree);
+    ScriptedAgent agent(one.silent ? ScriptedAgent::Mood::silent : ScriptedAgent::Mood::answers);
+    agent.setTree(one.tree);
     AgentAccessibility accessibility;
     QElapsedTimer clock;
     clock.start();
@@ -77,7 +73,7 @@ TEST_F(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) 
   }
 }
 
-TEST_F(AgentAccessibilityTest, TrustFollowsTheSessionsAccessibilityAndThePromptSwitchesItOn) {
+TEST(AgentAccessibilityTest, TrustFollowsTheSessionsAccessibilityAndThePromptSwitchesItOn) {
   ::testing::internal::CaptureStderr();
   AgentAccessibility accessibility;
   EXPECT_FALSE(accessibility.isProcessTrusted());

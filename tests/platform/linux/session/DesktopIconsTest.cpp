@@ -1,7 +1,8 @@
 #include "platform/linux/session/DesktopIcons.h"
 
-#include "SessionTest.h"
+#include "platform/linux/busSupport/ScriptedAgent.h"
 
+#include <QDir>
 #include <QImage>
 
 namespace orvo {
@@ -11,7 +12,7 @@ using test::Program;
 using test::runUntil;
 using test::ScriptedAgent;
 
-class DesktopIconsTest : public test::SessionTest {
+class DesktopIconsTest : public ::testing::Test {
  protected:
   std::optional<Picture> iconOf(int process, int size) {
     int answers = 0;
@@ -28,8 +29,7 @@ class DesktopIconsTest : public test::SessionTest {
   }
 
   static QString saveIcon(const QString& name, int width, int height) {
-    const QString path = home().filePath(name);
-    QDir().mkpath(QFileInfo(path).path());
+    QString path = test::writeFile(name, {});
     QImage image(width, height, QImage::Format_ARGB32);
     image.fill(Qt::red);
     EXPECT_TRUE(image.save(path));
@@ -50,12 +50,13 @@ TEST_F(DesktopIconsTest, AnIconFromADesktopEntryIsScaledAndAbsurdFilesAreRefused
        {Case{saveIcon("icons/wide.png", 400, 100), 48, std::pair(48, 12)},
         Case{saveIcon("icons/large.png", 2000, 2000), 4000, std::pair(512, 512)}, Case{"named", 32, std::pair(32, 16)},
         Case{saveIcon("icons/absurd.png", 4097, 1), 48, std::nullopt},
-        Case{writeFile("icons/broken.png", "not a picture"), 48, std::nullopt}, Case{"unheard-of", 48, std::nullopt}}) {
-    writeFile("applications/sleeper" + QString::number(size) + QString::number(qHash(icon)) + ".desktop",
-              "[Desktop Entry]\nType=Application\nName=Sleep\nExec=sleep 600\nIcon=" + icon.toUtf8() + "\n");
+        Case{test::writeFile("icons/broken.png", "not a picture"), 48, std::nullopt},
+        Case{"unheard-of", 48, std::nullopt}}) {
+    test::writeFile("applications/sleeper" + QString::number(size) + QString::number(qHash(icon)) + ".desktop",
+                    "[Desktop Entry]\nType=Application\nName=Sleep\nExec=sleep 600\nIcon=" + icon.toUtf8() + "\n");
     const auto program = test::sleeper();
     const auto picture = iconOf(program->pid(), size);
-    QDir(home().filePath("applications")).removeRecursively();
+    QDir(test::inHome("applications")).removeRecursively();
     ASSERT_EQ(picture.has_value(), expected.has_value()) << icon.toStdString();
     if (!picture) continue;
     EXPECT_EQ(std::pair(picture->width, picture->height), *expected) << icon.toStdString();
@@ -65,14 +66,14 @@ TEST_F(DesktopIconsTest, AnIconFromADesktopEntryIsScaledAndAbsurdFilesAreRefused
 }
 
 TEST_F(DesktopIconsTest, WithoutOneTheTrayItemsOwnPictureIsTaken) {
-  ScriptedAgent agent(session().address());
+  ScriptedAgent agent;
   struct Case {
     QStringList peer;
     std::optional<std::pair<int, int>> expected;
     std::uint32_t pixel = 0;
   };
   saveIcon("own/theme/22/peer-icon.png", 22, 22);
-  const QString named = "--icon=" + home().filePath("own") + "/peer-icon";
+  const QString named = "--icon=" + test::inHome("own") + "/peer-icon";
   for (const auto& [peer, expected, pixel] :
        {Case{{"--pixmap=fitting"}, std::pair(24, 18), 0xFF0A141EU}, Case{{"--pixmap=absurd"}, std::nullopt},
         Case{{"--pixmap=absurd", named}, std::pair(24, 24), 0xFFFF0000U}, Case{{"--silent"}, std::nullopt}}) {

@@ -1,0 +1,83 @@
+#include "platform/linux/busSupport/TestSession.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QTemporaryDir>
+
+namespace orvo::test {
+
+namespace {
+
+QTemporaryDir& home() {
+  static QTemporaryDir folder;
+  return folder;
+}
+
+class TestSession final : public ::testing::Environment {
+  // glib and libdbus look at the environment once.
+  void SetUp() override {
+    for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home().path().toUtf8());
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("GSETTINGS_BACKEND", "memory");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", session().address().toUtf8());
+    static int count = 1;
+    static char name[] = "test";
+    static char* arguments[] = {name, nullptr};
+    static QGuiApplication application(count, arguments);
+  }
+};
+
+const auto* const environment = ::testing::AddGlobalTestEnvironment(new TestSession);
+
+}  // namespace
+
+Program::Program(const QStringList& peerArguments)
+    : Program("/usr/bin/python3", QStringList{ORVO_BUS_SUPPORT "/busPeer.py"} + peerArguments) {
+  busName_ = readLine();
+  EXPECT_FALSE(busName_.isEmpty()) << process_.readAllStandardError().toStdString();
+}
+
+QString Program::readLine() {
+  const QDeadlineTimer deadline(waitLimit);
+  while (!process_.canReadLine() && process_.state() != QProcess::NotRunning && !deadline.hasExpired())
+    process_.waitForReadyRead(100);
+  return QString::fromUtf8(process_.readLine()).trimmed();
+}
+
+PrivateBus::PrivateBus()
+    : daemon_("dbus-daemon", {"--config-file=" ORVO_BUS_SUPPORT "/bus.conf", "--nofork", "--print-address"}),
+      address_(daemon_.readLine()) {}
+
+PrivateBus& session() {
+  static PrivateBus instance;
+  return instance;
+}
+
+std::shared_ptr<QDBusConnection> otherConnection() {
+  static int last = 0;
+  const QString name = "other-" + QString::number(++last);
+  return {new QDBusConnection(session().connect(name)), [name](QDBusConnection* closed) {
+            delete closed;
+            QDBusConnection::disconnectFromBus(name);
+          }};
+}
+
+QString inHome(const QString& name) { return home().filePath(name); }
+
+QString writeFile(const QString& name, const QByteArray& content, bool executable) {
+  QDir().mkpath(QFileInfo(inHome(name)).path());
+  QFile file(inHome(name));
+  EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write(content);
+  if (executable) file.setPermissions(file.permissions() | QFile::ExeOwner);
+  return file.fileName();
+}
+
+QString readFile(const QString& name) {
+  QFile file(inHome(name));
+  return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+}  // namespace orvo::test

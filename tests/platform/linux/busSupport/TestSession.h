@@ -1,0 +1,70 @@
+// What tests on a session bus share: an application off screen, a home folder, a bus, and programs on
+// it. All of it is there before the first test and until the process ends. Main thread.
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "support/QtEventLoop.h"
+
+namespace orvo::test {
+
+// Ends with the object.
+class Program {
+ public:
+  Program(const QString& program, const QStringList& arguments) { process_.start(program, arguments); }
+  // busPeer.py on the session bus; ready when it is made.
+  explicit Program(const QStringList& peerArguments);
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+  ~Program() { end(); }
+
+  void end() {
+    process_.kill();
+    process_.waitForFinished();
+  }
+  int pid() {
+    process_.waitForStarted();
+    return static_cast<int>(process_.processId());
+  }
+  // Waits for the next line that it prints; empty when it ends instead.
+  QString readLine();
+  const QString& busName() const { return busName_; }
+
+ private:
+  QProcess process_;
+  QString busName_;
+};
+
+inline std::unique_ptr<Program> sleeper() { return std::make_unique<Program>("sleep", QStringList{"600"}); }
+
+class PrivateBus {
+ public:
+  PrivateBus();
+
+  void stop() { daemon_.end(); }
+  const QString& address() const { return address_; }
+  // A further connection, open as long as nobody closes it by its name.
+  QDBusConnection connect(const QString& name) const { return QDBusConnection::connectToBus(address_, name); }
+
+ private:
+  Program daemon_;
+  QString address_;
+};
+
+PrivateBus& session();
+// A connection to it as another process would have; closed with the last reference.
+std::shared_ptr<QDBusConnection> otherConnection();
+
+// Files below the home folder, which is XDG_DATA_HOME too.
+QString inHome(const QString& name);
+QString writeFile(const QString& name, const QByteArray& content, bool executable = false);
+QString readFile(const QString& name);
+
+}  // namespace orvo::test
