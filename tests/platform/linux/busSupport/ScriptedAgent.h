@@ -22,16 +22,13 @@ class ScriptedAgent : public QDBusVirtualObject {
  public:
   enum class Mood { answers, silent, refuses };
 
-  explicit ScriptedAgent(Mood mood = Mood::answers, const QString& bus = session().address()) : mood_(mood) {
+  explicit ScriptedAgent(Mood mood = Mood::answers) : mood_(mood) {
     registerAgentTypes();
-    static int last = 0;
-    name_ = QStringLiteral("scripted-agent-%1").arg(++last);
     moveToThread(&thread_);
     thread_.start();
     onThread([&] {
-      auto connection = QDBusConnection::connectToBus(bus, name_);
-      connection.registerVirtualObject(agent_protocol::path, this);
-      connection.interface()->registerService(agent_protocol::service);
+      bus_->registerVirtualObject(agent_protocol::path, this);
+      bus_->interface()->registerService(agent_protocol::service);
     });
   }
   ScriptedAgent(const ScriptedAgent&) = delete;
@@ -43,7 +40,7 @@ class ScriptedAgent : public QDBusVirtualObject {
   }
 
   void vanish() {
-    onThread([&] { QDBusConnection::disconnectFromBus(name_); });
+    onThread([&] { bus_.reset(); });
   }
   // Answers what it has kept silent about, in order.
   void catchUp() {
@@ -100,14 +97,14 @@ class ScriptedAgent : public QDBusVirtualObject {
   void emitSignal(const char* interface, const char* name, const QVariantList& arguments) {
     auto signal = QDBusMessage::createSignal(agent_protocol::path, interface, name);
     signal.setArguments(arguments);
-    onThread([&] { QDBusConnection(name_).send(signal); });
+    onThread([&] { bus_->send(signal); });
   }
 
   void answer(const QDBusMessage& message) {
     const QString member = message.member();
     const bool refuses = mood_ == Mood::refuses && member != "Get";
-    QDBusConnection(name_).send(refuses ? message.createErrorReply(agent_protocol::watcherNotHeldError, QString())
-                                        : message.createReply(answerTo(member)));
+    bus_->send(refuses ? message.createErrorReply(agent_protocol::watcherNotHeldError, QString())
+                       : message.createReply(answerTo(member)));
   }
   QVariantList answerTo(const QString& member) {
     if (member == "Get") return {QVariant::fromValue(QDBusVariant(held_))};
@@ -118,7 +115,7 @@ class ScriptedAgent : public QDBusVirtualObject {
   }
 
   QThread thread_;
-  QString name_;
+  std::shared_ptr<QDBusConnection> bus_ = otherConnection();
   Mood mood_;
   bool held_ = true;
   quint32 lastAssertion_ = 0;

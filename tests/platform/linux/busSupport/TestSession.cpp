@@ -21,7 +21,8 @@ class TestSession final : public ::testing::Environment {
     for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home().path().toUtf8());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("GSETTINGS_BACKEND", "memory");
-    qputenv("DBUS_SESSION_BUS_ADDRESS", session().address().toUtf8());
+    static Program bus("dbus-daemon", {"--config-file=" ORVO_BUS_SUPPORT "/bus.conf", "--nofork", "--print-address"});
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().toUtf8());
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
@@ -46,19 +47,11 @@ QString Program::readLine() {
   return QString::fromUtf8(process_.readLine()).trimmed();
 }
 
-PrivateBus::PrivateBus()
-    : daemon_("dbus-daemon", {"--config-file=" ORVO_BUS_SUPPORT "/bus.conf", "--nofork", "--print-address"}),
-      address_(daemon_.readLine()) {}
-
-PrivateBus& session() {
-  static PrivateBus instance;
-  return instance;
-}
-
 std::shared_ptr<QDBusConnection> otherConnection() {
   static int last = 0;
   const QString name = "other-" + QString::number(++last);
-  return {new QDBusConnection(session().connect(name)), [name](QDBusConnection* closed) {
+  const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  return {new QDBusConnection(QDBusConnection::connectToBus(address, name)), [name](QDBusConnection* closed) {
             delete closed;
             QDBusConnection::disconnectFromBus(name);
           }};

@@ -44,22 +44,7 @@ class Program {
 
 inline std::unique_ptr<Program> sleeper() { return std::make_unique<Program>("sleep", QStringList{"600"}); }
 
-class PrivateBus {
- public:
-  PrivateBus();
-
-  void stop() { daemon_.end(); }
-  const QString& address() const { return address_; }
-  // A further connection, open as long as nobody closes it by its name.
-  QDBusConnection connect(const QString& name) const { return QDBusConnection::connectToBus(address_, name); }
-
- private:
-  Program daemon_;
-  QString address_;
-};
-
-PrivateBus& session();
-// A connection to it as another process would have; closed with the last reference.
+// A connection to the bus as another process would have; closed with the last reference.
 std::shared_ptr<QDBusConnection> otherConnection();
 
 // Files below the home folder, which is XDG_DATA_HOME too.

@@ -42,8 +42,8 @@ struct LoginManager {
 
   std::shared_ptr<QDBusConnection> bus = test::otherConnection();
   test::Program process{"/usr/bin/env",
-                        {"DBUS_SYSTEM_BUS_ADDRESS=" + test::session().address(), "/usr/bin/python3", "-m", "dbusmock",
-                         "--template", "logind"}};
+                        {"DBUS_SYSTEM_BUS_ADDRESS=" + qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                         "/usr/bin/python3", "-m", "dbusmock", "--template", "logind"}};
 };
 
 TEST(SleepMonitorTest, SleepWaitsUntilWhatTheObserversPostedHasRun) {

@@ -31,7 +31,6 @@ class TestDesktop {
 
   void startWindowManager();
   void signalWindowManager(int signal) const;
-  void stopServer() { server_.reset(); }
 
  private:
   struct Program {

@@ -51,23 +51,16 @@ class X11HotKeysTest : public testing::Test {
   int presses = 0;
 };
 
-TEST_F(X11HotKeysTest, FiresOnceWhicheverLocksAreOnAndWithNothingElseThanItsModifiers) {
+TEST_F(X11HotKeysTest, APressThatIsHeldFiresOnceAndOneWithOtherModifiersNever) {
   ASSERT_EQ(take(keys), hotKeyNoError);
-  // Each step switches one lock: Caps, both, Num.
-  for (const auto* lock : {"Caps_Lock", "Num_Lock", "Caps_Lock"}) {
-    person.chord({lock});
-    const int before = presses;
-    person.chord({"Control_L", "Alt_L", "Super_L", "b"});
-    EXPECT_TRUE(reaches(before + 1));
-    person.chord({"Control_L", "Super_L", "b"});
-    person.chord({"Shift_L", "Control_L", "Alt_L", "Super_L", "b"});
-    EXPECT_TRUE(stays(before + 1));
-  }
+  person.chord({"Control_L", "Super_L", "b"});
+  person.chord({"Shift_L", "Control_L", "Alt_L", "Super_L", "b"});
+  EXPECT_TRUE(stays(0));
   person.pressChord({"Control_L", "Alt_L", "Super_L", "b"});
   // Longer than it takes the server to begin repeating (660 ms) and to repeat several times.
   holdFor(queue, 900ms);
   person.releaseChord({"Control_L", "Alt_L", "Super_L", "b"});
-  EXPECT_TRUE(stays(4));
+  EXPECT_TRUE(stays(1));
 }
 
 TEST_F(X11HotKeysTest, ACombinationThatAnotherHasInPartIsRefusedWholeAndFreeOnceItGoes) {
@@ -110,8 +103,8 @@ TEST_F(X11HotKeysTest, FollowsTheKeyboardLayoutToAPlaceThatComesFreeLater) {
   put(placeOfQ, 'b');
   EXPECT_TRUE(eventually(queue, [&] { return !pressed("q"); }));
   EXPECT_FALSE(pressed("b"));
-  xcb_ungrab_key(desktop.connection(), placeOfQ, desktop.root(), XCB_MOD_MASK_ANY);
-  xcb_flush(desktop.connection());
+  const auto freed = xcb_ungrab_key_checked(desktop.connection(), placeOfQ, desktop.root(), XCB_MOD_MASK_ANY);
+  EXPECT_FALSE(owned(xcb_request_check(desktop.connection(), freed)));
   queue.advance(grabRetryInterval);
   EXPECT_TRUE(eventually(queue, [&] { return pressed("b"); }));
 }
