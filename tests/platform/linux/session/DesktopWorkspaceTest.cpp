@@ -1,16 +1,14 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 
 #include "platform/linux/busSupport/ScriptedAgent.h"
+#include "platform/linux/x11/XConnection.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <cstring>
-
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <xcb/xcb.h>
 
 namespace orvo {
 namespace {
@@ -44,45 +42,30 @@ class DesktopWorkspaceTest : public ::testing::Test {
 // The screen as a window manager keeps it: a list of client windows on the root.
 class Screen {
  public:
-  Screen() {
-    const auto display = (':' + server_.readLine()).toUtf8();
-    qputenv("DISPLAY", display);
-    connection_ = xcb_connect(display, nullptr);
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-  }
+  Screen() { qputenv("DISPLAY", display_); }
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
-  ~Screen() {
-    xcb_disconnect(connection_);
-    qunsetenv("DISPLAY");
-  }
+  ~Screen() { qunsetenv("DISPLAY"); }
 
-  void addWindow(int claimedProcess, const char* type = "") {
-    const xcb_window_t window = xcb_generate_id(connection_);
-    xcb_create_window(connection_, 0, window, root_, 0, 0, 9, 9, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0, 0, nullptr);
+  void addWindow(int claimedProcess, const std::string& type = "") {
+    const xcb_window_t window = xcb_generate_id(x_->get());
+    xcb_create_window(x_->get(), 0, window, x_->root(), 0, 0, 9, 9, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0, 0, nullptr);
     if (claimedProcess > 0) set(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(claimedProcess)});
-    const std::string name = std::string("_NET_WM_WINDOW_TYPE_") + type;
-    if (*type != '\0') set(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom(name.c_str())});
+    if (!type.empty()) set(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {x_->atom("_NET_WM_WINDOW_TYPE_" + type)});
     windows_.push_back(window);
-    set(root_, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, windows_);
-    (void)atom("_NET_CLIENT_LIST");  // answered once the server has it all
+    set(x_->root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, windows_);
+    (void)x_->atom("_NET_CLIENT_LIST");  // answered once the server has it all
   }
 
  private:
   void set(xcb_window_t window, const char* name, xcb_atom_t type, const std::vector<std::uint32_t>& values) {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(name), type, 32,
+    xcb_change_property(x_->get(), XCB_PROP_MODE_REPLACE, window, x_->atom(name), type, 32,
                         static_cast<std::uint32_t>(values.size()), values.data());
-  }
-  xcb_atom_t atom(const char* name) {
-    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(connection_, cookie, nullptr), std::free);
-    return reply->atom;
   }
 
   Program server_{"Xvfb", {"-displayfd", "1", "-nolisten", "tcp"}};
-  xcb_connection_t* connection_ = nullptr;
-  xcb_window_t root_ = XCB_NONE;
+  QByteArray display_ = ':' + server_.readLine().toUtf8();
+  std::unique_ptr<XConnection> x_ = XConnection::open(display_.toStdString(), "test");
   std::vector<std::uint32_t> windows_;
 };
 

@@ -1,10 +1,8 @@
 #include "platform/linux/x11/TestDesktop.h"
 
-#include "platform/linux/x11/XConnection.h"
 #include "support/ManualMainQueue.h"
 
 #include <csignal>
-#include <cstring>
 #include <stdexcept>
 #include <thread>
 
@@ -17,12 +15,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto limit = 5s;
 constexpr auto look = 2ms;
-
-xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
-  const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-  const auto reply = owned(xcb_intern_atom_reply(connection, cookie, nullptr));
-  return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
 
 XReply<xcb_get_window_attributes_reply_t> attributes(xcb_connection_t* connection, xcb_window_t window) {
   return owned(xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr));
@@ -51,19 +43,16 @@ TestDesktop::TestDesktop()
   int number = -1;
   if (fscanf(server_->output, "%d", &number) != 1) throw std::runtime_error("no X server could be started");
   display_ = ":" + std::to_string(number);
-  connection_ = xcb_connect(display_.c_str(), nullptr);
-  root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+  x_ = XConnection::open(display_, "test");
 }
-
-TestDesktop::~TestDesktop() { xcb_disconnect(connection_); }
 
 void TestDesktop::startWindowManager() {
   // As somebody without settings, and with nowhere to leave any.
   windowManager_ = std::make_unique<Program>("env DISPLAY=" + display_ + " HOME=/proc XDG_CONFIG_HOME=/proc openbox");
   const bool manages = eventually([this] {
     const auto cookie =
-        xcb_get_property(connection_, 0, root_, atom(connection_, "_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 0, 1);
-    const auto check = owned(xcb_get_property_reply(connection_, cookie, nullptr));
+        xcb_get_property(x_->get(), 0, x_->root(), x_->atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 0, 1);
+    const auto check = owned(xcb_get_property_reply(x_->get(), cookie, nullptr));
     return check && xcb_get_property_value_length(check.get()) > 0;
   });
   if (!manages) throw std::runtime_error("the window manager does not start");
@@ -72,17 +61,17 @@ void TestDesktop::startWindowManager() {
 void TestDesktop::signalWindowManager(int signal) const { kill(windowManager_->process, signal); }
 
 Dock::Dock(const TestDesktop& desktop, Rect frame, xcb_window_t parent)
-    : connection_(xcb_connect(desktop.display().c_str(), nullptr)), window_(xcb_generate_id(connection_)) {
+    : x_(XConnection::open(desktop.display(), "dock")), connection_(x_->get()), window_(xcb_generate_id(connection_)) {
   const std::uint32_t mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
   const bool embedded = parent != XCB_WINDOW_NONE;
-  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, embedded ? parent : desktop.root(),
+  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, embedded ? parent : x_->root(),
                     static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
                     static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0,
                     XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
   if (!embedded) {
-    const auto type = atom(connection_, "_NET_WM_WINDOW_TYPE_DOCK");
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atom(connection_, "_NET_WM_WINDOW_TYPE"),
-                        XCB_ATOM_ATOM, 32, 1, &type);
+    const auto type = x_->atom("_NET_WM_WINDOW_TYPE_DOCK");
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, x_->atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32,
+                        1, &type);
     // Position and size asked for by the program (flags 4 and 8).
     const std::uint32_t hints[18] = {4U | 8U};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
@@ -95,8 +84,6 @@ Dock::Dock(const TestDesktop& desktop, Rect frame, xcb_window_t parent)
   });
   if (!shown) throw std::runtime_error("the dock did not show");
 }
-
-Dock::~Dock() { xcb_disconnect(connection_); }
 
 const std::vector<Dock::Button>& Dock::buttons() {
   while (const auto event = owned(xcb_poll_for_event(connection_))) {

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "core/Rect.h"
-
-#include <xcb/xcb.h>
+#include "platform/linux/x11/XConnection.h"
 
 #include <sys/types.h>
 
@@ -21,13 +20,9 @@ class ManualMainQueue;
 class TestDesktop {
  public:
   TestDesktop();
-  ~TestDesktop();
-  TestDesktop(const TestDesktop&) = delete;
-  TestDesktop& operator=(const TestDesktop&) = delete;
-
   const std::string& display() const { return display_; }
-  xcb_connection_t* connection() const { return connection_; }
-  xcb_window_t root() const { return root_; }
+  xcb_connection_t* connection() const { return x_->get(); }
+  xcb_window_t root() const { return x_->root(); }
 
   void startWindowManager();
   void signalWindowManager(int signal) const;
@@ -47,8 +42,7 @@ class TestDesktop {
   std::unique_ptr<Program> server_;
   std::unique_ptr<Program> windowManager_;
   std::string display_;
-  xcb_connection_t* connection_ = nullptr;
-  xcb_window_t root_ = XCB_WINDOW_NONE;
+  std::unique_ptr<XConnection> x_;
 };
 
 // A dock window of a program of its own that notes the button events it gets.
@@ -64,10 +58,6 @@ class Dock {
 
   // `parent` embeds it as a panel embeds a plug-in; else it is a dock on the root.
   Dock(const TestDesktop& desktop, Rect frame, xcb_window_t parent = XCB_WINDOW_NONE);
-  ~Dock();
-  Dock(const Dock&) = delete;
-  Dock& operator=(const Dock&) = delete;
-
   xcb_window_t window() const { return window_; }
   // The oldest button events first, those that came until now.
   const std::vector<Button>& buttons();
@@ -78,6 +68,7 @@ class Dock {
  private:
   int coversBelow(xcb_window_t window) const;
 
+  std::unique_ptr<XConnection> x_;
   xcb_connection_t* connection_;
   xcb_window_t window_;
   std::vector<Button> buttons_;
