@@ -10,8 +10,9 @@ namespace orvo {
 
 namespace {
 
-// The panel needs about a millisecond for a whole batch. Doubled as long as nothing comes.
-constexpr std::chrono::milliseconds shortestPause{3};
+// A panel that is not busy has answered so many in a millisecond.
+constexpr std::size_t answersInMillisecond = 4;
+// Pauses double as long as nothing comes.
 constexpr std::chrono::milliseconds longestPause{100};
 
 constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
@@ -150,7 +151,11 @@ void AccessibilityBus::take(sd_bus_message* answer, const Question& question) {
 void AccessibilityBus::whenSettled(std::function<void(Outcome)> settled) {
   settled_ = std::move(settled);
   if (open_.empty()) return settle();
-  pause_.start(shortestPause);
+  pause_.start(expectedPause());
+}
+
+std::chrono::milliseconds AccessibilityBus::expectedPause() const {
+  return std::chrono::milliseconds(1 + open_.size() / answersInMillisecond);
 }
 
 void AccessibilityBus::gather() {
@@ -159,7 +164,7 @@ void AccessibilityBus::gather() {
   while ((more = sd_bus_process(bus_.get(), nullptr)) > 0) continue;
   if (more < 0 || deadline_.hasExpired()) giveUp();
   if (open_.empty()) return settle();
-  pause_.start(hasProgressed_ ? shortestPause : std::min(2 * pause_.intervalAsDuration(), longestPause));
+  pause_.start(hasProgressed_ ? expectedPause() : std::min(2 * pause_.intervalAsDuration(), longestPause));
 }
 
 // Answers that still come go the way of the connection.

@@ -72,6 +72,7 @@ class AccessibilityBus : public QObject {
   static int answered(sd_bus_message* answer, void* question, sd_bus_error* error);
 
   void take(sd_bus_message* answer, const Question& question);
+  std::chrono::milliseconds expectedPause() const;
   void gather();
   void giveUp();
   void settle();
