@@ -1,3 +1,4 @@
+#include <chrono>
 #include <csignal>
 #include <memory>
 
@@ -8,12 +9,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/busSupport/PrivateBus.h"
+#include "agent/PrivateBus.h"
 
 namespace orvo::test {
 namespace {
 
 const QString item = QStringLiteral("/StatusNotifierItem");
+constexpr std::chrono::milliseconds patienceWithPanel{120};  // the agent's
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 
 // A real program on the bus, whose bundle identifier is the given name.
@@ -44,7 +46,7 @@ class Program : public QProcess {
 class AgentTest : public testing::Test {
  protected:
   void SetUp() override {
-    bus_.becomeSessionBus();
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus_.address().toUtf8());
     panel_ = program("panel");
     startAgent();
     panel_->say("listen");
@@ -164,10 +166,16 @@ class AgentPanelTest : public AgentTest {
     EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
   }
 
-  // In the very next scan.
+  // In the very next scan, unless the machine is so busy that the agent has to answer without the panel.
   testing::AssertionResult shows(const QString& expected) {
-    const QString seen = panel_->say("controls");
-    return seen == expected ? testing::AssertionSuccess() : testing::AssertionFailure() << seen.toStdString();
+    QString seen;
+    for (int attempt = 0; attempt < 5; ++attempt) {
+      const QDeadlineTimer patience(patienceWithPanel);
+      seen = panel_->say("controls");
+      if (seen == expected) return testing::AssertionSuccess();
+      if (!patience.hasExpired()) break;
+    }
+    return testing::AssertionFailure() << seen.toStdString();
   }
 
   std::unique_ptr<Program> xfce_;
