@@ -113,6 +113,7 @@ class Desktop:
         self.icons = {}
         self.signals = []
         self._connections = []
+        self._tray = None
         self.display_name = None
         self.home = self._folder("home")
         self.logs = self._folder("logs")
@@ -318,6 +319,7 @@ class Desktop:
         wait(lambda: self.owner(AGENT), what="the agent's name")
 
     def start_panel(self):
+        self._tray = None
         self.spawn("panel", ["xfce4-panel", "--disable-wm-check"])
         wait(lambda: self.owner(WATCHER), 20, "a watcher")
         wait(self.panel_window, 20, "the panel's window")
@@ -453,16 +455,16 @@ class Desktop:
     def resize_screen(self, width, height):
         """Up to the first size; a size that the server does not list is made known to it. The panel follows
         later and in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
-        trailing = self._tray_trailing()
+        trailing = self.tray_trailing()
         mode = f"{width}x{height}"
         if mode not in self.run(["xrandr"]).stdout.split():
             self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
             self.run(["xrandr", "--addmode", "screen", mode])
         answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
         assert answer.returncode == 0, answer.stderr
-        wait(lambda: self._tray_trailing() == trailing, what="the panel following the screen")
+        wait(lambda: self.tray_trailing() == trailing, what="the panel following the screen")
 
-    def _tray_trailing(self):
+    def tray_trailing(self):
         """Distance of the tray's trailing end from the screen's."""
         x, _, width, _ = self._tray_cached()
         return self.root.get_geometry().width - x - width
@@ -517,7 +519,7 @@ class Desktop:
         return [picture.column(margin + index * CELL, CELL) for index in range(count)]
 
     def _tray_cached(self):
-        if not getattr(self, "_tray", None):
+        if not self._tray:
             self._tray = self._plug_in_socket("libsystray.so")
         if not self._tray:
             return None
@@ -551,12 +553,18 @@ class Desktop:
         self.icons[name] = wait(at_rest, limit, f"the picture of {name} alone being new")[0]
 
     def icon_center(self, *names):
-        """Centre of the first icon with one of these names, once the panel shows one."""
+        """Centre of the first icon with one of these names, once the panel shows one and has done moving it."""
+        last, since = None, time.monotonic()
+
         def look():
-            index = next((at for at, name in enumerate(self.shown()) if name in names), None)
-            if index is None:
+            nonlocal last, since
+            now = self._tray_cached(), self.shown()
+            if now != last:
+                last, since = now, time.monotonic()
+            index = next((at for at, name in enumerate(now[1]) if name in names), None)
+            if index is None or time.monotonic() - since < 0.1:
                 return None
-            x, y, width, height = self._tray_cached()
+            x, y, width, height = now[0]
             count = width // CELL
             return x + (width - count * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
         return wait(look, 5, f"an icon of {names}")

@@ -97,6 +97,27 @@ class Faults(DesktopCase):
             self.assertEqual(desktop.run([desktop.program, "--diagnose"], limit=2).returncode, 0)
         wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
 
+    def test_a_panel_that_dies_comes_back_as_it_was_and_its_clock_is_guarded(self):
+        desktop = self.desktop
+        rest = ["orvo-hidden" if name == "orvo" else name for name in self.all if name not in MARKED]
+        desktop.hide_and_expect(rest)
+        trailing = desktop.tray_trailing()
+        desktop.end("panel", signal.SIGKILL)
+        desktop.start_panel()
+        desktop.expect_shown(rest, 10)
+        # Its controls come one by one and push the icons about.
+        wait(lambda: desktop.tray_trailing() == trailing, what="the panel's layout of before")
+        desktop.reveal()
+        desktop.expect_shown(self.all)
+        wait(desktop.can_hide, what="hiding being offered")
+        desktop.hide_and_expect(rest)
+        desktop.person.click(*center(desktop.clock()))
+        wait(desktop.pop_ups, what="the clock's calendar")
+        desktop.away()
+        desktop.expect_shown(self.all)
+        desktop.person.click(*center(desktop.clock()))
+        wait(lambda: not desktop.pop_ups(), what="the calendar being closed")
+
     def test_a_settings_file_that_cannot_be_written_is_told_and_harms_nothing(self):
         desktop = self.desktop
         folder = os.path.dirname(desktop.settings_file)
