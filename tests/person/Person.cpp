@@ -18,21 +18,19 @@ constexpr std::chrono::milliseconds shortestPause{5};
 struct Person::Devices {
   explicit Devices(const std::string& name) : display(XOpenDisplay(name.c_str())) {
     if (display == nullptr) throw std::runtime_error("no display " + name);
-    mouse = open(IsXExtensionPointer);
-    keyboard = open(IsXExtensionKeyboard);
-    if (mouse == nullptr || keyboard == nullptr) throw std::runtime_error("no devices of its own on " + name);
+    if (mouse = openMouse(); mouse == nullptr) throw std::runtime_error("no mouse of its own on " + name);
   }
   ~Devices() { XCloseDisplay(display); }
   Devices(const Devices&) = delete;
   Devices& operator=(const Devices&) = delete;
 
-  XDevice* open(int use) const {
+  XDevice* openMouse() const {
     int count = 0;
     XDeviceInfo* list = XListInputDevices(display, &count);
     XDevice* device = nullptr;
     for (int index = 0; index < count && device == nullptr; ++index) {
       const bool replays = std::string_view(list[index].name).find("XTEST") != std::string_view::npos;
-      if (list[index].use == use && !replays) device = XOpenDevice(display, list[index].id);
+      if (list[index].use == IsXExtensionPointer && !replays) device = XOpenDevice(display, list[index].id);
     }
     XFreeDeviceList(list);
     return device;
@@ -40,7 +38,6 @@ struct Person::Devices {
 
   Display* display;
   XDevice* mouse = nullptr;
-  XDevice* keyboard = nullptr;
 };
 
 Person::Person(const std::string& display) : devices_(std::make_unique<Devices>(display)) {}
@@ -76,7 +73,7 @@ void Person::releaseChord(std::initializer_list<const char*> names) {
 
 void Person::key(const char* name, bool down) {
   const auto code = XKeysymToKeycode(devices_->display, XStringToKeysym(name));
-  XTestFakeDeviceKeyEvent(devices_->display, devices_->keyboard, code, down ? True : False, nullptr, 0, CurrentTime);
+  XTestFakeKeyEvent(devices_->display, code, down ? True : False, CurrentTime);
   XSync(devices_->display, False);
 }
 

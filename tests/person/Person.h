@@ -1,5 +1,5 @@
-// The person in front of an X display: works the server's own mouse and keyboard, not the devices
-// through which programs replay events. Every call has reached the server when it returns.
+// The person in front of an X display: works the server's own mouse, not the device through which
+// programs replay clicks. Every call has reached the server when it returns.
 #pragma once
 
 #include "core/Rect.h"
@@ -12,7 +12,7 @@ namespace orvo {
 
 class Person {
  public:
-  // Throws std::runtime_error when the display is not there or has no mouse or keyboard of its own.
+  // Throws std::runtime_error when the display is not there or has no mouse of its own.
   explicit Person(const std::string& display);
   ~Person();
   Person(const Person&) = delete;

