@@ -6,6 +6,11 @@
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
+#include <sys/prctl.h>
+
+#include <csignal>
+#include <optional>
+
 namespace orvo::test {
 
 namespace {
@@ -23,16 +28,24 @@ class TestSession final : public ::testing::Environment {
     qputenv("GSETTINGS_BACKEND", "memory");
     static Program bus("dbus-daemon", {"--config-file=" ORVO_BUS_SUPPORT "/bus.conf", "--nofork", "--print-address"});
     qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().toUtf8());
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QGuiApplication application(count, arguments);
+    application_.emplace(count_, &arguments_[0]);
   }
+  void TearDown() override { application_.reset(); }
+
+  int count_ = 1;
+  char name_[5] = "test";
+  char* arguments_[2] = {name_, nullptr};
+  std::optional<QGuiApplication> application_;
 };
 
 const auto* const environment = ::testing::AddGlobalTestEnvironment(new TestSession);
 
 }  // namespace
+
+Program::Program(const QString& program, const QStringList& arguments) {
+  process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+  process_.start(program, arguments);
+}
 
 Program::Program(const QStringList& peerArguments)
     : Program("/usr/bin/python3", QStringList{ORVO_BUS_SUPPORT "/busPeer.py"} + peerArguments) {

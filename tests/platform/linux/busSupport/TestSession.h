@@ -15,10 +15,10 @@
 
 namespace orvo::test {
 
-// Ends with the object.
+// Ends with the object, or with this process.
 class Program {
  public:
-  Program(const QString& program, const QStringList& arguments) { process_.start(program, arguments); }
+  Program(const QString& program, const QStringList& arguments);
   // busPeer.py on the session bus; ready when it is made.
   explicit Program(const QStringList& peerArguments);
   Program(const Program&) = delete;

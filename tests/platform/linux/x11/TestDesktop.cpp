@@ -2,7 +2,6 @@
 
 #include "support/ManualMainQueue.h"
 
-#include <csignal>
 #include <stdexcept>
 #include <thread>
 
@@ -27,28 +26,10 @@ bool isViewable(xcb_connection_t* connection, xcb_window_t window) {
 
 }  // namespace
 
-TestDesktop::Program::Program(const std::string& command)
-    : output(popen(("echo $$; exec setpriv --pdeathsig KILL " + command + " 2>/dev/null").c_str(), "r")) {
-  if (output == nullptr || fscanf(output, "%d", &process) != 1) throw std::runtime_error("cannot start " + command);
-}
-
-TestDesktop::Program::~Program() {
-  kill(process, SIGKILL);
-  pclose(output);
-}
-
-// The server picks a free display and tells its number.
-TestDesktop::TestDesktop()
-    : server_(std::make_unique<Program>("Xvfb -displayfd 1 -screen 0 800x600x24 -nolisten tcp")) {
-  int number = -1;
-  if (fscanf(server_->output, "%d", &number) != 1) throw std::runtime_error("no X server could be started");
-  display_ = ":" + std::to_string(number);
-  x_ = XConnection::open(display_, "test");
-}
-
 void TestDesktop::startWindowManager() {
   // As somebody without settings, and with nowhere to leave any.
-  windowManager_ = std::make_unique<Program>("env DISPLAY=" + display_ + " HOME=/proc XDG_CONFIG_HOME=/proc openbox");
+  windowManager_.emplace("env", QStringList{"DISPLAY=" + QString::fromStdString(display_), "HOME=/proc",
+                                            "XDG_CONFIG_HOME=/proc", "openbox"});
   const bool manages = eventually([this] {
     const auto cookie =
         xcb_get_property(x_->get(), 0, x_->root(), x_->atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 0, 1);
@@ -57,8 +38,6 @@ void TestDesktop::startWindowManager() {
   });
   if (!manages) throw std::runtime_error("the window manager does not start");
 }
-
-void TestDesktop::signalWindowManager(int signal) const { kill(windowManager_->process, signal); }
 
 Dock::Dock(const TestDesktop& desktop, Rect frame, xcb_window_t parent)
     : x_(XConnection::open(desktop.display(), "dock")), connection_(x_->get()), window_(xcb_generate_id(connection_)) {

@@ -2,14 +2,14 @@
 #pragma once
 
 #include "core/Rect.h"
+#include "platform/linux/busSupport/TestSession.h"
 #include "platform/linux/x11/XConnection.h"
 
-#include <sys/types.h>
-
 #include <chrono>
-#include <cstdio>
+#include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,30 +19,19 @@ class ManualMainQueue;
 
 class TestDesktop {
  public:
-  TestDesktop();
   const std::string& display() const { return display_; }
   xcb_connection_t* connection() const { return x_->get(); }
   xcb_window_t root() const { return x_->root(); }
 
   void startWindowManager();
-  void signalWindowManager(int signal) const;
+  void signalWindowManager(int signal) { kill(windowManager_->pid(), signal); }
 
  private:
-  struct Program {
-    // Starts it by the shell's words and reads its number.
-    explicit Program(const std::string& command);
-    ~Program();
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    FILE* output;
-    pid_t process = 0;
-  };
-
-  std::unique_ptr<Program> server_;
-  std::unique_ptr<Program> windowManager_;
-  std::string display_;
-  std::unique_ptr<XConnection> x_;
+  test::Program server_{"Xvfb", {"-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp"}};
+  std::optional<test::Program> windowManager_;
+  // The server picks a free one and tells its number.
+  std::string display_ = ':' + server_.readLine().toStdString();
+  std::unique_ptr<XConnection> x_ = XConnection::open(display_, "test");
 };
 
 // A dock window of a program of its own that notes the button events it gets.
