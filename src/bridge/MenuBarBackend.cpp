@@ -108,11 +108,11 @@ std::unique_ptr<QLAssertion> activated(const Backend& current, const std::vector
 }
 
 void invalidate(QLAssertion& assertion) {
-  if (!assertion.framework.respondsTo(*assertion.object, invalidateMessage)) return;
+  ConcealmentFramework& framework = assertion.framework;
   try {
-    assertion.framework.invalidate(*assertion.object);
+    if (framework.respondsTo(*assertion.object, invalidateMessage)) framework.invalidate(*assertion.object);
   } catch (const FrameworkException& exception) {
-    assertion.framework.log(releaseFailurePrefix + exception.reason.value_or(absentText));
+    framework.log(releaseFailurePrefix + exception.reason.value_or(absentText));
   }
 }
 

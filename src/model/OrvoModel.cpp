@@ -26,7 +26,7 @@ std::shared_ptr<OrvoModel> OrvoModel::make(const Platform& platform) {
 }
 
 OrvoModel::OrvoModel(const Platform& platform)
-    : accessibilityGranted(willChange, std::as_const(platform.accessibility).isProcessTrusted()),
+    : accessibilityGranted(willChange, platform.accessibility.isProcessTrusted()),
       preferences(willChange, OrvoPreferences::decode(platform.userDefaults.data(preferencesKey))),
       backendAvailable(QLMenuBarBackendAvailable()),
       ownBundle(platform.bundle.identifier().value_or(fallbackBundle)),
@@ -158,7 +158,7 @@ void OrvoModel::poll() {
 }
 
 bool OrvoModel::followTrust() {
-  const bool trusted = std::as_const(accessibility_).isProcessTrusted();
+  const bool trusted = accessibility_.isProcessTrusted();
   if (trusted == accessibilityGranted()) return trusted;
   accessibilityGranted = trusted;
   invalidateSystemGeometry();

@@ -33,7 +33,7 @@ void OrvoModel::refresh(std::function<void()> done) {
 
 bool OrvoModel::beginScan() {
   if (isScanning()) return false;
-  accessibilityGranted = std::as_const(accessibility_).isProcessTrusted();
+  accessibilityGranted = accessibility_.isProcessTrusted();
   if (!accessibilityGranted()) {
     reveal(false);
     invalidateSystemGeometry();

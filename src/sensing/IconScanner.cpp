@@ -40,7 +40,7 @@ std::vector<DiscoveredApp> sortedByName(const MenuBarWalk& walk, const Localized
 }
 
 MenuBarSnapshot takeSnapshot(Accessibility& accessibility, const Workspace& workspace, const LocalizedText& text) {
-  if (!std::as_const(accessibility).isProcessTrusted()) return {};
+  if (!accessibility.isProcessTrusted()) return {};
   const std::optional<std::int32_t> host = hostProcess(workspace);
   if (!host) return {};
   const AccessibilityElementRef root = accessibility.applicationElement(*host);

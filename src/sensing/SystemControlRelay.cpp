@@ -120,9 +120,7 @@ bool SystemControlRelay::hitsSystemControl(Point location) const {
 }
 
 void SystemControlRelay::reveal() const {
-  // A copy, since the callback may be exchanged while it runs.
-  const std::function<void()> callback = onReveal;
-  if (callback) callback();
+  if (onReveal) onReveal();
 }
 
 void SystemControlRelay::flush() {
