@@ -3,17 +3,18 @@
 #include "model/OrvoModel.h"
 #include "support/MemoryPlatform.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace orvo {
 namespace {
 
-using testing::ElementsAre;
+using enum BarState;
+using enum EventType;
 
 constexpr const char* one = "org.example.One";
 constexpr const char* openedKey = "Orvo.HasOpenedSettings";
-constexpr MainQueue::Duration rehideDelay{7000};
 
 // A later launch, at which nothing is missing, over a menu bar with one application marked to be hidden.
 class AppDelegateTest : public testing::Test {
@@ -24,7 +25,6 @@ class AppDelegateTest : public testing::Test {
                                 R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
     memory.userDefaults.setBoolean(openedKey, true);
   }
-  ~AppDelegateTest() override { memory.settle(); }
 
   void launch() {
     delegate = AppDelegate::make(memory.platform);
@@ -32,21 +32,30 @@ class AppDelegateTest : public testing::Test {
     delegate->applicationDidFinishLaunching();
     memory.settle();
   }
-  void reach(BarState state) {
-    if (state != BarState::visible) model().hideSelected();
-    if (state == BarState::hidden) memory.framework.answer(memory.framework.activations.size() - 1);
+  void reach(BarState state, bool canHide = true) {
+    model().reveal(false);
+    model().setRule(canHide ? IconRule::hidden : IconRule::visible, one);
+    if (state != visible) model().hideSelected();
+    if (state == hidden) memory.framework.answer(memory.framework.activations.size() - 1);
     memory.settle();
+    memory.windows.shown = 0;
+    memory.statusBar.menu.reset();
   }
   void click(std::optional<EventType> event) {
     memory.application.currentEvent = event;
-    memory.statusBar.button.action();
+    memory.statusBar.action();
   }
-  static void choose(const MenuItem& item) { std::get<std::function<void()>>(item.action)(); }
-  const Menu& lastMenu() const { return *memory.statusBar.button.menu; }
+  static void choose(const Menu& menu, std::size_t index) {
+    std::get<std::function<void()>>(menu.items.at(index).action)();
+  }
+  const Menu& contextMenu() {
+    click(rightMouseUp);
+    return *memory.statusBar.menu;
+  }
   bool rehideWaits() const {
-    const auto waiting = memory.mainQueue.waiting();
+    const auto& waiting = memory.mainQueue.waiting();
     return std::any_of(waiting.begin(), waiting.end(),
-                       [&](const auto& task) { return task.due == memory.mainQueue.now() + rehideDelay; });
+                       [&](const auto& task) { return task.due == memory.mainQueue.now() + std::chrono::seconds(7); });
   }
   OrvoModel& model() { return delegate->model(); }
 
@@ -55,215 +64,129 @@ class AppDelegateTest : public testing::Test {
 };
 
 TEST_F(AppDelegateTest, TheSettingsOpenAtLaunchUnlessNothingIsMissing) {
-  struct Case {
-    const char* name;
-    bool opened;
-    bool trusted;
-    const char* path;
-    int shown;
-  };
-  for (const Case& c : {Case{"a later launch", true, true, "/Applications/Orvo.app", 0},
-                        Case{"the first launch", false, true, "/Applications/Orvo.app", 1},
-                        Case{"no permission", true, false, "/Applications/Orvo.app", 1},
-                        Case{"another folder", true, true, "/Downloads/Orvo.app", 1}}) {
-    SCOPED_TRACE(c.name);
-    memory.userDefaults.setBoolean(openedKey, c.opened);
-    memory.accessibility.trusted = c.trusted;
-    memory.bundle.bundlePath = c.path;
+  using Case = std::tuple<const char*, bool, bool, const char*>;
+  for (const auto& [name, opened, trusted, path] : {Case{"the first launch", false, true, "/Applications/Orvo.app"},
+                                                    Case{"no permission", true, false, "/Applications/Orvo.app"},
+                                                    Case{"another folder", true, true, "/Downloads/Orvo.app"},
+                                                    Case{"nothing is missing", true, true, "/Applications/Orvo.app"}}) {
+    SCOPED_TRACE(name);
+    memory.userDefaults.setBoolean(openedKey, opened);
+    memory.accessibility.trusted = trusted;
+    memory.bundle.bundlePath = path;
     memory.windows.shown = 0;
     launch();
-    EXPECT_EQ(memory.windows.shown, c.shown);
+    EXPECT_EQ(memory.windows.shown == 0, name == std::string("nothing is missing"));
     EXPECT_TRUE(memory.userDefaults.boolean(openedKey));
     EXPECT_EQ(memory.application.policy, ActivationPolicy::accessory);
   }
 }
 
 TEST_F(AppDelegateTest, TheArrowStandsInTheBarBeforeTheModelStarts) {
-  memory.application.notificationCenter();
   delegate = AppDelegate::make(memory.platform);
   model().willChange.observe([this] { EXPECT_EQ(memory.statusBar.items, 1); });
   delegate->applicationDidFinishLaunching();
-  const auto& bar = memory.statusBar;
-  EXPECT_EQ(bar.length, -2);
-  EXPECT_EQ(bar.autosaveName, "Quillet.Toggle");
-  EXPECT_EQ(bar.behavior, 0U);
-  EXPECT_TRUE(bar.visible);
-  EXPECT_EQ(bar.button.eventMask, 20U);
-  EXPECT_EQ(bar.button.label, "Orvo menu bar manager");
-  EXPECT_EQ(bar.button.identifier, "Orvo.NativeMenuBarToggle");
-  EXPECT_EQ(bar.button.imageDescription, "Orvo");
+  EXPECT_EQ(memory.statusBar.autosaveName, "Quillet.Toggle");
+  EXPECT_EQ(memory.statusBar.eventMask, 20U);
+  EXPECT_EQ(memory.statusBar.label, "Orvo menu bar manager");
+  EXPECT_EQ(memory.statusBar.identifier, "Orvo.NativeMenuBarToggle");
+  EXPECT_EQ(memory.statusBar.image, "chevron.right");
 }
 
-TEST_F(AppDelegateTest, TheArrowFollowsTheBar) {
+TEST_F(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
   launch();
-  const auto& button = memory.statusBar.button;
-  for (const BarState state : {BarState::visible, BarState::applying, BarState::hidden}) {
-    model().reveal(false);
-    reach(state);
-    const bool visible = state == BarState::visible;
-    EXPECT_EQ(button.image, visible ? "chevron.right" : "chevron.left");
-    EXPECT_EQ(button.toolTip, visible ? "Hide selected icons · Right-click for settings" : "Show hidden icons · ⌃⌥⌘B");
+  using Case = std::tuple<BarState, bool, BarState, const char*, bool>;
+  for (const auto& [from, canHide, to, firstItem, enabled] :
+       {Case{visible, true, applying, "Hide selected icons", true},
+        Case{visible, false, visible, "Hide selected icons", false},
+        Case{applying, true, visible, "Show all icons", true}, Case{hidden, true, visible, "Show all icons", true}}) {
+    SCOPED_TRACE(firstItem);
+    const bool reveals = from != visible;
+    reach(from, canHide);
+    const Menu menu = contextMenu();
+    EXPECT_EQ(model().state(), from) << "the right button only opens the menu";
+    EXPECT_EQ(memory.statusBar.image, reveals ? "chevron.left" : "chevron.right");
+    EXPECT_EQ(memory.statusBar.toolTip,
+              reveals ? "Show hidden icons · ⌃⌥⌘B" : "Hide selected icons · Right-click for settings");
+    EXPECT_EQ(menu.items.at(0).title, firstItem);
+    EXPECT_EQ(menu.items.at(0).enabled, enabled);
+    EXPECT_TRUE(!menu.autoenablesItems && menu.items.at(1).enabled && menu.items.at(3).enabled);
+    EXPECT_EQ(memory.statusBar.menuPoint, (Point{0, 3}));
+    for (const auto& event : {std::optional(leftMouseUp), std::optional<EventType>()}) {
+      reach(from, canHide);
+      click(event);
+      EXPECT_EQ(model().state(), to);
+      EXPECT_EQ(rehideWaits(), reveals);
+      EXPECT_EQ(memory.windows.shown, from == to ? 1 : 0);
+      EXPECT_FALSE(memory.statusBar.menu);
+    }
+    reach(from, canHide);
+    choose(menu, 0);
+    EXPECT_EQ(model().state(), to);
+    EXPECT_EQ(rehideWaits(), reveals);
   }
-}
-
-TEST_F(AppDelegateTest, AClickDoesWhatTheBarAllows) {
-  struct Case {
-    const char* name;
-    std::optional<EventType> event;
-    BarState from;
-    bool canHide;
-    BarState to;
-    bool rehide;
-    int shown;
-    bool menu;
-  };
-  using enum BarState;
-  using enum EventType;
-  const std::vector<Case> cases{{"left, something to hide", leftMouseUp, visible, true, applying, false, 0, false},
-                                {"left, nothing to hide", leftMouseUp, visible, false, visible, false, 1, false},
-                                {"left while applying", leftMouseUp, applying, true, visible, true, 0, false},
-                                {"left while hidden", leftMouseUp, hidden, true, visible, true, 0, false},
-                                {"no event counts as left", std::nullopt, hidden, true, visible, true, 0, false},
-                                {"right while visible", rightMouseUp, visible, true, visible, false, 0, true},
-                                {"right while hidden", rightMouseUp, hidden, true, hidden, false, 0, true}};
-  launch();
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    model().reveal(false);
-    model().setRule(c.canHide ? IconRule::hidden : IconRule::visible, one);
-    reach(c.from);
-    memory.windows.shown = 0;
-    memory.statusBar.button.menu.reset();
-    click(c.event);
-    EXPECT_EQ(model().state(), c.to);
-    EXPECT_EQ(rehideWaits(), c.rehide);
-    EXPECT_EQ(memory.windows.shown, c.shown);
-    EXPECT_EQ(memory.statusBar.button.menu.has_value(), c.menu);
-  }
-}
-
-TEST_F(AppDelegateTest, TheMenuOffersWhatTheBarAllows) {
-  struct Case {
-    BarState state;
-    bool canHide;
-    const char* title;
-    bool enabled;
-  };
-  launch();
-  for (const Case& c :
-       {Case{BarState::visible, true, "Hide selected icons", true},
-        Case{BarState::visible, false, "Hide selected icons", false},
-        Case{BarState::applying, true, "Show all icons", true}, Case{BarState::hidden, true, "Show all icons", true}}) {
-    SCOPED_TRACE(c.title);
-    model().reveal(false);
-    model().setRule(c.canHide ? IconRule::hidden : IconRule::visible, one);
-    reach(c.state);
-    click(EventType::rightMouseUp);
-    const Menu& menu = lastMenu();
-    EXPECT_FALSE(menu.autoenablesItems);
-    ASSERT_EQ(menu.items.size(), 4U);
-    EXPECT_EQ(menu.items[0].title, c.title);
-    EXPECT_EQ(menu.items[0].enabled, c.enabled);
-    EXPECT_EQ(menu.items[1].title, "Settings…");
-    EXPECT_TRUE(menu.items[1].enabled);
-    EXPECT_TRUE(menu.items[2].separator);
-    EXPECT_EQ(menu.items[3].title, "Quit Orvo");
-    EXPECT_TRUE(menu.items[3].enabled);
-    EXPECT_EQ(memory.statusBar.button.menuPoint, (Point{0, 3}));
-  }
-  choose(lastMenu().items[0]);
-  EXPECT_EQ(model().state(), BarState::visible);
-  EXPECT_TRUE(rehideWaits());
-  choose(lastMenu().items[0]);
-  EXPECT_EQ(model().state(), BarState::applying);
 }
 
 TEST_F(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
   launch();
-  const Menu& mainMenu = *memory.application.mainMenu;
-  const auto reopen = [this] { EXPECT_TRUE(delegate->applicationShouldHandleReopen(true)); };
-  const auto settings = [&] { choose(mainMenu.items.at(0).submenu.at(0).items.at(0)); };
-  const std::vector<std::function<void()>> ways{reopen, settings, reopen};
-  int shown = 0;
-  for (const auto& way : ways) {
-    reach(BarState::hidden);
+  const Menu& orvoMenu = memory.application.mainMenu->items.at(0).submenu.at(0);
+  for (int time = 1; time <= 4; ++time) {
+    reach(hidden);
     const std::size_t scans = memory.accessibility.asked.size();
-    way();
-    EXPECT_EQ(model().state(), BarState::visible);
-    EXPECT_FALSE(rehideWaits());
-    EXPECT_EQ(memory.windows.shown, ++shown);
-    EXPECT_EQ(memory.application.activations, shown);
-    EXPECT_EQ(memory.accessibility.asked.size(), scans);
+    const bool answer = time % 2 == 0 || delegate->applicationShouldHandleReopen(true);
+    if (time % 2 == 0) choose(orvoMenu, 0);
+    EXPECT_TRUE(answer);
+    EXPECT_EQ(model().state(), visible);
+    EXPECT_FALSE(rehideWaits() || model().isScanning());
+    EXPECT_EQ(memory.windows.shown, 1);
+    EXPECT_EQ(memory.application.activations, time);
     memory.settle();
     EXPECT_EQ(memory.accessibility.asked.size(), scans + 1);
   }
-  ASSERT_EQ(memory.windows.made.size(), 1U);
+  EXPECT_EQ(memory.windows.made, 1);
   EXPECT_EQ(memory.windows.centered, 1);
-  const WindowDescription& window = memory.windows.made[0];
-  EXPECT_EQ(window.contentSize, (Size{880, 680}));
-  EXPECT_EQ(window.minimumSize, (Size{850, 630}));
-  EXPECT_EQ(window.styleMask, 32783U);
-  EXPECT_EQ(window.title, "Orvo Settings");
-  EXPECT_EQ(window.frameAutosaveName, "Orvo.Settings");
-  EXPECT_FALSE(window.titleVisible || window.releasedWhenClosed);
-  EXPECT_TRUE(window.titlebarAppearsTransparent);
   EXPECT_FALSE(delegate->applicationShouldTerminateAfterLastWindowClosed());
 }
 
-TEST_F(AppDelegateTest, TheMainMenuServesTheWindowAndItsTextFields) {
+TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndSoDoesEveryOtherEnd) {
   launch();
-  const auto& items = memory.application.mainMenu->items;
-  ASSERT_EQ(items.size(), 2U);
-  std::vector<std::string> rows;
-  for (const MenuItem& top : items) {
-    EXPECT_EQ(top.title, "");
-    for (const MenuItem& item : top.submenu.at(0).items) {
-      const auto* const responder = std::get_if<FirstResponderAction>(&item.action);
-      rows.push_back(top.submenu[0].title + "/" + item.title + "/" + item.keyEquivalent + "/" +
-                     (responder != nullptr ? responder->selector : ""));
-    }
+  for (const int alreadyEnded : {1, 0}) {
+    reach(hidden);
+    // Nobody is told of the end a second time.
+    memory.application.terminations = alreadyEnded;
+    if (alreadyEnded == 1) choose(contextMenu(), 3);
+    if (alreadyEnded == 0) memory.application.terminate();
+    EXPECT_EQ(memory.application.terminations, alreadyEnded + 1);
+    EXPECT_TRUE(memory.framework.active().empty());
+    EXPECT_FALSE(memory.eventTaps.tap()->valid);
+    model().refresh();
+    memory.settle();
   }
-  EXPECT_THAT(rows,
-              ElementsAre("Orvo/Settings…/,/", "Orvo///", "Orvo/Quit Orvo/q/", "Edit/Undo/z/undo:", "Edit/Cut/x/cut:",
-                          "Edit/Copy/c/copy:", "Edit/Paste/v/paste:", "Edit/Select All/a/selectAll:"));
-}
-
-TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndOnlyOnce) {
-  launch();
-  reach(BarState::hidden);
-  memory.statusBar.button.menu.reset();
-  click(EventType::rightMouseUp);
-  choose(lastMenu().items[3]);
-  EXPECT_EQ(memory.application.terminations, 1);
-  EXPECT_TRUE(memory.framework.active().empty());
-  EXPECT_FALSE(memory.eventTaps.tap()->valid);
 }
 
 TEST_F(AppDelegateTest, ASystemThatGrantsNothingLeavesEverythingElseWorking) {
   memory.statusBar.grantsButtons = memory.windows.grantsWindows = false;
   launch();
+  reach(hidden);
   delegate->applicationShouldHandleReopen(false);
-  reach(BarState::hidden);
+  EXPECT_EQ(model().state(), visible);
   memory.windows.grantsWindows = true;
   delegate->applicationShouldHandleReopen(false);
-  EXPECT_EQ(model().state(), BarState::visible);
   EXPECT_EQ(memory.windows.shown, 1);
   memory.statusBar.grantsItems = false;
   launch();
-  reach(BarState::hidden);
-  EXPECT_EQ(model().state(), BarState::hidden);
+  reach(hidden);
+  EXPECT_EQ(model().state(), hidden);
 }
 
 TEST_F(AppDelegateTest, WhatOutlivesTheDelegateDoesNothing) {
   launch();
-  click(EventType::rightMouseUp);
-  const Menu menu = lastMenu();
-  const auto action = memory.statusBar.button.action;
+  const Menu menu = contextMenu();
   delegate.reset();
-  action();
-  for (const std::size_t index : {0U, 1U, 3U}) choose(menu.items[index]);
+  memory.statusBar.action();
+  for (const std::size_t index : {0U, 1U, 3U}) choose(menu, index);
   EXPECT_EQ(memory.application.terminations, 0);
   EXPECT_EQ(memory.windows.shown, 0);
+  EXPECT_EQ(memory.statusBar.items, 0);
 }
 
 }  // namespace

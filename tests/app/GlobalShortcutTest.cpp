@@ -11,26 +11,23 @@ namespace {
 
 TEST(GlobalShortcutTest, EveryFailureLeavesNothingBehindAndReleasesNothingTwice) {
   struct Case {
-    const char* name;
     HotKeyStatus install;
     HotKeyStatus registration;
-    std::size_t handlers;
-    std::size_t hotKeys;
+    int handlers;
+    int hotKeys;
   };
-  for (const Case& c : {Case{"both granted", 0, 0, 1, 1}, Case{"combination taken", 0, -9878, 1, 0},
-                        Case{"no handler, so no hot key", -50, 0, 0, 0}}) {
-    SCOPED_TRACE(c.name);
+  for (const Case& c : {Case{0, 0, 1, 1}, Case{0, -9878, 1, 0}, Case{-50, 0, 0, 0}}) {
+    SCOPED_TRACE(c.install + c.registration);
     MemoryHotKeys hotKeys;
     hotKeys.installStatus = c.install;
     hotKeys.registerStatus = c.registration;
     auto shortcut = std::make_unique<GlobalShortcut>(hotKeys);
     EXPECT_EQ(shortcut->isRegistered(), c.hotKeys == 1);
-    EXPECT_EQ(hotKeys.handlers.size(), c.handlers);
-    EXPECT_EQ(hotKeys.hotKeys.size(), c.hotKeys);
+    EXPECT_EQ(hotKeys.handlers, c.handlers);
+    EXPECT_EQ(hotKeys.hotKeys, c.hotKeys);
     shortcut.reset();
-    EXPECT_TRUE(hotKeys.handlers.empty());
-    EXPECT_TRUE(hotKeys.hotKeys.empty());
-    EXPECT_EQ(hotKeys.wrongReleases, 0);
+    EXPECT_EQ(hotKeys.handlers, 0);
+    EXPECT_EQ(hotKeys.hotKeys, 0);
   }
 }
 
@@ -42,7 +39,7 @@ TEST(GlobalShortcutTest, APressIsHandledWhetherOrNotSomeoneListens) {
   shortcut.onPress = [&] { ++presses; };
   EXPECT_EQ(hotKeys.press(), hotKeyNoError);
   EXPECT_EQ(presses, 1);
-  EXPECT_EQ(hotKeys.handlers.begin()->second.function(nullptr), eventNotHandledErr);
+  EXPECT_EQ(hotKeys.function(nullptr), eventNotHandledErr);
 }
 
 }  // namespace

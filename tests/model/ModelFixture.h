@@ -9,39 +9,31 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <functional>
-#include <memory>
 #include <ostream>
-#include <string>
-#include <vector>
 
 namespace orvo {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
 
 inline constexpr const char* one = "org.example.One";
 inline constexpr const char* two = "org.example.Two";
+inline constexpr const char* preferencesKey = "Quillet.Preferences.v1";
 inline constexpr MainQueue::Duration timeout = 5s;
 inline constexpr MainQueue::Duration rehideDelay = 7s;
 inline const FrameworkError refusal{"Some.Domain", 7, "not now"};
+inline constexpr const char* refused = "Could not hide icons: not now";
+inline constexpr const char* timedOut = "macOS did not confirm hiding. All icons have been restored.";
 
 class ModelFixture {
  public:
   // `prepare` changes the platform before the model is made.
   explicit ModelFixture(const std::function<void(MemoryPlatform&)>& prepare = {}) {
     memory.showItems({one, two});
-    memory.userDefaults.setData("Quillet.Preferences.v1",
-                                R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
+    memory.userDefaults.setData(preferencesKey, R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
     if (prepare) prepare(memory);
     model = OrvoModel::make(memory.platform);
     model->start();
-    memory.settle();
-  }
-  ModelFixture(const ModelFixture&) = delete;
-  ModelFixture& operator=(const ModelFixture&) = delete;
-  ~ModelFixture() {
-    if (model) model->onStateChanged = {};
     memory.settle();
   }
 
@@ -52,6 +44,10 @@ class ModelFixture {
   void hide() {
     model->hideSelected();
     answerLast();
+  }
+  void refresh() {
+    model->refresh();
+    memory.settle();
   }
   void setDelay(std::int64_t seconds) {
     OrvoPreferences changed = model->preferences();
@@ -75,9 +71,10 @@ class ModelFixture {
   std::size_t active() const { return memory.framework.active().size(); }
   std::size_t scans() const { return memory.accessibility.asked.size(); }
   std::string message() const { return model->message().value_or(""); }
-  bool guarded() const { return memory.eventTaps.tap() != nullptr && !memory.eventTaps.tap()->regions.empty(); }
+  bool hasTap() const { return memory.eventTaps.tap() != nullptr && memory.eventTaps.tap()->valid; }
+  bool guarded() const { return hasTap() && !memory.eventTaps.tap()->regions.empty(); }
   bool waitsFor(MainQueue::Duration delay) const {
-    const auto waiting = memory.mainQueue.waiting();
+    const auto& waiting = memory.mainQueue.waiting();
     const MainQueue::Duration due = memory.mainQueue.now() + delay;
     return std::any_of(waiting.begin(), waiting.end(), [&](const auto& task) { return task.due == due; });
   }
@@ -91,10 +88,8 @@ class ModelFixture {
   std::shared_ptr<OrvoModel> model;
 };
 
-inline const char* name(BarState state) {
-  constexpr std::array<const char*, 3> names{"visible", "applying", "hidden"};
-  return names.at(static_cast<std::size_t>(state));
+inline void PrintTo(BarState state, std::ostream* out) {
+  *out << std::array{"visible", "applying", "hidden"}.at(static_cast<std::size_t>(state));
 }
-inline void PrintTo(BarState state, std::ostream* out) { *out << name(state); }
 
 }  // namespace orvo

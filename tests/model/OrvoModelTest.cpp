@@ -1,83 +1,65 @@
 #include "model/ModelFixture.h"
 
+#include <tuple>
+
 namespace orvo {
 namespace {
 
-using testing::ElementsAre;
 using T = ModelFixture;
+using enum BarState;
+using enum Notification;
 
 constexpr const char* newApp = "A new app opened. Icons are shown so its menu bar item can load.";
 constexpr const char* hostEnded = "Could not hide icons: The menu bar agent is not running.";
 constexpr const char* three = "org.example.Three";
 
-TEST(OrvoModelTest, TheShortcutTogglesAfterItsHandlerHasReturned) {
-  ModelFixture t;
-  const auto press = [&] {
-    const BarState before = t.model->state();
-    t.memory.hotKeys.press();
-    EXPECT_EQ(t.model->state(), before);
-    t.memory.settle();
-  };
-  press();
-  EXPECT_EQ(t.model->state(), BarState::applying);
-  press();
-  EXPECT_EQ(t.model->state(), BarState::visible);
-  EXPECT_TRUE(t.waitsFor(rehideDelay));
-}
-
-TEST(OrvoModelTest, EachSystemNotificationTakesItsSteps) {
-  struct Case {
-    const char* name;
-    Notification notification;
-    BarState from;
-    BarState to;
-    std::string message;
-    std::size_t scans;
-    std::size_t requests;
-    bool keepsFrames;
-  };
-  using enum BarState;
-  using enum Notification;
+TEST(OrvoModelTest, EachCauseTakesItsStepsAtOnceInsideTheTapAndLaterElsewhere) {
+  const auto press = [](T& t) { t.memory.hotKeys.press(); };
+  const auto launch = [](T& t) { t.post(applicationLaunched); };
+  const auto exit = [](T& t) { t.post(applicationTerminated); };
+  const auto end = [](T& t) { t.post(menuBarHostTerminated); };
+  // From, what happens, to, message, scans, whether the frames stay until then, whether it acts at once.
+  using Case = std::tuple<const char*, BarState, void (*)(T&), BarState, std::string, std::size_t, bool, bool>;
   const std::vector<Case> cases{
-      {"launch while visible", applicationLaunched, visible, visible, "", 1, 0, true},
-      {"launch while applying", applicationLaunched, applying, visible, newApp, 1, 0, true},
-      {"launch while hidden", applicationLaunched, hidden, visible, newApp, 1, 0, true},
-      {"exit while visible", applicationTerminated, visible, visible, "", 1, 0, true},
-      {"exit while applying", applicationTerminated, applying, applying, "", 1, 0, true},
-      {"exit while hidden", applicationTerminated, hidden, applying, "", 1, 1, true},
-      {"end of the host while visible", menuBarHostTerminated, visible, visible, "", 1, 0, true},
-      {"sleep", willSleep, hidden, visible, "", 0, 0, false},
-      {"wake", didWake, visible, visible, "", 1, 0, true},
-      {"display change", screenParametersChanged, hidden, visible, "", 1, 0, true},
-      {"end of the host while hidden", menuBarHostTerminated, hidden, visible, hostEnded, 1, 0, true},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+      {"shortcut while visible", visible, press, applying, "", 0, true, false},
+      {"shortcut while applying", applying, press, visible, "", 0, true, false},
+      {"shortcut while hidden", hidden, press, visible, "", 0, true, false},
+      {"launch while visible", visible, launch, visible, "", 1, true, false},
+      {"launch while applying", applying, launch, visible, newApp, 1, true, false},
+      {"launch while hidden", hidden, launch, visible, newApp, 1, true, false},
+      {"exit while visible", visible, exit, visible, "", 1, true, false},
+      {"exit while applying", applying, exit, applying, "", 1, true, false},
+      {"exit while hidden", hidden, exit, applying, "", 1, true, false},
+      {"exit while a scan runs", hidden, [](T& t) { t.model->refresh(), t.post(applicationTerminated); }, applying, "",
+       1, true, false},
+      {"sleep", hidden, [](T& t) { t.post(willSleep); }, visible, "", 0, false, false},
+      {"wake", visible, [](T& t) { t.post(didWake); }, visible, "", 1, false, false},
+      {"display change", hidden, [](T& t) { t.post(screenParametersChanged); }, visible, "", 1, false, false},
+      {"end of the host while visible", visible, end, visible, "", 1, false, false},
+      {"end of the host while hidden", hidden, end, visible, hostEnded, 1, false, false},
+      {"click on the clock", hidden, [](T& t) { t.clickClock(); }, visible, "", 0, true, true},
+      {"lost tap", hidden, [](T& t) { t.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }, visible, "", 0,
+       true, true},
+      {"refresh without permission", hidden, [](T& t) { t.memory.accessibility.trusted = false, t.model->refresh(); },
+       visible, "", 0, false, true}};
+  for (const auto& [name, from, happens, to, message, scans, keepsFrames, atOnce] : cases) {
+    SCOPED_TRACE(name);
     ModelFixture t;
-    if (c.from == applying) t.model->hideSelected();
-    if (c.from == hidden) t.hide();
-    const std::size_t scans = t.scans();
-    const std::size_t requests = t.requests();
-    t.post(c.notification);
-    EXPECT_EQ(t.model->state(), c.from);
+    if (from != visible) t.model->hideSelected();
+    if (from == hidden) t.answerLast();
+    happens(t);
+    EXPECT_EQ(t.model->state(), atOnce ? to : from);
+    t.memory.mainQueue.runPosted();
+    EXPECT_EQ(t.model->systemClickProtection(), keepsFrames);
     t.memory.settle();
-    EXPECT_EQ(t.model->state(), c.to);
-    EXPECT_EQ(t.message(), c.message);
-    EXPECT_EQ(t.scans() - scans, c.scans);
-    EXPECT_EQ(t.requests() - requests, c.requests);
-    EXPECT_EQ(t.model->systemClickProtection(), c.keepsFrames);
-    EXPECT_FALSE(t.waitsFor(rehideDelay));
+    EXPECT_EQ(t.model->state(), to);
+    EXPECT_EQ(t.message(), message);
+    EXPECT_EQ(t.scans(), 1 + scans);
+    EXPECT_EQ(t.requests(), (from == visible ? 0U : 1U) + (to == applying && from != applying ? 1U : 0U));
+    EXPECT_EQ(t.model->systemClickProtection(), keepsFrames || scans > 0);
+    EXPECT_EQ(t.waitsFor(rehideDelay), happens == press && to == visible);
+    EXPECT_THAT(t.listed(), ElementsAre(one, two));
   }
-}
-
-TEST(OrvoModelTest, AnExitWhileAScanRunsAsksAgainWithoutWaitingForIt) {
-  ModelFixture t;
-  t.hide();
-  t.model->refresh();
-  t.memory.workspace.quit(two);
-  t.post(Notification::applicationTerminated);
-  t.memory.mainQueue.runPosted();
-  EXPECT_EQ(t.requests(), 2U);
 }
 
 TEST(OrvoModelTest, ThePollFollowsThePermission) {
@@ -85,36 +67,45 @@ TEST(OrvoModelTest, ThePollFollowsThePermission) {
   t.hide();
   t.memory.accessibility.trusted = false;
   t.advance(3s);
-  EXPECT_FALSE(t.model->accessibilityGranted());
-  EXPECT_EQ(t.model->state(), BarState::visible);
-  EXPECT_FALSE(t.model->systemClickProtection());
-  EXPECT_TRUE(t.memory.eventTaps.tap()->valid);
-  EXPECT_EQ(t.scans(), 1U);
+  EXPECT_FALSE(t.model->accessibilityGranted() || t.model->systemClickProtection());
+  EXPECT_EQ(t.model->state(), visible);
+  EXPECT_TRUE(t.hasTap());
   t.advance(18s);
   EXPECT_EQ(t.scans(), 1U);
   t.memory.accessibility.trusted = true;
   t.advance(3s);
-  EXPECT_TRUE(t.model->accessibilityGranted());
-  EXPECT_TRUE(t.model->systemClickProtection());
+  EXPECT_TRUE(t.model->accessibilityGranted() && t.model->systemClickProtection());
   EXPECT_EQ(t.scans(), 2U);
+  for (const bool trusted : {false, true}) {
+    t.memory.accessibility.trusted = trusted;
+    t.advance(3s);
+  }
+  EXPECT_EQ(t.scans(), 3U) << "although the last scan is not old";
 }
 
-TEST(OrvoModelTest, ThePollTriesTheTapAgainAndReadsTheLoginItem) {
+TEST(OrvoModelTest, ATapComesWithThePermissionAndProtectsBeforeTheNextScan) {
+  ModelFixture t([](MemoryPlatform& m) { m.accessibility.trusted = false; });
+  t.advance(3s);
+  EXPECT_FALSE(t.hasTap());
+  t.memory.eventTaps.creationFails = t.memory.accessibility.trusted = true;
+  t.refresh();
+  EXPECT_FALSE(t.model->systemClickProtection());
+  t.memory.eventTaps.creationFails = false;
+  t.model->refresh();
+  EXPECT_TRUE(t.model->systemClickProtection());
+}
+
+TEST(OrvoModelTest, ThePollTriesTheTapAgainAndReadsTheLoginItemAndScansAfter15SecondsWhileVisible) {
   ModelFixture t([](MemoryPlatform& m) { m.eventTaps.creationFails = true; });
   EXPECT_FALSE(t.model->systemClickProtection());
   t.memory.eventTaps.creationFails = false;
   t.memory.loginItem.current = LoginItemStatus::enabled;
   t.advance(2999ms);
-  EXPECT_FALSE(t.model->systemClickProtection());
+  EXPECT_FALSE(t.model->systemClickProtection() || t.model->launchAtLogin());
   t.advance(1ms);
-  EXPECT_TRUE(t.model->systemClickProtection());
-  EXPECT_TRUE(t.model->launchAtLogin());
+  EXPECT_TRUE(t.model->systemClickProtection() && t.model->launchAtLogin());
   EXPECT_EQ(t.memory.mainQueue.waiting().at(0).tolerance, 500ms);
-}
-
-TEST(OrvoModelTest, TheListIsScannedAgainAfterMoreThan15SecondsWhileVisibleOnly) {
-  ModelFixture t;
-  t.advance(15s);
+  t.advance(12s);
   EXPECT_EQ(t.scans(), 1U);
   t.advance(3s);
   EXPECT_EQ(t.scans(), 2U);
@@ -126,59 +117,55 @@ TEST(OrvoModelTest, TheListIsScannedAgainAfterMoreThan15SecondsWhileVisibleOnly)
 TEST(OrvoModelTest, StoppingTwiceLeavesNothingThatActs) {
   ModelFixture t;
   t.hide();
-  t.post(Notification::applicationLaunched);
-  t.post(Notification::didWake);
+  t.post(applicationLaunched);
+  t.post(didWake);
   t.model->stop();
   t.model->stop();
-  EXPECT_EQ(t.model->state(), BarState::visible);
-  EXPECT_EQ(t.active(), 0U);
-  t.post(Notification::applicationLaunched);
+  EXPECT_EQ(t.model->state(), visible);
   t.advance(60s);
-  EXPECT_FALSE(t.memory.eventTaps.tap()->valid);
-  EXPECT_EQ(t.memory.eventTaps.created(), 1U);
+  EXPECT_FALSE(t.hasTap());
   EXPECT_EQ(t.scans(), 1U);
-  EXPECT_EQ(t.message(), "");
-  EXPECT_EQ(t.memory.hotKeys.hotKeys.size(), 1U);
+  EXPECT_TRUE(t.model->shortcutAvailable() && t.memory.hotKeys.hotKeys == 1);
+  t.post(applicationLaunched);
+  EXPECT_FALSE(t.memory.mainQueue.runOne()) << "still observed";
 }
 
 TEST(OrvoModelTest, ScansCarryRunningApplicationsOverWhileIconsAreConcealed) {
-  struct Case {
-    const char* name;
-    void (*steps)(T&);
-    std::vector<std::string> listed;
-  };
-  const std::vector<Case> cases{{"missed while visible", [](T&) {}, {two}},
-                                {"missed while applying", [](T& t) { t.model->hideSelected(); }, {one, two}},
-                                {"missed while hidden", [](T& t) { t.hide(); }, {one, two}},
-                                {"quit while hidden", [](T& t) { t.hide(), t.memory.workspace.quit(one); }, {two}},
-                                {"missed again once visible",
-                                 [](T& t) { t.hide(), t.model->refresh(), t.memory.settle(), t.model->reveal(false); },
-                                 {two}}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  const std::vector<std::tuple<const char*, void (*)(T&), std::vector<std::string>>> cases{
+      {"missed while visible", [](T&) {}, {two}},
+      {"missed while applying", [](T& t) { t.model->hideSelected(); }, {one, two}},
+      {"missed while hidden", [](T& t) { t.hide(); }, {one, two}},
+      {"quit while hidden", [](T& t) { t.hide(), t.memory.workspace.quit(one); }, {two}},
+      {"missed again once visible", [](T& t) { t.hide(), t.refresh(), t.model->reveal(false); }, {two}}};
+  for (const auto& [name, steps, listed] : cases) {
+    SCOPED_TRACE(name);
     ModelFixture t;
-    const std::int32_t pid = t.model->apps().at(0).pid;
-    c.steps(t);
+    steps(t);
     t.memory.showItems({two});
-    t.model->refresh();
-    t.memory.settle();
-    EXPECT_EQ(t.listed(), c.listed);
-    if (c.listed.front() == one) {
-      EXPECT_EQ(t.model->apps().at(0).pid, pid);
-    }
+    t.memory.workspace.running.back().localizedName = "two";
+    t.refresh();
+    EXPECT_EQ(t.listed(), listed);
+    EXPECT_EQ(t.model->apps().back().name, "two") << "found again, yet listed as before";
   }
 }
 
-TEST(OrvoModelTest, TheListLeavesOutOrvoAndTheSystemAndIsSortedByName) {
+TEST(OrvoModelTest, TheListLeavesOutOrvoAndTheSystemAndIsSortedByNameAndSearchedInBoth) {
   ModelFixture t;
   t.memory.showItems({"com.apple.controlcenter", "local.orvo.Orvo", "b", "a", "com.apple.ControlCenter"});
-  const std::vector<std::string> names{"x", "x", "App 10", "app 9", "z"};
+  const std::vector<std::string> names{"x", "x", "app 9", "App 10", "Notes"};
   for (std::size_t index = 0; index < names.size(); ++index) {
     t.memory.workspace.running.at(index + 3).localizedName = names.at(index);
   }
-  t.model->refresh();
-  t.memory.settle();
-  EXPECT_THAT(t.listed(), ElementsAre("a", "b", "com.apple.ControlCenter"));
+  t.refresh();
+  EXPECT_THAT(t.listed(), ElementsAre("b", "a", "com.apple.ControlCenter"));
+  const std::vector<std::pair<std::string, std::size_t>> searches{{"", 3},          {"NOTES", 1},  {"app", 3},
+                                                                  {"apple.con", 1}, {"notes ", 0}, {" ", 2}};
+  for (const auto& [text, found] : searches) {
+    t.model->searchText = text;
+    EXPECT_EQ(t.model->filteredApps().size(), found) << text;
+  }
+  t.model->setRule(IconRule::hidden, "a");
+  EXPECT_EQ(t.model->selectedCount(), 1U) << "of what is not listed, or of the search";
 }
 
 TEST(OrvoModelTest, AScanThatTheGeometryOutranIsDroppedAndRepeated) {
@@ -187,7 +174,7 @@ TEST(OrvoModelTest, AScanThatTheGeometryOutranIsDroppedAndRepeated) {
   t.model->refresh([&] { ++done; });
   t.model->refresh([&] { done += 10; });
   EXPECT_EQ(done, 10);
-  t.post(Notification::willSleep);
+  t.post(willSleep);
   t.memory.mainQueue.runPosted();
   t.memory.showItems({one});
   t.memory.scanExecutor.runAll();
@@ -204,107 +191,68 @@ TEST(OrvoModelTest, AScanThatTheGeometryOutranIsDroppedAndRepeated) {
   EXPECT_FALSE(t.model->isScanning());
 }
 
-TEST(OrvoModelTest, ARefreshWithoutPermissionRevealsAndKeepsTheList) {
+TEST(OrvoModelTest, ARuleIsAnnouncedStoredAndTakesEffectAtOnceWhileHidden) {
   ModelFixture t;
-  t.hide();
-  t.memory.accessibility.trusted = false;
-  bool done = false;
-  t.model->refresh([&] { done = true; });
-  EXPECT_TRUE(done);
-  EXPECT_EQ(t.model->state(), BarState::visible);
-  EXPECT_FALSE(t.model->accessibilityGranted());
-  EXPECT_FALSE(t.model->systemClickProtection());
-  EXPECT_FALSE(t.model->isScanning());
-  EXPECT_THAT(t.listed(), ElementsAre(one, two));
-}
-
-TEST(OrvoModelTest, TheSearchLooksIntoNamesAndIdentifiersExactlyAsTyped) {
-  ModelFixture t;
-  t.memory.workspace.running.at(1).localizedName = "Notes";
-  t.model->refresh();
-  t.memory.settle();
-  struct Case {
-    const char* text;
-    std::size_t found;
-  };
-  for (const Case& c : {Case{"", 2}, Case{"NOTES", 1}, Case{"org.example", 2}, Case{"example.two", 1}, Case{" ", 0},
-                        Case{"notes ", 0}}) {
-    SCOPED_TRACE(c.text);
-    t.model->searchText = c.text;
-    EXPECT_EQ(t.model->filteredApps().size(), c.found);
-    EXPECT_EQ(t.model->selectedCount(), 1U);
-  }
-}
-
-TEST(OrvoModelTest, ARuleIsStoredAtOnceAndTakesEffectAtOnceWhileHidden) {
-  ModelFixture t;
+  std::size_t before = 99;
+  const auto token = t.model->willChange.observe([&] { before = t.model->preferences().rules.size(); });
   t.model->setRule(IconRule::hidden, three);
-  EXPECT_EQ(t.model->selectedCount(), 1U);
+  EXPECT_EQ(before, 1U) << "announced before it happens";
+  t.model->willChange.remove(token);
   EXPECT_EQ(t.requests(), 0U);
   t.hide();
   t.model->setRule(IconRule::hidden, two);
   EXPECT_EQ(t.requests(), 2U);
   t.model->setRule(IconRule::visible, one);
   EXPECT_EQ(t.requests(), 2U);
-  const auto stored = OrvoPreferences::decode(t.memory.userDefaults.data("Quillet.Preferences.v1"));
-  EXPECT_EQ(stored, t.model->preferences());
+  const auto stored = OrvoPreferences::decode(t.memory.userDefaults.data(preferencesKey));
   EXPECT_EQ(stored.rules, (std::map<std::string, IconRule>{
                               {one, IconRule::visible}, {two, IconRule::hidden}, {three, IconRule::hidden}}));
+  EXPECT_EQ(stored.autoRehideSeconds, 7);
 }
 
 TEST(OrvoModelTest, OnlyACopyInsideAnApplicationsFolderCountsAsInstalled) {
-  struct Case {
-    const char* path;
-    bool installed;
-  };
-  for (const Case& c :
-       {Case{"/Applications/Orvo.app", true}, Case{"/Applications/Tools/Orvo.app", true},
-        Case{"/home/user/Applications/Orvo.app", true}, Case{"/link/Orvo.app", true},
-        Case{"/Applications Extra/Orvo.app", false}, Case{"/applications/Orvo.app", false},
-        Case{"/home/other/Applications/Orvo.app", false}, Case{"/Applications/../Downloads/Orvo.app", false},
-        Case{"/Applications", false}, Case{"/mnt/Applications/Orvo.app", false}}) {
-    SCOPED_TRACE(c.path);
-    const ModelFixture t([&](MemoryPlatform& m) {
-      m.bundle.bundlePath = c.path;
-      m.fileSystem.links["/link"] = "/Applications";
-    });
-    EXPECT_EQ(t.model->nativeMenuBarReady, c.installed);
+  const std::vector<std::pair<const char*, bool>> cases{{"/Applications/Tools/Orvo.app", true},
+                                                        {"/home/user/Applications/Orvo.app", true},
+                                                        {"/link/Orvo.app", true},
+                                                        {"/Applications Extra/Orvo.app", false},
+                                                        {"/applications/Orvo.app", false},
+                                                        {"/home/other/Applications/Orvo.app", false},
+                                                        {"/Applications/../Downloads/O.app", false},
+                                                        {"/mnt/Applications/Orvo.app", false}};
+  for (const auto& [path, installed] : cases) {
+    const ModelFixture t([&](MemoryPlatform& m) { m.bundle.bundlePath = path; });
+    EXPECT_EQ(t.model->nativeMenuBarReady, installed) << path;
   }
+  EXPECT_EQ(ModelFixture([](MemoryPlatform& m) { m.bundle.bundleIdentifier.reset(); }).model->ownBundle,
+            "local.quillet.menubar");
 }
 
 TEST(OrvoModelTest, TheLoginItemTellsWhatCameOfTheChange) {
   using enum LoginItemStatus;
-  struct Case {
-    const char* name;
-    bool enable;
-    LoginItemStatus status;
-    std::optional<std::string> failure;
-    bool launchAtLogin;
-    std::string message;
-    int opened;
-  };
-  const std::vector<Case> cases{
-      {"enabled", true, enabled, std::nullopt, true, "", 0},
-      {"awaiting approval", true, requiresApproval, std::nullopt, false,
-       "Allow Orvo in System Settings → General → Login Items.", 1},
-      {"failed", true, enabled, "no room", false, "Login item could not be changed: no room", 0},
-      {"disabled", false, notRegistered, std::nullopt, false, "", 0},
-      {"disabled, yet still awaiting approval", false, requiresApproval, std::nullopt, false, "", 0}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    ModelFixture t;
-    t.memory.loginItem.afterRegistering = t.memory.loginItem.afterUnregistering = c.status;
-    t.memory.loginItem.failure = c.failure;
-    t.model->setLoginItem(c.enable);
-    EXPECT_EQ(t.model->launchAtLogin(), c.launchAtLogin);
-    EXPECT_EQ(t.message(), c.message);
-    EXPECT_EQ(t.memory.loginItem.settingsOpened, c.opened);
+  constexpr const char* allow = "Allow Orvo in System Settings → General → Login Items.";
+  using Case = std::tuple<bool, LoginItemStatus, std::optional<std::string>, std::string>;
+  for (const auto& [enable, status, failure, message] :
+       {Case{true, enabled, {}, ""}, Case{true, requiresApproval, {}, allow},
+        Case{true, enabled, "no room", "Login item could not be changed: no room"}, Case{false, notRegistered, {}, ""},
+        Case{false, requiresApproval, {}, ""}}) {
+    SCOPED_TRACE(message);
+    const LoginItemStatus before = enable ? notRegistered : enabled;
+    ModelFixture t([before](MemoryPlatform& m) { m.loginItem.current = before; });
+    EXPECT_EQ(t.model->launchAtLogin(), !enable);
+    t.memory.loginItem.current = requiresApproval;
+    t.memory.loginItem.after = status;
+    t.memory.loginItem.failure = failure;
+    t.model->setLoginItem(enable);
+    EXPECT_EQ(t.model->launchAtLogin(), status == enabled && !failure);
+    EXPECT_EQ(t.message(), message);
+    EXPECT_EQ(t.memory.loginItem.settingsOpened, message == allow ? 1 : 0);
   }
 }
 
 TEST(OrvoModelTest, AskingForPermissionPromptsAndAlwaysOpensTheSettings) {
   for (const bool trusted : {false, true}) {
-    ModelFixture t([&](MemoryPlatform& m) { m.accessibility.trusted = trusted; });
+    ModelFixture t;
+    t.memory.accessibility.trusted = trusted;
     t.model->requestAccessibility();
     EXPECT_EQ(t.model->accessibilityGranted(), trusted);
     EXPECT_EQ(t.memory.accessibility.prompts, 1);

@@ -3,8 +3,8 @@
 
 #include "platform/LocalizedText.h"
 
-#include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <string>
 
 namespace orvo {
@@ -12,7 +12,7 @@ namespace orvo {
 class AsciiText : public LocalizedText {
  public:
   int standardCompare(std::string_view left, std::string_view right) const override {
-    return key(left).compare(key(right));
+    return strverscmp(lower(left).c_str(), lower(right).c_str());
   }
   bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override {
     return !needle.empty() && lower(text).find(lower(needle)) != std::string::npos;
@@ -23,21 +23,6 @@ class AsciiText : public LocalizedText {
     std::string all(text);
     for (char& each : all) each = static_cast<char>(std::tolower(static_cast<unsigned char>(each)));
     return all;
-  }
-  // With every run of digits padded to one length.
-  static std::string key(std::string_view text) {
-    std::string padded;
-    std::string digits;
-    for (const char each : lower(text) + '\0') {
-      if (std::isdigit(static_cast<unsigned char>(each)) != 0) {
-        digits += each;
-        continue;
-      }
-      if (!digits.empty()) padded += std::string(20 - std::min<std::size_t>(20, digits.size()), '0') + digits;
-      digits.clear();
-      padded += each;
-    }
-    return padded;
   }
 };
 

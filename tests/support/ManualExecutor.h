@@ -3,7 +3,6 @@
 
 #include "platform/SerialExecutor.h"
 
-#include <cstddef>
 #include <deque>
 #include <utility>
 
@@ -25,7 +24,6 @@ class ManualExecutor : public SerialExecutor {
     while (runOne()) {
     }
   }
-  std::size_t count() const { return tasks_.size(); }
 
  private:
   std::deque<std::function<void()>> tasks_;

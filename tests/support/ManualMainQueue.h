@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <cstddef>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -18,13 +16,13 @@ namespace orvo {
 
 class ManualMainQueue : public MainQueue {
  public:
-  // A delayed or repeating task that still waits.
+  // A delayed or repeating task that still waits; one that runs once has no interval.
   struct Waiting {
-    Handle handle = Handle::none;
-    Duration due{};
-    // Zero for a task that runs once.
-    Duration interval{};
-    Duration tolerance{};
+    Duration due;
+    Duration interval;
+    Duration tolerance;
+    Task task;
+    Handle handle;
   };
 
   void post(Task task) override {
@@ -32,12 +30,14 @@ class ManualMainQueue : public MainQueue {
     tasks_.push_back(std::move(task));
     posted_.notify_all();
   }
-  Handle runAfter(Duration delay, Task task) override { return add(delay, {}, {}, std::move(task)); }
+  Handle runAfter(Duration delay, Task task) override {
+    return add({later(delay), Duration::zero(), Duration::zero(), std::move(task), freshHandle()});
+  }
   Handle repeat(Duration interval, Duration tolerance, Task task) override {
-    return add(interval, interval, tolerance, std::move(task));
+    return add({later(interval), interval, tolerance, std::move(task), freshHandle()});
   }
   void cancel(Handle handle) override {
-    std::erase_if(timers_, [handle](const auto& entry) { return entry.second.info.handle == handle; });
+    std::erase_if(timers_, [handle](const Waiting& timer) { return timer.handle == handle; });
   }
   Duration now() const override { return now_; }
   bool isMainThread() const override { return std::this_thread::get_id() == mainThread_; }
@@ -62,8 +62,8 @@ class ManualMainQueue : public MainQueue {
   void advance(Duration time) {
     const Duration end = later(time);
     runPosted();
-    while (!timers_.empty() && timers_.begin()->first.first <= end) {
-      now_ = std::max(now_, timers_.begin()->first.first);
+    while (!timers_.empty() && timers_.front().due <= end) {
+      now_ = std::max(now_, timers_.front().due);
       fire();
       runPosted();
     }
@@ -80,37 +80,25 @@ class ManualMainQueue : public MainQueue {
     std::unique_lock lock(mutex_);
     return posted_.wait_for(lock, limit, [this] { return !tasks_.empty(); });
   }
-  std::size_t postedCount() const {
-    const std::lock_guard lock(mutex_);
-    return tasks_.size();
-  }
-  // By due time.
-  std::vector<Waiting> waiting() const {
-    std::vector<Waiting> all;
-    for (const auto& [key, timer] : timers_) all.push_back(timer.info);
-    return all;
-  }
+  // By due time, then in the order of setting.
+  const std::vector<Waiting>& waiting() const { return timers_; }
 
  private:
-  struct Timer {
-    Waiting info;
-    Task task;
-  };
-
   Duration later(Duration delay) const { return delay > Duration::max() - now_ ? Duration::max() : now_ + delay; }
-  Handle add(Duration delay, Duration interval, Duration tolerance, Task task) {
-    const auto handle = static_cast<Handle>(++last_);
-    timers_.emplace(std::pair{later(delay), last_},
-                    Timer{{handle, later(delay), interval, tolerance}, std::move(task)});
-    return handle;
+  Handle freshHandle() { return static_cast<Handle>(++last_); }
+  Handle add(Waiting timer) {
+    const auto isLater = [](Duration due, const Waiting& other) { return due < other.due; };
+    const auto place = std::upper_bound(timers_.begin(), timers_.end(), timer.due, isLater);
+    return timers_.insert(place, std::move(timer))->handle;
   }
   // Runs the first timer. One that repeats is set anew before it runs, so that it can cancel itself.
   void fire() {
-    Timer fired = std::move(timers_.extract(timers_.begin()).mapped());
+    Waiting fired = std::move(timers_.front());
+    timers_.erase(timers_.begin());
     const Task task = fired.task;
-    if (fired.info.interval > Duration::zero()) {
-      fired.info.due += fired.info.interval * ((now_ - fired.info.due) / fired.info.interval + 1);
-      timers_.emplace(std::pair{fired.info.due, ++last_}, std::move(fired));
+    if (fired.interval > Duration::zero()) {
+      fired.due += fired.interval * ((now_ - fired.due) / fired.interval + 1);
+      add(std::move(fired));
     }
     task();
   }
@@ -118,10 +106,9 @@ class ManualMainQueue : public MainQueue {
   const std::thread::id mainThread_ = std::this_thread::get_id();
   Duration now_{};
   std::uint64_t last_ = 0;
-  // By due time, then in the order of setting.
-  std::map<std::pair<Duration, std::uint64_t>, Timer> timers_;
+  std::vector<Waiting> timers_;
 
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   std::condition_variable posted_;
   std::deque<Task> tasks_;
 };

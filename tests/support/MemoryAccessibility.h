@@ -9,21 +9,13 @@
 
 namespace orvo {
 
-// An attribute that is not in `attributes` fails to be read; one of another kind is put there as it is.
+// An attribute that was not given fails to be read; one of another kind is given as it is.
 class MemoryElement : public AccessibilityElement, public std::enable_shared_from_this<MemoryElement> {
  public:
-  explicit MemoryElement(std::optional<std::int32_t> process) : pid(process) {}
-
-  void setMessagingTimeout(float seconds) override { messagingTimeout = seconds; }
-  std::optional<std::int32_t> processIdentifier() override { return pid; }
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
-    ++reads;
-    const auto found = attributes.find(name);
-    return found == attributes.end() ? std::nullopt : std::optional(found->second);
-  }
+  explicit MemoryElement(std::optional<std::int32_t> process) : pid_(process) {}
 
   std::shared_ptr<MemoryElement> with(const char* name, AttributeValue value) {
-    attributes[name] = std::move(value);
+    attributes_[name] = std::move(value);
     return shared_from_this();
   }
   std::shared_ptr<MemoryElement> withFrame(const Rect& frame) { return with("AXFrame", frame); }
@@ -32,15 +24,24 @@ class MemoryElement : public AccessibilityElement, public std::enable_shared_fro
     return with("AXChildren", std::vector<AccessibilityElementRef>(children.begin(), children.end()));
   }
 
-  // Absent: the request fails.
-  std::optional<std::int32_t> pid;
-  std::map<std::string, AttributeValue, std::less<>> attributes;
+  void setMessagingTimeout(float seconds) override { messagingTimeout = seconds; }
+  std::optional<std::int32_t> processIdentifier() override { return pid_; }
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
+    ++reads;
+    const auto found = attributes_.find(name);
+    return found == attributes_.end() ? std::nullopt : std::optional(found->second);
+  }
+
   std::optional<float> messagingTimeout;
   int reads = 0;
+
+ private:
+  std::optional<std::int32_t> pid_;
+  std::map<std::string, AttributeValue, std::less<>> attributes_;
 };
 
-// A bare element; without an argument its process cannot be had.
-inline std::shared_ptr<MemoryElement> element(std::optional<std::int32_t> pid = std::nullopt) {
+// A bare element; without a process, the request for it fails.
+inline std::shared_ptr<MemoryElement> element(std::optional<std::int32_t> pid) {
   return std::make_shared<MemoryElement>(pid);
 }
 
@@ -54,13 +55,12 @@ class MemoryAccessibility : public Accessibility {
 
   bool isProcessTrusted() const override { return trusted; }
   bool isProcessTrusted(bool prompt) override {
-    if (prompt) ++prompts;
+    prompts += prompt ? 1 : 0;
     return trusted;
   }
   AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override {
     asked.push_back(processIdentifier);
-    const auto found = trees.find(processIdentifier);
-    return found == trees.end() ? element(processIdentifier) : found->second;
+    return trees.contains(processIdentifier) ? trees.at(processIdentifier) : element(processIdentifier);
   }
 };
 

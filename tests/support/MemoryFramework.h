@@ -5,7 +5,6 @@
 #include "platform/ConcealmentFramework.h"
 
 #include <atomic>
-#include <cstddef>
 #include <map>
 #include <set>
 #include <utility>
@@ -14,7 +13,7 @@ namespace orvo {
 
 class MemoryFramework : public ConcealmentFramework {
  public:
-  enum class Step { makeConfiguration, makeAssertion, activate, invalidate };
+  enum class Step { makeConfiguration, makeAssertion, activate, respondsTo, invalidate };
 
   // One request that reached activation.
   struct Activation {
@@ -28,8 +27,8 @@ class MemoryFramework : public ConcealmentFramework {
 
   // Faults.
   bool loads = true;
-  std::set<std::string> missingClasses;
-  std::set<std::string> missingMessages;
+  // Names of classes and messages.
+  std::set<std::string> missing;
   bool configurationIsNull = false;
   bool assertionIsNull = false;
   // Runs at the start of the step and may throw; see `raising`.
@@ -37,8 +36,8 @@ class MemoryFramework : public ConcealmentFramework {
   // Runs at the end of every activation, with its number; may answer at once, on any thread, or throw.
   std::function<void(std::size_t)> onActivate;
   // Throws the framework's exception; absent reason allowed.
-  static std::function<void()> raising(std::optional<std::string> reason) {
-    return [reason = std::move(reason)] { throw FrameworkException{reason}; };
+  static std::function<void()> raising(const std::optional<std::string>& reason) {
+    return [reason] { throw FrameworkException{reason}; };
   }
 
   // What happened.
@@ -67,16 +66,18 @@ class MemoryFramework : public ConcealmentFramework {
     return loads;
   }
   FrameworkClassRef classNamed(const char* name) override {
-    // Class objects are opaque to everybody else, so their names stand for them.
-    const auto known = messages().find(name);
-    if (known == messages().end() || missingClasses.contains(name)) return nullptr;
-    return reinterpret_cast<FrameworkClassRef>(&*known);
+    const auto known = messages_.find(name);
+    if (known == messages_.end() || missing.contains(name)) return nullptr;
+    return reinterpret_cast<FrameworkClassRef>(&known->second);
   }
   bool instancesRespondTo(FrameworkClassRef type, const char* message) override {
-    const auto& known = *reinterpret_cast<const std::pair<const std::string, std::set<std::string>>*>(type);
-    return known.second.contains(message) && !missingMessages.contains(message);
+    const auto& known = *reinterpret_cast<const std::set<std::string>*>(type);
+    return known.contains(message) && !missing.contains(message);
   }
-  bool respondsTo(const FrameworkObject&, const char* message) override { return !missingMessages.contains(message); }
+  bool respondsTo(const FrameworkObject&, const char* message) override {
+    raiseIn(Step::respondsTo);
+    return !missing.contains(message);
+  }
   FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> allowedSystemItems,
                                        const std::vector<std::string>& allowedBundleIdentifiers) override {
     raiseIn(Step::makeConfiguration);
@@ -116,18 +117,15 @@ class MemoryFramework : public ConcealmentFramework {
     std::shared_ptr<void> concealment;
   };
 
-  static const std::map<std::string, std::set<std::string>>& messages() {
-    static const std::map<std::string, std::set<std::string>> all{
-        {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
-        {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
-    return all;
-  }
   void raiseIn(Step step) const {
-    const auto found = raises.find(step);
-    if (found != raises.end()) found->second();
+    if (raises.contains(step)) raises.at(step)();
   }
 
-  std::shared_ptr<void> alive_ = std::make_shared<int>();
+  // By class. Class objects are opaque to everybody else, so these sets stand for them.
+  const std::map<std::string, std::set<std::string>> messages_{
+      {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
+      {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
+  const std::shared_ptr<void> alive_ = std::make_shared<int>();
 };
 
 }  // namespace orvo

@@ -1,59 +1,42 @@
-// Hot keys that tests press. Records what is installed and registered, and refuses on demand.
+// Hot keys that tests press. Counts what is held, and refuses on demand.
 #pragma once
 
 #include "platform/HotKeys.h"
-
-#include <map>
 
 namespace orvo {
 
 class MemoryHotKeys : public HotKeys {
  public:
-  struct Handler {
-    EventHandlerFunction function;
-    EventTypeSpec filter;
-    void* userData;
-  };
-  struct HotKey {
-    std::uint32_t keyCode;
-    std::uint32_t modifiers;
-    HotKeyID id;
-  };
-
   HotKeyStatus installStatus = hotKeyNoError;
   HotKeyStatus registerStatus = hotKeyNoError;
-  std::map<EventHandlerRef, Handler> handlers;
-  std::map<HotKeyRef, HotKey> hotKeys;
-  // Releases of references that are not, or no longer, held.
-  int wrongReleases = 0;
+  // What is held; below zero when more was released than had.
+  int handlers = 0;
+  int hotKeys = 0;
+  EventHandlerFunction function = nullptr;
 
   // Presses any registered combination; answers the handler's status.
-  HotKeyStatus press() {
-    const Handler handler = handlers.begin()->second;
-    return handler.function(handler.userData);
-  }
+  HotKeyStatus press() { return function(userData_); }
 
-  HotKeyStatus installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
+  HotKeyStatus installEventHandler(EventHandlerFunction newFunction, EventTypeSpec, void* userData,
                                    EventHandlerRef& handler) override {
-    if (installStatus == hotKeyNoError) {
-      handler = static_cast<EventHandlerRef>(++last_);
-      handlers[handler] = {function, filter, userData};
-    }
-    return installStatus;
+    if (installStatus != hotKeyNoError) return installStatus;
+    ++handlers;
+    function = newFunction;
+    userData_ = userData;
+    handler = EventHandlerRef{1};
+    return hotKeyNoError;
   }
-  HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id, std::uint32_t,
-                                   HotKeyRef& hotKey) override {
-    if (registerStatus == hotKeyNoError) {
-      hotKey = static_cast<HotKeyRef>(++last_);
-      hotKeys[hotKey] = {keyCode, modifiers, id};
-    }
-    return registerStatus;
+  HotKeyStatus registerEventHotKey(std::uint32_t, std::uint32_t, HotKeyID, std::uint32_t, HotKeyRef& hotKey) override {
+    if (registerStatus != hotKeyNoError) return registerStatus;
+    ++hotKeys;
+    hotKey = HotKeyRef{1};
+    return hotKeyNoError;
   }
-  void unregisterEventHotKey(HotKeyRef hotKey) override { wrongReleases += hotKeys.erase(hotKey) == 0 ? 1 : 0; }
-  void removeEventHandler(EventHandlerRef handler) override { wrongReleases += handlers.erase(handler) == 0 ? 1 : 0; }
+  void unregisterEventHotKey(HotKeyRef) override { --hotKeys; }
+  void removeEventHandler(EventHandlerRef) override { --handlers; }
 
  private:
-  std::uintptr_t last_ = 0;
+  void* userData_ = nullptr;
 };
 
 }  // namespace orvo

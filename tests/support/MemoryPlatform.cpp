@@ -9,20 +9,18 @@ namespace orvo {
 namespace {
 
 constexpr std::int32_t hostPid = 10;
-constexpr const char* hostBundle = "com.apple.MenuBarAgent";
 
 }  // namespace
 
 MemoryPlatform::MemoryPlatform() {
   setConcealmentFramework(&framework);
-  workspace.launch(hostBundle, hostPid);
+  workspace.launch("com.apple.MenuBarAgent", hostPid);
 }
 
 MemoryPlatform::~MemoryPlatform() { setConcealmentFramework(nullptr); }
 
 void MemoryPlatform::showItems(const std::vector<std::string>& bundles) {
-  std::vector<std::shared_ptr<MemoryElement>> children{
-      element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
+  std::vector children{element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
   std::int32_t freePid = hostPid;
   for (const auto& running : workspace.running) freePid = std::max(freePid, running.processIdentifier + 1);
   for (const std::string& bundleIdentifier : bundles) {
@@ -33,10 +31,8 @@ void MemoryPlatform::showItems(const std::vector<std::string>& bundles) {
 }
 
 void MemoryPlatform::settle() {
-  do {
-    scanExecutor.runAll();
-    mainQueue.runPosted();
-  } while (scanExecutor.count() != 0);
+  while (scanExecutor.runOne() || mainQueue.runOne()) {
+  }
 }
 
 }  // namespace orvo

@@ -3,11 +3,7 @@
 
 #include "platform/Workspace.h"
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
 #include <map>
-#include <utility>
 
 namespace orvo {
 
@@ -22,16 +18,20 @@ class MemoryWorkspace : public Workspace {
     running.push_back({bundleIdentifier, pid, std::nullopt, std::nullopt});
   }
   void quit(const std::string& bundleIdentifier) {
-    std::erase_if(running, [&](const auto& application) { return application.bundleIdentifier == bundleIdentifier; });
+    std::erase_if(running, [&](const auto& each) { return each.bundleIdentifier == bundleIdentifier; });
   }
 
   std::vector<RunningApplication> runningApplications() const override { return running; }
   std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override {
-    const auto found = matching([&](const auto& each) { return each.processIdentifier == processIdentifier; });
-    return found.empty() ? std::nullopt : std::optional(found.front());
+    for (const RunningApplication& each : running) {
+      if (each.processIdentifier == processIdentifier) return each;
+    }
+    return std::nullopt;
   }
   std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override {
-    return matching([&](const auto& each) { return each.bundleIdentifier == bundleIdentifier; });
+    std::vector<RunningApplication> found = running;
+    std::erase_if(found, [&](const auto& each) { return each.bundleIdentifier != bundleIdentifier; });
+    return found;
   }
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override {
     const auto found = registered.find(bundleIdentifier);
@@ -41,12 +41,6 @@ class MemoryWorkspace : public Workspace {
   NotificationCenter& notificationCenter() override { return center_; }
 
  private:
-  std::vector<RunningApplication> matching(const std::function<bool(const RunningApplication&)>& wanted) const {
-    std::vector<RunningApplication> found;
-    std::copy_if(running.begin(), running.end(), std::back_inserter(found), wanted);
-    return found;
-  }
-
   NotificationCenter center_;
 };
 

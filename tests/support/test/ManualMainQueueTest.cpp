@@ -9,46 +9,37 @@ namespace orvo {
 namespace {
 
 using testing::ElementsAre;
-using Duration = MainQueue::Duration;
+using namespace std::chrono_literals;
 
-class ManualMainQueueTest : public testing::Test {
- protected:
-  MainQueue::Task note(std::string what) {
-    return [this, what = std::move(what)] { log_.push_back(what + "@" + std::to_string(queue_.now().count())); };
-  }
-
-  ManualMainQueue queue_;
-  std::vector<std::string> log_;
-};
-
-TEST_F(ManualMainQueueTest, RunsTimersAtTheirOwnTimesAndPostedTasksBetween) {
-  MainQueue::Handle cancelled{};
-  queue_.post(note("posted"));
-  queue_.runAfter(Duration(20), note("later"));
-  queue_.runAfter(Duration(10), [&] {
+TEST(ManualMainQueueTest, RunsTimersAtTheirOwnTimesPostedTasksBetweenAndOneRunForASleep) {
+  ManualMainQueue queue;
+  std::vector<std::string> log;
+  const auto note = [&](const char* what) {
+    return [&, what] { log.push_back(what + ("@" + std::to_string(queue.now().count()))); };
+  };
+  queue.post(note("posted"));
+  queue.runAfter(20ms, note("later"));
+  queue.runAfter(10ms, [&] {
     note("first")();
-    queue_.post(note("between"));
-    queue_.runAfter(Duration(0), note("child"));
-    queue_.cancel(cancelled);
+    queue.post(note("between"));
+    queue.runAfter(0ms, note("child"));
+    queue.cancel(queue.waiting().front().handle);
   });
-  cancelled = queue_.runAfter(Duration(10), note("cancelled"));
-  queue_.runAfter(Duration(10), note("second"));
-  queue_.runAfter(Duration::max(), note("never"));
-  queue_.advance(Duration(20));
-  EXPECT_THAT(log_, ElementsAre("posted@0", "first@10", "between@10", "second@10", "child@10", "later@20"));
-}
-
-TEST_F(ManualMainQueueTest, RepeatsUntilCancelledFromInsideAndMakesUpForSleepByOneRun) {
+  queue.runAfter(10ms, note("cancelled"));
+  queue.runAfter(10ms, note("second"));
+  queue.runAfter(MainQueue::Duration::max(), note("never"));
+  queue.advance(20ms);
+  EXPECT_THAT(log, ElementsAre("posted@0", "first@10", "between@10", "second@10", "child@10", "later@20"));
+  log.clear();
   MainQueue::Handle handle{};
-  handle = queue_.repeat(Duration(3000), Duration(500), [&] {
+  handle = queue.repeat(30ms, 5ms, [&] {
     note("poll")();
-    if (log_.size() == 4) queue_.cancel(handle);
+    if (log.size() == 4) queue.cancel(handle);
   });
-  queue_.runAfter(Duration(5000), note("once"));
-  queue_.sleepThrough(Duration(10'000));
-  queue_.advance(Duration(60'000));
-  EXPECT_THAT(log_, ElementsAre("poll@10000", "once@10000", "poll@12000", "poll@15000"));
-  EXPECT_TRUE(queue_.waiting().empty());
+  queue.runAfter(50ms, note("once"));
+  queue.sleepThrough(100ms);
+  queue.advance(600ms);
+  EXPECT_THAT(log, ElementsAre("poll@120", "once@120", "poll@140", "poll@170"));
 }
 
 }  // namespace
