@@ -3,7 +3,7 @@ several desktops one after the other."""
 
 from gi.repository import Gio, GLib
 
-STATE_CHECKED, STATE_ENABLED, STATE_FOCUSED, STATE_SHOWING, STATE_VISIBLE = 4, 8, 12, 25, 30
+STATE_CHECKED, STATE_ENABLED, STATE_FOCUSED, STATE_SELECTED, STATE_SHOWING, STATE_VISIBLE = 4, 8, 12, 23, 25, 30
 
 
 class Accessible:

@@ -1,9 +1,14 @@
 """The settings window worked by the pointer, read through the accessibility tree."""
 
+import os
+import signal
 import unittest
 
+from Xlib import X
+
+from accessible import STATE_ENABLED, STATE_SELECTED
 from case import DesktopCase
-from desktop import PROGRAMS
+from desktop import PROGRAMS, WATCHER
 from waiting import stays, wait
 
 COPYQ, PASYSTRAY = "com.github.hluk.copyq", "pasystray"
@@ -47,6 +52,42 @@ class Settings(DesktopCase):
         for title in ("CopyQ", "QmidiNet", "Diodon"):
             self.assertIn(f"Visibility for {title}", names)
         self.assertIn("Your menu bar", names)
+        self.assertTrue(self.desktop.control("Menu bar").has(STATE_SELECTED))
+        self.assertFalse(self.desktop.control("Behavior").has(STATE_SELECTED))
+
+    def test_choices_rest_while_an_agent_is_slow_to_answer(self):
+        self.desktop.mark("CopyQ")
+        self.desktop.control("1 app selected to hide")
+        agent = self.desktop.process_of(WATCHER)
+        os.kill(agent, signal.SIGSTOP)
+        try:
+            self.press("Hide selected icons")
+            self.desktop.control("Updating")
+            picker = self.desktop.control("Visibility for CopyQ")
+            wait(lambda: not picker.has(STATE_ENABLED), what="the choice being disabled")
+        finally:
+            os.kill(agent, signal.SIGCONT)
+        wait(lambda: picker.has(STATE_ENABLED), 10, "the choice being enabled again")
+        self.desktop.choose("Settings…")
+        self.desktop.expect_shown(self.all)
+        self.desktop.mark("CopyQ", "Keep")
+
+    def test_the_keys_of_the_main_menu_hold_in_the_window(self):
+        self.desktop.mark("CopyQ")
+        self.desktop.control("1 app selected to hide")
+        self.press("Hide selected icons")
+        wait(self.desktop.is_hidden, what="hidden icons")
+        self.desktop.person.key("Control_L", "comma")
+        self.desktop.expect_shown(self.all, what="after Control-comma, the panel")
+        self.desktop.mark("CopyQ", "Keep")
+        self.desktop.person.key("Control_L", "q")
+        self.assertEqual(self.desktop.orvo.wait(5), 0)
+        self.desktop.start_orvo(ready=False)
+
+    def test_the_window_list_has_orvos_icon(self):
+        window = self.desktop.display.create_resource_object("window", self.desktop.settings_window())
+        icon = window.get_full_property(self.desktop.display.intern_atom("_NET_WM_ICON"), X.AnyPropertyType)
+        self.assertGreater(len(icon.value), 64 * 64)
 
     def test_the_search_field_narrows_the_list(self):
         self.press("Find an app")
