@@ -1,6 +1,5 @@
 // What Orvo is, how it stands on this system, and what it does with what it knows.
 import QtQuick
-import QtQuick.Layouts
 import orvo.settings
 
 ScrollPage {

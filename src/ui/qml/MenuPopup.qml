@@ -8,7 +8,7 @@ T.Popup {
 
     required property T.ComboBox menu
 
-    height: options.contentHeight + topPadding + bottomPadding
+    height: contentItem.implicitHeight + topPadding + bottomPadding
     margins: 8
     padding: 5
     width: menu.width + 24
@@ -21,8 +21,6 @@ T.Popup {
         radius: 9
     }
     contentItem: ListView {
-        id: options
-
         boundsBehavior: Flickable.StopAtBounds
         clip: true
         currentIndex: popup.menu.highlightedIndex
