@@ -113,6 +113,18 @@ TEST_F(SettingsWindowTest, OnlyTheLastRowHasNoDivider) {
   EXPECT_EQ(dividers(), (std::vector{true, false}));
 }
 
+TEST_F(SettingsWindowTest, RowsThatFadeInAreWhollyShownInTheEnd) {
+  show(manyApps(120));
+  world.appearance->change({.dark = false, .reducesMotion = false});
+  world.key(Qt::Key_F, Qt::ControlModifier);
+  for (const int key : {Qt::Key_1, Qt::Key_1, Qt::Key_Backspace, Qt::Key_Backspace, Qt::Key_2, Qt::Key_Backspace}) {
+    world.key(key);
+  }
+  const auto faint = [](QQuickItem* item) { return item->property("bundleID").isValid() && item->opacity() < 1; };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return findItem(world.quickView().contentItem(), faint) == nullptr; }, 2000));
+  EXPECT_TRUE(world.item("Application 1000"));
+}
+
 TEST_F(SettingsWindowTest, IconsAreAskedForAFewAtATimeAndAnAppWithoutOneKeepsTheSymbol) {
   show(manyApps(40));
   auto& requests = world.memory.applicationIcons.requests;
