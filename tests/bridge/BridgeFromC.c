@@ -9,7 +9,8 @@ static void countRelease(void* context) { ((int*)context)[1] += 1; }
 /* Whether everything happened as it should. */
 bool bridgeFromC(void) {
   const char* const bundles[] = {"first", "second"};
-  int counts[2] = {0, 0};
+  /* Outlives the call: a framework may keep its handler, and release it, long afterwards. */
+  static int counts[2];
   const QLCompletion completion = {countInvoke, countRelease, counts};
   QLAssertionRef assertion = QLCreateMenuBarAssertion(bundles, 2, completion);
   const bool answered = assertion != NULL && counts[0] == 1 && counts[1] == 0;

@@ -220,7 +220,7 @@ TEST(OrvoModelTest, OnlyACopyInsideAnApplicationsFolderCountsAsInstalled) {
                                                         {"/Applications/../Downloads/O.app", false},
                                                         {"/mnt/Applications/Orvo.app", false}};
   for (const auto& [path, installed] : cases) {
-    const ModelFixture t([&](MemoryPlatform& m) { m.bundle.bundlePath = path; });
+    const ModelFixture t([at = path](MemoryPlatform& m) { m.bundle.bundlePath = at; });
     EXPECT_EQ(t.model->nativeMenuBarReady, installed) << path;
   }
   EXPECT_EQ(ModelFixture([](MemoryPlatform& m) { m.bundle.bundleIdentifier.reset(); }).model->ownBundle,
