@@ -84,6 +84,8 @@ class Session {
     }
     if (action == restart) {
       relay_->stop();
+      settle();
+      RC_ASSERT(owed_.empty());
       relay_->install();
     }
     if (action == uncopied) {
