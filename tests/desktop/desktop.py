@@ -77,11 +77,10 @@ PLUGINS = {
              '<property name="digital-time-format" type="string" value="%H:%M"/>',
 }
 
-APPEARANCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
+DARK_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xsettings" version="1.0">
   <property name="Net" type="empty">
-    <property name="ThemeName" type="string" value="{theme}"/>
-    <property name="IconThemeName" type="string" value="{icons}"/>
+    <property name="ThemeName" type="string" value="Adwaita-dark"/>
   </property>
 </channel>
 """
@@ -148,6 +147,9 @@ class Desktop:
             self._start_buses(accessibility)
             self.spawn("openbox", ["openbox", "--sm-disable"])
             wait(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), what="the window manager")
+            if self.dark:
+                self.spawn("settings", ["xfsettingsd", "--disable-wm-check"])
+                wait(lambda: self.owner("org.xfce.SettingsDaemon"), what="the desktop's settings")
             self._watch_signals()
             if agent:
                 self.start_agent()
@@ -230,13 +232,11 @@ class Desktop:
 
     def _write_settings(self):
         folder = self._folder("home", ".config", "xfce4", "xfconf", "xfce-perchannel-xml")
-        theme, icons = ("Adwaita-dark", "Papirus-Dark") if self.dark else ("Adwaita", "Papirus")
         numbers = "\n".join(f'<value type="int" value="{number}"/>' for number in range(1, len(PLUGINS) + 1))
         plugins = "\n".join(f'<property name="plugin-{number}" type="string" value="{name}">{settings}</property>'
                             for number, (name, settings) in enumerate(PLUGINS.items(), 1))
         panel = PANEL_SETTINGS.format(dark=str(self.dark).lower(), numbers=numbers, plugins=plugins)
-        for name, text in (("xfce4-panel", panel),
-                           ("xsettings", APPEARANCE_SETTINGS.format(theme=theme, icons=icons))):
+        for name, text in (("xfce4-panel", panel), *([("xsettings", DARK_SETTINGS)] if self.dark else [])):
             with open(os.path.join(folder, name + ".xml"), "w", encoding="utf-8") as file:
                 file.write(text)
 
