@@ -39,8 +39,7 @@ class PanelSettings : public QObject {
   // At once where the facts are known. Not to be called again before the answer.
   void read(Answer answer);
 
- public Q_SLOTS:
-  void forget();
+  Q_SLOT void forget();
 
  private:
   using Handler = std::function<void(const QVariantList&)>;
