@@ -68,12 +68,13 @@ void passingPress(benchmark::State& state) {
   IdleQueue queue;
   const auto relay = SystemControlRelay::make(taps, queue);
   std::vector<Rect> frames;
+  frames.reserve(static_cast<std::size_t>(state.range(0)));
   for (int i = 0; i < state.range(0); ++i) frames.push_back({30.0 * i, 0, 30, 24});
   relay->setSystemFrames(frames);
   relay->install();
   relay->setConcealed(true);
   Press press({15, 500});
-  for (auto _ : state) benchmark::DoNotOptimize(taps.send(EventType::leftMouseDown, press));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(taps.send(EventType::leftMouseDown, press));
   relay->stop();
 }
 BENCHMARK(passingPress)->Arg(0)->Arg(8)->Arg(64);

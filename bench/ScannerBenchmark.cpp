@@ -52,7 +52,7 @@ void walkOfFourHundredElements(benchmark::State& state) {
   const Running workspace;
   Node root(host);
   for (int i = 1; i < elements; ++i) root.children.push_back(std::make_shared<Node>(i % 2 == 0 ? host : host + i));
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     MenuBarWalk walk(workspace, host);
     walk.visit(root, 0, std::nullopt);
     benchmark::DoNotOptimize(walk.apps().size());
