@@ -66,6 +66,9 @@ def answer(_bus, _sender, path, _interface, method, arguments, invocation):
 def changed(channel):
     bus.emit_signal(None, "/org/xfce/Xfconf", "org.xfce.Xfconf", "PropertyChanged",
                     GLib.Variant("(ssv)", (channel, "/", GLib.Variant("b", True))))
+    # The signal is sent by another thread; once the bus has answered what follows it, it is on its way to the agent.
+    bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId", None, None,
+                  Gio.DBusCallFlags.NONE, 5000, None)
 
 
 def put(number, kind, x, width):
