@@ -22,8 +22,9 @@ namespace orvo {
 
 namespace {
 
-// A file with more pixels on an edge is no icon; decoding it would stall the window.
-constexpr int largestFileEdge = 4096;
+// A file with more pixels on an edge, or more bytes, is no icon; decoding it would stall the window.
+constexpr int largestFileEdge = 2048;
+constexpr qint64 largestFile = 4'000'000;
 
 constexpr std::array fileEndings{".svg", ".png", ".xpm"};
 
@@ -43,7 +44,10 @@ std::optional<Picture> toPicture(QImage image, int size) {
   return picture;
 }
 
+// The path may come from any program: opening a pipe would wait for its writer.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
+  const QFileInfo file(path);
+  if (!file.isFile() || file.size() > largestFile) return std::nullopt;
   QImageReader reader(path);
   reader.setDecideFormatFromContent(true);
   const QSize whole = reader.size();

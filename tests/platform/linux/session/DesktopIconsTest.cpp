@@ -3,7 +3,10 @@
 #include "platform/linux/busSupport/ScriptedAgent.h"
 
 #include <QDir>
+#include <QFile>
 #include <QImage>
+
+#include <sys/stat.h>
 
 namespace orvo {
 namespace {
@@ -36,6 +39,20 @@ class DesktopIconsTest : public ::testing::Test {
     return path;
   }
 
+  // Of few pixels, and readable to its end.
+  static QByteArray heavyPicture() {
+    return QByteArray("#define a_width 8\n#define a_height 8\nstatic char a_bits[] = {1,1,1,1,1,1,1,1};\n")
+        .append(5'000'000, ' ');
+  }
+
+  // Nobody ever writes into it.
+  static QString makePipe(const QString& name) {
+    QString path = test::writeFile(name, {});
+    QFile::remove(path);
+    EXPECT_EQ(::mkfifo(path.toUtf8().constData(), S_IRUSR | S_IWUSR), 0);
+    return path;
+  }
+
   DesktopIcons icons_;
 };
 
@@ -49,7 +66,9 @@ TEST_F(DesktopIconsTest, AnIconFromADesktopEntryIsScaledAndAbsurdFilesAreRefused
   for (const auto& [icon, size, expected] :
        {Case{saveIcon("icons/wide.png", 400, 100), 48, std::pair(48, 12)},
         Case{saveIcon("icons/large.png", 2000, 2000), 4000, std::pair(512, 512)}, Case{"named", 32, std::pair(32, 16)},
-        Case{saveIcon("icons/absurd.png", 4097, 1), 48, std::nullopt},
+        Case{saveIcon("icons/absurd.png", 2049, 1), 48, std::nullopt},
+        Case{test::writeFile("icons/heavy.xbm", heavyPicture()), 48, std::nullopt},
+        Case{makePipe("icons/pipe"), 48, std::nullopt},
         Case{test::writeFile("icons/broken.png", "not a picture"), 48, std::nullopt},
         Case{"unheard-of", 48, std::nullopt}}) {
     test::writeFile("applications/sleeper" + QString::number(size) + QString::number(qHash(icon)) + ".desktop",
