@@ -3,6 +3,8 @@ import QtQuick
 import orvo.settings
 
 Item {
+    signal clearSearch
+
     Column {
         anchors.centerIn: parent
         spacing: 5
@@ -45,7 +47,7 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             text: View.texts.clearSearch
             visible: View.emptyState.offersClearSearch
-            onClicked: View.clearSearch()
+            onClicked: clearSearch()
         }
     }
 }

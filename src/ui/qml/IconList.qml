@@ -1,4 +1,5 @@
-// The card with the search field, the applications or what stands in their place, and their count.
+// The card with the search field, the applications or what stands in their place, and their count. Escape
+// anywhere in it empties the search.
 import QtQuick
 import orvo.settings
 
@@ -7,6 +8,16 @@ FocusScope {
 
     function focusSearch() {
         toolbar.focusSearch();
+    }
+    function clearSearch() {
+        View.clearSearch();
+        focusSearch();
+    }
+
+    Keys.onEscapePressed: event => {
+        event.accepted = View.searchText !== "";
+        if (event.accepted)
+            clearSearch();
     }
 
     Panel {
@@ -37,6 +48,7 @@ FocusScope {
         visible: View.hasRows
     }
     EmptyState {
+        onClearSearch: list.clearSearch()
         anchors.bottom: footer.top
         anchors.left: parent.left
         anchors.right: parent.right

@@ -1,4 +1,4 @@
-// The plain field that filters the applications. Escape empties it.
+// The plain field that filters the applications.
 import QtQuick
 import QtQuick.Templates as T
 import orvo.settings
@@ -21,10 +21,6 @@ T.TextField {
     Accessible.name: placeholderText
     Accessible.role: Accessible.EditableText
     Accessible.searchEdit: true
-    Keys.onEscapePressed: event => {
-        event.accepted = text !== "";
-        View.clearSearch();
-    }
     onTextEdited: View.searchText = text
 
     BodyText {

@@ -92,6 +92,11 @@ TEST_F(SettingsWindowTest, SearchingFiltersAndIsClearedByButtonAndByEscape) {
   world.key(Qt::Key_Escape);
   EXPECT_EQ(world.model->searchText(), "");
   EXPECT_TRUE(world.item("Two"));
+  world.type("tw");
+  world.click(segment("Two", "Hide"));
+  world.key(Qt::Key_Escape);
+  world.type("o");
+  EXPECT_EQ(world.model->searchText(), "o") << "Escape in a row empties the field and goes back to it";
 }
 
 TEST_F(SettingsWindowTest, OnlyTheLastRowHasNoDivider) {
