@@ -124,6 +124,11 @@ class GuardedClicks(DesktopCase):
                     self.desktop.person.click(*self.middle, button=button)
                     wait(lambda: len(self.window.kinds(since)) == 2, 1, "the click in the window")
                     self.assertLess(self.window.events()[-2][0] - since, 0.05)
+            with self.subTest(hidden=hidden, place="the desktop"):
+                self.desktop.person.click(self.desktop.size[0] - 100, self.desktop.size[1] - 100, button=3)
+                wait(self.desktop.pop_ups, 1, "the desktop's own menu")
+                self.desktop.person.key("Escape")
+                wait(lambda: not self.desktop.pop_ups(), what="the menu being closed")
             self.assertEqual(self.desktop.is_hidden(), hidden)
 
     def test_the_menus_of_the_panel_the_programs_and_the_window_manager_still_open_while_hidden(self):

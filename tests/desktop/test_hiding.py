@@ -100,7 +100,7 @@ class Hiding(DesktopCase):
         since = time.monotonic()
         try:
             self.desktop.expect_shown(self.all, 4)
-            self.assertLess(time.monotonic() - since, 3.6)
+            self.assertLess(time.monotonic() - since, 3.5)
         finally:
             self.desktop.set_accessibility(True)
         wait(self.desktop.can_hide, 8, "hiding being offered again")

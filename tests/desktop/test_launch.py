@@ -92,6 +92,33 @@ class Launch(DesktopCase):
             desktop.start_orvo()
 
 
+class WithoutParts(DesktopCase):
+    start = {"agent": False}
+
+    def expect_harmless(self):
+        """Orvo runs, says what is missing, and every icon stays."""
+        desktop = self.desktop
+        report = desktop.run([desktop.program, "--diagnose"]).stdout
+        self.assertIn("\nBackend: This macOS build does not expose the expected menu bar protocol. "
+                      "Icons will remain visible.\n", report)
+        desktop.start_orvo(ready=False)
+        try:
+            desktop.expect_told("This macOS build is not supported")
+            self.assertFalse(desktop.can_hide())
+            self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
+        finally:
+            desktop.end("orvo")
+
+    def test_without_the_agent_or_the_framework_orvo_starts_and_every_icon_stays(self):
+        desktop = self.desktop
+        desktop.start_item("org.rncbc.qmidinet")
+        with self.subTest("no agent"):
+            self.expect_harmless()
+        with self.subTest("no framework"):
+            shutil.rmtree(os.path.join(desktop.bundle, "System"))
+            self.expect_harmless()
+
+
 class AgentStart(DesktopCase):
     start = {"agent": False, "panel": False}
 

@@ -20,7 +20,8 @@ class Settings(DesktopCase):
         for name in list(PROGRAMS)[:4]:
             cls.desktop.start_item(name)
         cls.desktop.start_orvo(ready=False)
-        wait(cls.desktop.settings_window, what="the settings window of a first start")
+        window = wait(cls.desktop.settings_window, what="the settings window of a first start")
+        cls.first_size = cls.desktop.frame_of(window)[2:]
         cls.all = cls.desktop.shown()
 
     def setUp(self):
@@ -88,6 +89,9 @@ class Settings(DesktopCase):
         window = self.desktop.display.create_resource_object("window", self.desktop.settings_window())
         icon = window.get_full_property(self.desktop.display.intern_atom("_NET_WM_ICON"), X.AnyPropertyType)
         self.assertGreater(len(icon.value), 64 * 64)
+
+    def test_the_window_opens_at_its_size(self):
+        self.assertEqual(self.first_size, (880, 680))
 
     def test_the_search_field_narrows_the_list(self):
         self.press("Find an app")

@@ -36,7 +36,8 @@ def main():
     with contextlib.suppress(Stopped):
         if options.off_screen or not has_screen():
             return tour(options.dark)
-        if options.window or not watcher_is_free():
+        # Under Wayland, an X server serves windows alone: neither the panel nor other windows can be reached.
+        if options.window or "WAYLAND_DISPLAY" in os.environ or not watcher_is_free():
             return in_a_window(options.dark)
         return here()
     print("stopped")
