@@ -1,3 +1,4 @@
+// The person's choice for an application's icons, and its stored form. A value; any thread.
 #pragma once
 
 #include <array>

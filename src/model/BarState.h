@@ -1,3 +1,4 @@
+// The states of the bar, which the model alone changes. A value; any thread.
 #pragma once
 
 namespace orvo {

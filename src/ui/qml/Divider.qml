@@ -1,3 +1,4 @@
+// A hairline between parts of a card.
 import QtQuick
 import orvo.settings
 

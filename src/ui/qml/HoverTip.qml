@@ -1,3 +1,4 @@
+// What a control without a text says of itself while the pointer rests on it.
 import QtQuick
 import QtQuick.Templates as T
 import orvo.settings

@@ -1,3 +1,4 @@
+// Stands where guidance would when nothing can be hidden on this system.
 import orvo.settings
 
 InformationCard {
