@@ -91,9 +91,9 @@ class GuardedClicks(DesktopCase):
                 self.dismiss()
 
     def test_a_pointer_that_moves_away_before_the_replay_is_left_where_the_person_put_it(self):
-        for held in (0.0, 0.3):
-            with self.subTest(held=held):
-                self.expect_guarded(1, held, leave=self.middle)
+        for button, held in ((1, 0.0), (1, 0.3), (1, 1.0), (3, 0.05)):
+            with self.subTest(button=button, held=held):
+                self.expect_guarded(button, held, leave=self.middle)
             self.dismiss()
 
     def test_each_click_on_a_control_does_its_work_exactly_once(self):
