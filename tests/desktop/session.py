@@ -87,9 +87,16 @@ class OrvoDesktop(Desktop):
         return self.bus.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 5000,
                                   None).unpack()
 
-    def tool_tip(self):
+    def item_property(self, name):
         return self._item_call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
-                               GLib.Variant("(ss)", (ITEM, "ToolTip")))[0][2]
+                               GLib.Variant("(ss)", (ITEM, name)))[0]
+
+    def tool_tip(self):
+        return self.item_property("ToolTip")[2]
+
+    def has_loaded(self, library):
+        with open(f"/proc/{self.orvo.pid}/maps", encoding="utf-8") as file:
+            return library in file.read()
 
     def is_hidden(self):
         """What the arrow says; applying counts as hidden."""

@@ -17,6 +17,7 @@ class Hiding(DesktopCase):
     def prepare(cls):
         cls.desktop.start_all(hidden=MARKED)
         cls.all = cls.desktop.shown()
+        cls.loads_early = cls.desktop.has_loaded("libQt6Quick")
         cls.rest = ["orvo-hidden" if name == "orvo" else name for name in cls.all if name not in MARKED]
 
     def setUp(self):
@@ -38,6 +39,7 @@ class Hiding(DesktopCase):
             self.reveal()
 
     def test_the_arrows_menu_hides_and_shows(self):
+        self.assertEqual(self.desktop.item_property("Title"), "Orvo menu bar manager")
         self.desktop.choose("Hide selected icons")
         self.desktop.expect_shown(self.rest)
         self.desktop.choose("Show all icons")
@@ -57,6 +59,8 @@ class Hiding(DesktopCase):
             wait(lambda: not self.desktop.is_hidden(), what="the reveal")
             wait(lambda: set(self.desktop.shown()) == set(self.all) | {"org.flameshot.Flameshot"}, what="every icon")
             self.desktop.expect_told("A new app opened. Icons are shown so its menu bar item can load.")
+            self.assertTrue(self.desktop.has_loaded("libQt6Quick"))
+            self.assertFalse(self.loads_early, "before the window was first shown")
             self.desktop.close_window(self.desktop.settings_window())
         finally:
             self.desktop.end("org.flameshot.Flameshot")
