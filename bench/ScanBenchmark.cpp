@@ -1,7 +1,8 @@
 // A whole scan: the real agent with 400 elements, a panel that is asked for three of them, and one call over a
 // real bus. The walk over the answer is the scanner's own.
+#include "Running.h"
+
 #include "core/Rect.h"
-#include "platform/Workspace.h"
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/session/AgentTree.h"
 #include "sensing/MenuBarWalk.h"
@@ -23,21 +24,6 @@ namespace {
 
 constexpr int items = 397;       // with the root and the panel's two controls beside the tray, 400 elements
 constexpr int patience = 10000;  // milliseconds
-
-class Running : public Workspace {
- public:
-  std::vector<RunningApplication> runningApplications() const override { return {}; }
-  std::optional<RunningApplication> runningApplication(std::int32_t process) const override {
-    return RunningApplication{"org.example.tray", process, "Example", std::nullopt};
-  }
-  std::vector<RunningApplication> runningApplications(const std::string&) const override { return {}; }
-  std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
-  void openURL(const std::string&) override {}
-  NotificationCenter& notificationCenter() override { return center_; }
-
- private:
-  NotificationCenter center_;
-};
 
 // A bus of our own with the programs that a scan meets; they end with the object.
 class Desktop {

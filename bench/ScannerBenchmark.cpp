@@ -1,6 +1,7 @@
 // The scanner's own share of a walk: a tree in memory, so without what the system's answers cost.
+#include "Running.h"
+
 #include "platform/Accessibility.h"
-#include "platform/Workspace.h"
 #include "sensing/MenuBarWalk.h"
 
 #include <benchmark/benchmark.h>
@@ -29,21 +30,6 @@ class Node : public AccessibilityElement {
 
  private:
   std::int32_t process_;
-};
-
-class Running : public Workspace {
- public:
-  std::vector<RunningApplication> runningApplications() const override { return {}; }
-  std::optional<RunningApplication> runningApplication(std::int32_t process) const override {
-    return RunningApplication{"org.example.app" + std::to_string(process), process, "Example", std::nullopt};
-  }
-  std::vector<RunningApplication> runningApplications(const std::string&) const override { return {}; }
-  std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
-  void openURL(const std::string&) override {}
-  NotificationCenter& notificationCenter() override { return center_; }
-
- private:
-  NotificationCenter center_;
 };
 
 // Every second element below the root belongs to an application of its own.
