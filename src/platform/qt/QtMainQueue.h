@@ -5,7 +5,7 @@
 
 #include "platform/MainQueue.h"
 #include "platform/qt/BoottimeAlarm.h"
-#include "platform/qt/TimerTable.h"
+#include "platform/common/TimerTable.h"
 
 #include <QObject>
 

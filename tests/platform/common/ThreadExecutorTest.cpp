@@ -1,4 +1,4 @@
-#include "platform/qt/ThreadExecutor.h"
+#include "platform/common/ThreadExecutor.h"
 
 #include <gtest/gtest.h>
 

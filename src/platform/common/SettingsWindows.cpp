@@ -1,4 +1,4 @@
-#include "platform/qt/SettingsWindows.h"
+#include "platform/common/SettingsWindows.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "platform/qt/TimerTable.h"
+#include "platform/common/TimerTable.h"
 
 #include <gtest/gtest.h>
 

@@ -20,8 +20,8 @@
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
-#include "platform/qt/SettingsWindows.h"
-#include "platform/qt/ThreadExecutor.h"
+#include "platform/common/SettingsWindows.h"
+#include "platform/common/ThreadExecutor.h"
 
 #include <QDir>
 #include <QGuiApplication>
