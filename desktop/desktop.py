@@ -22,7 +22,7 @@ from person import Person
 from picture import Picture
 from waiting import hold, wait
 
-REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+REPOSITORY = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUNDLE = os.environ.get("ORVO_BUNDLE", os.path.join(REPOSITORY, "build", "debug", "Orvo.app"))
 FIRST_DISPLAY = 170  # Far above what people's own servers use.
 WATCHER = "org.kde.StatusNotifierWatcher"
