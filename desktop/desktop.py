@@ -6,9 +6,9 @@ time: every wait is for a condition and has a limit.
 
 import contextlib
 import os
+import re
 import shutil
 import signal
-import socket
 import subprocess
 import tempfile
 import time
@@ -17,17 +17,17 @@ import uuid
 from gi.repository import Gio, GLib
 from Xlib import X, display, error
 
+import bus
 from accessible import Accessible
 from person import Person
 from picture import Picture
-from waiting import hold, wait
+from waiting import Timeout, settled, wait
 
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUNDLE = os.environ.get("ORVO_BUNDLE", os.path.join(REPOSITORY, "build", "debug", "Orvo.app"))
-FIRST_DISPLAY = 170  # Far above what people's own servers use.
 WATCHER = "org.kde.StatusNotifierWatcher"
 AGENT = "local.orvo.MenuBarAgent"
-ORVO = "local.orvo.Orvo"
+LOGIND = "org.freedesktop.login1"
 BACKGROUND = "#40566b"
 CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.
 SETTINGS_KEY = "Quillet.Preferences.v1"
@@ -42,63 +42,21 @@ PROGRAMS = {
     "org.flameshot.Flameshot": ["flameshot"],
 }
 
-PANEL_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="{dark}"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="icon-size" type="uint" value="16"/>
-      <property name="size" type="uint" value="28"/>
-      <property name="plugin-ids" type="array">
-{numbers}
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-{plugins}
-  </property>
-</channel>
-"""
-
 # From the leading to the trailing end, each with its settings.
 PLUGINS = {
-    "applicationsmenu": "",
-    "tasklist": "",
-    "separator": '<property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>',
-    "systray": '<property name="square-icons" type="bool" value="true"/>',
-    "xkb": '<property name="group-policy" type="uint" value="0"/>',
-    "pulseaudio": "",
-    "clock": '<property name="digital-layout" type="uint" value="3"/>'
-             '<property name="digital-time-format" type="string" value="%H:%M"/>',
+    "applicationsmenu": {},
+    "tasklist": {},
+    "separator": {"expand": True, "style": 0},
+    "systray": {"square-icons": True},
+    "xkb": {"group-policy": 0},
+    "pulseaudio": {},
+    "clock": {"digital-layout": 3, "digital-time-format": "%H:%M"},
 }
-
-DARK_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xsettings" version="1.0">
-  <property name="Net" type="empty">
-    <property name="ThemeName" type="string" value="Adwaita-dark"/>
-  </property>
-</channel>
-"""
-
-BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>system</type>
-  <listen>unix:path={path}</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-    <allow user="*"/>
-  </policy>
-</busconfig>
-"""
+PANEL = {"position": "p=6;x=0;y=0", "length": 100, "position-locked": True, "icon-size": 16, "size": 28}
+# How Xfce stores most kinds of value.
+KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.Variant("u", value),
+         str: lambda value: GLib.Variant("s", value), GLib.Variant: lambda value: value,
+         list: lambda value: GLib.Variant("av", [GLib.Variant("i", number) for number in value])}
 
 
 class Desktop:
@@ -112,6 +70,7 @@ class Desktop:
         self.icons = {}
         self.signals = []
         self._connections = []
+        self._accessibility_buses = {}
         self._tray = None
         self.display_name = None
         self.home = self._folder("home")
@@ -140,20 +99,18 @@ class Desktop:
     def start(self, agent=True, accessibility=True, panel=True):
         """Everything but Orvo and the tray programs."""
         try:
-            self._write_settings()
             self._start_server()
             self.run(["xsetroot", "-solid", BACKGROUND])
             self.run(["setxkbmap", "us,de"])
             self._start_buses(accessibility)
-            self.spawn("openbox", ["openbox", "--sm-disable"])
-            wait(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), what="the window manager")
+            self.start_window_manager()
             if self.dark:
-                self.spawn("settings", ["xfsettingsd", "--disable-wm-check"])
-                wait(lambda: self.owner("org.xfce.SettingsDaemon"), what="the desktop's settings")
+                self.start_settings("Adwaita-dark")
             self._watch_signals()
             if agent:
                 self.start_agent()
             if panel:
+                self._store_panel()
                 self.start_panel()
         except BaseException:
             self.stop()
@@ -168,11 +125,10 @@ class Desktop:
 
     def spawn(self, name, command, **environment):
         """Starts a program on this desktop; its output goes to logs/<name>.log."""
-        log = open(os.path.join(self.logs, name + ".log"), "ab")
-        self.processes[name] = subprocess.Popen(
-            command, env={**self.environment, **environment}, cwd=self.home, stdin=subprocess.DEVNULL,
-            stdout=log, stderr=log, start_new_session=True)
-        log.close()
+        with open(os.path.join(self.logs, name + ".log"), "ab") as log:
+            self.processes[name] = subprocess.Popen(
+                command, env={**self.environment, **environment}, cwd=self.home, stdin=subprocess.DEVNULL,
+                stdout=log, stderr=log, start_new_session=True)
         return self.processes[name]
 
     def run(self, command, limit=20, **options):
@@ -230,124 +186,93 @@ class Desktop:
 
     # Parts of the session
 
-    def _write_settings(self):
-        folder = self._folder("home", ".config", "xfce4", "xfconf", "xfce-perchannel-xml")
-        numbers = "\n".join(f'<value type="int" value="{number}"/>' for number in range(1, len(PLUGINS) + 1))
-        plugins = "\n".join(f'<property name="plugin-{number}" type="string" value="{name}">{settings}</property>'
-                            for number, (name, settings) in enumerate(PLUGINS.items(), 1))
-        panel = PANEL_SETTINGS.format(dark=str(self.dark).lower(), numbers=numbers, plugins=plugins)
-        for name, text in (("xfce4-panel", panel), *([("xsettings", DARK_SETTINGS)] if self.dark else [])):
-            with open(os.path.join(folder, name + ".xml"), "w", encoding="utf-8") as file:
-                file.write(text)
-
     def _start_server(self):
-        for number in range(FIRST_DISPLAY, FIRST_DISPLAY + 20):
-            if _is_taken(number):
-                continue
-            self.display_name = f":{number}"
-            width, height = self.size
-            command = ["Xvfb", self.display_name, "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp", "-noreset"]
-            environment = {}
-            if self.server == "Xephyr":
-                command = ["Xephyr", self.display_name, "-screen", f"{width}x{height}", "-title", "Orvo", "-noreset", "-resizeable"]
-                environment = {name: os.environ[name] for name in ("DISPLAY", "XAUTHORITY") if name in os.environ}
-            process = self.spawn("server", command, **environment)
-            socket_path = f"/tmp/.X11-unix/X{number}"
-            wait(lambda: process.poll() is not None or _accepts(socket_path), 20, "the X server")
-            if process.poll() is None:
-                break
-        else:
-            raise RuntimeError("no free display number")
-        self.environment["DISPLAY"] = self.display_name
-        self.display = wait(self._connect, 20, "a connection to the X server")
+        """The server takes a free number, and tells it once it is ready."""
+        width, height = self.size
+        options = {"Xvfb": ["-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp"],
+                   "Xephyr": ["-screen", f"{width}x{height}", "-title", "Orvo", "-resizeable"]}
+        host = {name: os.environ[name] for name in ("DISPLAY", "XAUTHORITY") if name in os.environ}
+        self.spawn("server", [self.server, "-displayfd", "1", "-noreset", *options[self.server]], **host)
+        number = wait(lambda: re.search(r"^\d+$", self.log("server"), re.MULTILINE), 20, "the X server")
+        self.display_name = self.environment["DISPLAY"] = ":" + number[0]
+        self.display = display.Display(self.display_name)
         self.root = self.display.screen().root
         self.person = Person(self.display_name)
 
-    def _connect(self):
-        with contextlib.suppress(error.DisplayConnectionError, OSError):
-            return display.Display(self.display_name)
-        return None
-
     def _start_buses(self, accessibility):
-        run = self.environment["XDG_RUNTIME_DIR"]
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={run}/bus"
         if self.with_logind:
-            self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={run}/system-bus"
-            configuration = os.path.join(self.folder, "system-bus.conf")
-            with open(configuration, "w", encoding="utf-8") as file:
-                file.write(BUS_CONFIGURATION.format(path=f"{run}/system-bus"))
-            self.spawn("system-bus", ["dbus-daemon", f"--config-file={configuration}", "--nofork"])
-            wait(lambda: _accepts(f"{run}/system-bus"), what="the system bus")
-            self.system_bus = self.connect_bus(self.environment["DBUS_SYSTEM_BUS_ADDRESS"])
+            self.system_bus = self._start_bus("system-bus", "DBUS_SYSTEM_BUS_ADDRESS")
             self.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
-        kind = ["--session"] if accessibility else [f"--config-file={self._bus_without_accessibility()}"]
-        self.spawn("bus", ["dbus-daemon", *kind, "--nofork", f"--address=unix:path={run}/bus"])
-        wait(lambda: _accepts(f"{run}/bus"), what="the session bus")
-        self.bus = self.connect_bus()
+        if not accessibility:
+            with open(os.path.join(self._folder("home", ".local", "share", "dbus-1", "services"), "org.a11y.Bus.service"),
+                      "w", encoding="ascii") as file:
+                file.write("[D-BUS Service]\nName=org.a11y.Bus\nExec=/bin/false\n")
+        self.bus = self._start_bus("bus", "DBUS_SESSION_BUS_ADDRESS")
         if accessibility:
-            self.bus.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
-                               Gio.DBusCallFlags.NONE, 20000, None)
             self.set_accessibility(True)
         if self.with_logind:
-            wait(lambda: self._owner(self.system_bus, "org.freedesktop.login1"), what="logind")
+            wait(lambda: bus.owner(self.system_bus, LOGIND), what="logind")
 
-    def _bus_without_accessibility(self):
-        """A session bus that can start what the panel needs and nothing else."""
-        services = self._folder("services")
-        shutil.copy("/usr/share/dbus-1/services/org.xfce.Xfconf.service", services)
-        configuration = os.path.join(self.folder, "bus.conf")
-        text = BUS_CONFIGURATION.format(path=f"{self.environment['XDG_RUNTIME_DIR']}/bus").replace(">system<", ">session<")
-        with open(configuration, "w", encoding="utf-8") as file:
-            file.write(text.replace("</busconfig>", f"  <servicedir>{services}</servicedir>\n</busconfig>"))
-        return configuration
+    def _start_bus(self, name, variable):
+        address = self.environment[variable] = f"unix:path={self.environment['XDG_RUNTIME_DIR']}/{name}"
+        self.spawn(name, ["dbus-daemon", "--session", "--nofork", "--print-address", f"--address={address}"])
+        wait(lambda: address in self.log(name), what=name)
+        return self._connect(address)
 
-    def connect_bus(self, address=None):
-        connection = Gio.DBusConnection.new_for_address_sync(
-            address or self.environment["DBUS_SESSION_BUS_ADDRESS"],
-            Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
-        connection.set_exit_on_close(False)
-        self._connections.append(connection)
-        return connection
+    def _connect(self, address):
+        self._connections.append(bus.connect(address))
+        return self._connections[-1]
 
     def set_accessibility(self, enabled):
-        self.bus.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
-                           GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", enabled))), None,
-                           Gio.DBusCallFlags.NONE, 5000, None)
+        bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", bus.DBUS + ".Properties.Set", "(ssv)", "org.a11y.Status",
+                 "IsEnabled", GLib.Variant("b", enabled), limit=20)
+
+    def start_window_manager(self):
+        self.spawn("openbox", ["openbox", "--sm-disable"])
+        wait(lambda: self._property(self.root, "_NET_SUPPORTING_WM_CHECK"), what="the window manager")
+
+    def start_settings(self, theme):
+        self.store("xsettings", "/Net/", {"ThemeName": theme})
+        self.spawn("settings", ["xfsettingsd", "--disable-wm-check"])
+        wait(lambda: self.owner("org.xfce.SettingsDaemon"), what="the desktop's settings")
+
+    def store(self, channel, prefix, values):
+        """Stores settings where Xfce's programs look for them; those that run follow at once."""
+        for name, value in values.items():
+            bus.call(self.bus, "org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf.SetProperty", "(ssv)", channel,
+                     prefix + name, KINDS[type(value)](value), limit=20)
+
+    def _store_panel(self):
+        self.store("xfce4-panel", "/", {"configver": GLib.Variant("i", 2), "panels": [1], "panels/dark-mode": self.dark})
+        self.store("xfce4-panel", "/panels/panel-1/", {**PANEL, "plugin-ids": list(range(1, len(PLUGINS) + 1))})
+        for number, (name, settings) in enumerate(PLUGINS.items(), 1):
+            self.store("xfce4-panel", f"/plugins/plugin-{number}", {"": name})
+            self.store("xfce4-panel", f"/plugins/plugin-{number}/", settings)
 
     def start_agent(self):
         self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])
         wait(lambda: self.owner(AGENT), what="the agent's name")
 
     def start_panel(self):
-        self._tray = None
         self.spawn("panel", ["xfce4-panel", "--disable-wm-check"])
         wait(lambda: self.owner(WATCHER), 20, "a watcher")
-        wait(self.panel_window, 20, "the panel's window")
         wait(self.tray_frame, 20, "the panel's tray")
 
     # Buses
 
-    @staticmethod
-    def _owner(bus, name):
-        try:
-            return bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                 "GetNameOwner", GLib.Variant("(s)", (name,)), None, Gio.DBusCallFlags.NONE, 2000,
-                                 None).unpack()[0]
-        except GLib.Error:
-            return None
-
     def owner(self, name):
-        return self._owner(self.bus, name)
+        return bus.owner(self.bus, name)
 
     def process_of(self, name):
-        return self.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                  "GetConnectionUnixProcessID", GLib.Variant("(s)", (name,)), None,
-                                  Gio.DBusCallFlags.NONE, 2000, None).unpack()[0]
+        return bus.call(self.bus, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".GetConnectionUnixProcessID", "(s)", name)[0]
+
+    def call_agent(self, method, *arguments):
+        """The first value of the answer; None where there is none."""
+        path, interface = "/local/orvo/MenuBarAgent", "local.orvo.MenuBarAgent1."
+        return next(iter(bus.call(self.bus, AGENT, path, interface + method, *arguments)), None)
 
     def watcher_property(self, name):
-        return self.bus.call_sync(WATCHER, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
-                                  GLib.Variant("(ss)", (WATCHER, name)), None, Gio.DBusCallFlags.NONE, 2000,
-                                  None).unpack()[0]
+        return bus.property_of(self.bus, WATCHER, "/StatusNotifierWatcher", WATCHER, name)
 
     def _watch_signals(self):
         def arrived(_bus, _sender, _path, _interface, name, parameters):
@@ -356,28 +281,28 @@ class Desktop:
 
     def sleep_announced(self, starts):
         """What logind says before the machine sleeps (True) and after it woke (False)."""
-        self.system_bus.call_sync("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.DBus.Mock",
-                                  "EmitSignal", GLib.Variant("(sssav)", (
-                                      "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
-                                      [GLib.Variant("b", starts)])), None, Gio.DBusCallFlags.NONE, 5000, None)
+        bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "(sssav)",
+                 LOGIND + ".Manager", "PrepareForSleep", "b", [GLib.Variant("b", starts)])
 
     def accessibility(self, program):
         """The accessible application of this name, or None."""
-        if not hasattr(self, "_accessibility_bus"):
-            address = self.bus.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
-                                         Gio.DBusCallFlags.NONE, 5000, None).unpack()[0]
-            self._accessibility_bus = self.connect_bus(address)
-        root = Accessible(self._accessibility_bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-        for application in root.children():
-            if application.name == program:
-                return application
-        return None
+        address = bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")[0]
+        if address not in self._accessibility_buses:
+            self._accessibility_buses[address] = self._connect(address)
+        root = Accessible(self._accessibility_buses[address], "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        return next((application for application in root.children() if application.name == program), None)
 
     # Windows
 
-    def _root_property(self, name):
-        value = self.root.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
-        return value.value if value else None
+    def _property(self, window, name):
+        """The value of a window's property; None where there is none."""
+        with contextlib.suppress(error.XError):
+            value = window.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
+            return value and value.value
+        return None
+
+    def _window(self, identifier):
+        return self.display.create_resource_object("window", identifier)
 
     def _tree(self, window):
         yield window
@@ -387,20 +312,17 @@ class Desktop:
 
     def windows(self):
         """Every window that the window manager manages, by identifier."""
-        return list(self._root_property("_NET_CLIENT_LIST") or [])
+        return list(self._property(self.root, "_NET_CLIENT_LIST") or [])
 
     def title(self, window):
-        with contextlib.suppress(error.XError):
-            resource = self.display.create_resource_object("window", window)
-            value = resource.get_full_property(self.display.intern_atom("_NET_WM_NAME"), X.AnyPropertyType)
-            return value.value.decode() if value and isinstance(value.value, bytes) else (resource.get_wm_name() or "")
-        return ""
+        names = [self._property(self._window(window), name) for name in ("_NET_WM_NAME", "WM_NAME")]
+        return next((name.decode(errors="replace") for name in names if isinstance(name, bytes)), "")
 
     def window_titled(self, title):
         return next((window for window in self.windows() if self.title(window) == title), None)
 
     def frame_of(self, window):
-        resource = window if hasattr(window, "id") else self.display.create_resource_object("window", window)
+        resource = window if hasattr(window, "id") else self._window(window)
         with contextlib.suppress(error.XError):
             geometry = resource.get_geometry()
             origin = self.root.translate_coords(resource, 0, 0)
@@ -409,32 +331,23 @@ class Desktop:
 
     def _is_viewable(self, window):
         with contextlib.suppress(error.XError):
-            return window.get_attributes().map_state == X.IsViewable
+            attributes = window.get_attributes()
+            return attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
         return False
 
-    def pop_ups(self):
-        """Mapped override-redirect windows and those of menus and calendars: what a click opens."""
-        found = []
+    def _seen(self, *kinds):
+        """Windows on the screen that tell to be of such a kind."""
         for window in self._tree(self.root):
-            with contextlib.suppress(error.XError):
-                attributes = window.get_attributes()
-                if attributes.map_state != X.IsViewable or attributes.win_class != X.InputOutput:
-                    continue
-                kind = window.get_full_property(self.display.intern_atom("_NET_WM_WINDOW_TYPE"), X.AnyPropertyType)
-                names = [self.display.get_atom_name(atom) for atom in kind.value] if kind else []
-                if any(name.endswith(("_MENU", "_POPUP_MENU", "_UTILITY", "_DIALOG", "_DROPDOWN_MENU")) for name in names):
-                    found.append(window)
-        return found
+            told = self._property(window, "_NET_WM_WINDOW_TYPE")
+            if told and any(self.display.get_atom_name(atom).endswith(kinds) for atom in told) and self._is_viewable(window):
+                yield window
+
+    def pop_ups(self):
+        """Menus and calendars: what a click opens."""
+        return list(self._seen("_MENU", "_UTILITY", "_DIALOG"))
 
     def panel_window(self):
-        for window in self._tree(self.root):
-            with contextlib.suppress(error.XError):
-                names = window.get_wm_class()
-                kind = window.get_full_property(self.display.intern_atom("_NET_WM_WINDOW_TYPE"), X.AnyPropertyType)
-                if names and names[0] == "xfce4-panel" and kind and self._is_viewable(window) and \
-                        self.display.get_atom_name(kind.value[0]).endswith("_DOCK"):
-                    return window
-        return None
+        return next((window for window in self._seen("_DOCK") if "xfce4-panel" in (window.get_wm_class() or ())), None)
 
     def close_window(self, window):
         self.run(["wmctrl", "-i", "-c", hex(window)])
@@ -442,15 +355,13 @@ class Desktop:
 
     def rest(self, span=0.25, limit=3.0):
         """Lets the screen come to rest before a picture is taken; something that blinks only costs the limit."""
-        last, since, end = None, time.monotonic(), time.monotonic() + limit
-        while time.monotonic() < end:
-            hold(0.03)
-            geometry = self.root.get_geometry()
-            now = Picture(self.root, 0, 0, geometry.width, geometry.height).data
-            if now != last:
-                last, since = now, time.monotonic()
-            elif time.monotonic() - since > span:
-                return
+        with contextlib.suppress(Timeout):
+            settled(lambda: self.screen().data, span, limit, every=0.03)
+
+    def screen(self):
+        """A picture of the whole screen."""
+        geometry = self.root.get_geometry()
+        return Picture(self.root, 0, 0, geometry.width, geometry.height)
 
     def resize_screen(self, width, height):
         """Up to the first size; a size that the server does not list is made known to it. The panel follows
@@ -466,48 +377,45 @@ class Desktop:
 
     def tray_trailing(self):
         """Distance of the tray's trailing end from the screen's."""
-        x, _, width, _ = self._tray_cached()
+        x, _, width, _ = self.tray_frame()
         return self.root.get_geometry().width - x - width
 
     def screenshot(self, path):
-        geometry = self.root.get_geometry()
-        Picture(self.root, 0, 0, geometry.width, geometry.height).save(path)
+        self.screen().save(path)
 
     # The panel's tray
 
     def tray_frame(self):
         """Where the panel shows the tray's icons; None while it shows no tray."""
-        socket_id = self._plug_in_socket("libsystray.so")
-        window = socket_id and self.display.create_resource_object("window", socket_id)
-        return self.frame_of(window) if window and self._is_viewable(window) else None
+        frame = self._tray and self.frame_of(self._tray)
+        if not frame:
+            self._tray = self.plug_in("libsystray.so")[1]
+            frame = self._tray and self.frame_of(self._tray)
+        return frame if frame and self._is_viewable(self._window(self._tray)) else None
 
-    def _plug_in_socket(self, library):
-        """The panel tells its plug-in process the window to sit in as the third argument."""
-        if "panel" not in self.processes:
-            return None
-        children = subprocess.run(["pgrep", "-P", str(self.processes["panel"].pid)], capture_output=True, text=True,
-                                  check=False).stdout.split()
-        for child in children:
-            with contextlib.suppress(OSError, IndexError, ValueError):
-                with open(f"/proc/{child}/cmdline", "rb") as file:
+    def plug_in(self, library):
+        """Process of a plug-in of the panel, and the window that it was told to sit in; (None, None) without one."""
+        with contextlib.suppress(OSError, KeyError):
+            panel = self.processes["panel"].pid
+            with open(f"/proc/{panel}/task/{panel}/children", encoding="ascii") as file:
+                children = file.read().split()
+            for child in children:
+                with contextlib.suppress(OSError), open(f"/proc/{child}/cmdline", "rb") as file:
                     arguments = file.read().split(b"\0")
-                if arguments[1].endswith(library.encode()):
-                    return int(arguments[3])
-        return None
+                    if arguments[1:] and arguments[1].endswith(library.encode()):
+                        return int(child), int(arguments[3])
+        return None, None
 
     def layout_control(self):
         """Frame of the panel's keyboard layout control: each click on it and each notch of the wheel switches."""
         def placed():
-            frame = self.frame_of(self._plug_in_socket("libxkb.so"))
+            frame = self.frame_of(self.plug_in("libxkb.so")[1] or 0)
             return frame if frame and frame[2] > 1 else None
         return wait(placed, what="the panel's keyboard layout control")
 
     def cells(self):
         """The pictures of the tray's icons as the screen shows them now, from left to right."""
-        frame = self._tray_cached()
-        if frame is None:
-            return []
-        x, y, width, height = frame
+        x, y, width, height = self.tray_frame() or (0, 0, 0, 0)
         count = width // CELL
         if count == 0:
             return []
@@ -517,13 +425,6 @@ class Desktop:
             return []
         margin = (width - count * CELL) // 2
         return [picture.column(margin + index * CELL, CELL) for index in range(count)]
-
-    def _tray_cached(self):
-        if not self._tray:
-            self._tray = self._plug_in_socket("libsystray.so")
-        if not self._tray:
-            return None
-        return self.frame_of(self._tray)
 
     def shown(self):
         """The names of the icons that the panel shows now, from left to right; "?" for one unknown."""
@@ -540,34 +441,22 @@ class Desktop:
     def learn(self, name, known=None, limit=5):
         """Takes the one icon that is not known for that of the program, once the panel is at rest."""
         known = set(self.icons.values()) if known is None else known
-        last, since = None, time.monotonic()
 
-        def at_rest():
-            nonlocal last, since
-            now = self.cells()
-            if now != last:
-                last, since = now, time.monotonic()
-            new = [cell for cell in now if cell not in known]
-            return new if len(new) == 1 and time.monotonic() - since > 0.5 else None
+        def one_new():
+            cells = self.cells()
+            return cells if sum(cell not in known for cell in cells) == 1 else None
 
-        self.icons[name] = wait(at_rest, limit, f"the picture of {name} alone being new")[0]
+        cells = settled(one_new, 0.5, limit, f"the picture of {name} alone being new")
+        self.icons[name] = next(cell for cell in cells if cell not in known)
 
     def icon_center(self, *names):
         """Centre of the first icon with one of these names, once the panel shows one and has done moving it."""
-        last, since = None, time.monotonic()
-
-        def look():
-            nonlocal last, since
-            now = self._tray_cached(), self.shown()
-            if now != last:
-                last, since = now, time.monotonic()
-            index = next((at for at, name in enumerate(now[1]) if name in names), None)
-            if index is None or time.monotonic() - since < 0.1:
-                return None
-            x, y, width, height = now[0]
-            count = width // CELL
-            return x + (width - count * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
-        return wait(look, 5, f"an icon of {names}")
+        def place():
+            frame, shown = self.tray_frame(), self.shown()
+            index = next((at for at, name in enumerate(shown) if name in names), None)
+            return frame and index is not None and (frame, index)
+        (x, y, width, height), index = settled(place, 0.1, what=f"an icon of {names}")
+        return x + (width - width // CELL * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
 
     def clock(self):
         """Frame of the panel's clock."""
@@ -581,21 +470,3 @@ class Desktop:
     def away(self):
         """Takes the pointer where it changes no picture."""
         self.person.move(self.size[0] // 2, self.size[1] * 3 // 4)
-
-
-def _is_taken(number):
-    """Whether a server lives at this display; one that was killed leaves its lock, which the next one clears."""
-    try:
-        with open(f"/tmp/.X{number}-lock", encoding="ascii") as file:
-            return os.path.exists(f"/proc/{int(file.read())}")
-    except (OSError, ValueError):
-        return os.path.exists(f"/tmp/.X{number}-lock")
-
-
-def _accepts(path):
-    with socket.socket(socket.AF_UNIX) as connection:
-        try:
-            connection.connect(path)
-            return True
-        except OSError:
-            return False
