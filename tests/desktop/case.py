@@ -1,10 +1,14 @@
-"""What the whole-desktop tests share: one desktop a class, its logs kept when a test fails."""
+"""What the whole-desktop tests share: one desktop a class, its logs kept when a test fails.
+
+Imported first, it makes the modules of desktop/ known."""
 
 import contextlib
+import os
 import sys
 import unittest
 
-from session import OrvoDesktop
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "desktop"))
+from session import OrvoDesktop  # noqa: E402
 
 
 class DesktopCase(unittest.TestCase):

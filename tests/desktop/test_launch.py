@@ -5,9 +5,8 @@ import re
 import shutil
 import unittest
 
-from gi.repository import Gio, GLib
-
 from case import DesktopCase
+import bus
 from desktop import AGENT, WATCHER
 from waiting import stays, wait
 
@@ -125,9 +124,7 @@ class AgentStart(DesktopCase):
     def test_the_bus_starts_an_installed_agent_and_a_second_one_says_so_and_ends(self):
         desktop = self.desktop
         self.assertEqual(desktop.run([os.path.abspath(INSTALL), desktop.bundle]).returncode, 0)
-        desktop.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                              "StartServiceByName", GLib.Variant("(su)", (AGENT, 0)), None, Gio.DBusCallFlags.NONE,
-                              10000, None)
+        bus.call(desktop.bus, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".StartServiceByName", "(su)", AGENT, 0)
         self.assertTrue(desktop.owner(AGENT))
         self.assertEqual(desktop.owner(AGENT), desktop.owner(WATCHER))
         second = desktop.run([os.path.join(desktop.bundle, "bin", "orvo-agent")])

@@ -6,8 +6,8 @@ import unittest
 
 from Xlib import X
 
-from accessible import STATE_ENABLED, STATE_SELECTED
 from case import DesktopCase
+from accessible import STATE_ENABLED, STATE_SELECTED
 from desktop import PROGRAMS, WATCHER
 from waiting import stays, wait
 

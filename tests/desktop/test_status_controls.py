@@ -4,10 +4,7 @@ import signal
 import time
 import unittest
 
-from gi.repository import Gio
-
 from case import DesktopCase
-from desktop import AGENT
 from waiting import stays, wait
 
 PREFIX = "com.apple.menuextra."
@@ -17,8 +14,7 @@ LIMIT = 0.2  # seconds that a scan waits for the tree
 class StatusControls(DesktopCase):
     def controls(self):
         started = time.monotonic()
-        tree = self.desktop.bus.call_sync(AGENT, "/local/orvo/MenuBarAgent", "local.orvo.MenuBarAgent1", "Tree", None,
-                                          None, Gio.DBusCallFlags.NONE, 5000, None).unpack()[0]
+        tree = self.desktop.call_agent("Tree")
         self.spent = time.monotonic() - started
         return {identifier[len(PREFIX):]: frame for _, _, identifier, framed, frame in tree if framed}
 

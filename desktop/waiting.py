@@ -9,13 +9,18 @@ class Timeout(AssertionError):
     """Something did not become true in time."""
 
 
+def _turn(pause):
+    """One turn of the main context and a pause, in seconds."""
+    while GLib.MainContext.default().iteration(False):
+        pass
+    time.sleep(pause)
+
+
 def wait(condition, limit=10.0, what="the condition", every=0.002):
     """Runs the main context until condition() is true and returns its value; raises Timeout."""
-    context = GLib.MainContext.default()
     end = time.monotonic() + limit
     while True:
-        while context.iteration(False):
-            pass
+        _turn(0)
         value = condition()
         if value:
             return value
@@ -24,23 +29,30 @@ def wait(condition, limit=10.0, what="the condition", every=0.002):
         time.sleep(every)
 
 
+def settled(read, span, limit=5.0, what="rest", every=0.002):
+    """The value of read() once it has been true and the same for a whole span; raises Timeout."""
+    last, since = None, time.monotonic()
+
+    def same():
+        nonlocal last, since
+        now = read()
+        if now != last:
+            last, since = now, time.monotonic()
+        return now if time.monotonic() - since >= span else None
+    return wait(same, limit, what, every)
+
+
 def stays(condition, span, what="the condition"):
     """Checks that condition() is true for a whole span: for what must *not* happen."""
     end = time.monotonic() + span
-    context = GLib.MainContext.default()
     while time.monotonic() < end:
-        while context.iteration(False):
-            pass
+        _turn(0.005)
         if not condition():
             raise AssertionError(f"did not stay so for {span:g} s: {what}")
-        time.sleep(0.005)
 
 
 def hold(seconds):
     """The person does nothing for a while, as part of a gesture; the main context runs on."""
     end = time.monotonic() + seconds
-    context = GLib.MainContext.default()
     while (left := end - time.monotonic()) > 0:
-        while context.iteration(False):
-            pass
-        time.sleep(min(0.005, max(0.0, left)))
+        _turn(min(0.005, max(0.0, left)))

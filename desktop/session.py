@@ -6,16 +6,15 @@ import json
 import os
 import shutil
 
-from gi.repository import Gio, GLib
+from gi.repository import GLib
 
+import bus
 from accessible import STATE_SHOWING
 from desktop import PROGRAMS, SETTINGS_KEY, Desktop
 from waiting import Timeout, hold, wait
 
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
 ITEM = "org.kde.StatusNotifierItem"
-MENU = "com.canonical.dbusmenu"
-MENU_PATH = "/StatusNotifierItem/Menu"
 
 
 class OrvoDesktop(Desktop):
@@ -82,14 +81,12 @@ class OrvoDesktop(Desktop):
     def orvo(self):
         return self.processes["orvo"]
 
-    def _item_call(self, path, interface, method, arguments):
-        name = f"{ITEM}-{self.orvo.pid}-1"
-        return self.bus.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 5000,
-                                  None).unpack()
+    @property
+    def _item(self):
+        return f"{ITEM}-{self.orvo.pid}-1"
 
     def item_property(self, name):
-        return self._item_call("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
-                               GLib.Variant("(ss)", (ITEM, name)))[0]
+        return bus.property_of(self.bus, self._item, "/StatusNotifierItem", ITEM, name)
 
     def tool_tip(self):
         return self.item_property("ToolTip")[2]
@@ -102,17 +99,20 @@ class OrvoDesktop(Desktop):
         """What the arrow says; applying counts as hidden."""
         return self.tool_tip().startswith("Show")
 
+    def _call_menu(self, method, *arguments):
+        return bus.call(self.bus, self._item, "/StatusNotifierItem/Menu", f"com.canonical.dbusmenu.{method}", *arguments)
+
     def menu(self):
         """The fresh menu of a right click: (identifier, label, enabled) of each item."""
-        self._item_call(MENU_PATH, MENU, "AboutToShowGroup", GLib.Variant("(ai)", ([0],)))
-        _, (_, _, children) = self._item_call(MENU_PATH, MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
+        self._call_menu("AboutToShowGroup", "(ai)", [0])
+        _, (_, _, children) = self._call_menu("GetLayout", "(iias)", 0, -1, [])
         return [(child[0], child[1].get("label", ""), child[1].get("enabled", True)) for child in children]
 
     def choose(self, label):
         """Chooses an item of the menu as the panel does."""
         identifier = next(item[0] for item in self.menu() if item[1] == label)
         event = (identifier, "clicked", GLib.Variant("i", 0), 0)
-        self._item_call(MENU_PATH, MENU, "EventGroup", GLib.Variant("(a(isvu))", ([event],)))
+        self._call_menu("EventGroup", "(a(isvu))", [event])
 
     def can_hide(self):
         with contextlib.suppress(GLib.Error, IndexError):
@@ -145,7 +145,7 @@ class OrvoDesktop(Desktop):
         """Chooses Keep or Hide in the application's row with the pointer."""
         picker = self.control(f"Visibility for {application}")
         self.rest(0.1, 1)
-        self.click(picker.find(None, choice).center())
+        self.click(picker.find(choice).center())
 
     def arrow(self):
         """Centre of the arrow; its picture differs between the two states."""

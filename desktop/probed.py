@@ -8,7 +8,7 @@ from Xlib.ext import ge, xinput
 from desktop import REPOSITORY
 from waiting import wait
 
-PROBE = f"{REPOSITORY}/tests/desktop/probe.py"
+PROBE = f"{REPOSITORY}/desktop/probe.py"
 
 
 class Probe:

@@ -1,0 +1,62 @@
+"""The accessibility tree, asked over the accessibility bus itself, so that one test process can look at
+several desktops one after the other."""
+
+from gi.repository import GLib
+
+from bus import call, property_of
+
+STATE_ENABLED, STATE_SELECTED, STATE_SHOWING = 8, 23, 25
+ACCESSIBLE = "org.a11y.atspi.Accessible"
+
+
+def _unless_gone(question, otherwise):
+    try:
+        return question()
+    except GLib.Error:
+        return otherwise
+
+
+class Accessible:
+    """One element of the accessibility tree. One that has gone has no name, no role and no children."""
+
+    def __init__(self, bus, name, path):
+        self._bus, self.name_of_bus, self.path = bus, name, path
+
+    def _ask(self, method, *arguments):
+        return call(self._bus, self.name_of_bus, self.path, method, *arguments, limit=2)[0]
+
+    def children(self):
+        return [Accessible(self._bus, *child) for child in _unless_gone(lambda: self._ask(ACCESSIBLE + ".GetChildren"), [])]
+
+    @property
+    def name(self):
+        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, "Name"), "")
+
+    @property
+    def role(self):
+        return _unless_gone(lambda: self._ask(ACCESSIBLE + ".GetRoleName"), "")
+
+    def has(self, state):
+        low, high = self._ask(ACCESSIBLE + ".GetState")
+        return bool((low | high << 32) >> state & 1)
+
+    @property
+    def frame(self):
+        """x, y, width, height in screen coordinates."""
+        return self._ask("org.a11y.atspi.Component.GetExtents", "(u)", 0)
+
+    def center(self):
+        x, y, width, height = self.frame
+        return x + width // 2, y + height // 2
+
+    def walk(self, depth=30):
+        yield self
+        if depth:
+            for child in self.children():
+                yield from child.walk(depth - 1)
+
+    def find(self, name):
+        return next((element for element in self.walk() if element.name == name), None)
+
+    def __repr__(self):
+        return f"<{self.role} {self.name!r}>"

@@ -1,0 +1,472 @@
+"""A private desktop: X server, buses, window manager, the real panel, and the person in front of it.
+
+Shared by the whole-desktop tests, scripts/run and bench/figures. Nothing here sleeps for a fixed
+time: every wait is for a condition and has a limit.
+"""
+
+import contextlib
+import os
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+import uuid
+
+from gi.repository import Gio, GLib
+from Xlib import X, display, error
+
+import bus
+from accessible import Accessible
+from person import Person
+from picture import Picture
+from waiting import Timeout, settled, wait
+
+REPOSITORY = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUNDLE = os.environ.get("ORVO_BUNDLE", os.path.join(REPOSITORY, "build", "debug", "Orvo.app"))
+WATCHER = "org.kde.StatusNotifierWatcher"
+AGENT = "local.orvo.MenuBarAgent"
+LOGIND = "org.freedesktop.login1"
+BACKGROUND = "#40566b"
+CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.
+SETTINGS_KEY = "Quillet.Preferences.v1"
+
+# Real programs with a tray icon, one of each toolkit: the name by which tests call them, and how
+# they are started. The bundle identifier is the desktop file's id.
+PROGRAMS = {
+    "org.rncbc.qmidinet": ["qmidinet"],
+    "com.github.hluk.copyq": ["copyq"],
+    "pasystray": ["pasystray"],
+    "diodon": ["diodon"],
+    "org.flameshot.Flameshot": ["flameshot"],
+}
+
+# From the leading to the trailing end, each with its settings.
+PLUGINS = {
+    "applicationsmenu": {},
+    "tasklist": {},
+    "separator": {"expand": True, "style": 0},
+    "systray": {"square-icons": True},
+    "xkb": {"group-policy": 0},
+    "pulseaudio": {},
+    "clock": {"digital-layout": 3, "digital-time-format": "%H:%M"},
+}
+PANEL = {"position": "p=6;x=0;y=0", "length": 100, "position-locked": True, "icon-size": 16, "size": 28}
+# How Xfce stores most kinds of value.
+KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.Variant("u", value),
+         str: lambda value: GLib.Variant("s", value), GLib.Variant: lambda value: value,
+         list: lambda value: GLib.Variant("av", [GLib.Variant("i", number) for number in value])}
+
+
+class Desktop:
+    """Starts in the order that a session does; stop() ends every process that stands below it."""
+
+    def __init__(self, folder=None, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True):
+        self.folder = folder or tempfile.mkdtemp(prefix="orvo-desktop-")
+        self.size, self.dark, self.server, self.bundle, self.with_logind = size, dark, server, bundle, with_logind
+        self.identity = uuid.uuid4().hex
+        self.processes = {}
+        self.icons = {}
+        self.signals = []
+        self._connections = []
+        self._accessibility_buses = {}
+        self._tray = None
+        self.display_name = None
+        self.home = self._folder("home")
+        self.logs = self._folder("logs")
+        self.applications = os.path.join(self.home, "Applications")
+        self.environment = self._environment()
+
+    # Life
+
+    def _folder(self, *parts, mode=0o755):
+        path = os.path.join(self.folder, *parts)
+        os.makedirs(path, mode=mode, exist_ok=True)
+        return path
+
+    def _environment(self):
+        keep = ("PATH", "LANG", "USER", "LOGNAME", "ASAN_OPTIONS", "UBSAN_OPTIONS")
+        environment = {name: os.environ[name] for name in keep if name in os.environ}
+        environment.update(
+            HOME=self.home, XDG_RUNTIME_DIR=self._folder("run", mode=0o700), XDG_CONFIG_HOME=self._folder("home", ".config"),
+            XDG_DATA_HOME=self._folder("home", ".local", "share"), XDG_CACHE_HOME=self._folder("home", ".cache"),
+            XDG_STATE_HOME=self._folder("home", ".local", "state"), XDG_CURRENT_DESKTOP="XFCE", XDG_SESSION_TYPE="x11",
+            TMPDIR=self._folder("tmp"), LC_ALL="C.UTF-8", TZ="UTC", NO_AT_BRIDGE="0", GTK_MODULES="",
+            LIBGL_ALWAYS_SOFTWARE="1", ORVO_DESKTOP_MARK=self.identity)
+        return environment
+
+    def start(self, agent=True, accessibility=True, panel=True):
+        """Everything but Orvo and the tray programs."""
+        try:
+            self._start_server()
+            self.run(["xsetroot", "-solid", BACKGROUND])
+            self.run(["setxkbmap", "us,de"])
+            self._start_buses(accessibility)
+            self.start_window_manager()
+            if self.dark:
+                self.start_settings("Adwaita-dark")
+            self._watch_signals()
+            if agent:
+                self.start_agent()
+            if panel:
+                self._store_panel()
+                self.start_panel()
+        except BaseException:
+            self.stop()
+            raise
+        return self
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    def spawn(self, name, command, **environment):
+        """Starts a program on this desktop; its output goes to logs/<name>.log."""
+        with open(os.path.join(self.logs, name + ".log"), "ab") as log:
+            self.processes[name] = subprocess.Popen(
+                command, env={**self.environment, **environment}, cwd=self.home, stdin=subprocess.DEVNULL,
+                stdout=log, stderr=log, start_new_session=True)
+        return self.processes[name]
+
+    def run(self, command, limit=20, **options):
+        return subprocess.run(command, env=self.environment, cwd=self.home, capture_output=True, text=True,
+                              timeout=limit, check=False, **options)
+
+    def log(self, name):
+        with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
+            return file.read()
+
+    def end(self, name, number=signal.SIGTERM, limit=5.0):
+        """Ends one program of this desktop and waits until it is gone."""
+        process = self.processes.pop(name, None)
+        if process is None:
+            return None
+        with contextlib.suppress(ProcessLookupError):
+            os.kill(process.pid, number)
+            os.kill(process.pid, signal.SIGCONT)
+        try:
+            return process.wait(limit)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            return process.wait()
+
+    def stop(self):
+        for connection in self._connections:
+            with contextlib.suppress(GLib.Error):
+                connection.close_sync(None)
+        self._connections = []
+        for name in [n for n in reversed(self.processes) if n not in ("server", "bus", "system-bus")]:
+            self.end(name, limit=1.5)
+        for name in ("system-bus", "bus", "server"):
+            self.end(name, limit=3)
+        for process in self.strays():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(process, signal.SIGKILL)
+        with contextlib.suppress(AttributeError):
+            self.person.close()
+
+    def strays(self):
+        """Processes that the desktop's own programs started: they carry its mark."""
+        mark = f"ORVO_DESKTOP_MARK={self.identity}".encode()
+        found = []
+        for entry in os.listdir("/proc"):
+            with contextlib.suppress(OSError):
+                if entry.isdigit() and int(entry) != os.getpid():
+                    with open(f"/proc/{entry}/environ", "rb") as file:
+                        if mark in file.read().split(b"\0"):
+                            found.append(int(entry))
+        return found
+
+    def forget(self):
+        """Removes the desktop's folder: for a desktop whose logs nobody needs."""
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    # Parts of the session
+
+    def _start_server(self):
+        """The server takes a free number, and tells it once it is ready."""
+        width, height = self.size
+        options = {"Xvfb": ["-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp"],
+                   "Xephyr": ["-screen", f"{width}x{height}", "-title", "Orvo", "-resizeable"]}
+        host = {name: os.environ[name] for name in ("DISPLAY", "XAUTHORITY") if name in os.environ}
+        self.spawn("server", [self.server, "-displayfd", "1", "-noreset", *options[self.server]], **host)
+        number = wait(lambda: re.search(r"^\d+$", self.log("server"), re.MULTILINE), 20, "the X server")
+        self.display_name = self.environment["DISPLAY"] = ":" + number[0]
+        self.display = display.Display(self.display_name)
+        self.root = self.display.screen().root
+        self.person = Person(self.display_name)
+
+    def _start_buses(self, accessibility):
+        if self.with_logind:
+            self.system_bus = self._start_bus("system-bus", "DBUS_SYSTEM_BUS_ADDRESS")
+            self.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
+        if not accessibility:
+            with open(os.path.join(self._folder("home", ".local", "share", "dbus-1", "services"), "org.a11y.Bus.service"),
+                      "w", encoding="ascii") as file:
+                file.write("[D-BUS Service]\nName=org.a11y.Bus\nExec=/bin/false\n")
+        self.bus = self._start_bus("bus", "DBUS_SESSION_BUS_ADDRESS")
+        if accessibility:
+            self.set_accessibility(True)
+        if self.with_logind:
+            wait(lambda: bus.owner(self.system_bus, LOGIND), what="logind")
+
+    def _start_bus(self, name, variable):
+        address = self.environment[variable] = f"unix:path={self.environment['XDG_RUNTIME_DIR']}/{name}"
+        self.spawn(name, ["dbus-daemon", "--session", "--nofork", "--print-address", f"--address={address}"])
+        wait(lambda: address in self.log(name), what=name)
+        return self._connect(address)
+
+    def _connect(self, address):
+        self._connections.append(bus.connect(address))
+        return self._connections[-1]
+
+    def set_accessibility(self, enabled):
+        bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", bus.DBUS + ".Properties.Set", "(ssv)", "org.a11y.Status",
+                 "IsEnabled", GLib.Variant("b", enabled), limit=20)
+
+    def start_window_manager(self):
+        self.spawn("openbox", ["openbox", "--sm-disable"])
+        wait(lambda: self._property(self.root, "_NET_SUPPORTING_WM_CHECK"), what="the window manager")
+
+    def start_settings(self, theme):
+        self.store("xsettings", "/Net/", {"ThemeName": theme})
+        self.spawn("settings", ["xfsettingsd", "--disable-wm-check"])
+        wait(lambda: self.owner("org.xfce.SettingsDaemon"), what="the desktop's settings")
+
+    def store(self, channel, prefix, values):
+        """Stores settings where Xfce's programs look for them; those that run follow at once."""
+        for name, value in values.items():
+            bus.call(self.bus, "org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf.SetProperty", "(ssv)", channel,
+                     prefix + name, KINDS[type(value)](value), limit=20)
+
+    def _store_panel(self):
+        self.store("xfce4-panel", "/", {"configver": GLib.Variant("i", 2), "panels": [1], "panels/dark-mode": self.dark})
+        self.store("xfce4-panel", "/panels/panel-1/", {**PANEL, "plugin-ids": list(range(1, len(PLUGINS) + 1))})
+        for number, (name, settings) in enumerate(PLUGINS.items(), 1):
+            self.store("xfce4-panel", f"/plugins/plugin-{number}", {"": name})
+            self.store("xfce4-panel", f"/plugins/plugin-{number}/", settings)
+
+    def start_agent(self):
+        self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])
+        wait(lambda: self.owner(AGENT), what="the agent's name")
+
+    def start_panel(self):
+        self.spawn("panel", ["xfce4-panel", "--disable-wm-check"])
+        wait(lambda: self.owner(WATCHER), 20, "a watcher")
+        wait(self.tray_frame, 20, "the panel's tray")
+
+    # Buses
+
+    def owner(self, name):
+        return bus.owner(self.bus, name)
+
+    def process_of(self, name):
+        return bus.call(self.bus, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".GetConnectionUnixProcessID", "(s)", name)[0]
+
+    def call_agent(self, method, *arguments):
+        """The first value of the answer; None where there is none."""
+        path, interface = "/local/orvo/MenuBarAgent", "local.orvo.MenuBarAgent1."
+        return next(iter(bus.call(self.bus, AGENT, path, interface + method, *arguments)), None)
+
+    def watcher_property(self, name):
+        return bus.property_of(self.bus, WATCHER, "/StatusNotifierWatcher", WATCHER, name)
+
+    def _watch_signals(self):
+        def arrived(_bus, _sender, _path, _interface, name, parameters):
+            self.signals.append((time.monotonic(), name, parameters.unpack()))
+        self.bus.signal_subscribe(None, WATCHER, None, None, None, Gio.DBusSignalFlags.NONE, arrived)
+
+    def sleep_announced(self, starts):
+        """What logind says before the machine sleeps (True) and after it woke (False)."""
+        bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "(sssav)",
+                 LOGIND + ".Manager", "PrepareForSleep", "b", [GLib.Variant("b", starts)])
+
+    def accessibility(self, program):
+        """The accessible application of this name, or None."""
+        address = bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")[0]
+        if address not in self._accessibility_buses:
+            self._accessibility_buses[address] = self._connect(address)
+        root = Accessible(self._accessibility_buses[address], "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        return next((application for application in root.children() if application.name == program), None)
+
+    # Windows
+
+    def _property(self, window, name):
+        """The value of a window's property; None where there is none."""
+        with contextlib.suppress(error.XError):
+            value = window.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
+            return value and value.value
+        return None
+
+    def _window(self, identifier):
+        return self.display.create_resource_object("window", identifier)
+
+    def _tree(self, window):
+        yield window
+        with contextlib.suppress(error.XError):
+            for child in window.query_tree().children:
+                yield from self._tree(child)
+
+    def windows(self):
+        """Every window that the window manager manages, by identifier."""
+        return list(self._property(self.root, "_NET_CLIENT_LIST") or [])
+
+    def title(self, window):
+        names = [self._property(self._window(window), name) for name in ("_NET_WM_NAME", "WM_NAME")]
+        return next((name.decode(errors="replace") for name in names if isinstance(name, bytes)), "")
+
+    def window_titled(self, title):
+        return next((window for window in self.windows() if self.title(window) == title), None)
+
+    def frame_of(self, window):
+        resource = window if hasattr(window, "id") else self._window(window)
+        with contextlib.suppress(error.XError):
+            geometry = resource.get_geometry()
+            origin = self.root.translate_coords(resource, 0, 0)
+            return origin.x, origin.y, geometry.width, geometry.height
+        return None
+
+    def _is_viewable(self, window):
+        with contextlib.suppress(error.XError):
+            attributes = window.get_attributes()
+            return attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+        return False
+
+    def _seen(self, *kinds):
+        """Windows on the screen that tell to be of such a kind."""
+        for window in self._tree(self.root):
+            told = self._property(window, "_NET_WM_WINDOW_TYPE")
+            if told and any(self.display.get_atom_name(atom).endswith(kinds) for atom in told) and self._is_viewable(window):
+                yield window
+
+    def pop_ups(self):
+        """Menus and calendars: what a click opens."""
+        return list(self._seen("_MENU", "_UTILITY", "_DIALOG"))
+
+    def panel_window(self):
+        return next((window for window in self._seen("_DOCK") if "xfce4-panel" in (window.get_wm_class() or ())), None)
+
+    def close_window(self, window):
+        self.run(["wmctrl", "-i", "-c", hex(window)])
+        wait(lambda: window not in self.windows(), what="the window being closed")
+
+    def rest(self, span=0.25, limit=3.0):
+        """Lets the screen come to rest before a picture is taken; something that blinks only costs the limit."""
+        with contextlib.suppress(Timeout):
+            settled(lambda: self.screen().data, span, limit, every=0.03)
+
+    def screen(self):
+        """A picture of the whole screen."""
+        geometry = self.root.get_geometry()
+        return Picture(self.root, 0, 0, geometry.width, geometry.height)
+
+    def resize_screen(self, width, height):
+        """Up to the first size; a size that the server does not list is made known to it. The panel follows
+        later and in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
+        trailing = self.tray_trailing()
+        mode = f"{width}x{height}"
+        if mode not in self.run(["xrandr"]).stdout.split():
+            self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
+            self.run(["xrandr", "--addmode", "screen", mode])
+        answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
+        assert answer.returncode == 0, answer.stderr
+        wait(lambda: self.tray_trailing() == trailing, what="the panel following the screen")
+
+    def tray_trailing(self):
+        """Distance of the tray's trailing end from the screen's."""
+        x, _, width, _ = self.tray_frame()
+        return self.root.get_geometry().width - x - width
+
+    def screenshot(self, path):
+        self.screen().save(path)
+
+    # The panel's tray
+
+    def tray_frame(self):
+        """Where the panel shows the tray's icons; None while it shows no tray."""
+        frame = self._tray and self.frame_of(self._tray)
+        if not frame:
+            self._tray = self.plug_in("libsystray.so")[1]
+            frame = self._tray and self.frame_of(self._tray)
+        return frame if frame and self._is_viewable(self._window(self._tray)) else None
+
+    def plug_in(self, library):
+        """Process of a plug-in of the panel, and the window that it was told to sit in; (None, None) without one."""
+        with contextlib.suppress(OSError, KeyError):
+            panel = self.processes["panel"].pid
+            with open(f"/proc/{panel}/task/{panel}/children", encoding="ascii") as file:
+                children = file.read().split()
+            for child in children:
+                with contextlib.suppress(OSError), open(f"/proc/{child}/cmdline", "rb") as file:
+                    arguments = file.read().split(b"\0")
+                    if arguments[1:] and arguments[1].endswith(library.encode()):
+                        return int(child), int(arguments[3])
+        return None, None
+
+    def layout_control(self):
+        """Frame of the panel's keyboard layout control: each click on it and each notch of the wheel switches."""
+        def placed():
+            frame = self.frame_of(self.plug_in("libxkb.so")[1] or 0)
+            return frame if frame and frame[2] > 1 else None
+        return wait(placed, what="the panel's keyboard layout control")
+
+    def cells(self):
+        """The pictures of the tray's icons as the screen shows them now, from left to right."""
+        x, y, width, height = self.tray_frame() or (0, 0, 0, 0)
+        count = width // CELL
+        if count == 0:
+            return []
+        try:
+            picture = Picture(self.root, x, y, width, height)
+        except error.BadMatch:  # The screen or the panel changed in between.
+            return []
+        margin = (width - count * CELL) // 2
+        return [picture.column(margin + index * CELL, CELL) for index in range(count)]
+
+    def shown(self):
+        """The names of the icons that the panel shows now, from left to right; "?" for one unknown."""
+        by_picture = {picture: name for name, picture in self.icons.items()}
+        return [by_picture.get(cell, "?") for cell in self.cells()]
+
+    def start_item(self, name, command=None, limit=20):
+        """Starts a program with a tray icon and learns what its icon looks like."""
+        known = set(self.cells()) | set(self.icons.values())
+        known.discard(self.icons.get(name))
+        self.spawn(name, command or PROGRAMS[name])
+        self.learn(name, known, limit)
+
+    def learn(self, name, known=None, limit=5):
+        """Takes the one icon that is not known for that of the program, once the panel is at rest."""
+        known = set(self.icons.values()) if known is None else known
+
+        def one_new():
+            cells = self.cells()
+            return cells if sum(cell not in known for cell in cells) == 1 else None
+
+        cells = settled(one_new, 0.5, limit, f"the picture of {name} alone being new")
+        self.icons[name] = next(cell for cell in cells if cell not in known)
+
+    def icon_center(self, *names):
+        """Centre of the first icon with one of these names, once the panel shows one and has done moving it."""
+        def place():
+            frame, shown = self.tray_frame(), self.shown()
+            index = next((at for at, name in enumerate(shown) if name in names), None)
+            return frame and index is not None and (frame, index)
+        (x, y, width, height), index = settled(place, 0.1, what=f"an icon of {names}")
+        return x + (width - width // CELL * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
+
+    def clock(self):
+        """Frame of the panel's clock."""
+        return self._clock().frame
+
+    def _clock(self):
+        """The last button of the panel: its name is the text it shows."""
+        elements = self.accessibility("xfce4-panel").walk()
+        return [element for element in elements if element.role == "toggle button"][-1]
+
+    def away(self):
+        """Takes the pointer where it changes no picture."""
+        self.person.move(self.size[0] // 2, self.size[1] * 3 // 4)
