@@ -62,7 +62,10 @@ KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.V
 class Desktop:
     """Starts in the order that a session does; stop() ends every process that stands below it."""
 
-    def __init__(self, folder=None, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True):
+    def __init__(self, folder=None, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True,
+                 panels=(({}, tuple(PLUGINS)),), scale=1):
+        """Each panel: what is other than PANEL has it, and its plug-ins; `scale` is that of the panel's toolkit."""
+        self.panels, self.scale = panels, scale
         self.folder = folder or tempfile.mkdtemp(prefix="orvo-desktop-")
         self.size, self.dark, self.server, self.bundle, self.with_logind = size, dark, server, bundle, with_logind
         self.identity = uuid.uuid4().hex
@@ -93,7 +96,7 @@ class Desktop:
             XDG_DATA_HOME=self._folder("home", ".local", "share"), XDG_CACHE_HOME=self._folder("home", ".cache"),
             XDG_STATE_HOME=self._folder("home", ".local", "state"), XDG_CURRENT_DESKTOP="XFCE", XDG_SESSION_TYPE="x11",
             TMPDIR=self._folder("tmp"), LC_ALL="C.UTF-8", TZ="UTC", NO_AT_BRIDGE="0", GTK_MODULES="",
-            LIBGL_ALWAYS_SOFTWARE="1", ORVO_DESKTOP_MARK=self.identity)
+            LIBGL_ALWAYS_SOFTWARE="1", GDK_SCALE=str(self.scale), ORVO_DESKTOP_MARK=self.identity)
         return environment
 
     def start(self, agent=True, accessibility=True, panel=True):
@@ -243,11 +246,16 @@ class Desktop:
                      prefix + name, KINDS[type(value)](value), limit=20)
 
     def _store_panel(self):
-        self.store("xfce4-panel", "/", {"configver": GLib.Variant("i", 2), "panels": [1], "panels/dark-mode": self.dark})
-        self.store("xfce4-panel", "/panels/panel-1/", {**PANEL, "plugin-ids": list(range(1, len(PLUGINS) + 1))})
-        for number, (name, settings) in enumerate(PLUGINS.items(), 1):
-            self.store("xfce4-panel", f"/plugins/plugin-{number}", {"": name})
-            self.store("xfce4-panel", f"/plugins/plugin-{number}/", settings)
+        numbers = range(1, len(self.panels) + 1)
+        self.store("xfce4-panel", "/", {"configver": GLib.Variant("i", 2), "panels": list(numbers), "panels/dark-mode": self.dark})
+        first = 1
+        for number, (settings, plugins) in zip(numbers, self.panels):
+            places = list(range(first, first + len(plugins)))
+            self.store("xfce4-panel", f"/panels/panel-{number}/", {**PANEL, **settings, "plugin-ids": places})
+            for place, name in zip(places, plugins):
+                self.store("xfce4-panel", f"/plugins/plugin-{place}", {"": name.partition(":")[0]})
+                self.store("xfce4-panel", f"/plugins/plugin-{place}/", PLUGINS.get(name, {}))
+            first += len(plugins)
 
     def start_agent(self):
         self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])

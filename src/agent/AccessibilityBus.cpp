@@ -17,7 +17,13 @@ constexpr std::chrono::milliseconds longestPause{100};
 
 constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
 constexpr const char* componentInterface = "org.a11y.atspi.Component";
-constexpr std::uint32_t screenCoordinates = 0;  // ATSPI_COORD_TYPE_SCREEN
+constexpr const char* registryInterface = "org.a11y.atspi.Registry";
+constexpr const char* registryPath = "/org/a11y/atspi/registry";
+constexpr const char* boundsEvent = "Object:BoundsChanged:";
+// What one layout of a panel tells of comes within so long of each other.
+constexpr std::chrono::milliseconds eventPause{5};
+// More objects than a panel has: one that makes new ones for ever must not fill the memory.
+constexpr std::size_t mostBounds = 4096;
 
 bool readChildren(sd_bus_message* answer, std::vector<Accessible>& children) {
   if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return false;
@@ -58,7 +64,7 @@ sd_bus* connectTo(const std::string& address) {
 
 }  // namespace
 
-AccessibilityBus::AccessibilityBus() : bus_(nullptr, sd_bus_close_unref) {
+AccessibilityBus::AccessibilityBus() : bus_(nullptr, sd_bus_close_unref), match_(nullptr, sd_bus_slot_unref) {
   pause_.setSingleShot(true);
   pause_.setTimerType(Qt::PreciseTimer);
   connect(&pause_, &QTimer::timeout, this, &AccessibilityBus::gather);
@@ -70,6 +76,7 @@ void AccessibilityBus::begin(const std::string& address) {
   deadline_.setRemainingTime(limit);
   if (bus_ && address == address_ && sd_bus_is_open(bus_.get()) > 0) return;
   address_ = address;
+  drop();
   bus_.reset(connectTo(address));
 }
 
@@ -98,7 +105,8 @@ void AccessibilityBus::askIsDock(const Accessible& accessible, std::function<voi
       "");
 }
 
-void AccessibilityBus::askExtents(const Accessible& accessible, std::function<void(const Rect&)> handler) {
+void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coordinates,
+                                  std::function<void(const Rect&)> handler) {
   ask(
       accessible, componentInterface, "GetExtents",
       [handler = std::move(handler)](sd_bus_message* answer) {
@@ -107,7 +115,7 @@ void AccessibilityBus::askExtents(const Accessible& accessible, std::function<vo
         if (isRead) handler(extents);
         return isRead;
       },
-      "u", screenCoordinates);
+      "u", static_cast<std::uint32_t>(coordinates));
 }
 
 void AccessibilityBus::askProcess(const std::string& service, std::function<void(std::uint32_t)> handler) {
@@ -151,6 +159,7 @@ void AccessibilityBus::take(sd_bus_message* answer, const Question& question) {
 void AccessibilityBus::whenSettled(std::function<void(Outcome)> settled) {
   settled_ = std::move(settled);
   if (open_.empty()) return settle();
+  if (arrivals_) arrivals_->setEnabled(false);
   pause_.start(expectedPause());
 }
 
@@ -162,18 +171,87 @@ void AccessibilityBus::gather() {
   hasProgressed_ = false;
   int more = 0;
   while ((more = sd_bus_process(bus_.get(), nullptr)) > 0) continue;
-  if (more < 0 || deadline_.hasExpired()) giveUp();
-  if (open_.empty()) return settle();
-  pause_.start(hasProgressed_ ? expectedPause() : std::min(2 * pause_.intervalAsDuration(), longestPause));
+  const bool isLate = !open_.empty() && deadline_.hasExpired();
+  if (more < 0 || isLate) giveUp();
+  if (!open_.empty()) {
+    pause_.start(hasProgressed_ ? expectedPause() : std::min(2 * pause_.intervalAsDuration(), longestPause));
+    return;
+  }
+  if (settled_) settle();
+  heed();
 }
 
 // Answers that still come go the way of the connection.
 void AccessibilityBus::giveUp() {
   if (!open_.empty()) outcome_ = Outcome::unanswered;
   open_.clear();
+  drop();
+}
+
+void AccessibilityBus::drop() {
+  arrivals_.reset();
+  match_.reset();
+  listened_.clear();
+  bounds_.clear();
   bus_.reset();
 }
 
 void AccessibilityBus::settle() { std::exchange(settled_, nullptr)(std::exchange(outcome_, Outcome::complete)); }
+
+bool AccessibilityBus::listenTo(const std::string& service) {
+  if (!bus_ || service == listened_) return false;
+  if (!listened_.empty()) sendWish("EventListenerDeregistered");
+  arrivals_.reset();
+  match_.reset();
+  bounds_.clear();
+  listened_ = service;
+  if (service.empty()) return false;
+  const std::string rule =
+      "type='signal',sender='" + service + "',interface='org.a11y.atspi.Event.Object',member='BoundsChanged'";
+  sd_bus_slot* match = nullptr;
+  sd_bus_add_match_async(bus_.get(), &match, rule.c_str(), &AccessibilityBus::moved, nullptr, this);
+  match_.reset(match);
+  sendWish("EventListenerRegistered");
+  arrivals_ = std::make_unique<QSocketNotifier>(sd_bus_get_fd(bus_.get()), QSocketNotifier::Read);
+  connect(arrivals_.get(), &QSocketNotifier::activated, this, [this] {
+    arrivals_->setEnabled(false);
+    if (!pause_.isActive()) pause_.start(eventPause);
+  });
+  return true;
+}
+
+// In the form in which the registry passes wishes on. It would pass this one on to every program of the
+// desktop, which would then all tell of what moves in their windows.
+void AccessibilityBus::sendWish(const char* member) {
+  const char* self = nullptr;
+  sd_bus_message* message = nullptr;
+  if (sd_bus_get_unique_name(bus_.get(), &self) >= 0 &&
+      sd_bus_message_new_signal(bus_.get(), &message, registryPath, registryInterface, member) >= 0 &&
+      sd_bus_message_set_destination(message, listened_.c_str()) >= 0 &&
+      sd_bus_message_append(message, "ss", self, boundsEvent) >= 0)
+    sd_bus_send(bus_.get(), message, nullptr);
+  sd_bus_message_unref(message);
+}
+
+// A clock that ticks tells its old bounds anew.
+int AccessibilityBus::moved(sd_bus_message* event, void* listener, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<AccessibilityBus*>(listener);
+  Rect bounds;
+  const char* path = sd_bus_message_get_path(event);
+  if (path == nullptr || sd_bus_message_skip(event, "sii") < 0 ||
+      sd_bus_message_enter_container(event, 'v', "(iiii)") < 0 || !readExtents(event, bounds))
+    return 0;
+  if (self.bounds_.size() > mostBounds) self.bounds_.clear();
+  const auto [known, isNew] = self.bounds_.try_emplace(path, bounds);
+  if (!isNew && known->second == bounds) return 0;
+  known->second = bounds;
+  self.isMoved_ = true;
+  return 0;
+}
+
+void AccessibilityBus::heed() {
+  if (arrivals_) arrivals_->setEnabled(true);
+  if (std::exchange(isMoved_, false)) Q_EMIT boundsChanged();
+}
 
 }  // namespace orvo

@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <QDeadlineTimer>
 #include <QObject>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <systemd/sd-bus.h>
@@ -52,12 +54,22 @@ class AccessibilityBus : public QObject {
   // Handlers are called for answers of the right form only, never from within, and may ask on.
   void askChildren(const Accessible& accessible, std::function<void(const std::vector<Accessible>&)> handler);
   void askIsDock(const Accessible& accessible, std::function<void(bool)> handler);
-  void askExtents(const Accessible& accessible, std::function<void(const Rect&)> handler);  // on the screen
+  enum class Coordinates : std::uint32_t { screen = 0, window = 1 };  // ATSPI_COORD_TYPE_...
+  void askExtents(const Accessible& accessible, Coordinates coordinates, std::function<void(const Rect&)> handler);
   void askProcess(const std::string& service, std::function<void(std::uint32_t)> handler);
 
   // Called once, when every question is answered that was asked since the last such call; at once where
   // none is open.
   void whenSettled(std::function<void(Outcome)> settled);
+
+  // Has this application, and no other, tell when something of it is moved or resized; an empty name ends
+  // that. True where it was not told so before: what it was asked until then may be out of date. Lasts
+  // until the connection is made anew.
+  bool listenTo(const std::string& service);
+
+ Q_SIGNALS:
+  // Something of the application listened to has other bounds than it last told.
+  void boundsChanged();
 
  private:
   using Reader = std::function<bool(sd_bus_message*)>;  // false for an answer of another form
@@ -71,10 +83,15 @@ class AccessibilityBus : public QObject {
            Arguments... arguments);
   static int answered(sd_bus_message* answer, void* question, sd_bus_error* error);
 
+  void sendWish(const char* member);
+  static int moved(sd_bus_message* event, void* bus, sd_bus_error* error);
+  void heed();
+
   void take(sd_bus_message* answer, const Question& question);
   std::chrono::milliseconds expectedPause() const;
   void gather();
   void giveUp();
+  void drop();
   void settle();
 
   std::string address_;
@@ -85,6 +102,13 @@ class AccessibilityBus : public QObject {
   std::function<void(Outcome)> settled_;
   QDeadlineTimer deadline_;
   QTimer pause_;
+
+  using Slot = std::unique_ptr<sd_bus_slot, sd_bus_slot* (*)(sd_bus_slot*)>;
+  std::string listened_;  // empty for nobody
+  Slot match_;            // goes before its bus
+  std::unique_ptr<QSocketNotifier> arrivals_;
+  std::map<std::string, Rect> bounds_;  // by path, as last told
+  bool isMoved_ = false;
 };
 
 }  // namespace orvo

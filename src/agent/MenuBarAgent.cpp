@@ -16,18 +16,17 @@
 
 namespace orvo {
 
-namespace {
-
-constexpr const char* controlIdentifierPrefix = "com.apple.menuextra.";
-
-}  // namespace
-
 MenuBarAgent::MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusNotifierWatcher& watcher,
                            PanelReader& panel)
     : bus_(std::move(bus)), service_(service), watcher_(watcher), panel_(panel) {
   registerAgentTypes();
   connect(&service_, &MenuBarService::itemArrived, this, &MenuBarAgent::ItemAdded);
   connect(&watcher_, &StatusNotifierWatcher::nameHeld, this, &MenuBarAgent::announceHeld);
+  // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
+  connect(&service_, &MenuBarService::changed, this, [this] { panel_.watch(service_.menuBar().isConcealing()); });
+  connect(&panel_, &PanelReader::looked, this, [this](const std::vector<DockControls>& docks) {
+    if (docks != told_) Q_EMIT TreeChanged();
+  });
   bus_.registerObject(agent_protocol::path, this, QDBusConnection::ExportScriptableContents);
 }
 
@@ -55,19 +54,31 @@ void MenuBarAgent::Invalidate(uint assertion) {
 
 QList<TreeElement> MenuBarAgent::Tree() {
   setDelayedReply(true);
-  panel_.read([this, call = message()](const std::vector<StatusControl>& controls) {
-    bus_.send(call.createReply(QVariant::fromValue(tree(controls))));
+  panel_.read([this, call = message()](const PanelReader::Reading& panel) {
+    told_ = panel.docks;
+    bus_.send(call.createReply(QVariant::fromValue(tree(panel))));
   });
   return {};
 }
 
-QList<TreeElement> MenuBarAgent::tree(const std::vector<StatusControl>& controls) const {
+// Controls come first: whoever looks at so many elements and no more finds them all.
+QList<TreeElement> MenuBarAgent::tree(const PanelReader::Reading& panel) const {
   const std::int32_t host = ::getpid();
-  QList<TreeElement> elements{{-1, host, {}, false, {}}};
+  QList<TreeElement> elements{{-1, host, panel.isFresh ? "" : agent_protocol::outOfDate, false, {}}};
+  for (const DockControls& dock : panel.docks) {
+    const auto parent = static_cast<std::int32_t>(elements.size());
+    elements.append({0, host, {}, true, dock.frame});
+    for (const StatusControl& control : dock.controls) {
+      const QString identifier = agent_protocol::controlPrefix + QString::fromStdString(control.name);
+      const auto whole = static_cast<std::int32_t>(elements.size());
+      elements.append({parent, host, identifier, true, control.frame});
+      const auto cut = pieces(control.frame);
+      if (cut.size() < 2) continue;
+      for (const Rect& piece : cut) elements.append({whole, host, identifier, true, piece});
+    }
+  }
   for (const TrayItem& item : service_.menuBar().shownItems())
     elements.append({0, item.processIdentifier, {}, false, {}});
-  for (const StatusControl& control : controls)
-    elements.append({0, host, controlIdentifierPrefix + QString::fromStdString(control.word), true, control.frame});
   return elements;
 }
 

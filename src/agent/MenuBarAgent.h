@@ -11,13 +11,13 @@
 #include <QString>
 #include <QStringList>
 
+#include "agent/PanelReader.h"
 #include "agent/TreeElement.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {
 
 class MenuBarService;
-class PanelReader;
 class StatusNotifierWatcher;
 
 class MenuBarAgent : public QObject, protected QDBusContext {
@@ -39,15 +39,17 @@ class MenuBarAgent : public QObject, protected QDBusContext {
 
  Q_SIGNALS:
   Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
+  Q_SCRIPTABLE void TreeChanged();
 
  private:
   void announceHeld();
-  QList<TreeElement> tree(const std::vector<StatusControl>& controls) const;
+  QList<TreeElement> tree(const PanelReader::Reading& panel) const;
 
   QDBusConnection bus_;
   MenuBarService& service_;
   StatusNotifierWatcher& watcher_;
   PanelReader& panel_;
+  std::vector<DockControls> told_;  // with the last tree
 };
 
 }  // namespace orvo

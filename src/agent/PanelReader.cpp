@@ -5,9 +5,34 @@
 
 namespace orvo {
 
+namespace {
+
+// A panel lays itself out in steps, a few milliseconds apart.
+constexpr std::chrono::milliseconds layoutPause{15};
+// For a panel that is starting, or stopped.
+constexpr std::chrono::milliseconds failurePause{500};
+
+Rect scaled(const Rect& rect, int scale) {
+  return {rect.x * scale, rect.y * scale, rect.width * scale, rect.height * scale};
+}
+
+std::vector<DockControls> scaled(std::vector<DockControls> docks, int scale) {
+  for (DockControls& dock : docks) {
+    dock.frame = scaled(dock.frame, scale);
+    for (StatusControl& control : dock.controls) control.frame = scaled(control.frame, scale);
+  }
+  return docks;
+}
+
+}  // namespace
+
 PanelReader::PanelReader(QDBusConnection session) : settings_(std::move(session)) {
   late_.setSingleShot(true);
   connect(&late_, &QTimer::timeout, this, &PanelReader::settleLate);
+  look_.setSingleShot(true);
+  connect(&look_, &QTimer::timeout, this, &PanelReader::look);
+  connect(&settings_, &PanelSettings::changed, this, [this] { lookSoon(layoutPause); });
+  connect(&bus_, &AccessibilityBus::boundsChanged, this, [this] { lookSoon(layoutPause); });
 }
 
 void PanelReader::read(Answer answer) {
@@ -18,6 +43,7 @@ void PanelReader::read(Answer answer) {
 
 void PanelReader::startReading() {
   isReading_ = true;
+  isFresh_ = false;
   settings_.read([this](const PanelFacts* facts) {
     if (facts == nullptr) return fail();
     if (facts->process == 0 || facts->accessibilityAddress.empty()) return succeed({});
@@ -30,15 +56,13 @@ void PanelReader::readTree(const PanelFacts& facts) {
   tree_.read(facts.process,
              [this, layouts = facts.layouts, scale = facts.scale](const std::optional<std::vector<Dock>>& docks) {
                if (!docks) return fail();
-               auto controls = statusControls(layouts, *docks);
-               for (auto& [word, frame] : controls)
-                 frame = {frame.x * scale, frame.y * scale, frame.width * scale, frame.height * scale};
-               succeed(std::move(controls));
+               succeed(scaled(statusControls(layouts, *docks), scale));
              });
 }
 
-void PanelReader::succeed(std::vector<StatusControl> controls) {
-  lastKnown_ = std::move(controls);
+void PanelReader::succeed(std::vector<DockControls> docks) {
+  lastKnown_ = std::move(docks);
+  isFresh_ = true;
   endReading();
 }
 
@@ -50,15 +74,39 @@ void PanelReader::fail() {
 void PanelReader::endReading() {
   isReading_ = false;
   late_.stop();
-  for (const Waiting& waiting : std::exchange(waiting_, {})) waiting.answer(lastKnown_);
+  for (const Waiting& waiting : std::exchange(waiting_, {})) waiting.answer({lastKnown_, isFresh_});
 }
 
 void PanelReader::settleLate() {
   while (!waiting_.empty() && waiting_.front().limit.hasExpired()) {
-    waiting_.front().answer(lastKnown_);
+    waiting_.front().answer({lastKnown_, false});
     waiting_.pop_front();
   }
   if (!waiting_.empty()) late_.start(static_cast<int>(waiting_.front().limit.remainingTime()) + 1);
+}
+
+void PanelReader::watch(bool watches) {
+  if (std::exchange(isWatching_, watches) == watches) return;
+  if (watches) return lookSoon(layoutPause);
+  look_.stop();
+  bus_.listenTo({});
+}
+
+void PanelReader::lookSoon(std::chrono::milliseconds pause) {
+  if (isWatching_ && !look_.isActive()) look_.start(pause);
+}
+
+void PanelReader::look() {
+  read([this](const Reading& reading) {
+    if (isWatching_) seen(reading);
+  });
+}
+
+void PanelReader::seen(const Reading& reading) {
+  if (!reading.isFresh) return lookSoon(failurePause);
+  // What moved before the panel was listened to is in no event.
+  if (bus_.listenTo(tree_.panelService())) lookSoon(layoutPause);
+  Q_EMIT looked(reading.docks);
 }
 
 }  // namespace orvo

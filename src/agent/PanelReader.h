@@ -1,6 +1,6 @@
 // Tells the panel's status controls: their kinds from the panel's settings, their places through
-// Accessibility. Asks for places only when it is asked, never waits, and is not woken by what the panel
-// shows in between. Owned by main; main thread.
+// Accessibility. Never waits. Asks for places only when it is asked, and is not woken by what the panel
+// shows in between, unless it watches. Owned by main; main thread.
 #pragma once
 
 #include <chrono>
@@ -28,12 +28,23 @@ class PanelReader : public QObject {
   // which a scan waits for the tree.
   static constexpr std::chrono::milliseconds limit{120};
 
-  using Answer = std::function<void(const std::vector<StatusControl>&)>;
+  struct Reading {
+    std::vector<DockControls> docks;
+    bool isFresh = false;  // not one of before, in place of an answer that did not come
+  };
+  using Answer = std::function<void(const Reading&)>;
 
   explicit PanelReader(QDBusConnection session);
 
-  // `answer` is called once. No controls without a panel or an accessibility bus.
+  // `answer` is called once. No docks without a panel or an accessibility bus.
   void read(Answer answer);
+
+  // While it watches, it reads whenever the panel may have put something elsewhere, and once at first.
+  void watch(bool watches);
+
+ Q_SIGNALS:
+  // What watching found, the same as before or not.
+  void looked(const std::vector<DockControls>& docks);
 
  private:
   struct Waiting {
@@ -43,10 +54,13 @@ class PanelReader : public QObject {
 
   void startReading();
   void readTree(const PanelFacts& facts);
-  void succeed(std::vector<StatusControl> controls);
+  void succeed(std::vector<DockControls> docks);
   void fail();
   void endReading();
   void settleLate();
+  void lookSoon(std::chrono::milliseconds pause);
+  void look();
+  void seen(const Reading& reading);
 
   PanelSettings settings_;
   AccessibilityBus bus_;
@@ -55,7 +69,10 @@ class PanelReader : public QObject {
   bool isReading_ = false;
   std::deque<Waiting> waiting_;  // in the order in which they become late
   QTimer late_;
-  std::vector<StatusControl> lastKnown_;
+  std::vector<DockControls> lastKnown_;
+  bool isFresh_ = false;
+  bool isWatching_ = false;
+  QTimer look_;
 };
 
 }  // namespace orvo

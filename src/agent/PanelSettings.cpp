@@ -37,7 +37,7 @@ PanelLayout layoutOf(const QVariantMap& settings, int panel) {
   PanelLayout layout;
   for (const QVariant& number : list(settings.value(QStringLiteral("/panels/panel-%1/plugin-ids").arg(panel)))) {
     const QString plugin = QStringLiteral("/plugins/plugin-%1").arg(number.toInt());
-    layout.push_back({settings.value(plugin).toString().toStdString(), settings.value(plugin + "/expand").toBool()});
+    layout.push_back({settings.value(plugin).toString().toStdString(), number.toInt()});
   }
   return layout;
 }
@@ -73,6 +73,7 @@ void PanelSettings::listen() {
 void PanelSettings::forget() {
   isKnown_ = false;
   isOutdated_ = true;
+  Q_EMIT changed();
 }
 
 void PanelSettings::read(Answer answer) {

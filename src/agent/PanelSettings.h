@@ -41,6 +41,10 @@ class PanelSettings : public QObject {
 
   Q_SLOT void forget();
 
+ Q_SIGNALS:
+  // The bus told of something that may have changed the facts.
+  void changed();
+
  private:
   using Handler = std::function<void(const QVariantList&)>;
   enum class Need { answer, nothing };  // whether an error spoils the reading

@@ -76,11 +76,12 @@ void PanelTree::measure() {
 
 void PanelTree::measure(std::size_t index, const DockTree& dock) {
   docks_[index].places.resize(dock.plugins.size());
-  bus_.askExtents(dock.frame, [this, index](const Rect& extents) { docks_[index].frame = extents; });
+  bus_.askExtents(dock.frame, AccessibilityBus::Coordinates::screen,
+                  [this, index](const Rect& extents) { docks_[index].frame = extents; });
   expectChildren(dock.frame, dock.containers);
   if (!dock.containers.empty()) expectChildren(dock.containers.front(), dock.plugins);
   for (std::size_t place = 0; place < dock.plugins.size(); ++place) {
-    bus_.askExtents(dock.plugins[place],
+    bus_.askExtents(dock.plugins[place], AccessibilityBus::Coordinates::window,
                     [this, index, place](const Rect& extents) { docks_[index].places[place] = extents; });
   }
 }

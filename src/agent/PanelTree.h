@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "agent/AccessibilityBus.h"
@@ -26,6 +27,9 @@ class PanelTree {
   void read(std::uint32_t panelProcess, Answer answer);
 
   void forget() { known_ = {}; }
+
+  // The panel's name on the accessibility bus; empty while it is not known.
+  const std::string& panelService() const { return known_.panel.service; }
 
  private:
   struct DockTree {

@@ -49,7 +49,7 @@ OrvoModel::OrvoModel(const Platform& platform)
 OrvoModel::~OrvoModel() {
   releaseAssertions(std::nullopt);
   stopObserving();
-  for (const MainQueue::Handle handle : {watchdog_, rehide_, pollTimer_}) mainQueue_.cancel(handle);
+  for (const MainQueue::Handle handle : {watchdog_, rehide_, pollTimer_, rescan_}) mainQueue_.cancel(handle);
 }
 
 void OrvoModel::start() {
@@ -85,6 +85,7 @@ void OrvoModel::observeSystem() {
   observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
   observe(center, Notification::didWake, &OrvoModel::systemDidWake);
   observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated);
+  observe(center, Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged);
   observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
 }
 
@@ -140,6 +141,12 @@ void OrvoModel::menuBarHostTerminated() {
   const bool wasConcealed = state() != BarState::visible;
   screensChanged();
   if (wasConcealed) message = "Could not hide icons: The menu bar agent is not running.";
+}
+
+// Until the new frames are there the old ones guard what they can; a scan that is under way began too soon.
+void OrvoModel::menuBarLayoutChanged() {
+  scanGeneration_ = freshIdentity();
+  refresh();
 }
 
 void OrvoModel::screensChanged() {

@@ -128,6 +128,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void systemWillSleep();
   void systemDidWake();
   void menuBarHostTerminated();
+  void menuBarLayoutChanged();
   void screensChanged();
   void poll();
   bool followTrust();
@@ -148,6 +149,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // False when no scan may start now.
   bool beginScan();
   void apply(const MenuBarSnapshot& snapshot);
+  void expectGuard();
   std::vector<DiscoveredApp> merged(const std::vector<DiscoveredApp>& found) const;
   void savePreferences();
 
@@ -174,6 +176,9 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   MainQueue::Handle watchdog_ = MainQueue::Handle::none;
   MainQueue::Handle rehide_ = MainQueue::Handle::none;
   MainQueue::Handle pollTimer_ = MainQueue::Handle::none;
+  MainQueue::Handle rescan_ = MainQueue::Handle::none;
+  // In a row, while icons are concealed.
+  int unguardedScans_ = 0;
   std::vector<Observation> observations_;
   std::unique_ptr<GlobalShortcut> shortcut_;
   // On the queue's clock; absent before a scan was applied.

@@ -11,6 +11,14 @@
 
 namespace orvo {
 
+namespace {
+
+// Two seconds in all: a panel that is restarted has its clock by then.
+constexpr MainQueue::Duration rescanPause{400};
+constexpr int mostRescans = 5;
+
+}  // namespace
+
 void OrvoModel::refresh(std::function<void()> done) {
   if (!beginScan()) {
     if (done) done();
@@ -51,6 +59,21 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
   apps = merged(snapshot.apps);
   isScanning = false;
   lastScan_ = mainQueue_.now();
+  expectGuard();
+}
+
+// A panel that is starting, or an agent that is slow, shows no control for a moment. Beyond that, icons stay
+// hidden only where every click on a clock would bring them back.
+void OrvoModel::expectGuard() {
+  mainQueue_.cancel(rescan_);
+  if (state() == BarState::visible || !relay_->systemFrames().empty()) {
+    unguardedScans_ = 0;
+  } else if (++unguardedScans_ <= mostRescans) {
+    rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
+  } else {
+    unguardedScans_ = 0;
+    failed("The system controls could not be found. All icons are visible.");
+  }
 }
 
 // While icons are concealed a scan misses their owners, so those that still run are carried over.

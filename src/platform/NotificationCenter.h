@@ -17,6 +17,8 @@ enum class Notification {
   screenParametersChanged,
   // The process that hosts the menu bar items ended, and with it every concealment.
   menuBarHostTerminated,
+  // While something is concealed: system controls came, went, or stand elsewhere in their bar.
+  menuBarLayoutChanged,
 };
 
 class NotificationCenter {

@@ -18,6 +18,8 @@ class Concealment {
 
   void requesterLost(const std::string& requester);
 
+  bool isEmpty() const { return requests_.empty(); }
+
   // With several requests an item shows only if each allows its owner. An owner that cannot be told,
   // an empty one, is not one that the person chose to hide.
   bool shows(const std::string& bundle) const;

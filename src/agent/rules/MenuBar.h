@@ -39,6 +39,7 @@ class MenuBar {
 
   const std::vector<TrayItem>& items() const { return registry_.items(); }
   std::vector<TrayItem> shownItems() const;
+  bool isConcealing() const { return !concealment_.isEmpty(); }
 
  private:
   void announce(MenuBarChange& change);

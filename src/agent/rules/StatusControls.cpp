@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <string>
 #include <string_view>
+#include <tuple>
 
 namespace orvo {
 
@@ -18,24 +21,21 @@ constexpr double leastCoordinate = -32768;
 // "statusnotifier" is the tray's name before Xfce 4.16.
 constexpr std::array<std::string_view, 2> trays = {"systray", "statusnotifier"};
 
-// They fill the panel: what lies beyond is not beside the tray.
-constexpr std::array<std::string_view, 4> dividers = {"tasklist", "docklike", "appmenu", "windowck-plugin"};
-
 // Ways to start programs and to reach windows and folders, which no menu bar calls a status control.
-constexpr std::array<std::string_view, 12> others = {"separator",     "launcher", "applicationsmenu", "whiskermenu",
-                                                     "directorymenu", "places",   "windowmenu",       "pager",
-                                                     "showdesktop",   "verve",    "smartbookmark",    "screenshooter"};
+constexpr std::array<std::string_view, 16> others = {
+    "separator",  "launcher", "applicationsmenu", "whiskermenu",    "directorymenu", "places",
+    "windowmenu", "pager",    "showdesktop",      "verve",          "smartbookmark", "screenshooter",
+    "tasklist",   "docklike", "appmenu",          "windowck-plugin"};
+
+// What is taller is taken for a panel that has been opened.
+constexpr double greatestHeight = 60;
 
 template <std::size_t Size>
 bool contains(const std::array<std::string_view, Size>& list, std::string_view type) {
   return std::find(list.begin(), list.end(), type) != list.end();
 }
 
-bool isTray(const PanelPlugin& plugin) { return contains(trays, plugin.type); }
-
-bool isDivider(const PanelPlugin& plugin) {
-  return contains(dividers, plugin.type) || (plugin.type == "separator" && plugin.expands);
-}
+bool isControl(const PanelPlugin& plugin) { return !contains(trays, plugin.type) && !contains(others, plugin.type); }
 
 bool isVisible(const Rect& place) {
   return place.x > leastCoordinate && place.y > leastCoordinate && place.width >= leastSize &&
@@ -50,39 +50,53 @@ std::vector<Rect> placesInOrder(const Dock& dock) {
       std::all_of(places.begin(), places.end(), [](const Rect& place) { return place.x > leastCoordinate; });
   const bool lies = dock.frame.width >= dock.frame.height;
   if (placed) {
+    // Small plug-ins of a panel with several rows share a column.
     std::stable_sort(places.begin(), places.end(), [lies](const Rect& left, const Rect& right) {
-      return lies ? left.x < right.x : left.y < right.y;
+      return lies ? std::tie(left.x, left.y) < std::tie(right.x, right.y)
+                  : std::tie(left.y, left.x) < std::tie(right.y, right.x);
     });
   }
   return places;
 }
 
-void collect(const PanelLayout& layout, const Dock& dock, std::vector<StatusControl>& controls) {
-  const auto tray = std::find_if(layout.begin(), layout.end(), isTray);
-  if (tray == layout.end()) return;
-  const auto begin = std::find_if(std::make_reverse_iterator(tray), layout.rend(), isDivider).base();
-  const auto end = std::find_if(tray, layout.end(), isDivider);
+std::vector<StatusControl> controlsOf(const PanelLayout& layout, const Dock& dock) {
+  std::vector<StatusControl> controls;
   const std::vector<Rect> places = placesInOrder(dock);
-  for (auto plugin = begin; plugin != end; ++plugin) {
-    const Rect& place = places[static_cast<std::size_t>(plugin - layout.begin())];
-    if (!isTray(*plugin) && !contains(others, plugin->type) && isVisible(place))
-      controls.push_back({plugin->type, place});
+  for (std::size_t index = 0; index < layout.size(); ++index) {
+    const auto& [type, number] = layout[index];
+    const Rect& place = places[index];
+    if (!isControl(layout[index]) || !isVisible(place)) continue;
+    controls.push_back({type + '-' + std::to_string(number),
+                        {dock.frame.x + place.x, dock.frame.y + place.y, place.width, place.height}});
   }
+  return controls;
 }
 
 }  // namespace
 
-std::vector<StatusControl> statusControls(const std::vector<PanelLayout>& layouts, const std::vector<Dock>& docks) {
-  std::vector<StatusControl> controls;
+std::vector<DockControls> statusControls(const std::vector<PanelLayout>& layouts, const std::vector<Dock>& docks) {
+  std::vector<DockControls> panels;
+  for (const Dock& dock : docks) panels.push_back({dock.frame, {}});
   auto next = docks.begin();
   for (const PanelLayout& layout : layouts) {
     const auto dock =
         std::find_if(next, docks.end(), [&](const Dock& each) { return each.places.size() == layout.size(); });
     if (dock == docks.end()) continue;
-    collect(layout, *dock, controls);
+    panels[static_cast<std::size_t>(dock - docks.begin())].controls = controlsOf(layout, *dock);
     next = std::next(dock);
   }
-  return controls;
+  return panels;
+}
+
+std::vector<Rect> pieces(const Rect& frame) {
+  const double count = std::ceil(frame.height / greatestHeight);
+  std::vector<Rect> cut;
+  for (double index = 0; index < count; ++index) {
+    const double top = std::floor(frame.height * index / count);
+    const double bottom = std::floor(frame.height * (index + 1) / count);
+    cut.push_back({frame.x, frame.y + top, frame.width, bottom - top});
+  }
+  return cut;
 }
 
 }  // namespace orvo

@@ -83,7 +83,8 @@ struct Adapters {
   ThreadExecutor scanExecutor;
   FileUserDefaults userDefaults{FileUserDefaults::standardPath()};
   LinuxFileSystem fileSystem;
-  X11EventTaps eventTaps{early.mainQueue, [this] { return early.accessibility.isProcessTrusted(); }};
+  X11EventTaps eventTaps{early.mainQueue, [this] { return early.accessibility.isProcessTrusted(); },
+                         early.accessibility.controlPlaces()};
   X11HotKeys hotKeys{early.mainQueue};
   AutostartLoginItem loginItem{AutostartLoginItem::standardFolder(),
                                early.bundle.identifier().value_or("local.orvo.Orvo"), early.bundle.program()};

@@ -10,11 +10,16 @@
 //   Tree() -> a(iisb(dddd))               the host's accessibility tree in pre-order, the root first:
 //       index of the parent (-1 for the root), process identifier, identifier (empty for none),
 //       whether there is a frame, and the frame in global screen coordinates. Answers within 0.2 s
-//       whatever the panel does
+//       whatever the panel does: where it did not answer, with what it said before, and the root then
+//       has the identifier outOfDate. Below the root, first the windows of the panel, in its own order;
+//       below each its controls, told apart by their identifiers for as long as the panel has them,
+//       and below a tall control its pieces, with the same identifier. Then the items
 //   Items() -> a(sus)                     every registered item, concealed or not: its address, its
 //       process identifier (0 where unknown) and the bundle identifier by which the agent allows or
 //       conceals it (empty where unknown: never concealed)
 //   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has
+//   signal TreeChanged()                  while anything is concealed: windows or controls are not as the
+//       last answer to Tree had them
 #pragma once
 
 namespace orvo::agent_protocol {
@@ -23,6 +28,9 @@ inline constexpr const char* service = "local.orvo.MenuBarAgent";
 inline constexpr const char* path = "/local/orvo/MenuBarAgent";
 inline constexpr const char* interface = "local.orvo.MenuBarAgent1";
 inline constexpr const char* watcherNotHeldError = "local.orvo.MenuBarAgent1.Error.WatcherNotHeld";
+
+inline constexpr const char* controlPrefix = "com.apple.menuextra.";
+inline constexpr const char* outOfDate = "local.orvo.OutOfDate";
 
 // The identifier under which the agent stands among the running applications.
 inline constexpr const char* hostBundleIdentifier = "com.apple.MenuBarAgent";

@@ -1,5 +1,6 @@
 #include "platform/linux/session/AgentAccessibility.h"
 
+#include "platform/linux/AgentProtocol.h"
 #include "platform/linux/session/AgentTree.h"
 #include "platform/linux/session/SessionBus.h"
 
@@ -21,6 +22,8 @@ constexpr const char* accessibilityPath = "/org/a11y/bus";
 constexpr const char* statusInterface = "org.a11y.Status";
 constexpr const char* enabledProperty = "IsEnabled";
 constexpr std::chrono::milliseconds patience{25000};
+// Within it the agent answers whatever the panel does.
+constexpr std::chrono::milliseconds treeLimit{200};
 
 QDBusMessage statusCall(const char* method) {
   QDBusMessage message = session_bus::call(latin(accessibilityService), latin(accessibilityPath),
@@ -45,7 +48,16 @@ bool AgentAccessibility::isProcessTrusted(bool prompt) {
 }
 
 AccessibilityElementRef AgentAccessibility::applicationElement(std::int32_t processIdentifier) {
-  return rootElement(std::make_shared<AgentTree>(bus_, processIdentifier));
+  const auto note = [this](const std::vector<AgentTree::Element>& elements) {
+    places_.note(AgentTree::controls(elements));
+  };
+  return rootElement(std::make_shared<AgentTree>(bus_, processIdentifier, note));
+}
+
+std::vector<ControlPlace> AgentAccessibility::controlsNow() const {
+  const auto elements = AgentTree::ask(bus_, treeLimit);
+  if (elements.empty() || elements.front().identifier == agent_protocol::outOfDate) return {};
+  return AgentTree::controls(elements);
 }
 
 void AgentAccessibility::watch() {

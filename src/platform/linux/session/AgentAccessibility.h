@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/Accessibility.h"
+#include "platform/linux/ControlPlaces.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -30,6 +31,9 @@ class AgentAccessibility : public QObject, public Accessibility {
   bool isProcessTrusted(bool prompt) override;
   AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override;
 
+  // Follows the trees that are handed out.
+  const ControlPlaces& controlPlaces() const { return places_; }
+
  private:
   Q_SLOT void propertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
 
@@ -37,8 +41,10 @@ class AgentAccessibility : public QObject, public Accessibility {
   void read();
   bool take(const QDBusMessage& reply);
   void switchOn();
+  std::vector<ControlPlace> controlsNow() const;
 
   QDBusConnection bus_;
+  ControlPlaces places_{[this] { return controlsNow(); }};
   std::atomic<bool> trusted_ = false;
 };
 

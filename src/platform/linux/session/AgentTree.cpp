@@ -1,5 +1,6 @@
 #include "platform/linux/session/AgentTree.h"
 
+#include "platform/linux/AgentProtocol.h"
 #include "platform/linux/session/SessionBus.h"
 
 #include <algorithm>
@@ -73,16 +74,22 @@ Row readRow(const QDBusArgument& list) {
 
 }  // namespace
 
-AgentTree::AgentTree(QDBusConnection bus, std::int32_t processIdentifier)
-    : bus_(std::move(bus)), process_(processIdentifier), limit_(defaultLimit) {}
+AgentTree::AgentTree(QDBusConnection bus, std::int32_t processIdentifier,
+                     std::function<void(const std::vector<Element>&)> noted)
+    : bus_(std::move(bus)), process_(processIdentifier), noted_(std::move(noted)), limit_(defaultLimit) {}
 
 const std::vector<AgentTree::Element>& AgentTree::elements() {
   if (elements_) return *elements_;
+  elements_ = ask(bus_, limit_);
+  if (!elements_->empty() && elements_->front().process != process_) elements_->clear();
+  if (noted_) noted_(*elements_);
+  return *elements_;
+}
+
+std::vector<AgentTree::Element> AgentTree::ask(const QDBusConnection& bus, std::chrono::milliseconds limit) {
   QDBusMessage question = session_bus::agentCall("Tree");
   question.setAutoStartService(false);
-  elements_ = decode(bus_.call(question, QDBus::Block, static_cast<int>(limit_.count())));
-  if (!elements_->empty() && elements_->front().process != process_) elements_->clear();
-  return *elements_;
+  return decode(bus.call(question, QDBus::Block, static_cast<int>(limit.count())));
 }
 
 std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
@@ -101,6 +108,26 @@ std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
   }
   list.endArray();
   return isTree ? elements : std::vector<Element>();
+}
+
+std::vector<ControlPlace> AgentTree::controls(const std::vector<Element>& elements) {
+  std::vector<ControlPlace> places;
+  if (elements.empty()) return places;
+  std::vector<Rect> windows;
+  for (const std::size_t child : elements.front().children) {
+    const Element& window = elements[child];
+    if (!window.frame) continue;
+    const auto alike = std::ranges::count_if(windows, [&](const Rect& other) {
+      return other.width == window.frame->width && other.height == window.frame->height;
+    });
+    windows.push_back(*window.frame);
+    for (const std::size_t control : window.children) {
+      const Element& element = elements[control];
+      if (!element.frame || !element.identifier.starts_with(agent_protocol::controlPrefix)) continue;
+      places.push_back({element.identifier, *element.frame, {*window.frame, static_cast<std::size_t>(alike)}});
+    }
+  }
+  return places;
 }
 
 AccessibilityElementRef rootElement(std::shared_ptr<AgentTree> tree) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/Accessibility.h"
+#include "platform/linux/ControlPlaces.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,8 +28,9 @@ class AgentTree {
     std::vector<std::size_t> children;
   };
 
-  // Answers no elements unless the root belongs to this process.
-  AgentTree(QDBusConnection bus, std::int32_t processIdentifier);
+  // Answers no elements unless the root belongs to this process. `noted` is told of what came, once.
+  AgentTree(QDBusConnection bus, std::int32_t processIdentifier,
+            std::function<void(const std::vector<Element>&)> noted = {});
 
   void setLimit(std::chrono::milliseconds limit) { limit_ = limit; }
 
@@ -37,12 +40,19 @@ class AgentTree {
   // is asked once.
   const std::vector<Element>& elements();
 
+  // What the agent answers now; as elements() where it does not. Waits for at most so long.
+  static std::vector<Element> ask(const QDBusConnection& bus, std::chrono::milliseconds limit);
+
   // Empty for a reply of any other form, or one whose parents do not come before their children.
   static std::vector<Element> decode(const QDBusMessage& reply);
+
+  // The system controls among them, pieces left out.
+  static std::vector<ControlPlace> controls(const std::vector<Element>& elements);
 
  private:
   QDBusConnection bus_;
   std::int32_t process_;
+  std::function<void(const std::vector<Element>&)> noted_;
   std::chrono::milliseconds limit_;
   std::optional<std::vector<Element>> elements_;
 };

@@ -23,6 +23,7 @@ DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleId
     : bus_(bus),
       trayOwners_(bus, {[this](std::int32_t process) { registry_.add(process, agent_protocol::hostBundleIdentifier); },
                         [this] { center_.post(Notification::menuBarHostTerminated); },
+                        [this] { center_.post(Notification::menuBarLayoutChanged); },
                         [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
       clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
       opener_(bus) {

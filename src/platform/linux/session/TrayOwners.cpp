@@ -39,6 +39,8 @@ void TrayOwners::subscribe() {
   const QString agent = latin(agent_protocol::service);
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("ItemAdded"), this,
                SLOT(itemAdded(QString, quint32, QString)));
+  bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("TreeChanged"),
+               this, SLOT(treeChanged()));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString& oldOwner, const QString& newOwner) {

@@ -1,4 +1,5 @@
-// Tells which processes own tray items, as items come, and which process the agent is. Owned by
+// Tells which processes own tray items, as items come, which process the agent is, and when it says that its
+// tree has changed. Owned by
 // DesktopWorkspace; main thread. Without the agent, nothing can be hidden and no owner matters.
 #pragma once
 
@@ -20,6 +21,7 @@ class TrayOwners : public QObject {
   struct Found {
     std::function<void(std::int32_t processIdentifier)> agent;
     std::function<void()> agentLost;
+    std::function<void()> treeChanged;
     // With the agent's word on whose item it is; empty for none.
     std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
@@ -35,6 +37,8 @@ class TrayOwners : public QObject {
 
  private:
   Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier, const QString& bundleIdentifier);
+
+  Q_SLOT void treeChanged() { found_.treeChanged(); }
 
   void subscribe();
   void agentStarted(const QString& name);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 namespace orvo {
 
@@ -56,23 +57,28 @@ Covers::Covers(XConnection& connection)
       windowType_(connection.atom("_NET_WM_WINDOW_TYPE")),
       dockType_(connection.atom("_NET_WM_WINDOW_TYPE_DOCK")) {}
 
-void Covers::lay(const std::vector<Rect>& regions, bool keepGrabs) {
-  const auto places = findPlaces(regions);
-  const auto stays = [&places](const Cover& cover) { return std::ranges::count(places, cover.place) > 0; };
+void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
+  const auto planned = plan(regions);
+  const auto stays = [&planned](Cover& cover) {
+    const auto found = std::ranges::find(planned, cover.place, &Planned::place);
+    if (found == planned.end()) return false;
+    cover.region = *found->region;
+    cover.corner = found->corner;
+    return true;
+  };
   const auto leaving = std::stable_partition(covers_.begin(), covers_.end(), stays);
   std::for_each(leaving, covers_.end(), [&](const Cover& cover) { putAway(cover, keepGrabs); });
   covers_.erase(leaving, covers_.end());
   if (!keepGrabs) {
-    for (const auto window : parked_) xcb_destroy_window(connection_.get(), window);
-    parked_.clear();
+    for (const auto& cover : std::exchange(parked_, {})) destroy(cover);
   }
 
   const std::uint32_t above = XCB_STACK_MODE_ABOVE;
   for (const auto& cover : covers_) {
     xcb_configure_window(connection_.get(), cover.window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
   }
-  for (const auto& place : places) {
-    if (std::ranges::find(covers_, place, &Cover::place) == covers_.end()) add(place);
+  for (const auto& each : planned) {
+    if (std::ranges::find(covers_, each.place, &Cover::place) == covers_.end()) add(each);
   }
   xcb_flush(connection_.get());
 }
@@ -86,7 +92,7 @@ bool Covers::concerns(const xcb_generic_event_t& event) {
     case XCB_DESTROY_NOTIFY: {
       const auto gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
       watched_.erase(gone);
-      std::erase(parked_, gone);
+      std::erase_if(parked_, [gone](const Cover& cover) { return cover.window == gone; });
       return std::erase_if(covers_, [gone](const Cover& cover) { return cover.window == gone; }) > 0 || !isOwn(gone);
     }
     case XCB_CREATE_NOTIFY:
@@ -96,34 +102,150 @@ bool Covers::concerns(const xcb_generic_event_t& event) {
     case XCB_CONFIGURE_NOTIFY:
     case XCB_CIRCULATE_NOTIFY:
       // All of these name the window that changed at the same place.
-      return !isOwn(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+      return !isOwn(reinterpret_cast<const xcb_map_notify_event_t&>(event).window) || isDisturbed(event);
     default:
       return false;
   }
 }
 
-std::vector<Covers::Place> Covers::findPlaces(const std::vector<Rect>& regions) {
+// Somebody else moved a cover or took it off the screen: it is laid anew.
+bool Covers::isDisturbed(const xcb_generic_event_t& event) {
+  const auto window = reinterpret_cast<const xcb_map_notify_event_t&>(event).window;
+  const auto cover = std::ranges::find(covers_, window, &Cover::window);
+  if (cover == covers_.end()) return false;
+  if (eventCode(event) == XCB_CONFIGURE_NOTIFY) {
+    const auto& now = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+    const auto& [parent, x, y, width, height] = cover->place;
+    if (now.x == x && now.y == y && now.width == width && now.height == height) return false;
+  } else if (eventCode(event) != XCB_UNMAP_NOTIFY && eventCode(event) != XCB_REPARENT_NOTIFY) {
+    return false;
+  }
+  putAway(*cover, false);
+  covers_.erase(cover);
+  return true;
+}
+
+std::optional<HeldPress::Place> Covers::caught(const xcb_button_press_event_t& press) const {
+  const auto cover = std::ranges::find(covers_, press.event, &Cover::window);
+  if (cover == covers_.end()) return std::nullopt;
+  // A second button comes here from wherever the pointer is.
+  const auto& place = cover->place;
+  if (press.event_x < 0 || press.event_y < 0 || press.event_x >= place.width || press.event_y >= place.height) {
+    return std::nullopt;
+  }
+  const Point location{cover->corner.x + press.event_x, cover->corner.y + press.event_y};
+  HeldPress::Place where{{static_cast<double>(press.root_x), static_cast<double>(press.root_y)}, location};
+  if (const auto& control = cover->region.control) {
+    where.control = ControlPoint{control->identifier, {location.x - control->frame.x, location.y - control->frame.y}};
+  }
+  return where;
+}
+
+void Covers::crossed(const xcb_enter_notify_event_t& event) {
+  const auto cover = std::ranges::find(covers_, event.event, &Cover::window);
+  if (cover == covers_.end()) return;
+  cover->isEntered = eventCode(reinterpret_cast<const xcb_generic_event_t&>(event)) == XCB_ENTER_NOTIFY;
+  if (!cover->isEntered) endHover(cover->place);
+}
+
+// As if the pointer came to the control from outside and went on to where it is.
+void Covers::endHover(const Place& place) {
+  const auto parent = frameOf(place.parent);
+  const auto pointer = connection_.queryPointer();
+  if (!parent || !pointer) return;
+  const Point corner{parent->x, parent->y};
+  const Point now{static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)};
+  tell(place.parent, XCB_ENTER_NOTIFY, corner,
+       {corner.x + place.x + place.width / 2, corner.y + place.y + place.height / 2});
+  tell(place.parent, isUnder(place.parent, now) ? XCB_MOTION_NOTIFY : XCB_LEAVE_NOTIFY, corner, now);
+  xcb_flush(connection_.get());
+}
+
+// To the window's own program, whatever it selected. `corner` is the window's.
+void Covers::tell(xcb_window_t window, std::uint8_t code, Point corner, Point onScreen) {
+  const bool isMotion = code == XCB_MOTION_NOTIFY;
+  xcb_enter_notify_event_t event{};  // of one layout with motion and leaving, but for its last two bytes
+  event.response_type = code;
+  event.detail = isMotion ? std::uint8_t{XCB_MOTION_NORMAL} : std::uint8_t{XCB_NOTIFY_DETAIL_NONLINEAR};
+  event.time = XCB_CURRENT_TIME;
+  event.root = connection_.root();
+  event.event = window;
+  event.root_x = static_cast<std::int16_t>(onScreen.x);
+  event.root_y = static_cast<std::int16_t>(onScreen.y);
+  event.event_x = static_cast<std::int16_t>(onScreen.x - corner.x);
+  event.event_y = static_cast<std::int16_t>(onScreen.y - corner.y);
+  constexpr std::uint8_t sameScreenOfMotion = 1;  // at the place of the others' mode
+  constexpr std::uint8_t sameScreen = 2;
+  event.mode = isMotion ? sameScreenOfMotion : std::uint8_t{XCB_NOTIFY_MODE_NORMAL};
+  event.same_screen_focus = isMotion ? std::uint8_t{0} : sameScreen;
+  xcb_send_event(connection_.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+}
+
+std::optional<Point> Covers::locate(const ControlPlace& control, Point offset) {
+  const auto known = docks();
+  const Dock* dock = dockOf(control.window, known);
+  if (dock == nullptr || control.frame.width < 1 || control.frame.height < 1) return std::nullopt;
+  const Point point{
+      dock->frame.x + control.frame.x - control.window.frame.x + std::clamp(offset.x, 0.0, control.frame.width - 1),
+      dock->frame.y + control.frame.y - control.window.frame.y + std::clamp(offset.y, 0.0, control.frame.height - 1)};
+  if (!isUnder(dock->window, point)) return std::nullopt;
+  return point;
+}
+
+std::vector<Covers::Planned> Covers::plan(const std::vector<GuardedRegion>& regions) {
   used_.clear();
-  std::vector<Place> places;
-  if (!regions.empty()) {
-    for (const auto dock : docks()) {
-      for (const auto& region : regions) {
-        Place place;
-        if (findPlace(dock, region, place) && std::ranges::count(places, place) == 0) places.push_back(place);
-      }
+  std::vector<Planned> planned;
+  const auto take = [&planned](const std::optional<Planned>& found) {
+    if (found && std::ranges::find(planned, found->place, &Planned::place) == planned.end()) planned.push_back(*found);
+  };
+  const auto known = regions.empty() ? std::vector<Dock>() : docks();
+  for (const auto& region : regions) {
+    if (const Dock* dock = region.control ? dockOf(region.control->window, known) : nullptr) {
+      const Rect& then = region.control->window.frame;
+      take(planOn(*dock, region, {then.x, then.y}));
+    } else {
+      for (const Dock& each : known) take(planOn(each, region, {each.frame.x, each.frame.y}));
     }
   }
   forgetUnused();
-  return places;
+  return planned;
 }
 
-std::vector<xcb_window_t> Covers::docks() {
-  auto windows = topLevelWindows();
-  std::erase_if(windows, [this](xcb_window_t window) { return !isDock(window); });
-  return windows;
+std::vector<Covers::Dock> Covers::docks() {
+  std::vector<Dock> found;
+  for (const auto window : topLevelWindows()) {
+    if (!isDock(window)) continue;
+    watch(window);
+    if (const auto frame = frameOf(window)) found.push_back({window, *frame});
+  }
+  // A program numbers its windows in the order in which it makes them.
+  std::ranges::sort(found, {}, &Dock::window);
+  return found;
 }
 
-// From the window manager's list of clients; without a window manager, the root's own children.
+std::optional<Rect> Covers::frameOf(xcb_window_t window) {
+  auto* connection = connection_.get();
+  const auto sizeCookie = xcb_get_geometry(connection, window);
+  const auto originCookie = xcb_translate_coordinates(connection, window, connection_.root(), 0, 0);
+  const auto size = owned(xcb_get_geometry_reply(connection, sizeCookie, nullptr));
+  const auto origin = owned(xcb_translate_coordinates_reply(connection, originCookie, nullptr));
+  if (!size || !origin) return std::nullopt;
+  return Rect{static_cast<double>(origin->dst_x), static_cast<double>(origin->dst_y), static_cast<double>(size->width),
+              static_cast<double>(size->height)};
+}
+
+// Where it was; else, since a panel may slide out of sight, the one of its size and age.
+const Covers::Dock* Covers::dockOf(const PanelWindow& window, const std::vector<Dock>& docks) {
+  const auto there = std::ranges::find(docks, window.frame, &Dock::frame);
+  if (there != docks.end()) return &*there;
+  std::size_t older = 0;
+  for (const Dock& dock : docks) {
+    const bool isAlike = dock.frame.width == window.frame.width && dock.frame.height == window.frame.height;
+    if (isAlike && older++ == window.ordinal) return &dock;
+  }
+  return nullptr;
+}
+
 std::vector<xcb_window_t> Covers::topLevelWindows() {
   auto* connection = connection_.get();
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -141,26 +263,20 @@ bool Covers::isDock(xcb_window_t window) {
   return std::ranges::count(windowsOf(reply.get()), dockType_) > 0;
 }
 
-bool Covers::findPlace(xcb_window_t dock, const Rect& region, Place& place) {
-  const auto pixels = pixelsOf(region);
-  if (!pixels) return false;
-  watch(dock);
-  auto* connection = connection_.get();
-  const auto sizeCookie = xcb_get_geometry(connection, dock);
-  const auto originCookie = xcb_translate_coordinates(connection, dock, connection_.root(), 0, 0);
-  const auto size = owned(xcb_get_geometry_reply(connection, sizeCookie, nullptr));
-  const auto origin = owned(xcb_translate_coordinates_reply(connection, originCookie, nullptr));
-  if (!size || !origin) return false;
-
-  // The part of the region that lies on the dock.
-  const int left = std::max(pixels->left - origin->dst_x, 0);
-  const int top = std::max(pixels->top - origin->dst_y, 0);
-  const int right = std::min<int>(pixels->right - origin->dst_x, size->width);
-  const int bottom = std::min<int>(pixels->bottom - origin->dst_y, size->height);
-  if (left >= right || top >= bottom) return false;
-  place = {dock, left, top, right - left, bottom - top};
-  while (childHolding(place)) watch(place.parent);
-  return true;
+// The part of the region that lies on the dock, whose corner was at `origin` when the region was told.
+std::optional<Covers::Planned> Covers::planOn(const Dock& dock, const GuardedRegion& region, Point origin) {
+  const auto pixels = pixelsOf(region.frame);
+  if (!pixels) return std::nullopt;
+  const int dockX = pixel(origin.x);
+  const int dockY = pixel(origin.y);
+  const int left = std::max(pixels->left - dockX, 0);
+  const int top = std::max(pixels->top - dockY, 0);
+  const int right = std::min(pixels->right - dockX, static_cast<int>(dock.frame.width));
+  const int bottom = std::min(pixels->bottom - dockY, static_cast<int>(dock.frame.height));
+  if (left >= right || top >= bottom) return std::nullopt;
+  Planned planned{{dock.window, left, top, right - left, bottom - top}, &region, {origin.x + left, origin.y + top}};
+  while (childHolding(planned.place)) watch(planned.place.parent);
+  return planned;
 }
 
 // Moves the place into a visible child window that holds all of it, the topmost such one.
@@ -180,6 +296,20 @@ bool Covers::childHolding(Place& place) {
     if (x < 0 || y < 0 || x + place.width > size->width || y + place.height > size->height) continue;
     place = {child, x, y, place.width, place.height};
     return true;
+  }
+  return false;
+}
+
+// Whether the pointer at this point of the screen would be in the window or below it.
+bool Covers::isUnder(xcb_window_t window, Point point) {
+  auto* connection = connection_.get();
+  const auto x = static_cast<std::int16_t>(point.x);
+  const auto y = static_cast<std::int16_t>(point.y);
+  for (xcb_window_t at = connection_.root(); at != XCB_WINDOW_NONE && at != window;) {
+    const auto cookie = xcb_translate_coordinates(connection, connection_.root(), at, x, y);
+    const auto reply = owned(xcb_translate_coordinates_reply(connection, cookie, nullptr));
+    if (!reply || reply->child == window) return static_cast<bool>(reply);
+    at = reply->child;
   }
   return false;
 }
@@ -211,10 +341,12 @@ void Covers::forgetUnused() {
   });
 }
 
-void Covers::add(const Place& place) {
+void Covers::add(const Planned& planned) {
+  const auto& place = planned.place;
   auto* connection = connection_.get();
   const auto window = xcb_generate_id(connection);
-  const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  const std::uint32_t mask =
+      XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_ENTER_WINDOW | XCB_EVENT_MASK_LEAVE_WINDOW;
   xcb_create_window(connection, 0, window, place.parent, static_cast<std::int16_t>(place.x),
                     static_cast<std::int16_t>(place.y), static_cast<std::uint16_t>(place.width),
                     static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT,
@@ -225,19 +357,22 @@ void Covers::add(const Place& place) {
                     XCB_MOD_MASK_ANY);
   }
   xcb_map_window(connection, window);
-  covers_.push_back({window, place});
+  covers_.push_back({window, place, *planned.region, planned.corner});
 }
 
 void Covers::putAway(const Cover& cover, bool keepGrab) {
-  if (!keepGrab) {
-    xcb_destroy_window(connection_.get(), cover.window);
-    return;
-  }
+  if (!keepGrab) return destroy(cover);
   // Still mapped, as a grab needs, but outside its parent and so nowhere on the screen.
   const std::uint32_t away[] = {static_cast<std::uint32_t>(-cover.place.width),
                                 static_cast<std::uint32_t>(-cover.place.height)};
   xcb_configure_window(connection_.get(), cover.window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, &away[0]);
-  parked_.push_back(cover.window);
+  parked_.push_back(cover);
+}
+
+// A pointer on the cover is not told as leaving it any more.
+void Covers::destroy(const Cover& cover) {
+  xcb_destroy_window(connection_.get(), cover.window);
+  if (cover.isEntered) endHover(cover.place);
 }
 
 }  // namespace orvo

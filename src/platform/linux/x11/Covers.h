@@ -1,15 +1,21 @@
 // Invisible input-only windows over regions of the panel, which take the left and right button and
 // nothing else. Owned by the tap's thread and used there only.
 //
-// A cover is a child of the deepest panel window that holds its region, so that whatever the panel
-// puts on top hides it as well, and that the wheel, the middle button and pointer motion, for which
-// it does not ask, fall through to the control's own program. Its buttons are passive asynchronous
-// grabs: they end with the physical release even when this process is stopped.
+// A cover is a child of the deepest panel window that holds its region, so that it goes where that window
+// goes, that whatever the panel puts on top hides it as well, and that the wheel, the middle button and
+// pointer motion, for which it does not ask, fall through to the control's own program. Its buttons are
+// passive asynchronous grabs: they end with the physical release even when this process is stopped.
+//
+// A pointer that moves over a cover is told to the panel as motion over the control, but one that leaves
+// it is not told as leaving the control, which would stay lit: the cover says so in the pointer's place.
 #pragma once
 
 #include "core/Rect.h"
+#include "platform/linux/x11/GuardedRegion.h"
+#include "platform/linux/x11/HeldPress.h"
 #include "platform/linux/x11/XConnection.h"
 
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -23,12 +29,21 @@ class Covers {
   // With `keepGrabs`, covers that go are only moved out of sight, so that a button held on one of
   // them keeps its grab and the panel gets no release without a press; the next call without it
   // removes them.
-  void lay(const std::vector<Rect>& regions, bool keepGrabs);
+  void lay(const std::vector<GuardedRegion>& regions, bool keepGrabs);
   void removeAll() { lay({}, false); }
 
   // True when the event tells that panel windows came, went or moved, so that covers need laying
   // afresh.
   bool concerns(const xcb_generic_event_t& event);
+
+  // What the press that a cover caught was on; absent for one elsewhere.
+  std::optional<HeldPress::Place> caught(const xcb_button_press_event_t& press) const;
+
+  // To be told of each pointer that comes to a cover or leaves it.
+  void crossed(const xcb_enter_notify_event_t& event);
+
+  // Where the point of the control is on the screen; absent where the pointer would not reach it there.
+  std::optional<Point> locate(const ControlPlace& control, Point offset);
 
  private:
   // Where a cover goes, in the parent's coordinates.
@@ -41,24 +56,43 @@ class Covers {
 
     bool operator==(const Place&) const = default;
   };
+  struct Planned {
+    Place place;
+    const GuardedRegion* region;
+    Point corner;  // the place's, as the region's owner knows it
+  };
   struct Cover {
     xcb_window_t window;
     Place place;
+    GuardedRegion region;
+    Point corner;
+    bool isEntered = false;
+  };
+  struct Dock {
+    xcb_window_t window;
+    Rect frame;  // on the screen
   };
 
-  std::vector<Place> findPlaces(const std::vector<Rect>& regions);
-  std::vector<xcb_window_t> docks();
+  std::vector<Planned> plan(const std::vector<GuardedRegion>& regions);
+  std::vector<Dock> docks();
   std::vector<xcb_window_t> topLevelWindows();
   bool isDock(xcb_window_t window);
-  bool findPlace(xcb_window_t dock, const Rect& region, Place& place);
+  std::optional<Rect> frameOf(xcb_window_t window);
+  static const Dock* dockOf(const PanelWindow& window, const std::vector<Dock>& docks);
+  std::optional<Planned> planOn(const Dock& dock, const GuardedRegion& region, Point origin);
   bool childHolding(Place& place);
   bool isOwn(xcb_window_t window) const;
+  bool isUnder(xcb_window_t window, Point point);
+  bool isDisturbed(const xcb_generic_event_t& event);
+  void endHover(const Place& place);
+  void tell(xcb_window_t window, std::uint8_t code, Point corner, Point onScreen);
+  void destroy(const Cover& cover);
 
   void watch(xcb_window_t window);
   void watchRoot(std::uint32_t mask);
   void forgetUnused();
 
-  void add(const Place& place);
+  void add(const Planned& planned);
   void putAway(const Cover& cover, bool keepGrab);
 
   XConnection& connection_;
@@ -66,7 +100,7 @@ class Covers {
   xcb_atom_t windowType_;
   xcb_atom_t dockType_;
   std::vector<Cover> covers_;
-  std::vector<xcb_window_t> parked_;
+  std::vector<Cover> parked_;
   std::set<xcb_window_t> watched_;
   std::set<xcb_window_t> used_;
 };

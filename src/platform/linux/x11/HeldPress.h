@@ -3,9 +3,12 @@
 #pragma once
 
 #include "platform/EventTap.h"
+#include "platform/linux/x11/GuardedRegion.h"
 
 #include <atomic>
 #include <chrono>
+#include <optional>
+#include <utility>
 
 namespace orvo {
 
@@ -13,11 +16,18 @@ class HeldPress {
  public:
   using Moment = std::chrono::steady_clock::time_point;
 
-  HeldPress(EventType type, Point location, Moment moment) : type_(type), location_(location), moment_(moment) {}
+  // Where a press was: on the screen, within the regions as their owner knows them, and on its control.
+  struct Place {
+    Point screen;
+    Point location;
+    std::optional<ControlPoint> control = {};
+  };
+
+  HeldPress(EventType type, Place place, Moment moment) : type_(type), place_(std::move(place)), moment_(moment) {}
 
   EventType type() const { return type_; }
-  Point location() const { return location_; }  // root coordinates
-  Moment moment() const { return moment_; }     // when the person pressed
+  const Place& place() const { return place_; }
+  Moment moment() const { return moment_; }  // when the person pressed
 
   // Main thread: true when the callback may be asked. From then on its answer counts, however long
   // it takes.
@@ -35,7 +45,7 @@ class HeldPress {
   }
 
   EventType type_;
-  Point location_;
+  Place place_;
   Moment moment_;
   std::atomic<State> state_ = State::waiting;
 };

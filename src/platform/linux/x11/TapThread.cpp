@@ -24,6 +24,9 @@ constexpr auto heldInterval = 10ms;
 constexpr auto givenInterval = 1ms;
 constexpr auto givenLimit = 250ms;
 
+// In the code of an event that SendEvent made.
+constexpr std::uint8_t sentByClient = 0x80;
+
 constexpr xcb_button_t leftButton = 1;
 constexpr xcb_button_t rightButton = 3;
 
@@ -79,7 +82,7 @@ TapThread::~TapThread() {
   close(wakeUp_);
 }
 
-void TapThread::setRegions(std::vector<Rect> regions) {
+void TapThread::setRegions(std::vector<GuardedRegion> regions) {
   post([this, regions = std::move(regions)] {
     if (regions_.empty() && !regions.empty()) askServerTime();
     regions_ = regions;
@@ -96,12 +99,8 @@ void TapThread::decide(const std::shared_ptr<HeldPress>& press, bool pass) {
   });
 }
 
-void TapThread::click(EventType downType, Point location, HeldPress::Moment moment) {
-  post([this, click = clickFor(downType, location, moment)] { clicks_.push_back(click); });
-}
-
-TapThread::Click TapThread::clickFor(EventType downType, Point location, HeldPress::Moment moment) {
-  return {buttonOf(downType), {coordinate(location.x), coordinate(location.y)}, moment};
+void TapThread::click(EventType downType, HeldPress::Place place, HeldPress::Moment moment) {
+  post([this, click = Click{buttonOf(downType), std::move(place), moment}] { clicks_.push_back(click); });
 }
 
 void TapThread::post(std::function<void()> command) {
@@ -148,6 +147,7 @@ void TapThread::handleEvents() {
 }
 
 void TapThread::handle(const xcb_generic_event_t& event) {
+  if ((event.response_type & sentByClient) != 0) return;  // nobody pressed or moved anything
   switch (eventCode(event)) {
     case 0:
       connection_->sayUnexpected(reinterpret_cast<const xcb_generic_error_t&>(event));
@@ -164,6 +164,10 @@ void TapThread::handle(const xcb_generic_event_t& event) {
       }
       break;
     }
+    case XCB_ENTER_NOTIFY:
+    case XCB_LEAVE_NOTIFY:
+      covers_.crossed(reinterpret_cast<const xcb_enter_notify_event_t&>(event));
+      break;
     case XCB_PROPERTY_NOTIFY: {
       const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
       if (property.window == self_) serverTimeOffset_ = milliseconds(Clock::now()) - property.time;
@@ -182,9 +186,12 @@ void TapThread::handlePress(const xcb_button_press_event_t& event) {
     drop();
     return;
   }
-  const Point location{static_cast<double>(event.root_x), static_cast<double>(event.root_y)};
-  Held held{std::make_shared<HeldPress>(downType(event.detail), location, moment), Clock::now() + verdictLimit};
-  if (inRegions(location) || !anyHeld()) {
+  const auto caught = covers_.caught(event);
+  const Point screen{static_cast<double>(event.root_x), static_cast<double>(event.root_y)};
+  Held held{
+      std::make_shared<HeldPress>(downType(event.detail), caught.value_or(HeldPress::Place{screen, screen}), moment),
+      Clock::now() + verdictLimit};
+  if (caught || !anyHeld()) {
     sink_.pressed(held.press);
   } else {
     // A second button, pressed elsewhere: it came here because the first one is held on a cover.
@@ -235,45 +242,65 @@ void TapThread::retireHeld() {
   std::erase_if(held_, [this](const Held& held) {
     if (!held.decided || !held.released) return false;
     const auto& press = *held.press;
-    if (held.passes) clicks_.push_back(clickFor(press.type(), press.location(), press.moment()));
+    if (held.passes) clicks_.push_back({buttonOf(press.type()), press.place(), press.moment()});
     return true;
   });
 }
 
 void TapThread::giveClicks() {
   while (given_ || (!clicks_.empty() && !anyHeld())) {
-    const auto pointer = connection_->queryPointer();
-    if (!pointer || (given_ && !finishGiven(*pointer))) return;
-    if (clicks_.empty() || (pointer->mask & anyButton) != 0) break;
-    const Click click = clicks_.front();
+    if (given_) {
+      const auto pointer = connection_->queryPointer();
+      if (!pointer || !finishGiven(*pointer)) return;
+    }
+    if (clicks_.empty() || !isFree()) break;
+    const Click click = std::move(clicks_.front());
     clicks_.pop_front();
-    if (!isOver(std::max(click.moment, lastRelease_))) give(click, *pointer);
+    if (isOver(std::max(click.moment, lastRelease_))) continue;
+    if (const auto at = whereToGive(click)) give(click.button, *at);
   }
   if (finishing_) clicks_.clear();
+}
+
+bool TapThread::isFree() const {
+  const auto pointer = connection_->queryPointer();
+  return pointer && (pointer->mask & anyButton) == 0;
+}
+
+std::optional<TapThread::Position> TapThread::whereToGive(const Click& click) {
+  std::optional<Point> point = click.place.screen;
+  if (const auto& control = click.place.control) {
+    const auto now = sink_.find(control->identifier);
+    point = now ? covers_.locate(*now, control->offset) : std::nullopt;
+  }
+  if (!point) return std::nullopt;
+  return Position{coordinate(point->x), coordinate(point->y)};
 }
 
 // The server takes in what XTEST sends before it answers the next request. From then on the button
 // counts as pressed just as long as somebody who looks at the click first holds it back.
 bool TapThread::finishGiven(const xcb_query_pointer_reply_t& pointer) {
-  const auto& [click, limit, from] = *given_;
-  if ((pointer.mask & maskOf(click.button)) != 0 && Clock::now() < limit) return false;
+  const auto& [button, at, limit, from] = *given_;
+  if ((pointer.mask & maskOf(button)) != 0 && Clock::now() < limit) return false;
   // Not together with the click: a release that was held back would happen where the pointer is then.
-  if (from && click.at == Position{pointer.root_x, pointer.root_y}) movePointer(*from);
+  if (from && at == Position{pointer.root_x, pointer.root_y}) movePointer(*from);
   given_.reset();
   return true;
 }
 
-void TapThread::give(const Click& click, const xcb_query_pointer_reply_t& pointer) {
+void TapThread::give(xcb_button_t button, Position at) {
   covers_.removeAll();
   coversStale_ = true;
-  given_ = Given{click, Clock::now() + givenLimit, std::nullopt};
-  if (const Position position{pointer.root_x, pointer.root_y}; position != click.at) {
+  given_ = Given{button, at, Clock::now() + givenLimit, std::nullopt};
+  const auto pointer = connection_->queryPointer();
+  if (!pointer) return;
+  if (const Position position{pointer->root_x, pointer->root_y}; position != at) {
     given_->from = position;
-    movePointer(click.at);
+    movePointer(at);
   }
   for (const auto type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE}) {
-    xcb_test_fake_input(connection_->get(), static_cast<std::uint8_t>(type), click.button, XCB_CURRENT_TIME,
-                        XCB_WINDOW_NONE, 0, 0, 0);
+    xcb_test_fake_input(connection_->get(), static_cast<std::uint8_t>(type), button, XCB_CURRENT_TIME, XCB_WINDOW_NONE,
+                        0, 0, 0);
   }
   xcb_flush(connection_->get());
 }
@@ -322,10 +349,6 @@ TapThread::Clock::time_point TapThread::momentOf(xcb_timestamp_t time) const {
   const auto now = Clock::now();
   const auto age = static_cast<std::int32_t>(milliseconds(now) - serverTimeOffset_ - time);
   return now - std::chrono::milliseconds(std::max(age, 0));
-}
-
-bool TapThread::inRegions(Point point) const {
-  return std::ranges::any_of(regions_, [point](const Rect& region) { return region.contains(point); });
 }
 
 }  // namespace orvo

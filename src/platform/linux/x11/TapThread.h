@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/linux/x11/Covers.h"
+#include "platform/linux/x11/GuardedRegion.h"
 #include "platform/linux/x11/HeldPress.h"
 #include "platform/linux/x11/XConnection.h"
 
@@ -31,6 +32,8 @@ class TapThread {
     std::function<void(const std::shared_ptr<HeldPress>&)> pressed;
     // The physical end of a press, which has been handed over before.
     std::function<void(const std::shared_ptr<HeldPress>&, Point)> released;
+    // Where a control is now; absent when it has gone or nobody knows. May take 0.2 s.
+    std::function<std::optional<ControlPlace>(const std::string& identifier)> find;
     // A press was not decided in time. The regions have been dropped.
     std::function<void()> timedOut;
   };
@@ -47,13 +50,14 @@ class TapThread {
   // False for good once the server has gone.
   bool works() const { return !dead_; }
 
-  void setRegions(std::vector<Rect> regions);
+  void setRegions(std::vector<GuardedRegion> regions);
   // The main thread's verdict on a press: a press that passes is given as a click when the physical
   // button is up.
   void decide(const std::shared_ptr<HeldPress>& press, bool pass);
-  // A press and a release at the point, as soon as no button is held and no cover is in the way. `moment`
-  // is that of the person's press.
-  void click(EventType downType, Point location, HeldPress::Moment moment);
+  // A press and a release, as soon as no button is held and no cover is in the way: on the control, wherever
+  // it is by then and nowhere if it has gone; without one, at the point of the screen. `moment` is that of
+  // the person's press.
+  void click(EventType downType, HeldPress::Place place, HeldPress::Moment moment);
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -74,19 +78,19 @@ class TapThread {
   };
   struct Click {
     xcb_button_t button;
-    Position at;
+    HeldPress::Place place;
     Clock::time_point moment;
   };
   // The click that was given last, until the server has handed it out.
   struct Given {
-    Click click;
+    xcb_button_t button;
+    Position at;
     Clock::time_point limit;
     // Where the pointer was, if elsewhere.
     std::optional<Position> from;
   };
 
   TapThread(std::unique_ptr<XConnection> connection, Sink sink);
-  static Click clickFor(EventType downType, Point location, HeldPress::Moment moment);
   void post(std::function<void()> command);
 
   // The rest runs on the tap's thread.
@@ -102,7 +106,9 @@ class TapThread {
   void retireHeld();
   void giveClicks();
   bool finishGiven(const xcb_query_pointer_reply_t& pointer);
-  void give(const Click& click, const xcb_query_pointer_reply_t& pointer);
+  bool isFree() const;
+  std::optional<Position> whereToGive(const Click& click);
+  void give(xcb_button_t button, Position at);
   void movePointer(Position position);
   void layCovers();
   void wait();
@@ -111,7 +117,6 @@ class TapThread {
 
   void askServerTime();
   Clock::time_point momentOf(xcb_timestamp_t time) const;
-  bool inRegions(Point point) const;
 
   std::unique_ptr<XConnection> connection_;
   Sink sink_;
@@ -123,7 +128,7 @@ class TapThread {
 
   xcb_window_t self_ = XCB_WINDOW_NONE;  // only there to be told the server's time
   std::uint32_t serverTimeOffset_ = 0;   // our clock minus the server's, in milliseconds
-  std::vector<Rect> regions_;
+  std::vector<GuardedRegion> regions_;
   bool coversStale_ = false;
   std::vector<Held> held_;
   std::deque<Click> clicks_;

@@ -3,10 +3,13 @@
 #pragma once
 
 #include "platform/EventTap.h"
+#include "platform/linux/x11/GuardedRegion.h"
 
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace orvo {
 
@@ -14,11 +17,14 @@ class X11Event : public Event {
  public:
   using Moment = std::chrono::steady_clock::time_point;
 
-  X11Event(EventType type, Point location, Moment moment) : type_(type), location_(location), moment_(moment) {}
+  X11Event(EventType type, Point location, Moment moment, std::optional<ControlPoint> control = {})
+      : type_(type), location_(location), moment_(moment), control_(std::move(control)) {}
 
   EventType type() const { return type_; }
   // When the person pressed the button.
   Moment moment() const { return moment_; }
+  // What was pressed, if it was a control; it may stand elsewhere by now.
+  const std::optional<ControlPoint>& control() const { return control_; }
 
   Point location() const override { return location_; }
   std::unique_ptr<Event> copy() const override { return std::make_unique<X11Event>(*this); }
@@ -32,6 +38,7 @@ class X11Event : public Event {
   EventType type_;
   Point location_;
   Moment moment_;
+  std::optional<ControlPoint> control_;
   std::map<std::uint32_t, std::int64_t> fields_;
 };
 

@@ -50,8 +50,13 @@ class X11EventTaps::Port : public EventTapPort {
   std::shared_ptr<Tap> tap_;
 };
 
-X11EventTaps::X11EventTaps(MainQueue& queue, std::function<bool()> trusted, std::string display)
-    : queue_(queue), trusted_(std::move(trusted)), display_(std::move(display)), alive_(std::make_shared<int>()) {}
+X11EventTaps::X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places,
+                           std::string display)
+    : queue_(queue),
+      trusted_(std::move(trusted)),
+      places_(places),
+      display_(std::move(display)),
+      alive_(std::make_shared<int>()) {}
 
 X11EventTaps::~X11EventTaps() {
   if (tap_) invalidate(*tap_);
@@ -82,18 +87,25 @@ bool X11EventTaps::startThread() {
   sink.released = [this](const std::shared_ptr<HeldPress>& press, Point location) {
     onMain([this, press, location] { release(*press, location); });
   };
+  sink.find = [&places = places_](const std::string& control) { return places.find(control); };
   sink.timedOut = [this] { onMain([this] { disable(); }); };
   thread_ = TapThread::start(display_, std::move(sink));
   return thread_ != nullptr;
 }
 
 void X11EventTaps::update() {
-  if (thread_) thread_->setRegions(tap_ && tap_->active() ? tap_->regions : std::vector<Rect>());
+  if (!thread_) return;
+  std::vector<GuardedRegion> regions;
+  if (tap_ && tap_->active()) {
+    for (const Rect& frame : tap_->regions)
+      regions.push_back({frame, places_.at({frame.x + frame.width / 2, frame.y + frame.height / 2})});
+  }
+  thread_->setRegions(std::move(regions));
 }
 
 void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {
   if (!press->beginAsking()) return;
-  X11Event event(press->type(), press->location(), press->moment());
+  X11Event event(press->type(), press->place().location, press->moment(), press->place().control);
   const bool pass = passes(event);  // the callback may end the thread
   if (thread_) thread_->decide(press, pass);
 }
@@ -133,7 +145,8 @@ void X11EventTaps::givePosted() {
 
 void X11EventTaps::give(const X11Event& event) {
   const bool down = event.type() == EventType::leftMouseDown || event.type() == EventType::rightMouseDown;
-  if (down && startThread()) thread_->click(event.type(), event.location(), event.moment());
+  if (down && startThread())
+    thread_->click(event.type(), {event.location(), event.location(), event.control()}, event.moment());
 }
 
 void X11EventTaps::invalidate(Tap& tap) {

@@ -2,13 +2,16 @@
 // the panel. Owned by main.cpp; main thread only, its waiting is done by a thread of its own.
 //
 // There is one tap at a time. It sees nothing without regions, and in regions outside any dock
-// window: those clicks pass. A press that the callback lets through, and a posted press, reach the
+// window: those clicks pass. Where the tree tells of controls, a region follows its panel's window,
+// and a press in it is shown where the region was told to be; a posted press goes to where its control is by
+// then, and to nobody when that has gone. A press that the callback lets through, and a posted press, reach the
 // session together with their release when the physical button is up, since a press given while the
 // button is held would never arrive; a posted release is contained in that. A click older than
 // clickLimit reaches nobody. Touches count as far as the server turns them into button events.
 #pragma once
 
 #include "platform/EventTap.h"
+#include "platform/linux/ControlPlaces.h"
 #include "platform/MainQueue.h"
 
 #include <deque>
@@ -25,7 +28,7 @@ class X11Event;
 class X11EventTaps : public EventTaps {
  public:
   // `trusted` tells whether this process may tap at all. An empty `display` stands for DISPLAY.
-  X11EventTaps(MainQueue& queue, std::function<bool()> trusted, std::string display = {});
+  X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places, std::string display = {});
   // Events that were posted still reach the session, unless their button is held.
   ~X11EventTaps() override;
 
@@ -53,6 +56,7 @@ class X11EventTaps : public EventTaps {
 
   MainQueue& queue_;
   std::function<bool()> trusted_;
+  const ControlPlaces& places_;
   std::string display_;
   std::shared_ptr<Tap> tap_;  // absent when there is none or it is invalid
   std::deque<X11Event> posted_;
