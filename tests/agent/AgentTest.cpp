@@ -163,7 +163,7 @@ class AgentPanelTest : public AgentTest {
     xfce_ = std::make_unique<Program>(folder_, "xfce", ORVO_PANEL_PROGRAM);
     for (const char* plugin : {"1 systray 0 40", "2 clock 40 40", "3 pulseaudio 80 40"})
       xfce_->say(QStringLiteral("put %1").arg(plugin));
-    EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+    EXPECT_TRUE(shows("clock-2@40+40 pulseaudio-3@80+40"));
   }
 
   // In the very next scan, unless the machine is so busy that the agent has to answer without the panel.
@@ -186,15 +186,15 @@ TEST_F(AgentPanelTest, SeesInTheNextScanWhateverThePanelChanged) {
     const char* change;
     const char* expected;
   } steps[] = {
-      {"put 2 clock 40 52", "clock@40+52 pulseaudio@80+40"},
-      {"put 3 pulseaudio 92 40", "clock@40+52 pulseaudio@92+40"},
-      {"put 4 xkb 132 30", "clock@40+52 pulseaudio@92+40 xkb@132+30"},
-      {"remove 2", "pulseaudio@92+40 xkb@132+30"},
-      {"put 3 pulseaudio -2147483648 40", "xkb@132+30"},
-      {"retype 4 weather", "weather@132+30"},
-      {"scale 2", "weather@264+60"},
+      {"put 2 clock 40 52", "clock-2@40+52 pulseaudio-3@80+40"},
+      {"put 3 pulseaudio 92 40", "clock-2@40+52 pulseaudio-3@92+40"},
+      {"put 4 xkb 132 30", "clock-2@40+52 pulseaudio-3@92+40 xkb-4@132+30"},
+      {"remove 2", "pulseaudio-3@92+40 xkb-4@132+30"},
+      {"put 3 pulseaudio -2147483648 40", "xkb-4@132+30"},
+      {"retype 4 weather", "weather-4@132+30"},
+      {"scale 2", "weather-4@264+60"},
       {"leave org.xfce.Panel", ""},
-      {"own org.xfce.Panel", "weather@264+60"},
+      {"own org.xfce.Panel", "weather-4@264+60"},
   };
   for (const auto& [change, expected] : steps) {
     xfce_->say(change);
@@ -206,16 +206,16 @@ TEST_F(AgentPanelTest, SeesInTheNextScanWhateverThePanelChanged) {
 
 TEST_F(AgentPanelTest, AsksAnUnchangedPanelForNothingButItsTreeAndPlaces) {
   xfce_->say("calls");
-  EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  EXPECT_TRUE(shows("clock-2@40+40 pulseaudio-3@80+40"));
   EXPECT_EQ(xfce_->say("calls"), "7") << "children of panel, window and box; places of the window and three plug-ins";
 }
 
 TEST_F(AgentPanelTest, AnswersWithWhatItKnowsWhileThePanelIsStopped) {
   xfce_->signal(SIGSTOP);
-  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock-2@40+40 pulseaudio-3@80+40"));
   xfce_->signal(SIGCONT);
   xfce_->say("put 2 clock 40 52");
-  EXPECT_TRUE(runUntil([this] { return bool(shows("clock@40+52 pulseaudio@80+40")); }));
+  EXPECT_TRUE(runUntil([this] { return bool(shows("clock-2@40+52 pulseaudio-3@80+40")); }));
 }
 
 // The server takes the connection and says nothing: not even its greeting may be waited for.
@@ -224,11 +224,11 @@ TEST_F(AgentPanelTest, WaitsForNoAccessibilityBusThatIsStopped) {
   accessibility.signal(SIGSTOP);
   xfce_->say("accessibility " + accessibility.address());
   xfce_->say("scale 1");
-  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock@40+40 pulseaudio@80+40"));
+  for (int scan = 0; scan < 3; ++scan) EXPECT_TRUE(shows("clock-2@40+40 pulseaudio-3@80+40"));
   EXPECT_EQ(panel_->say("items"), "");
   xfce_->say("accessibility " + bus_.address());
   xfce_->say("put 2 clock 40 52");
-  EXPECT_TRUE(runUntil([this] { return bool(shows("clock@40+52 pulseaudio@80+40")); }));
+  EXPECT_TRUE(runUntil([this] { return bool(shows("clock-2@40+52 pulseaudio-3@80+40")); }));
 }
 
 // Qt programs read the introspection, and hear "no host" only once.

@@ -66,7 +66,7 @@ def tree():
 
 def controls():
     return " ".join(f"{identifier.rsplit('.', 1)[-1]}@{frame[0]:g}+{frame[2]:g}"
-                    for _, _, identifier, has_frame, frame in agent("Tree") if has_frame)
+                    for _, _, identifier, has_frame, frame in agent("Tree") if has_frame and identifier)
 
 
 def held():

@@ -92,10 +92,9 @@ class Layout(DesktopCase):
         return settled(look, 0.15, 10, f"{name} in sight")
 
     def bring_into_sight(self):
-        if any("autohide-behavior" in settings for settings, _ in self.desktop.panels):
-            x, y = self.desktop.person.pointer()[0]
-            edge = 0 if y < self.desktop.size[1] // 2 and "p=8" not in str(self.desktop.panels) else self.desktop.size[1] - 1
-            self.desktop.person.move(400 + (x + 1) % 2, edge)
+        """Touches the panel's edge of the screen."""
+        x = self.desktop.person.pointer()[0][0]
+        self.desktop.person.move(400 + (x + 1) % 2, self.desktop.size[1] - 1 if BOTTOM["position"] in str(self.desktop.panels) else 0)
 
     def border(self, name):
         """A strip of the control that nothing written on it reaches: lit when the pointer is over it, or was."""
@@ -143,9 +142,9 @@ class Layout(DesktopCase):
         self.assertEqual(self.clicked[clicks:], [], "clicks on icons")
 
     def click_guarded(self, name, button, held):
-        unlit = self.border(name)
-        self.hide()
         self.desktop.away()
+        unlit = settled(lambda: self.border(name), 0.3)
+        self.hide()
         place = center(self.at(name))
 
         def click():
@@ -170,7 +169,8 @@ class Layout(DesktopCase):
 
     def test_a_pointer_that_only_passes_is_not_held_and_leaves_nothing_lit(self):
         for name in ("clock", "xkb"):
-            unlit = self.border(name)
+            self.desktop.away()
+            unlit = settled(lambda: self.border(name), 0.3)
             self.hide()
             for out in ((self.desktop.size[0] // 2, self.desktop.size[1] // 2), None):
                 with self.subTest(control=name, out=out):

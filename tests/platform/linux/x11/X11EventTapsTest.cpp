@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <optional>
 
 namespace orvo {
 
@@ -93,7 +94,9 @@ class X11EventTapsTest : public testing::Test {
   TestDesktop desktop;
   ManualMainQueue queue;
   Person person{desktop.display()};
-  X11EventTaps taps{queue, [] { return true; }, desktop.display()};
+  std::vector<ControlPlace> controls;  // as a reading of the tree finds them; others find none
+  ControlPlaces places{[this] { return controls; }};
+  X11EventTaps taps{queue, [] { return true; }, places, desktop.display()};
 };
 
 TEST_F(X11EventTapsTest, NoReplayEndsOnACoverThatIsWantedBackAtOnce) {
@@ -199,7 +202,7 @@ TEST_F(X11EventTapsTest, AClickMayBeHeldForLongButComesOutOfNowhereForNobody) {
 TEST_F(X11EventTapsTest, AClickThatNobodyHasDecidedWhenTheTapEndsIsGiven) {
   Dock dock(desktop, dockFrame);
   auto ending = std::make_unique<X11EventTaps>(
-      queue, [] { return true; }, desktop.display());
+      queue, [] { return true; }, places, desktop.display());
   const Tap tap(*ending);
   ASSERT_TRUE(covered(dock));
   person.click(onRegion, 1);
@@ -256,11 +259,81 @@ TEST_F(X11EventTapsTest, CoversFollowThePanel) {
   EXPECT_TRUE(eventually([&] { return returned.covers() == 0; }));
 }
 
+TEST_F(X11EventTapsTest, AClickOnAControlIsToldWhereItWasAndGivenWhereItIsOrToNobody) {
+  const auto clock = [](double x, Rect window) {
+    return ControlPlace{"clock", {window.x + x, window.y + 2, 100, 36}, {window, 0}};
+  };
+  constexpr Rect outOfSight{0, -40, 800, 40};  // where the reading had the dock
+  const struct {
+    const char* what;
+    Rect read;
+    std::vector<ControlPlace> then;
+    bool isBehindAnother;
+    std::vector<Dock::Button> given;
+  } cases[] = {
+      {"stays", dockFrame, {clock(600, dockFrame)}, false, click(1, {610, 570})},
+      {"moved", dockFrame, {clock(300, dockFrame)}, false, click(1, {310, 570})},
+      {"read while out of sight", outOfSight, {clock(200, outOfSight)}, false, click(1, {210, 570})},
+      {"gone", dockFrame, {{"another", region, {dockFrame, 0}}}, false, {}},
+      {"behind another window", dockFrame, {clock(600, dockFrame)}, true, {}},
+      {"in a window that is gone", dockFrame, {clock(600, {0, 0, 30, 400})}, false, {}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    Dock dock(desktop, dockFrame);
+    places.note({clock(600, each.read)});
+    Tap tap(taps);
+    tap.port->setRegionsOfInterest({clock(600, each.read).frame});
+    ASSERT_TRUE(covered(dock));
+    person.click({610, 570}, 1);
+    ASSERT_TRUE(eventually(queue, [&] { return tap.seen.size() == 2; }));
+    EXPECT_EQ(tap.seen[0].location, (Point{610, each.read.y + 10}));
+    controls = each.then;
+    std::optional<Dock> other;
+    if (each.isBehindAnother) other.emplace(desktop, Rect{600, 560, 200, 40});
+    tap.passes = true;
+    taps.post(EventTapLocation::session, *tap.held);
+    ASSERT_TRUE(eventually(queue, [&] { return tap.seen.size() == 3; }));
+    expectNothingMoreThan(dock, each.given);
+    EXPECT_TRUE(!other || other->buttons().empty());
+  }
+}
+
+TEST_F(X11EventTapsTest, NobodyElsePressesOrTakesTheCoverAway) {
+  Dock dock(desktop, dockFrame);
+  const Tap tap(taps);
+  ASSERT_TRUE(covered(dock));
+  auto* x = desktop.connection();
+  const auto cover = [&] {
+    const auto tree = owned(xcb_query_tree_reply(x, xcb_query_tree(x, dock.window()), nullptr));
+    return xcb_query_tree_children(tree.get())[0];
+  };
+  xcb_button_press_event_t press{};
+  press.response_type = XCB_BUTTON_PRESS;
+  press.detail = 1;
+  press.event = cover();
+  xcb_send_event(x, 0, cover(), XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&press));
+  const std::uint32_t aside[] = {0, 0};
+  xcb_configure_window(x, cover(), XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, &aside[0]);
+  xcb_flush(x);
+  for (int round = 0; round < 2; ++round) {
+    const std::size_t before = tap.seen.size();
+    EXPECT_TRUE(eventually(queue, [&] {
+      person.click(onRegion, 3);
+      return tap.seen.size() > before;
+    }));
+    if (round == 0) xcb_unmap_window(x, cover());
+    xcb_flush(x);
+  }
+  EXPECT_THAT(tap.types(), testing::Not(testing::Contains(EventType::leftMouseDown)));
+}
+
 // Holds a tap in a process of its own, as a whole Orvo would.
 [[noreturn]] void holdTap(const std::string& display) {
   ManualMainQueue queue;
+  const ControlPlaces nowhere([] { return std::vector<ControlPlace>(); });
   X11EventTaps taps(
-      queue, [] { return true; }, display);
+      queue, [] { return true; }, nowhere, display);
   const Tap tap(taps);
   for (;;) {
     if (queue.waitUntilPosted(60s)) queue.runPosted();
