@@ -41,7 +41,7 @@ OrvoModel::OrvoModel(const Platform& platform)
       localizedText_(platform.localizedText),
       scanner_(platform.accessibility, platform.workspace, platform.localizedText, platform.scanExecutor,
                platform.mainQueue),
-      relay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
+      systemRelay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
   launchAtLogin = isLoginItemEnabled();
 }
 
@@ -49,16 +49,16 @@ OrvoModel::OrvoModel(const Platform& platform)
 OrvoModel::~OrvoModel() {
   releaseAssertions(std::nullopt);
   stopObserving();
-  for (const MainQueue::Handle handle : {watchdog_, rehide_, pollTimer_, rescan_}) mainQueue_.cancel(handle);
+  for (const MainQueue::Handle handle : {watchdog_, rehideTask_, permissionTimer_, rescan_}) mainQueue_.cancel(handle);
 }
 
 void OrvoModel::start() {
   if (!nativeMenuBarReady) message = installMessage;
-  relay_->onReveal = [model = weak_from_this()] {
+  systemRelay_->onReveal = [model = weak_from_this()] {
     if (const auto self = model.lock()) self->reveal(false);
   };
   registerShortcut();
-  pollTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
+  permissionTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
   observeSystem();
   refreshLater();
 }
@@ -79,37 +79,41 @@ void OrvoModel::toggle() {
 }
 
 void OrvoModel::observeSystem() {
-  NotificationCenter& center = workspace_.notificationCenter();
-  observe(center, Notification::applicationLaunched, &OrvoModel::applicationLaunched);
-  observe(center, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
-  observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
-  observe(center, Notification::didWake, &OrvoModel::systemDidWake);
-  observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated);
-  observe(center, Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged);
-  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
+  const std::pair<Notification, Step> handlers[]{
+      {Notification::applicationLaunched, &OrvoModel::applicationLaunched},
+      {Notification::applicationTerminated, &OrvoModel::applicationTerminated},
+      {Notification::willSleep, &OrvoModel::systemWillSleep},
+      {Notification::didWake, &OrvoModel::systemDidWake},
+      {Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated},
+      {Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged},
+  };
+  for (const auto& [name, step] : handlers) {
+    workspaceObservers_.push_back(observe(workspace_.notificationCenter(), name, step));
+  }
+  displayObserver_ = observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
 }
 
 // A notification is handled once its sender has returned; one that was still under way when the
 // observers went is dropped.
-void OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
+NotificationCenter::Token OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
   const auto handle = [model = weak_from_this(), step] {
     const auto self = model.lock();
-    if (self && !self->observations_.empty()) (self.get()->*step)();
+    if (self && !self->workspaceObservers_.empty()) (self.get()->*step)();
   };
-  const auto token = center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
-  observations_.push_back({&center, token});
+  return center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
 }
 
 void OrvoModel::stop() {
   reveal(false);
-  mainQueue_.cancel(pollTimer_);
-  relay_->stop();
+  mainQueue_.cancel(permissionTimer_);
+  systemRelay_->stop();
   stopObserving();
 }
 
 void OrvoModel::stopObserving() {
-  for (const auto& [center, token] : observations_) center->removeObserver(token);
-  observations_.clear();
+  for (const auto token : workspaceObservers_) workspace_.notificationCenter().removeObserver(token);
+  workspaceObservers_.clear();
+  defaultCenter_.removeObserver(displayObserver_);
 }
 
 void OrvoModel::applicationLaunched() {
@@ -157,7 +161,7 @@ void OrvoModel::screensChanged() {
 
 void OrvoModel::poll() {
   const bool trusted = followTrust();
-  if (trusted && !relay_->isInstalled()) relay_->install();
+  if (trusted && !systemRelay_->isInstalled()) systemRelay_->install();
   updateSystemClickProtection();
   launchAtLogin = isLoginItemEnabled();
   const bool scanIsOld = !lastScan_ || mainQueue_.now() - *lastScan_ > rescanInterval;
@@ -185,12 +189,12 @@ void OrvoModel::refreshLater() {
 
 void OrvoModel::invalidateSystemGeometry() {
   scanGeneration_ = freshIdentity();
-  relay_->setSystemFrames({});
+  systemRelay_->setSystemFrames({});
   systemClickProtection = false;
 }
 
 void OrvoModel::updateSystemClickProtection() {
-  systemClickProtection = relay_->isInstalled() && !relay_->systemFrames().empty();
+  systemClickProtection = systemRelay_->isInstalled() && !systemRelay_->systemFrames().empty();
 }
 
 MainQueue::Task OrvoModel::weakly(Step step) {

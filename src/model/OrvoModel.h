@@ -105,10 +105,6 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
     QLAssertionRef handle;
   };
   struct AnswerContext;
-  struct Observation {
-    NotificationCenter* center;
-    NotificationCenter::Token token;
-  };
   using Step = void (OrvoModel::*)();
 
   explicit OrvoModel(const Platform& platform);
@@ -122,7 +118,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void registerShortcut();
   void observeSystem();
   void stopObserving();
-  void observe(NotificationCenter& center, Notification name, Step step);
+  NotificationCenter::Token observe(NotificationCenter& center, Notification name, Step step);
   void applicationLaunched();
   void applicationTerminated();
   void systemWillSleep();
@@ -174,17 +170,18 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // The scan epoch; a scan that began in another is stale.
   Identity scanGeneration_ = freshIdentity();
   MainQueue::Handle watchdog_ = MainQueue::Handle::none;
-  MainQueue::Handle rehide_ = MainQueue::Handle::none;
-  MainQueue::Handle pollTimer_ = MainQueue::Handle::none;
+  MainQueue::Handle rehideTask_ = MainQueue::Handle::none;
+  MainQueue::Handle permissionTimer_ = MainQueue::Handle::none;
   MainQueue::Handle rescan_ = MainQueue::Handle::none;
   // In a row, while icons are concealed.
   int unguardedScans_ = 0;
-  std::vector<Observation> observations_;
+  std::vector<NotificationCenter::Token> workspaceObservers_;
+  NotificationCenter::Token displayObserver_ = NotificationCenter::Token::none;
   std::unique_ptr<GlobalShortcut> shortcut_;
   // On the queue's clock; absent before a scan was applied.
   std::optional<MainQueue::Duration> lastScan_;
   IconScanner scanner_;
-  std::shared_ptr<SystemControlRelay> relay_;
+  std::shared_ptr<SystemControlRelay> systemRelay_;
 };
 
 }  // namespace orvo

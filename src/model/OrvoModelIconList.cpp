@@ -48,13 +48,13 @@ bool OrvoModel::beginScan() {
     return false;
   }
   isScanning = true;
-  if (!relay_->isInstalled()) relay_->install();
+  if (!systemRelay_->isInstalled()) systemRelay_->install();
   updateSystemClickProtection();
   return true;
 }
 
 void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
-  relay_->setSystemFrames(snapshot.systemFrames);
+  systemRelay_->setSystemFrames(snapshot.systemFrames);
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
   isScanning = false;
@@ -66,7 +66,7 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
 // hidden only where every click on a clock would bring them back.
 void OrvoModel::expectGuard() {
   mainQueue_.cancel(rescan_);
-  if (state() == BarState::visible || !relay_->systemFrames().empty()) {
+  if (state() == BarState::visible || !systemRelay_->systemFrames().empty()) {
     unguardedScans_ = 0;
   } else if (++unguardedScans_ <= mostRescans) {
     rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
@@ -79,11 +79,11 @@ void OrvoModel::expectGuard() {
 // While icons are concealed a scan misses their owners, so those that still run are carried over.
 std::vector<DiscoveredApp> OrvoModel::merged(const std::vector<DiscoveredApp>& found) const {
   std::map<std::string, DiscoveredApp> byBundle;
-  for (const DiscoveredApp& app : found) byBundle.emplace(app.bundleID, app);
+  for (const DiscoveredApp& app : found) byBundle.emplace(app.id(), app);
   if (state() != BarState::visible) {
     const std::set<std::string> running = runningBundles();
     for (const DiscoveredApp& app : apps()) {
-      if (running.contains(app.bundleID)) byBundle.emplace(app.bundleID, app);
+      if (running.contains(app.bundleID)) byBundle.emplace(app.id(), app);
     }
   }
   std::vector<DiscoveredApp> list;
@@ -125,7 +125,7 @@ void OrvoModel::setPreferences(OrvoPreferences value) {
   const std::int64_t previousDelay = preferences().autoRehideSeconds;
   preferences = std::move(value);
   savePreferences();
-  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehide_);
+  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehideTask_);
 }
 
 void OrvoModel::savePreferences() {
