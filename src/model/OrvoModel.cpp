@@ -43,6 +43,7 @@ OrvoModel::OrvoModel(const Platform& platform)
                platform.mainQueue),
       systemRelay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
   launchAtLogin = isLoginItemEnabled();
+  storedPreferences_ = userDefaults_.data(preferencesKey);
 }
 
 // The assertions are owned and end with their owner; the rest would only find the model gone.
@@ -68,6 +69,10 @@ void OrvoModel::registerShortcut() {
   // The queue outlives every press, the model need not.
   shortcut_->onPress = [&queue = mainQueue_, toggle = weakly(&OrvoModel::toggle)] { queue.post(toggle); };
   shortcutAvailable = shortcut_->isRegistered();
+}
+
+void OrvoModel::followShortcut() {
+  if (shortcut_->isRegistered() != shortcutAvailable()) shortcutAvailable = shortcut_->isRegistered();
 }
 
 void OrvoModel::toggle() {
@@ -98,12 +103,13 @@ void OrvoModel::observeSystem() {
 NotificationCenter::Token OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
   const auto handle = [model = weak_from_this(), step] {
     const auto self = model.lock();
-    if (self && !self->workspaceObservers_.empty()) (self.get()->*step)();
+    if (self && !self->stopped_) (self.get()->*step)();
   };
   return center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
 }
 
 void OrvoModel::stop() {
+  stopped_ = true;
   reveal(false);
   mainQueue_.cancel(permissionTimer_);
   systemRelay_->stop();
@@ -140,11 +146,12 @@ void OrvoModel::systemDidWake() {
   refresh();
 }
 
-// Nobody answers for a confirmed request that its host took along.
+// Nobody answers for a request that its host took along.
 void OrvoModel::menuBarHostTerminated() {
-  const bool wasConcealed = state() != BarState::visible;
-  screensChanged();
-  if (wasConcealed) message = "Could not hide icons: The menu bar agent is not running.";
+  if (state() == BarState::applying) failed("Could not hide icons: The menu bar agent is not running.");
+  if (state() == BarState::hidden) failed("The menu bar agent ended. All icons are visible.");
+  invalidateSystemGeometry();
+  refresh();
 }
 
 // Until the new frames are there the old ones guard what they can; a scan that is under way began too soon.
@@ -164,6 +171,8 @@ void OrvoModel::poll() {
   if (trusted && !systemRelay_->isInstalled()) systemRelay_->install();
   updateSystemClickProtection();
   launchAtLogin = isLoginItemEnabled();
+  followShortcut();
+  followPreferences();
   const bool scanIsOld = !lastScan_ || mainQueue_.now() - *lastScan_ > rescanInterval;
   if (trusted && state() == BarState::visible && scanIsOld) refreshLater();
 }

@@ -162,7 +162,6 @@ TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
     world.turn();
     EXPECT_FALSE(control->property("checked").toBool());
     EXPECT_TRUE(world.item("Login item could not be changed: no"));
-    world.model->message = std::nullopt;
   }
   world.memory.loginItem.failure.reset();
   world.click(control);
@@ -382,7 +381,8 @@ TEST_F(SettingsWindowTest, EveryTextIsReadableInEveryStateInBothAppearances) {
   show();
   expectReadable(world, "nothing selected");
   world.model->setRule(IconRule::hidden, "org.example.two");
-  world.model->message = "Something went wrong.";
+  world.memory.loginItem.failure = "something went wrong";
+  world.model->setLoginItem(true);
   expectReadable(world, "one selected");
   world.model->hideSelected();
   expectReadable(world, "applying");
