@@ -1,6 +1,7 @@
 // Picks the adapters of the Linux desktop, wires them and starts Orvo.
 #include "app/OrvoMain.h"
 #include "bridge/FrameworkEntry.h"
+#include "platform/linux/desktop/AccessibilityGuard.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/BusApplication.h"
 #include "platform/linux/desktop/FileUserDefaults.h"
@@ -82,6 +83,7 @@ struct Adapters {
 
   EarlyAdapters& early;
   bool wasRefused = false;
+  AccessibilityGuard accessibilityGuard;
   std::unique_ptr<QGuiApplication> qtApplication;
   QtApplication application{qtApplication.get()};
   BusApplication busApplication{QDBusConnection::sessionBus(), early.bundle.identifier().value_or(""),
