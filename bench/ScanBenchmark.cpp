@@ -85,7 +85,7 @@ void scanOfFourHundredElements(benchmark::State& state) {
     const auto since = std::chrono::steady_clock::now();
     const auto tree = std::make_shared<AgentTree>(QDBusConnection::sessionBus(), desktop.host());
     MenuBarWalk walk(workspace, desktop.host());
-    walk.visit(*rootElement(tree), 0, std::nullopt);
+    walk.walk(*rootElement(tree), 0, std::nullopt);
     elements = tree->elements().size();
     controls = walk.systemFrames().size();
     greatest = std::max<decltype(greatest)>(greatest, std::chrono::steady_clock::now() - since);

@@ -40,7 +40,7 @@ void walkOfFourHundredElements(benchmark::State& state) {
   for (int i = 1; i < elements; ++i) root.children.push_back(std::make_shared<Node>(i % 2 == 0 ? host : host + i));
   while (state.KeepRunning()) {
     MenuBarWalk walk(workspace, host);
-    walk.visit(root, 0, std::nullopt);
+    walk.walk(root, 0, std::nullopt);
     benchmark::DoNotOptimize(walk.apps().size());
   }
   state.SetItemsProcessed(state.iterations() * elements);

@@ -22,11 +22,12 @@ class Accessible:
     def __init__(self, bus, name, path):
         self._bus, self.name_of_bus, self.path = bus, name, path
 
-    def _ask(self, method, *arguments):
+    def ask(self, method, *arguments):
+        """The first value of a method's answer."""
         return call(self._bus, self.name_of_bus, self.path, method, *arguments, limit=2)[0]
 
     def children(self):
-        return [Accessible(self._bus, *child) for child in _unless_gone(lambda: self._ask(ACCESSIBLE + ".GetChildren"), [])]
+        return [Accessible(self._bus, *child) for child in _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetChildren"), [])]
 
     @property
     def name(self):
@@ -34,16 +35,16 @@ class Accessible:
 
     @property
     def role(self):
-        return _unless_gone(lambda: self._ask(ACCESSIBLE + ".GetRoleName"), "")
+        return _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetRoleName"), "")
 
     def has(self, state):
-        low, high = self._ask(ACCESSIBLE + ".GetState")
+        low, high = self.ask(ACCESSIBLE + ".GetState")
         return bool((low | high << 32) >> state & 1)
 
     @property
     def frame(self):
         """x, y, width, height in screen coordinates."""
-        return self._ask("org.a11y.atspi.Component.GetExtents", "(u)", 0)
+        return self.ask("org.a11y.atspi.Component.GetExtents", "(u)", 0)
 
     def center(self):
         x, y, width, height = self.frame

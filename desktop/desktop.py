@@ -27,6 +27,7 @@ REPOSITORY = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUNDLE = os.environ.get("ORVO_BUNDLE", os.path.join(REPOSITORY, "build", "debug", "Orvo.app"))
 WATCHER = "org.kde.StatusNotifierWatcher"
 AGENT = "local.orvo.MenuBarAgent"
+ORVO = "local.orvo.Orvo"
 LOGIND = "org.freedesktop.login1"
 BACKGROUND = "#40566b"
 CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.

@@ -1,5 +1,5 @@
 // The one system-wide keyboard shortcut, Control-Option-Command-B. Owned by OrvoModel; main thread only.
-// The shortcut works from construction to destruction, or never.
+// It is registered from construction to destruction, or never.
 #pragma once
 
 #include "platform/HotKeys.h"
@@ -15,8 +15,8 @@ class GlobalShortcut {
   GlobalShortcut& operator=(const GlobalShortcut&) = delete;
   ~GlobalShortcut();
 
-  // False when the combination cannot be had; it is not tried again.
-  bool isRegistered() const { return isRegistered_; }
+  // False when the combination cannot be had, which is not tried again, and while the system has taken it away.
+  bool isRegistered() const { return isRegistered_ && hotKeys_.isAvailable(hotKey_); }
 
   // Called on every press; absent until the owner sets it.
   std::function<void()> onPress;

@@ -63,13 +63,13 @@ void run(const Platform& platform) {
 }  // namespace
 
 void OrvoMain::main(const EarlyServices& early, std::ostream& out,
-                    const std::function<const Platform&()>& makePlatform) {
+                    const std::function<const Platform*()>& makePlatform) {
   if (wantsDiagnosis(early.processInfo)) {
     diagnose(early, out);
   } else if (const auto copy = otherCopy(early)) {
     if (copy->bundlePath) early.workspace.openURL(fileURL(*copy->bundlePath, true));
-  } else {
-    run(makePlatform());
+  } else if (const Platform* const platform = makePlatform()) {
+    run(*platform);
   }
 }
 

@@ -20,8 +20,8 @@ class OrvoMain {
   };
 
   // `out` receives the report and nothing else. `makePlatform` is called at most once, when the
-  // application itself is to run; what it returns must outlive the call of main.
-  static void main(const EarlyServices& early, std::ostream& out, const std::function<const Platform&()>& makePlatform);
+  // application itself is to run; what it returns must outlive the call of main, null where nothing can run.
+  static void main(const EarlyServices& early, std::ostream& out, const std::function<const Platform*()>& makePlatform);
 };
 
 }  // namespace orvo

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -13,6 +14,38 @@ using Json = nlohmann::json;
 
 constexpr const char* rulesKey = "rules";
 constexpr const char* secondsKey = "autoRehideSeconds";
+
+// As the codec sees it: a text that is no number at all is not too great.
+bool isTooGreat(const std::string& number) {
+  try {
+    return Json::parse(number).is_discarded();
+  } catch (const Json::out_of_range&) {
+    return true;
+  } catch (const Json::exception&) {
+    return false;
+  }
+}
+
+// Takes a number of `text` that starts at `at` out where it is too great, which needs five characters at least, and
+// tells its last place.
+std::size_t blankIfTooGreat(std::string& text, std::size_t at) {
+  const std::size_t length = std::min(text.find_first_not_of("+-.0123456789Ee", at), text.size()) - at;
+  if (length < 5) return at;
+  if (isTooGreat(text.substr(at, length))) text.replace(at, length, "null" + std::string(length - 4, ' '));
+  return at + length - 1;
+}
+
+// JSON allows numbers that no double can hold, and the codec refuses a whole document for one of them. Here such
+// a number becomes null: that is wrong just where a number counts.
+std::string withoutGreatNumbers(std::string text) {
+  bool inString = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '"') inString = !inString;
+    if (!inString) at = blankIfTooGreat(text, at);
+    if (inString && text[at] == '\\') ++at;
+  }
+  return text;
+}
 
 // A number written with a fraction or an exponent counts as an integer when its value is one (5.0, 1e1,
 // -0.0), as the platform's own decoder has it; 5.5 does not, nor does anything outside 64 bits.
@@ -48,7 +81,7 @@ std::optional<std::map<std::string, IconRule>> rulesFrom(const Json& object) {
 OrvoPreferences OrvoPreferences::decode(const std::optional<std::string>& bytes) {
   // A raw zero byte is never part of a JSON text, but the parser would take it for the end.
   if (!bytes || bytes->find('\0') != std::string::npos) return {};
-  const Json document = Json::parse(*bytes, nullptr, /*allow_exceptions=*/false);
+  const Json document = Json::parse(withoutGreatNumbers(*bytes), nullptr, /*allow_exceptions=*/false);
   if (!document.is_object() || !document.contains(rulesKey) || !document.contains(secondsKey)) return {};
   auto rules = rulesFrom(document[rulesKey]);
   const std::optional<std::int64_t> seconds = wholeNumber(document[secondsKey]);

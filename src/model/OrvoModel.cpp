@@ -41,24 +41,25 @@ OrvoModel::OrvoModel(const Platform& platform)
       localizedText_(platform.localizedText),
       scanner_(platform.accessibility, platform.workspace, platform.localizedText, platform.scanExecutor,
                platform.mainQueue),
-      relay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
+      systemRelay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
   launchAtLogin = isLoginItemEnabled();
+  storedPreferences_ = userDefaults_.data(preferencesKey);
 }
 
 // The assertions are owned and end with their owner; the rest would only find the model gone.
 OrvoModel::~OrvoModel() {
   releaseAssertions(std::nullopt);
   stopObserving();
-  for (const MainQueue::Handle handle : {watchdog_, rehide_, pollTimer_, rescan_}) mainQueue_.cancel(handle);
+  for (const MainQueue::Handle handle : {watchdog_, rehideTask_, permissionTimer_, rescan_}) mainQueue_.cancel(handle);
 }
 
 void OrvoModel::start() {
   if (!nativeMenuBarReady) message = installMessage;
-  relay_->onReveal = [model = weak_from_this()] {
+  systemRelay_->onReveal = [model = weak_from_this()] {
     if (const auto self = model.lock()) self->reveal(false);
   };
   registerShortcut();
-  pollTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
+  permissionTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
   observeSystem();
   refreshLater();
 }
@@ -70,6 +71,10 @@ void OrvoModel::registerShortcut() {
   shortcutAvailable = shortcut_->isRegistered();
 }
 
+void OrvoModel::followShortcut() {
+  if (shortcut_->isRegistered() != shortcutAvailable()) shortcutAvailable = shortcut_->isRegistered();
+}
+
 void OrvoModel::toggle() {
   if (state() == BarState::visible) {
     hideSelected();
@@ -79,37 +84,42 @@ void OrvoModel::toggle() {
 }
 
 void OrvoModel::observeSystem() {
-  NotificationCenter& center = workspace_.notificationCenter();
-  observe(center, Notification::applicationLaunched, &OrvoModel::applicationLaunched);
-  observe(center, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
-  observe(center, Notification::willSleep, &OrvoModel::systemWillSleep);
-  observe(center, Notification::didWake, &OrvoModel::systemDidWake);
-  observe(center, Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated);
-  observe(center, Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged);
-  observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
+  const std::pair<Notification, Step> handlers[]{
+      {Notification::applicationLaunched, &OrvoModel::applicationLaunched},
+      {Notification::applicationTerminated, &OrvoModel::applicationTerminated},
+      {Notification::willSleep, &OrvoModel::systemWillSleep},
+      {Notification::didWake, &OrvoModel::systemDidWake},
+      {Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated},
+      {Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged},
+  };
+  for (const auto& [name, step] : handlers) {
+    workspaceObservers_.push_back(observe(workspace_.notificationCenter(), name, step));
+  }
+  displayObserver_ = observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
 }
 
 // A notification is handled once its sender has returned; one that was still under way when the
 // observers went is dropped.
-void OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
+NotificationCenter::Token OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
   const auto handle = [model = weak_from_this(), step] {
     const auto self = model.lock();
-    if (self && !self->observations_.empty()) (self.get()->*step)();
+    if (self && !self->stopped_) (self.get()->*step)();
   };
-  const auto token = center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
-  observations_.push_back({&center, token});
+  return center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
 }
 
 void OrvoModel::stop() {
+  stopped_ = true;
   reveal(false);
-  mainQueue_.cancel(pollTimer_);
-  relay_->stop();
+  mainQueue_.cancel(permissionTimer_);
+  systemRelay_->stop();
   stopObserving();
 }
 
 void OrvoModel::stopObserving() {
-  for (const auto& [center, token] : observations_) center->removeObserver(token);
-  observations_.clear();
+  for (const auto token : workspaceObservers_) workspace_.notificationCenter().removeObserver(token);
+  workspaceObservers_.clear();
+  defaultCenter_.removeObserver(displayObserver_);
 }
 
 void OrvoModel::applicationLaunched() {
@@ -136,11 +146,12 @@ void OrvoModel::systemDidWake() {
   refresh();
 }
 
-// Nobody answers for a confirmed request that its host took along.
+// Nobody answers for a request that its host took along.
 void OrvoModel::menuBarHostTerminated() {
-  const bool wasConcealed = state() != BarState::visible;
-  screensChanged();
-  if (wasConcealed) message = "Could not hide icons: The menu bar agent is not running.";
+  if (state() == BarState::applying) failed("Could not hide icons: The menu bar agent is not running.");
+  if (state() == BarState::hidden) failed("The menu bar agent ended. All icons are visible.");
+  invalidateSystemGeometry();
+  refresh();
 }
 
 // Until the new frames are there the old ones guard what they can; a scan that is under way began too soon.
@@ -157,9 +168,11 @@ void OrvoModel::screensChanged() {
 
 void OrvoModel::poll() {
   const bool trusted = followTrust();
-  if (trusted && !relay_->isInstalled()) relay_->install();
+  if (trusted && !systemRelay_->isInstalled()) systemRelay_->install();
   updateSystemClickProtection();
   launchAtLogin = isLoginItemEnabled();
+  followShortcut();
+  followPreferences();
   const bool scanIsOld = !lastScan_ || mainQueue_.now() - *lastScan_ > rescanInterval;
   if (trusted && state() == BarState::visible && scanIsOld) refreshLater();
 }
@@ -185,12 +198,12 @@ void OrvoModel::refreshLater() {
 
 void OrvoModel::invalidateSystemGeometry() {
   scanGeneration_ = freshIdentity();
-  relay_->setSystemFrames({});
+  systemRelay_->setSystemFrames({});
   systemClickProtection = false;
 }
 
 void OrvoModel::updateSystemClickProtection() {
-  systemClickProtection = relay_->isInstalled() && !relay_->systemFrames().empty();
+  systemClickProtection = systemRelay_->isInstalled() && !systemRelay_->systemFrames().empty();
 }
 
 MainQueue::Task OrvoModel::weakly(Step step) {

@@ -43,7 +43,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
   // Called once, when onStateChanged is set.
   void start();
-  // Reveals everything and tears down timer, relay and observers; harmless when called again. The
+  // Reveals everything and tears down timer, relay and observers for good; harmless when called again. The
   // hot key stays registered until the model goes.
   void stop();
 
@@ -64,7 +64,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // Of the whole list, not the filtered one.
   std::size_t selectedCount() const;
   void setRule(IconRule rule, const std::string& bundleID);
-  // Stores the value; a changed delay cancels a pending re-hide.
+  // Stores the value, with whatever another copy of Orvo stored meanwhile and this value does not change; a
+  // changed delay cancels a pending re-hide.
   void setPreferences(OrvoPreferences value);
 
   void requestAccessibility();
@@ -73,16 +74,15 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // Announced before every assignment of a published property.
   ObjectWillChange willChange;
 
-  // Published; assigned by the model alone, but for searchText.
-  Published<std::vector<DiscoveredApp>> apps{willChange, {}};
-  Published<bool> accessibilityGranted;
-  Published<BarState> state{willChange, BarState::visible};
-  Published<bool> isScanning{willChange, false};
-  Published<std::optional<std::string>> message{willChange, std::nullopt};
-  Published<bool> shortcutAvailable{willChange, false};
-  Published<bool> launchAtLogin{willChange, false};
-  Published<bool> systemClickProtection{willChange, false};
-  Published<OrvoPreferences> preferences;
+  Published<std::vector<DiscoveredApp>, OrvoModel> apps{willChange, {}};
+  Published<bool, OrvoModel> accessibilityGranted;
+  Published<BarState, OrvoModel> state{willChange, BarState::visible};
+  Published<bool, OrvoModel> isScanning{willChange, false};
+  Published<std::optional<std::string>, OrvoModel> message{willChange, std::nullopt};
+  Published<bool, OrvoModel> shortcutAvailable{willChange, false};
+  Published<bool, OrvoModel> launchAtLogin{willChange, false};
+  Published<bool, OrvoModel> systemClickProtection{willChange, false};
+  Published<OrvoPreferences, OrvoModel> preferences;
   Published<std::string> searchText{willChange, {}};
 
   const bool backendAvailable;
@@ -105,10 +105,6 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
     QLAssertionRef handle;
   };
   struct AnswerContext;
-  struct Observation {
-    NotificationCenter* center;
-    NotificationCenter::Token token;
-  };
   using Step = void (OrvoModel::*)();
 
   explicit OrvoModel(const Platform& platform);
@@ -120,9 +116,10 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
   // Lifecycle.
   void registerShortcut();
+  void followShortcut();
   void observeSystem();
   void stopObserving();
-  void observe(NotificationCenter& center, Notification name, Step step);
+  NotificationCenter::Token observe(NotificationCenter& center, Notification name, Step step);
   void applicationLaunched();
   void applicationTerminated();
   void systemWillSleep();
@@ -151,7 +148,13 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void apply(const MenuBarSnapshot& snapshot);
   void expectGuard();
   std::vector<DiscoveredApp> merged(const std::vector<DiscoveredApp>& found) const;
+  // What another copy of Orvo has stored since this one last looked.
+  std::optional<OrvoPreferences> preferencesFromElsewhere();
+  void followPreferences();
+  void publishPreferences(OrvoPreferences value);
+  void storePreferences(OrvoPreferences value);
   void savePreferences();
+  void tellStorageFailure();
 
   // Permissions.
   static bool isInApplicationsFolder(const Bundle& bundle, const FileSystem& fileSystem);
@@ -174,17 +177,22 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // The scan epoch; a scan that began in another is stale.
   Identity scanGeneration_ = freshIdentity();
   MainQueue::Handle watchdog_ = MainQueue::Handle::none;
-  MainQueue::Handle rehide_ = MainQueue::Handle::none;
-  MainQueue::Handle pollTimer_ = MainQueue::Handle::none;
+  MainQueue::Handle rehideTask_ = MainQueue::Handle::none;
+  MainQueue::Handle permissionTimer_ = MainQueue::Handle::none;
   MainQueue::Handle rescan_ = MainQueue::Handle::none;
   // In a row, while icons are concealed.
   int unguardedScans_ = 0;
-  std::vector<Observation> observations_;
+  std::vector<NotificationCenter::Token> workspaceObservers_;
+  NotificationCenter::Token displayObserver_ = NotificationCenter::Token::none;
   std::unique_ptr<GlobalShortcut> shortcut_;
   // On the queue's clock; absent before a scan was applied.
   std::optional<MainQueue::Duration> lastScan_;
+  // As last read or written; absent when there is none.
+  std::optional<std::string> storedPreferences_;
+  bool storageFailureTold_ = false;
+  bool stopped_ = false;
   IconScanner scanner_;
-  std::shared_ptr<SystemControlRelay> relay_;
+  std::shared_ptr<SystemControlRelay> systemRelay_;
 };
 
 }  // namespace orvo

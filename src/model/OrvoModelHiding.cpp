@@ -22,12 +22,12 @@ MainQueue::Duration fromSeconds(std::int64_t seconds) {
 
 bool OrvoModel::canHide() const {
   return nativeMenuBarReady && backendAvailable && accessibilityGranted() && systemClickProtection() &&
-         !relay_->systemFrames().empty() && selectedCount() != 0 && state() != BarState::applying;
+         !systemRelay_->systemFrames().empty() && selectedCount() != 0 && state() != BarState::applying;
 }
 
 void OrvoModel::hideSelected() {
   if (!readyToHide()) return;
-  mainQueue_.cancel(rehide_);
+  mainQueue_.cancel(rehideTask_);
   mainQueue_.cancel(watchdog_);
   const VisibilityPlan plan(runningBundles(), preferences().rules, ownBundle);
   if (plan.needsAssertion()) {
@@ -43,7 +43,7 @@ bool OrvoModel::readyToHide() {
     return false;
   }
   if (!backendAvailable || !accessibilityGranted()) return false;
-  if (!relay_->isInstalled() || relay_->systemFrames().empty()) {
+  if (!systemRelay_->isInstalled() || systemRelay_->systemFrames().empty()) {
     message = "System controls are not ready. Refresh the icon list after granting Accessibility.";
     return false;
   }
@@ -62,7 +62,7 @@ void OrvoModel::requestHiding(const std::set<std::string>& allowedBundles) {
     return;
   }
   assertions_.push_back({request, assertion});
-  relay_->setConcealed(true);
+  systemRelay_->setConcealed(true);
   watchdog_ = mainQueue_.runAfter(confirmationTimeout, [model = weak_from_this(), request] {
     if (const auto self = model.lock()) self->timedOut(request);
   });
@@ -108,7 +108,7 @@ void OrvoModel::answered(Identity request, const std::optional<std::string>& fai
 void OrvoModel::confirmed(Identity request) {
   releaseAssertions(request);
   state = BarState::hidden;
-  relay_->setConcealed(true);
+  systemRelay_->setConcealed(true);
   if (onStateChanged) onStateChanged();
 }
 
@@ -125,13 +125,13 @@ void OrvoModel::failed(const std::string& why) {
 void OrvoModel::reveal(bool scheduleRehide) {
   generation_ = freshIdentity();
   mainQueue_.cancel(watchdog_);
-  mainQueue_.cancel(rehide_);
+  mainQueue_.cancel(rehideTask_);
   releaseAssertions(std::nullopt);
   state = BarState::visible;
-  relay_->setConcealed(false);
+  systemRelay_->setConcealed(false);
   if (onStateChanged) onStateChanged();
   if (scheduleRehide && preferences().autoRehideSeconds >= 1 && selectedCount() != 0) {
-    rehide_ = mainQueue_.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
+    rehideTask_ = mainQueue_.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
   }
 }
 

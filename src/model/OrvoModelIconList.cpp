@@ -17,6 +17,19 @@ namespace {
 constexpr MainQueue::Duration rescanPause{400};
 constexpr int mostRescans = 5;
 
+// What `changed` made of `base`, done to `current`.
+OrvoPreferences rebased(const OrvoPreferences& base, const OrvoPreferences& changed, OrvoPreferences current) {
+  for (const auto& [bundle, rule] : changed.rules) {
+    const auto former = base.rules.find(bundle);
+    if (former == base.rules.end() || former->second != rule) current.rules[bundle] = rule;
+  }
+  std::erase_if(current.rules, [&](const auto& entry) {
+    return base.rules.contains(entry.first) && !changed.rules.contains(entry.first);
+  });
+  if (changed.autoRehideSeconds != base.autoRehideSeconds) current.autoRehideSeconds = changed.autoRehideSeconds;
+  return current;
+}
+
 }  // namespace
 
 void OrvoModel::refresh(std::function<void()> done) {
@@ -40,7 +53,7 @@ void OrvoModel::refresh(std::function<void()> done) {
 }
 
 bool OrvoModel::beginScan() {
-  if (isScanning()) return false;
+  if (isScanning() || stopped_) return false;
   accessibilityGranted = accessibility_.isProcessTrusted();
   if (!accessibilityGranted()) {
     reveal(false);
@@ -48,13 +61,13 @@ bool OrvoModel::beginScan() {
     return false;
   }
   isScanning = true;
-  if (!relay_->isInstalled()) relay_->install();
+  if (!systemRelay_->isInstalled()) systemRelay_->install();
   updateSystemClickProtection();
   return true;
 }
 
 void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
-  relay_->setSystemFrames(snapshot.systemFrames);
+  systemRelay_->setSystemFrames(snapshot.systemFrames);
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
   isScanning = false;
@@ -66,7 +79,7 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
 // hidden only where every click on a clock would bring them back.
 void OrvoModel::expectGuard() {
   mainQueue_.cancel(rescan_);
-  if (state() == BarState::visible || !relay_->systemFrames().empty()) {
+  if (state() == BarState::visible || !systemRelay_->systemFrames().empty()) {
     unguardedScans_ = 0;
   } else if (++unguardedScans_ <= mostRescans) {
     rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
@@ -79,11 +92,11 @@ void OrvoModel::expectGuard() {
 // While icons are concealed a scan misses their owners, so those that still run are carried over.
 std::vector<DiscoveredApp> OrvoModel::merged(const std::vector<DiscoveredApp>& found) const {
   std::map<std::string, DiscoveredApp> byBundle;
-  for (const DiscoveredApp& app : found) byBundle.emplace(app.bundleID, app);
+  for (const DiscoveredApp& app : found) byBundle.emplace(app.id(), app);
   if (state() != BarState::visible) {
     const std::set<std::string> running = runningBundles();
     for (const DiscoveredApp& app : apps()) {
-      if (running.contains(app.bundleID)) byBundle.emplace(app.bundleID, app);
+      if (running.contains(app.bundleID)) byBundle.emplace(app.id(), app);
     }
   }
   std::vector<DiscoveredApp> list;
@@ -117,19 +130,55 @@ std::size_t OrvoModel::selectedCount() const {
 void OrvoModel::setRule(IconRule rule, const std::string& bundleID) {
   OrvoPreferences changed = preferences();
   changed.rules[bundleID] = rule;
-  setPreferences(std::move(changed));
+  storePreferences(std::move(changed));
   if (state() == BarState::hidden) hideSelected();
+  tellStorageFailure();
 }
 
 void OrvoModel::setPreferences(OrvoPreferences value) {
+  storePreferences(std::move(value));
+  tellStorageFailure();
+}
+
+void OrvoModel::storePreferences(OrvoPreferences value) {
+  if (const auto elsewhere = preferencesFromElsewhere()) value = rebased(preferences(), value, *elsewhere);
+  publishPreferences(std::move(value));
+  savePreferences();
+}
+
+void OrvoModel::publishPreferences(OrvoPreferences value) {
   const std::int64_t previousDelay = preferences().autoRehideSeconds;
   preferences = std::move(value);
-  savePreferences();
-  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehide_);
+  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehideTask_);
 }
 
 void OrvoModel::savePreferences() {
-  if (const auto bytes = preferences().encode()) userDefaults_.setData(preferencesKey, *bytes);
+  const auto bytes = preferences().encode();
+  if (!bytes) return;
+  userDefaults_.setData(preferencesKey, *bytes);
+  storedPreferences_ = bytes;
+}
+
+// A hide request clears the message, so this comes after it.
+void OrvoModel::tellStorageFailure() {
+  const auto failure = userDefaults_.storageFailure();
+  if (failure && !storageFailureTold_) message = "Your choices could not be saved: " + *failure;
+  storageFailureTold_ = failure.has_value();
+}
+
+std::optional<OrvoPreferences> OrvoModel::preferencesFromElsewhere() {
+  auto bytes = userDefaults_.data(preferencesKey);
+  if (!bytes || bytes == storedPreferences_) return std::nullopt;
+  storedPreferences_ = std::move(bytes);
+  return OrvoPreferences::decode(storedPreferences_);
+}
+
+void OrvoModel::followPreferences() {
+  const auto elsewhere = preferencesFromElsewhere();
+  if (!elsewhere || *elsewhere == preferences()) return;
+  const bool otherRules = elsewhere->rules != preferences().rules;
+  publishPreferences(*elsewhere);
+  if (otherRules && state() == BarState::hidden) hideSelected();
 }
 
 }  // namespace orvo

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <type_traits>
 #include <utility>
 
 namespace orvo {
@@ -30,21 +31,27 @@ class ObjectWillChange {
   std::uint64_t last_ = 0;
 };
 
-template <typename Value>
+// Assigned by `Owner` alone; by everyone where that is void.
+template <typename Value, typename Owner = void>
 class Published {
  public:
   Published(ObjectWillChange& willChange, Value value) : willChange_(willChange), value_(std::move(value)) {}
   Published(const Published&) = delete;
   Published& operator=(const Published&) = delete;
 
-  Published& operator=(Value value) {
+  Published& operator=(Value value) requires std::is_void_v<Owner> { return assign(std::move(value)); }
+  const Value& operator()() const { return value_; }
+
+ private:
+  friend Owner;
+
+  Published& operator=(Value value) requires(!std::is_void_v<Owner>) { return assign(std::move(value)); }
+  Published& assign(Value value) {
     willChange_.send();
     value_ = std::move(value);
     return *this;
   }
-  const Value& operator()() const { return value_; }
 
- private:
   ObjectWillChange& willChange_;
   Value value_;
 };

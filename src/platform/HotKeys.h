@@ -42,6 +42,8 @@ class HotKeys {
   // Virtual key codes and modifier masks are Carbon's. Non-zero when the combination cannot be had.
   virtual HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
                                            std::uint32_t options, HotKeyRef& hotKey) = 0;
+  // Whether a registered hot key can be pressed just now. A system that takes none away again has nothing to say.
+  virtual bool isAvailable(HotKeyRef /*hotKey*/) const { return true; }
   virtual void unregisterEventHotKey(HotKeyRef hotKey) = 0;
   virtual void removeEventHandler(EventHandlerRef handler) = 0;
 };

@@ -29,10 +29,10 @@ std::optional<std::int32_t> hostProcess(const Workspace& workspace) {
   return host->processIdentifier;
 }
 
-std::vector<DiscoveredApp> sortedByName(const MenuBarWalk& walk, const LocalizedText& text) {
+std::vector<DiscoveredApp> sortedByName(const MenuBarWalk& menuBar, const LocalizedText& text) {
   std::vector<DiscoveredApp> apps;
-  apps.reserve(walk.apps().size());
-  for (const auto& [bundle, app] : walk.apps()) apps.push_back(app);
+  apps.reserve(menuBar.apps().size());
+  for (const auto& [bundle, app] : menuBar.apps()) apps.push_back(app);
   std::stable_sort(apps.begin(), apps.end(), [&text](const DiscoveredApp& left, const DiscoveredApp& right) {
     return text.standardCompare(left.name, right.name) < 0;
   });
@@ -45,9 +45,9 @@ MenuBarSnapshot takeSnapshot(Accessibility& accessibility, const Workspace& work
   if (!host) return {};
   const AccessibilityElementRef root = accessibility.applicationElement(*host);
   root->setMessagingTimeout(rootMessagingTimeout);
-  MenuBarWalk walk(workspace, *host);
-  walk.visit(*root, 0, std::nullopt);
-  return {sortedByName(walk, text), walk.systemFrames()};
+  MenuBarWalk menuBar(workspace, *host);
+  menuBar.walk(*root, 0, std::nullopt);
+  return {sortedByName(menuBar, text), menuBar.systemFrames()};
 }
 
 }  // namespace

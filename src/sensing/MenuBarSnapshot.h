@@ -9,12 +9,15 @@
 
 namespace orvo {
 
-// One application that owns menu bar items; identified by `bundleID`.
+// One application that owns menu bar items.
 struct DiscoveredApp {
   std::string bundleID;
   // Localized; the bundle identifier where the application reports no name.
   std::string name;
   std::int32_t pid = 0;
+
+  // Tells one application from another.
+  const std::string& id() const { return bundleID; }
 };
 
 struct MenuBarSnapshot {

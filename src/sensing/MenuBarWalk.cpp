@@ -34,20 +34,20 @@ std::optional<Rect> ownFrame(AccessibilityElement& element) {
 MenuBarWalk::MenuBarWalk(const Workspace& workspace, std::int32_t hostProcess)
     : workspace_(workspace), hostProcess_(hostProcess) {}
 
-void MenuBarWalk::visit(AccessibilityElement& element, int depth, const std::optional<Rect>& inheritedFrame) {
+void MenuBarWalk::walk(AccessibilityElement& element, int depth, const std::optional<Rect>& inheritedFrame) {
   if (depth > deepestDepth || budget_ < 1) return;
   --budget_;
   const std::optional<Rect> own = ownFrame(element);
   const std::optional<Rect>& frame = own ? own : inheritedFrame;
   if (std::optional<DiscoveredApp> app = owner(element)) {
-    std::string key = app->bundleID;
+    std::string key = app->id();
     apps_.insert_or_assign(std::move(key), std::move(*app));
     return;
   }
   collectSystemControl(element, frame);
   const auto children = attribute<std::vector<AccessibilityElementRef>>(element, "AXChildren");
   if (!children) return;
-  for (const AccessibilityElementRef& child : *children) visit(*child, depth + 1, frame);
+  for (const AccessibilityElementRef& child : *children) walk(*child, depth + 1, frame);
 }
 
 std::optional<DiscoveredApp> MenuBarWalk::owner(AccessibilityElement& element) const {

@@ -18,7 +18,7 @@ class MenuBarWalk {
  public:
   MenuBarWalk(const Workspace& workspace, std::int32_t hostProcess);
 
-  void visit(AccessibilityElement& element, int depth, const std::optional<Rect>& inheritedFrame);
+  void walk(AccessibilityElement& element, int depth, const std::optional<Rect>& inheritedFrame);
 
   // By bundle identifier; an application's last element stands for it.
   const std::map<std::string, DiscoveredApp>& apps() const { return apps_; }

@@ -17,9 +17,9 @@ class OrvoMainTest : public testing::Test {
   std::string main() {
     std::ostringstream out;
     OrvoMain::main({memory.bundle, memory.processInfo, memory.accessibility, memory.workspace}, out,
-                   [this]() -> const Platform& {
+                   [this]() -> const Platform* {
                      ++platformsMade;
-                     return memory.platform;
+                     return &memory.platform;
                    });
     return out.str();
   }

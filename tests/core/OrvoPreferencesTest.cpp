@@ -27,6 +27,9 @@ TEST(OrvoPreferencesTest, ReadsEveryCorrectDocument) {
        record({}, 5)},
       {R"({"rules":{"":"hidden","rules":"hidden","autoRehideSeconds":"visible"},"autoRehideSeconds":0})",
        record({{"", IconRule::hidden}, {"rules", IconRule::hidden}, {"autoRehideSeconds", IconRule::visible}}, 0)},
+      {R"({"more":[-1e999,{"\"1e999":"\\\"1e999"}],"rules":{"1e999\\":"hidden"},"autoRehideSeconds":5,"x":)" +
+           std::string(400, '9') + "}",
+       record({{"1e999\\", IconRule::hidden}}, 5)},
       {deep + R"(,"rules":{"a":"hidden"},"autoRehideSeconds":5})", record({{"a", IconRule::hidden}}, 5)}};
   for (const auto& [bytes, expected] : cases) {
     EXPECT_EQ(OrvoPreferences::decode(bytes), expected) << bytes.substr(0, 99);

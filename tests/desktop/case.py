@@ -36,7 +36,17 @@ class DesktopCase(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        cls.desktop.stop()
+        try:
+            if not cls.failed:
+                cls.failed = True
+                cls.desktop.end_while_scanning()
+                cls.failed = False
+        finally:
+            cls.desktop.stop()
+            cls.keep_or_forget()
+
+    @classmethod
+    def keep_or_forget(cls):
         if cls.failed:
             print(f"logs are kept in {cls.desktop.logs}", file=sys.stderr)
         else:

@@ -7,7 +7,7 @@ import unittest
 
 from case import DesktopCase
 import bus
-from desktop import AGENT, WATCHER
+from desktop import AGENT, ORVO, WATCHER
 from waiting import stays, wait
 
 INSTALL = os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install")
@@ -65,6 +65,23 @@ class Launch(DesktopCase):
             self.assertIn("Accessibility: not granted to this process", self.diagnose(self.desktop.program, "--diagnose"))
         finally:
             self.desktop.set_accessibility(True)
+
+    def test_without_a_display_orvo_says_so_and_ends_and_its_report_needs_none(self):
+        own = ["env", "DISPLAY=:32001"]
+        self.diagnose(*own, self.desktop.program, "--diagnose")
+        self.desktop.end("orvo")
+        try:
+            answer = self.desktop.run([*own, self.desktop.program])
+            self.assertEqual((answer.returncode, answer.stderr), (1, "Orvo: there is no X server to run on; Orvo ends.\n"))
+            with self.subTest("another program holds Orvo's name"):
+                holder = bus.connect(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+                bus.call(holder, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".RequestName", "(su)", ORVO, 0)
+                answer = self.desktop.run([self.desktop.program])
+                self.assertEqual((answer.returncode, answer.stderr),
+                                 (1, "Orvo: another program holds Orvo's name on the session bus; Orvo ends.\n"))
+                holder.close_sync(None)
+        finally:
+            self.desktop.start_orvo()
 
     def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
         desktop = self.desktop

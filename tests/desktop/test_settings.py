@@ -1,13 +1,15 @@
 """The settings window worked by the pointer, read through the accessibility tree."""
 
+import contextlib
 import os
 import signal
 import unittest
 
+from gi.repository import GLib
 from Xlib import X
 
 from case import DesktopCase
-from accessible import STATE_ENABLED, STATE_SELECTED
+from accessible import STATE_ENABLED, STATE_SELECTED, STATE_SHOWING
 from desktop import PROGRAMS, WATCHER
 from waiting import stays, wait
 
@@ -89,6 +91,18 @@ class Settings(DesktopCase):
         window = self.desktop.display.create_resource_object("window", self.desktop.settings_window())
         icon = window.get_full_property(self.desktop.display.intern_atom("_NET_WM_ICON"), X.AnyPropertyType)
         self.assertGreater(len(icon.value), 64 * 64)
+
+    def test_no_call_of_an_assistive_program_ends_orvo(self):
+        field = self.desktop.control("Find an app")
+        text, properties, greatest = "org.a11y.atspi.Text.", "org.freedesktop.DBus.Properties.", 2**31 - 1
+        for method, kinds, *arguments in (
+                (properties + "GetAll", "(s)", ""), (properties + "GetAll", "(s)", "org.a11y.atspi.Accessible"),
+                (properties + "Get", "(ss)", text[:-1], "BoundedRanges"), (properties + "Get", "()"), (text + "GetText", "()"),
+                (text + "GetRangeExtents", "(iiu)", 0, greatest, 0), (text + "GetRangeExtents", "(iis)", 0, 1, "x"),
+                ("org.a11y.atspi.EditableText.InsertText", "(isi)", 0, "x", greatest)):
+            with contextlib.suppress(GLib.Error):
+                field.ask(method, kinds, *arguments)
+            self.assertTrue(field.has(STATE_SHOWING), f"no answer after {method} {arguments}")
 
     def test_the_window_opens_at_its_size(self):
         self.assertEqual(self.first_size, (880, 680))

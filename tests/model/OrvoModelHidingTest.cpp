@@ -119,6 +119,8 @@ TEST(OrvoModelHidingTest, RevealedIconsHideAgainUnlessSomethingElseHappensFirst)
          t.memory.framework.assertionIsNull = false;
        },
        false},
+      {"the menu bar host ended", 7, [](T& t) { t.post(Notification::menuBarHostTerminated), t.memory.settle(); },
+       true},
       {"hidden by hand", 7, [](T& t) { t.hide(); }, false},
       {"revealed for good", 7, [](T& t) { t.model->reveal(false); }, false},
       {"an attempt refused for lack of permission", 7,

@@ -10,7 +10,13 @@ using enum BarState;
 using enum Notification;
 
 constexpr const char* newApp = "A new app opened. Icons are shown so its menu bar item can load.";
-constexpr const char* hostEnded = "Could not hide icons: The menu bar agent is not running.";
+constexpr const char* hostMissing = "Could not hide icons: The menu bar agent is not running.";
+constexpr const char* hostEnded = "The menu bar agent ended. All icons are visible.";
+// What follows an assignment cannot be left out from outside.
+static_assert(!std::is_assignable_v<decltype((std::declval<OrvoModel&>().preferences)), OrvoPreferences>);
+static_assert(!std::is_assignable_v<decltype((std::declval<OrvoModel&>().state)), BarState>);
+static_assert(std::is_assignable_v<decltype((std::declval<OrvoModel&>().searchText)), std::string>);
+
 constexpr const char* three = "org.example.Three";
 
 TEST(OrvoModelTest, EachCauseTakesItsStepsAtOnceInsideTheTapAndLaterElsewhere) {
@@ -36,6 +42,7 @@ TEST(OrvoModelTest, EachCauseTakesItsStepsAtOnceInsideTheTapAndLaterElsewhere) {
       {"wake", visible, [](T& t) { t.post(didWake); }, visible, "", 1, false, false},
       {"display change", hidden, [](T& t) { t.post(screenParametersChanged); }, visible, "", 1, false, false},
       {"end of the host while visible", visible, end, visible, "", 1, false, false},
+      {"end of the host while applying", applying, end, visible, hostMissing, 1, false, false},
       {"end of the host while hidden", hidden, end, visible, hostEnded, 1, false, false},
       {"click on the clock", hidden, [](T& t) { t.clickClock(); }, visible, "", 0, true, true},
       {"lost tap", hidden, [](T& t) { t.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }, visible, "", 0,
@@ -119,6 +126,7 @@ TEST(OrvoModelTest, StoppingTwiceLeavesNothingThatActs) {
   t.hide();
   t.post(applicationLaunched);
   t.post(didWake);
+  t.model->refreshLater();
   t.model->stop();
   t.model->stop();
   EXPECT_EQ(t.model->state(), visible);
@@ -128,6 +136,38 @@ TEST(OrvoModelTest, StoppingTwiceLeavesNothingThatActs) {
   EXPECT_TRUE(t.model->shortcutAvailable() && t.memory.hotKeys.hotKeys == 1);
   t.post(applicationLaunched);
   EXPECT_FALSE(t.memory.mainQueue.runOne()) << "still observed";
+}
+
+TEST(OrvoModelTest, ThePollFollowsTheShortcutAndWhatAnotherCopyStores) {
+  ModelFixture t;
+  for (const bool available : {false, true}) {
+    t.memory.hotKeys.available = available;
+    t.advance(3s);
+    EXPECT_EQ(t.model->shortcutAvailable(), available);
+  }
+  t.hide();
+  t.memory.userDefaults.datas[preferencesKey] =
+      R"({"rules":{"org.example.One":"hidden","org.example.Two":"hidden"},"autoRehideSeconds":9})";
+  t.advance(3s);
+  EXPECT_EQ(t.model->preferences().autoRehideSeconds, 9);
+  EXPECT_EQ(t.requests(), 2U) << "as if chosen here";
+  t.memory.userDefaults.datas[preferencesKey] = R"({"rules":{"org.example.Two":"visible"},"autoRehideSeconds":4})";
+  t.model->setRule(IconRule::hidden, three);
+  EXPECT_EQ(OrvoPreferences::decode(t.memory.userDefaults.datas[preferencesKey]),
+            (OrvoPreferences{{{two, IconRule::visible}, {three, IconRule::hidden}}, 4}))
+      << "what another copy stored between two polls";
+}
+
+TEST(OrvoModelTest, AChoiceThatCannotBeStoredIsToldOnceUntilOneCan) {
+  constexpr const char* told = "Your choices could not be saved: disk full";
+  ModelFixture t;
+  t.hide();
+  for (const auto& [full, expected] : {std::pair{true, told}, {true, ""}, {false, ""}, {true, told}}) {
+    t.memory.userDefaults.failure = full ? std::optional<std::string>("disk full") : std::nullopt;
+    t.model->setRule(IconRule::hidden, two);
+    EXPECT_EQ(t.message(), expected) << t.requests();
+    t.answerLast();
+  }
 }
 
 TEST(OrvoModelTest, ScansCarryRunningApplicationsOverWhileIconsAreConcealed) {

@@ -10,11 +10,14 @@ namespace orvo {
 
 class ManualExecutor : public SerialExecutor {
  public:
+  // While true, tasks wait.
+  bool holds = false;
+
   void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
 
   // Runs the oldest task; false when there was none.
   bool runOne() {
-    if (tasks_.empty()) return false;
+    if (holds || tasks_.empty()) return false;
     const std::function<void()> task = std::move(tasks_.front());
     tasks_.pop_front();
     task();

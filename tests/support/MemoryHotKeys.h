@@ -9,6 +9,7 @@ class MemoryHotKeys : public HotKeys {
  public:
   HotKeyStatus installStatus = hotKeyNoError;
   HotKeyStatus registerStatus = hotKeyNoError;
+  bool available = true;
   // What is held; below zero when more was released than had.
   int handlers = 0;
   int hotKeys = 0;
@@ -32,6 +33,7 @@ class MemoryHotKeys : public HotKeys {
     hotKey = HotKeyRef{1};
     return hotKeyNoError;
   }
+  bool isAvailable(HotKeyRef) const override { return available; }
   void unregisterEventHotKey(HotKeyRef) override { --hotKeys; }
   void removeEventHandler(EventHandlerRef) override { --handlers; }
 

@@ -32,12 +32,14 @@ class MemoryPlatform {
   struct MemoryUserDefaults : UserDefaults {
     std::map<std::string, Bytes, std::less<>> datas;
     std::map<std::string, bool, std::less<>> booleans;
+    std::optional<std::string> failure;
 
     std::optional<Bytes> data(std::string_view key) const override {
       const auto found = datas.find(key);
       return found == datas.end() ? std::nullopt : std::optional(found->second);
     }
     void setData(std::string_view key, const Bytes& value) override { datas[std::string(key)] = value; }
+    std::optional<std::string> storageFailure() const override { return failure; }
     bool boolean(std::string_view key) const override { return booleans.contains(key) && booleans.find(key)->second; }
     void setBoolean(std::string_view key, bool value) override { booleans[std::string(key)] = value; }
   };

@@ -95,8 +95,11 @@ TEST(OrvoViewTest, TheEmptyListTellsTheFirstReasonThatHolds) {
                           Case{true, true, "x", "Finding menu bar icons…", "magnifyingglass", true},
                           Case{true, false, " ", "No matching apps", "magnifyingglass", true},
                           Case{true, false, "", "No app icons found", "magnifyingglass", false}}) {
-    Desk desk([&](MemoryPlatform& memory) { memory.accessibility.trusted = one.trusted; });
-    desk.model->isScanning = one.scanning;
+    Desk desk;
+    desk.memory.scanExecutor.holds = true;
+    if (one.scanning) desk.model->refresh();
+    desk.memory.accessibility.trusted = one.trusted;
+    desk.model->requestAccessibility();
     desk.model->searchText = std::string(one.search);
     EXPECT_EQ(desk.view->emptyTitle(), one.title);
     EXPECT_EQ(desk.view->emptyState().symbol, one.symbol);
@@ -195,14 +198,14 @@ TEST(OrvoViewTest, EveryChangeIsAnnouncedUntilTheObserverIsGone) {
   int announced = 0;
   const auto token = desk.view->willChange.observe([&] { ++announced; });
   desk.view->page = OrvoView::Page::about;
-  desk.model->message = "news";
+  desk.model->searchText = "news";
   desk.view->copyDiagnostics();
   EXPECT_EQ(announced, 3);
   desk.view->willChange.remove(token);
-  desk.model->message = "more";
+  desk.model->searchText = "more";
   EXPECT_EQ(announced, 3);
   desk.view.reset();
-  desk.model->message = "nobody listens";
+  desk.model->searchText = "nobody listens";
 }
 
 TEST(OrvoViewTest, PagesAreNamedByExactlyTheirLabels) {

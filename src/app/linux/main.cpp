@@ -1,6 +1,7 @@
 // Picks the adapters of the Linux desktop, wires them and starts Orvo.
 #include "app/OrvoMain.h"
 #include "bridge/FrameworkEntry.h"
+#include "platform/linux/desktop/AccessibilityGuard.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/BusApplication.h"
 #include "platform/linux/desktop/FileUserDefaults.h"
@@ -17,6 +18,7 @@
 #include "platform/linux/x11/X11EventTaps.h"
 #include "platform/linux/x11/X11HotKeys.h"
 #include "platform/linux/x11/X11ScreenObserver.h"
+#include "platform/linux/x11/XConnection.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
@@ -61,13 +63,17 @@ QString symbolFolder(const Bundle& bundle) {
 struct Adapters {
   Adapters(EarlyAdapters& adapters, int& count, char** arguments)
       : early(adapters), qtApplication(makeQtApplication(count, arguments)) {
-    windows.setPlatform(platform);
     if (early.bundle.identifier()) application.setAdmission([this] { return admit(); });
     QObject::connect(&busApplication, &BusApplication::busLost, &application, [this] { endWithBus(); });
   }
 
   // Two copies that start at once both find no other running; the bus lets one of them have the name.
-  bool admit() { return busApplication.acquireOrHandOver() != BusApplication::Outcome::handedOver; }
+  bool admit() {
+    const auto outcome = busApplication.acquireOrHandOver();
+    wasRefused = outcome == BusApplication::Outcome::refused;
+    if (wasRefused) std::cerr << "Orvo: another program holds Orvo's name on the session bus; Orvo ends.\n";
+    return outcome == BusApplication::Outcome::acquired || outcome == BusApplication::Outcome::noBus;
+  }
 
   // An arrow that nobody can see or click would be all that is left of Orvo.
   void endWithBus() {
@@ -76,11 +82,12 @@ struct Adapters {
   }
 
   EarlyAdapters& early;
+  bool wasRefused = false;
+  AccessibilityGuard accessibilityGuard;
   std::unique_ptr<QGuiApplication> qtApplication;
   QtApplication application{qtApplication.get()};
   BusApplication busApplication{QDBusConnection::sessionBus(), early.bundle.identifier().value_or(""),
                                 [this] { application.reopen(); }};
-  ThreadExecutor scanExecutor;
   FileUserDefaults userDefaults{FileUserDefaults::standardPath()};
   LinuxFileSystem fileSystem;
   X11EventTaps eventTaps{early.mainQueue, [this] { return early.accessibility.isProcessTrusted(); },
@@ -96,9 +103,22 @@ struct Adapters {
   DesktopIcons applicationIcons;
   SleepMonitor sleepMonitor{early.workspace.notificationCenter(), early.mainQueue};
   X11ScreenObserver screenObserver{early.mainQueue, application.notificationCenter()};
-  Platform platform{early.mainQueue, scanExecutor,        userDefaults, early.bundle, early.processInfo, fileSystem,
-                    early.workspace, early.accessibility, eventTaps,    hotKeys,      loginItem,         localizedText,
-                    application,     statusBar,           windows,      pasteboard,   applicationIcons};
+};
+
+// The thread stands apart, so that its last task has ended before any adapter goes, whichever the task uses.
+struct Program {
+  Program(EarlyAdapters& early, int& count, char** arguments) : adapters(early, count, arguments) {
+    adapters.windows.setPlatform(platform);
+  }
+
+  Adapters adapters;
+  ThreadExecutor scanExecutor;
+  Platform platform{
+      adapters.early.mainQueue,   scanExecutor,        adapters.userDefaults,    adapters.early.bundle,
+      adapters.early.processInfo, adapters.fileSystem, adapters.early.workspace, adapters.early.accessibility,
+      adapters.eventTaps,         adapters.hotKeys,    adapters.loginItem,       adapters.localizedText,
+      adapters.application,       adapters.statusBar,  adapters.windows,         adapters.pasteboard,
+      adapters.applicationIcons};
 };
 
 }  // namespace
@@ -106,11 +126,15 @@ struct Adapters {
 int main(int argc, char** argv) {
   EarlyAdapters early({argv, argv + argc});
   setConcealmentFramework(&early.framework);
-  std::unique_ptr<Adapters> adapters;
+  std::unique_ptr<Program> program;
+  bool hasDisplay = true;
   OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace}, std::cout,
-                 [&]() -> const Platform& {
-                   adapters = std::make_unique<Adapters>(early, argc, argv);
-                   return adapters->platform;
+                 [&]() -> const Platform* {
+                   hasDisplay = XConnection::canOpen();
+                   if (!hasDisplay) return nullptr;
+                   program = std::make_unique<Program>(early, argc, argv);
+                   return &program->platform;
                  });
-  return 0;
+  if (!hasDisplay) std::cerr << "Orvo: there is no X server to run on; Orvo ends.\n";
+  return hasDisplay && !(program && program->adapters.wasRefused) ? 0 : 1;
 }

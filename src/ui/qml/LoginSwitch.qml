@@ -28,7 +28,7 @@ T.Switch {
 
     indicator: Panel {
         anchors.fill: parent
-        color: control.checked ? Theme.accent : Theme.switchOff
+        color: control.checked ? Theme.orvoAccent : Theme.switchOff
         radius: 11
 
         Panel {

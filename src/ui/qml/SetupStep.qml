@@ -10,7 +10,7 @@ Row {
     Accessible.role: Accessible.StaticText
 
     Panel {
-        color: parent.step.complete ? Theme.accent : Theme.quietStep
+        color: parent.step.complete ? Theme.orvoAccent : Theme.quietStep
         height: 22
         radius: 11
         width: 22

@@ -33,7 +33,7 @@ Panel {
         }
         Panel {
             anchors.verticalCenter: parent.verticalCenter
-            color: View.stateBadge.accentDot ? Theme.accent : Theme.secondary
+            color: View.stateBadge.accentDot ? Theme.orvoAccent : Theme.secondary
             implicitHeight: 6
             implicitWidth: 6
             radius: 3

@@ -25,20 +25,20 @@ QtObject {
     readonly property color attention: dark ? "#FFA33A" : "#C95F06"
 
     // The one accent, and its shades: where it is read, drawn on a background, or laid under white text.
-    readonly property color accent: Qt.rgba(0.12, 0.52, 0.48, 1)
+    readonly property color orvoAccent: Qt.rgba(0.12, 0.52, 0.48, 1)
     readonly property color accentText: dark ? "#63C9BC" : "#13625A"
-    readonly property color accentSymbol: dark ? "#4FB8AB" : accent
+    readonly property color accentSymbol: dark ? "#4FB8AB" : orvoAccent
     readonly property color accentFill: "#1B7B71"
     readonly property color accentFillHover: "#187269"
     readonly property color accentFillPressed: "#15665E"
     readonly property color accentContrast: "#FFFFFF"
     // On dark ground the given strengths of the accent hardly show.
-    readonly property color selection: Qt.alpha(accent, dark ? 0.26 : 0.11)
-    readonly property color setupFill: Qt.alpha(accent, dark ? 0.12 : 0.055)
-    readonly property color setupOutline: Qt.alpha(accent, dark ? 0.35 : 0.12)
-    readonly property color guideTile: Qt.alpha(accent, dark ? 0.24 : 0.09)
-    readonly property color focusRing: dark ? accentSymbol : Qt.alpha(accent, 0.85)
-    readonly property color textSelection: Qt.alpha(accent, 0.3)
+    readonly property color selection: Qt.alpha(orvoAccent, dark ? 0.26 : 0.11)
+    readonly property color setupFill: Qt.alpha(orvoAccent, dark ? 0.12 : 0.055)
+    readonly property color setupOutline: Qt.alpha(orvoAccent, dark ? 0.35 : 0.12)
+    readonly property color guideTile: Qt.alpha(orvoAccent, dark ? 0.24 : 0.09)
+    readonly property color focusRing: dark ? accentSymbol : Qt.alpha(orvoAccent, 0.85)
+    readonly property color textSelection: Qt.alpha(orvoAccent, 0.3)
 
     readonly property color fill: Qt.alpha(text, 0.035)
     readonly property color badge: Qt.alpha(text, 0.045)

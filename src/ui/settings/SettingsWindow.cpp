@@ -99,7 +99,8 @@ void SettingsWindow::open() {
   look_->installIn(engine);
   icons_->installIn(engine);
   binding_->installIn(engine);
-  (new Keyboard(*quickView_))->installIn(engine);
+  keyboard_ = std::make_unique<Keyboard>(*quickView_);
+  keyboard_->installIn(engine);
   // Window lists show it where no desktop file of Orvo's is installed.
   quickView_->setIcon(QIcon(QStringLiteral(":/orvo/symbols/orvo.svg")));
   quickView_->setTitle(QString::fromStdString(description_.title));
@@ -138,6 +139,7 @@ bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
 void SettingsWindow::dropScene() {
   platform_.mainQueue.cancel(std::exchange(rememberHandle_, MainQueue::Handle::none));
   quickView_.reset();
+  keyboard_.reset();
   binding_.reset();
   icons_.reset();
   look_.reset();

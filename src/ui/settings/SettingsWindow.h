@@ -22,6 +22,7 @@ namespace orvo {
 
 class DesktopLook;
 class IconStore;
+class Keyboard;
 class ViewBinding;
 
 class SettingsWindow : public QObject, public Window {
@@ -55,6 +56,7 @@ class SettingsWindow : public QObject, public Window {
   std::unique_ptr<DesktopLook> look_;
   std::unique_ptr<IconStore> icons_;
   std::unique_ptr<ViewBinding> binding_;
+  std::unique_ptr<Keyboard> keyboard_;
   std::unique_ptr<QQuickView> quickView_;
   std::optional<WindowFrame> frame_;
   bool centered_ = false;

@@ -1,9 +1,11 @@
+#include "ui/settings/Keyboard.h"
 #include "ui/settings/SettingsWorld.h"
 
 #include <gtest/gtest.h>
 
 #include <QAccessible>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQmlExpression>
 #include <qqml.h>
 #include <QTest>
@@ -162,7 +164,6 @@ TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
     world.turn();
     EXPECT_FALSE(control->property("checked").toBool());
     EXPECT_TRUE(world.item("Login item could not be changed: no"));
-    world.model->message = std::nullopt;
   }
   world.memory.loginItem.failure.reset();
   world.click(control);
@@ -270,9 +271,12 @@ TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
   EXPECT_EQ(world.quickView().framePosition(), QPoint(0, 40));
   world.model->searchText = "tw";
   openPage(OrvoView::Page::about);
+  const QPointer keyboard(Keyboard::of(world.quickView().engine()));
+  ASSERT_TRUE(keyboard);
   world.quickView().resize(850, 660);
   world.quickView().close();
   world.turn();
+  EXPECT_FALSE(keyboard);
   EXPECT_EQ(world.window->quickView(), nullptr);
   EXPECT_EQ(world.memory.userDefaults.datas["NSWindow Frame Orvo.Settings"], "0 40 850 660");
   world.show();
@@ -382,7 +386,8 @@ TEST_F(SettingsWindowTest, EveryTextIsReadableInEveryStateInBothAppearances) {
   show();
   expectReadable(world, "nothing selected");
   world.model->setRule(IconRule::hidden, "org.example.two");
-  world.model->message = "Something went wrong.";
+  world.memory.loginItem.failure = "something went wrong";
+  world.model->setLoginItem(true);
   expectReadable(world, "one selected");
   world.model->hideSelected();
   expectReadable(world, "applying");

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/AutostartLoginItem.h"
 
+#include "platform/linux/RegularFile.h"
 #include "platform/linux/desktop/AtomicFile.h"
 
 #include <QProcess>
@@ -10,8 +11,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <map>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -20,6 +21,8 @@ namespace orvo {
 namespace {
 
 using Entry = std::map<std::string, std::string>;
+
+constexpr std::size_t greatestEntry = 1U << 20U;  // bytes
 
 struct SettingsPage {
   const char* desktop;  // as in XDG_CURRENT_DESKTOP
@@ -40,7 +43,8 @@ constexpr std::array settingsPages{
 // The keys of the entry's main group; of equal keys the first counts.
 Entry readEntry(const std::string& path) {
   Entry entry;
-  std::ifstream stream(path);
+  std::error_code error;
+  std::istringstream stream(readRegularFile(path, greatestEntry, error).value_or(""));
   bool inside = false;
   for (std::string line; std::getline(stream, line);) {
     if (line.starts_with('[')) inside = line.starts_with("[Desktop Entry]");

@@ -10,11 +10,19 @@ namespace {
 
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 
-// Long enough for a busy machine; the running copy need not answer, only be sent the request.
+// Long enough for a busy machine.
 constexpr int handOverTimeoutMilliseconds = 2000;
+
+// An owner that is ending leaves the name free a moment later.
+constexpr int attempts = 3;
 
 // The path that the desktop entry specification derives from a bus name.
 QString objectPath(QString name) { return '/' + name.replace('.', '/').replace('-', '_'); }
+
+bool meansNoOwner(const QString& error) {
+  return error == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
+         error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
+}
 
 }  // namespace
 
@@ -37,17 +45,22 @@ BusApplication::Outcome BusApplication::acquireOrHandOver() {
   if (!bus_.isConnected()) return Outcome::noBus;
   // The object first: a request may follow the name at once.
   bus_.registerObject(path_, this, QDBusConnection::ExportAllSlots);
-  acquired_ = bus_.registerService(name_);
-  if (acquired_) return Outcome::acquired;
+  QString error;
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    acquired_ = bus_.registerService(name_);
+    if (acquired_) return Outcome::acquired;
+    error = handOver();
+    if (!meansNoOwner(error)) break;
+  }
   bus_.unregisterObject(path_);
-  handOver();
-  return Outcome::handedOver;
+  return error.isEmpty() ? Outcome::handedOver : Outcome::refused;
 }
 
-void BusApplication::handOver() {
+QString BusApplication::handOver() {
   auto request = QDBusMessage::createMethodCall(name_, path_, applicationInterface, "Activate");
   request << QVariantMap();
-  bus_.call(request, QDBus::Block, handOverTimeoutMilliseconds);
+  request.setAutoStartService(false);
+  return bus_.call(request, QDBus::Block, handOverTimeoutMilliseconds).errorName();
 }
 
 void BusApplication::Activate(const QVariantMap& /*platformData*/) { reopen_(); }

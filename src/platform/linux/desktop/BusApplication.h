@@ -23,10 +23,10 @@ class BusApplication final : public QObject {
   BusApplication(const BusApplication&) = delete;
   BusApplication& operator=(const BusApplication&) = delete;
 
-  enum class Outcome { acquired, handedOver, noBus };
+  enum class Outcome { acquired, handedOver, refused, noBus };
 
   // Takes the name. Where another process has it, that process is asked to reopen; of two that start
-  // at once the bus picks one.
+  // at once the bus picks one. Refused when whoever has it does not do what Orvo would.
   Outcome acquireOrHandOver();
 
   // The connection is gone for good.
@@ -37,7 +37,8 @@ class BusApplication final : public QObject {
   Q_SLOT void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 
  private:
-  void handOver();
+  // Empty on success, else the error's name.
+  QString handOver();
 
   QDBusConnection bus_;
   const QString name_;

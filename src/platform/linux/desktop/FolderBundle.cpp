@@ -1,9 +1,10 @@
 #include "platform/linux/desktop/FolderBundle.h"
 
+#include "platform/linux/RegularFile.h"
+
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
-#include <fstream>
 
 namespace orvo {
 
@@ -12,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* infoFile = "Info.json";
+constexpr std::size_t greatestInfo = 1U << 20U;  // bytes
 
 // What exec was given, made absolute without following links; where that is not this program (a bare
 // name found on the search path, a made-up name) the file that really runs.
@@ -53,8 +55,8 @@ FolderBundle::FolderBundle(const std::string& invocation) {
 }
 
 void FolderBundle::readInfo(const std::string& file) {
-  std::ifstream stream(file);
-  const auto document = nlohmann::json::parse(stream, nullptr, false);
+  std::error_code error;
+  const auto document = nlohmann::json::parse(readRegularFile(file, greatestInfo, error).value_or(""), nullptr, false);
   if (!document.is_object()) return;
   for (const auto& [key, value] : document.items()) info_.emplace(key, infoValueOf(value));
 }

@@ -11,12 +11,21 @@ namespace {
 
 icu::StringPiece piece(std::string_view text) { return {text.data(), static_cast<std::int32_t>(text.size())}; }
 
-icu::UnicodeString folded(std::string_view text) {
-  auto unicode = icu::UnicodeString::fromUTF8(piece(text));
+// Letters may be composed or not, and folding may take them apart.
+icu::UnicodeString composed(const icu::UnicodeString& text) {
   UErrorCode error = U_ZERO_ERROR;
   const auto* composer = icu::Normalizer2::getNFCInstance(error);
-  unicode.foldCase();
-  return U_SUCCESS(error) != 0 ? composer->normalize(unicode, error) : unicode;
+  return U_SUCCESS(error) != 0 ? composer->normalize(text, error) : text;
+}
+
+icu::UnicodeString folded(std::string_view text, std::uint32_t folding) {
+  return composed(composed(icu::UnicodeString::fromUTF8(piece(text))).foldCase(folding));
+}
+
+// In Turkish and Azerbaijani the dotted and the dotless i are two letters.
+std::uint32_t foldingOf(const icu::Locale& locale) {
+  const std::string_view language = locale.getLanguage();
+  return language == "tr" || language == "az" ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT;
 }
 
 std::unique_ptr<const icu::Collator> makeCollator(const icu::Locale& locale) {
@@ -33,7 +42,7 @@ std::unique_ptr<const icu::Collator> makeCollator(const icu::Locale& locale) {
 
 }  // namespace
 
-IcuText::IcuText(const icu::Locale& locale) : collator_(makeCollator(locale)) {}
+IcuText::IcuText(const icu::Locale& locale) : folding_(foldingOf(locale)), collator_(makeCollator(locale)) {}
 
 int IcuText::standardCompare(std::string_view left, std::string_view right) const {
   if (!collator_) return left.compare(right);
@@ -42,7 +51,7 @@ int IcuText::standardCompare(std::string_view left, std::string_view right) cons
 }
 
 bool IcuText::caseInsensitiveContains(std::string_view text, std::string_view needle) const {
-  return !needle.empty() && folded(text).indexOf(folded(needle)) >= 0;
+  return !needle.empty() && folded(text, folding_).indexOf(folded(needle, folding_)) >= 0;
 }
 
 }  // namespace orvo

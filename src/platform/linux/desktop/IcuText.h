@@ -5,6 +5,7 @@
 
 #include <unicode/coll.h>
 
+#include <cstdint>
 #include <memory>
 
 namespace orvo {
@@ -17,6 +18,7 @@ class IcuText final : public LocalizedText {
   bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override;
 
  private:
+  const std::uint32_t folding_;
   // Absent when ICU's data is missing; texts are then compared by their bytes.
   std::unique_ptr<const icu::Collator> collator_;
 };

@@ -47,12 +47,14 @@ std::vector<RunningApplication> DesktopWorkspace::runningApplications(const std:
   return found;
 }
 
-// A running copy of a bundle owns its identifier on the bus.
+// A running copy of a bundle owns its identifier on the bus; another program that has the name is none.
 std::optional<RunningApplication> DesktopWorkspace::ownerOfBusName(const std::string& name) const {
   const QDBusMessage question = session_bus::processQuestion(QString::fromStdString(name));
   const auto process =
       session_bus::processAnswer(bus_.call(question, QDBus::Block, static_cast<int>(busAnswerLimit.count())));
-  return process ? describeProcess(*process, name) : std::nullopt;
+  auto owner = process ? describeProcess(*process, {}) : std::nullopt;
+  if (owner && owner->bundleIdentifier != name) owner.reset();
+  return owner;
 }
 
 std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& bundleIdentifier) const {

@@ -1,8 +1,8 @@
 #include "platform/linux/session/UrlOpener.h"
 
+#include "platform/linux/RegularFile.h"
 #include "platform/linux/session/SessionBus.h"
 
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -20,6 +20,8 @@ namespace {
 
 constexpr const char* accessibilityPage =
     "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
+constexpr std::size_t greatestInfo = 1U << 20U;  // bytes
 
 struct SettingsProgram {
   const char* desktop;  // as XDG_CURRENT_DESKTOP has it
@@ -60,10 +62,11 @@ void openAccessibilitySettings() {
 
 // Absent for whatever is not a bundle with an identifier.
 std::optional<QString> bundleIdentifierAt(const QString& root) {
-  QFile file(root + QStringLiteral("/Info.json"));
-  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-  const QJsonValue identifier =
-      QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("CFBundleIdentifier"));
+  std::error_code error;
+  const auto text = readRegularFile((root + QStringLiteral("/Info.json")).toStdString(), greatestInfo, error);
+  const QJsonValue identifier = QJsonDocument::fromJson(QByteArray::fromStdString(text.value_or("")))
+                                    .object()
+                                    .value(QStringLiteral("CFBundleIdentifier"));
   if (!identifier.isString() || identifier.toString().isEmpty()) return std::nullopt;
   return identifier.toString();
 }

@@ -62,6 +62,11 @@ HotKeyStatus X11HotKeys::registerEventHotKey(std::uint32_t keyCode, std::uint32_
   return hotKeyNoError;
 }
 
+bool X11HotKeys::isAvailable(HotKeyRef hotKey) const {
+  const auto found = grabs_.find(hotKey);
+  return found != grabs_.end() && !found->second.empty();
+}
+
 void X11HotKeys::unregisterEventHotKey(HotKeyRef hotKey) {
   if (hotKeys_.erase(hotKey) == 0) return;
   ungrab(grabs_[hotKey]);

@@ -36,6 +36,7 @@ class X11HotKeys : public HotKeys {
   // it is held is one press.
   HotKeyStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id, std::uint32_t options,
                                    HotKeyRef& hotKey) override;
+  bool isAvailable(HotKeyRef hotKey) const override;
   void unregisterEventHotKey(HotKeyRef hotKey) override;
   void removeEventHandler(EventHandlerRef handler) override;
 

@@ -15,6 +15,13 @@ xcb_window_t rootOf(xcb_connection_t* connection, int screen) {
 
 }  // namespace
 
+bool XConnection::canOpen() {
+  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+  const bool opened = xcb_connection_has_error(connection) == 0;
+  xcb_disconnect(connection);
+  return opened;
+}
+
 std::unique_ptr<XConnection> XConnection::open(const std::string& display, const std::string& user) {
   int screen = 0;
   xcb_connection_t* connection = xcb_connect(display.empty() ? nullptr : display.c_str(), &screen);

@@ -30,6 +30,9 @@ class XConnection {
   // Absent, with a line on standard error, when there is no server.
   static std::unique_ptr<XConnection> open(const std::string& display, const std::string& user);
 
+  // Whether there is a server behind DISPLAY; says nothing.
+  static bool canOpen();
+
   ~XConnection();
   XConnection(const XConnection&) = delete;
   XConnection& operator=(const XConnection&) = delete;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -43,6 +45,9 @@ TEST_F(AutostartLoginItemTest, StatusFollowsTheEntryAndThePersonsOwnSwitch) {
       {"[Desktop Entry]\nExec=\"/old/Orvo.app/bin/orvo\"\n", LoginItemStatus::notFound},
   };
   for (const auto& [text, status] : cases) EXPECT_EQ(statusOf(text), status) << text;
+  fs::remove(file_);
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  EXPECT_EQ(item_.status(), LoginItemStatus::notRegistered) << "nobody writes into the pipe";
 }
 
 TEST_F(AutostartLoginItemTest, RegisteringKeepsThePersonsRefusalReplacesAStaleEntryAndSaysWhatFailed) {

@@ -5,12 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 namespace orvo {
@@ -72,14 +74,50 @@ TEST_F(FileUserDefaultsTest, AFileThatCannotBeReadIsKeptAside) {
   }
 }
 
+TEST_F(FileUserDefaultsTest, WhatIsNoReasonableFileHoldsNobodyUpAndIsKeptAsideToo) {
+  const std::string deep(100'000, '[');
+  const std::function<void()> kinds[]{
+      [&] { EXPECT_EQ(mkfifo(file_.c_str(), 0600), 0); },
+      [&] { fs::create_symlink("/dev/zero", file_); },
+      [&] { fs::create_directory(file_); },
+      [&] { write(R"({"text": ")" + std::string(5'000'000, 'x') + "\"}"); },
+      [&] { write(R"({"text": )" + deep + std::string(deep.size(), ']') + "}"); },
+  };
+  fs::create_directories(file_.parent_path());
+  int number = 0;
+  for (const auto& make : kinds) {
+    make();
+    open().setBoolean("flag", true);
+    EXPECT_TRUE(fs::exists(file_.string() + ".damaged-" + std::to_string(++number)));
+    EXPECT_TRUE(open().boolean("flag"));
+    fs::remove(file_);
+  }
+}
+
+TEST_F(FileUserDefaultsTest, TwoCopiesKeepEachOthersValuesAndSeeThem) {
+  auto one = open();
+  auto other = open();
+  one.setData("data", "mine");
+  EXPECT_EQ(other.data("data"), "mine");
+  other.setBoolean("flag", true);
+  one.setData("data", "changed");
+  EXPECT_TRUE(open().boolean("flag"));
+  EXPECT_EQ(other.data("data"), "changed");
+  write("{\"cut");
+  EXPECT_EQ(one.data("data"), "changed") << "half of somebody's writing";
+  EXPECT_TRUE(fs::exists(file_));
+}
+
 TEST_F(FileUserDefaultsTest, WhatCannotBeStoredCountsHereAndBelongsToTheNextAttempt) {
   write("a file where the folder should be");
   const auto path = (file_ / "settings.json").string();
   FileUserDefaults defaults(path);
   defaults.setData("data", "rules");
   EXPECT_EQ(defaults.data("data"), "rules");
+  EXPECT_NE(defaults.storageFailure(), std::nullopt);
   fs::remove(file_);
   defaults.setBoolean("flag", true);
+  EXPECT_EQ(defaults.storageFailure(), std::nullopt);
   EXPECT_EQ(FileUserDefaults(path).data("data"), "rules");
 }
 

@@ -95,10 +95,12 @@ TEST_F(X11HotKeysTest, FollowsTheKeyboardLayoutToAPlaceThatComesFreeLater) {
   put(placeOfQ, 'b');
   EXPECT_TRUE(eventually(queue, [&] { return !pressed("q"); }));
   EXPECT_FALSE(pressed("b"));
+  EXPECT_FALSE(keys.isAvailable(hotKey));
   const auto freed = xcb_ungrab_key_checked(desktop.connection(), placeOfQ, desktop.root(), XCB_MOD_MASK_ANY);
   EXPECT_FALSE(owned(xcb_request_check(desktop.connection(), freed)));
   queue.advance(grabRetryInterval);
   EXPECT_TRUE(eventually(queue, [&] { return pressed("b"); }));
+  EXPECT_TRUE(keys.isAvailable(hotKey));
 }
 
 }  // namespace

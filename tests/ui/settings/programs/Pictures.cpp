@@ -77,9 +77,13 @@ void selectTwo(SettingsWorld& world) {
 }
 void hide(SettingsWorld& world) { world.model->hideSelected(); }
 void confirm(SettingsWorld& world) { world.memory.framework.answer(0); }
-void scan(SettingsWorld& world) { world.model->isScanning = true; }
+void scan(SettingsWorld& world) {
+  world.memory.scanExecutor.holds = true;
+  world.model->refresh();
+}
 void say(SettingsWorld& world) {
-  world.model->message = "A new app opened. Icons are shown so its menu bar item can load.";
+  world.model->hideSelected();
+  world.memory.workspace.notificationCenter().post(Notification::applicationLaunched);
 }
 Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };

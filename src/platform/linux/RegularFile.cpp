@@ -1,0 +1,64 @@
+#include "platform/linux/RegularFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace orvo {
+
+namespace {
+
+std::error_code systemError() { return {errno, std::system_category()}; }
+
+// Reads on when a signal came between. The end of the file is zero, an error below it.
+ssize_t readSome(int descriptor, char* place, std::size_t size) {
+  ssize_t count = 0;
+  do {
+    count = read(descriptor, place, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+std::optional<std::string> readAll(int descriptor, std::size_t limit, std::error_code& error) {
+  constexpr std::size_t step = 65536;
+  std::string contents;
+  while (contents.size() <= limit) {
+    const std::size_t size = contents.size();
+    contents.resize(size + step);
+    const ssize_t count = readSome(descriptor, contents.data() + size, step);
+    contents.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (count < 0) error = systemError();
+    if (count < 0) return std::nullopt;
+    if (count == 0) return contents;
+  }
+  error = std::make_error_code(std::errc::file_too_large);
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t limit,
+                                           std::error_code& error) {
+  error.clear();
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) {
+    error = systemError();
+    return std::nullopt;
+  }
+  struct stat status {};
+  std::optional<std::string> contents;
+  if (fstat(descriptor, &status) != 0) {
+    error = systemError();
+  } else if (!S_ISREG(status.st_mode)) {
+    error = std::make_error_code(std::errc::not_supported);
+  } else {
+    contents = readAll(descriptor, limit, error);
+  }
+  close(descriptor);
+  return contents;
+}
+
+}  // namespace orvo
