@@ -137,6 +137,10 @@ void MenuBarService::announce(const MenuBarChange& change) {
   Q_EMIT changed();
 }
 
+void MenuBarService::toldItemsRead() {
+  for (const std::string& address : news_.beginAll()) follow(address);
+}
+
 void MenuBarService::renewViews() {
   news_.renewAll();
   tellPanel();
@@ -155,8 +159,12 @@ void MenuBarService::tell(const std::vector<News>& news) {
       continue;
     }
     Q_EMIT itemShown(text);
-    if (const TrayItem* item = menuBar_.find(address)) views_.follow(*item);
+    follow(address);
   }
+}
+
+void MenuBarService::follow(const std::string& address) {
+  if (const TrayItem* item = menuBar_.find(address)) views_.follow(*item);
 }
 
 }  // namespace orvo

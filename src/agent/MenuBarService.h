@@ -33,6 +33,9 @@ class MenuBarService : public QObject {
   std::vector<std::string> toldItems() const { return news_.told(); }
   bool isSettled() const { return news_.isSettled(); }
 
+  // Somebody has asked for them, as panels do when they start.
+  void toldItemsRead();
+
   // Has the panel make every view anew, where it shows other items than it was told.
   void renewViews();
 
@@ -62,6 +65,7 @@ class MenuBarService : public QObject {
   void announce(const MenuBarChange& change);
   void tellPanel();
   void tell(const std::vector<News>& news);
+  void follow(const std::string& address);
 
   QDBusConnection bus_;
   MenuBar menuBar_;

@@ -23,19 +23,15 @@ constexpr std::chrono::seconds patience{1};
 // Whoever is stopped answers when he goes on.
 constexpr std::chrono::milliseconds unlimited{std::numeric_limits<int>::max()};
 
-BusCall propertyOf(const QString& service, const QString& path, const QString& interface, const QString& name) {
-  return {service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"), {interface, name}};
-}
+}  // namespace
 
-BusCall propertyOf(const TrayItem& item, const QString& name) {
+BusCall propertyOfItem(const TrayItem& item, const QString& name) {
   return propertyOf(QString::fromStdString(item.owner), QString::fromStdString(item.path),
                     QStringLiteral("org.kde.StatusNotifierItem"), name);
 }
 
-}  // namespace
-
 void PanelViews::ask(const TrayItem& item, const QString& property, std::function<void(const QString&)> answer) {
-  send(bus_, propertyOf(item, property), unlimited, this, [answer = std::move(answer)](const QDBusMessage& message) {
+  send(bus_, propertyOfItem(item, property), unlimited, this, [answer = std::move(answer)](const QDBusMessage& message) {
     answer(message.arguments().value(0).value<QDBusVariant>().variant().toString());
   });
 }
@@ -74,7 +70,7 @@ void PanelViews::askPanels(Following& following) {
 }
 
 void PanelViews::askItem(Following& following) {
-  send(bus_, propertyOf(following.item, QStringLiteral("Status")), unlimited, this,
+  send(bus_, propertyOfItem(following.item, QStringLiteral("Status")), unlimited, this,
        ifStill(following, [this](Following& each, const QDBusMessage&) {
          ++each.rounds;
          proceed(each);

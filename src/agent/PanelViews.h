@@ -16,9 +16,12 @@
 #include <QStringList>
 #include <QTimer>
 
+#include "agent/BusCall.h"
 #include "agent/rules/ItemRegistry.h"
 
 namespace orvo {
+
+BusCall propertyOfItem(const TrayItem& item, const QString& name);
 
 class PanelViews : public QObject {
   Q_OBJECT

@@ -39,6 +39,7 @@ void StatusNotifierWatcher::takeName() {
 QStringList StatusNotifierWatcher::toldItems() const {
   QStringList addresses;
   for (const std::string& address : service_.toldItems()) addresses.append(QString::fromStdString(address));
+  service_.toldItemsRead();
   return addresses;
 }
 

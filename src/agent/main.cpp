@@ -14,6 +14,7 @@
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
 #include "agent/StatusNotifierWatcher.h"
+#include "agent/TrayCensus.h"
 #include "agent/rules/KeptItems.h"
 #include "platform/linux/AgentProtocol.h"
 
@@ -56,6 +57,7 @@ int main(int count, char** arguments) {
   orvo::MenuBarService service(bus);
   QObject::connect(&service, &orvo::MenuBarService::changed, &service,
                    [&] { guardian.keep(orvo::keptItems(service.menuBar().items())); });
+  orvo::TrayCensus census(bus, service);
   orvo::PanelReader panel(bus);
   orvo::StatusNotifierWatcher watcher(bus, service);
   orvo::MenuBarAgent agent(bus, service, watcher, panel);

@@ -42,6 +42,16 @@ void PanelNews::renewAll() {
   for (Item& item : items_) item.isOutdated = item.view == View::made;
 }
 
+std::vector<std::string> PanelNews::beginAll() {
+  std::vector<std::string> begun;
+  for (Item& item : items_) {
+    if (item.view != View::made) continue;
+    item.view = View::beingMade;
+    begun.push_back(item.address);
+  }
+  return begun;
+}
+
 std::vector<News> PanelNews::due() {
   std::vector<News> news;
   for (Item& item : items_) {

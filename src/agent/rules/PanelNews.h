@@ -41,6 +41,9 @@ class PanelNews {
   // Every view is to be made anew, one that is being made excepted.
   void renewAll();
 
+  // A panel that has just started makes its views of all that it finds told; returns their addresses.
+  std::vector<std::string> beginAll();
+
   // To be told now, in this order; counts as told.
   std::vector<News> due();
 
