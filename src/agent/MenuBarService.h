@@ -42,8 +42,8 @@ class MenuBarService : public QObject {
   // `done` is called once the item is registered, or cannot be.
   void registerItem(const QString& text, const QString& sender, std::function<void()> done);
 
-  // `done` gets the assertion once the panel has been told all that it can be told now; it is never called for a requester that has
-  // left the bus meanwhile.
+  // `done` gets the assertion once the panel has been told all that it can be told now; it is never called for a
+  // requester that has left the bus meanwhile.
   void activate(const QString& requester, const QStringList& allowedBundles, std::function<void(std::uint32_t)> done);
 
   // False when the requester has no such assertion.

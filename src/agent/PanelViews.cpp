@@ -31,9 +31,10 @@ BusCall propertyOfItem(const TrayItem& item, const QString& name) {
 }
 
 void PanelViews::ask(const TrayItem& item, const QString& property, std::function<void(const QString&)> answer) {
-  send(bus_, propertyOfItem(item, property), unlimited, this, [answer = std::move(answer)](const QDBusMessage& message) {
-    answer(message.arguments().value(0).value<QDBusVariant>().variant().toString());
-  });
+  send(bus_, propertyOfItem(item, property), unlimited, this,
+       [answer = std::move(answer)](const QDBusMessage& message) {
+         answer(message.arguments().value(0).value<QDBusVariant>().variant().toString());
+       });
 }
 
 void PanelViews::follow(const TrayItem& item) {

@@ -62,17 +62,16 @@ std::vector<News> PanelNews::due() {
   }
   Ids open;
   Ids appeared;
-  for (Item& item : items_)
-    if (item.isWanted) tellIfDue(item, open, appeared, news);
+  for (Item& item : items_) tellIfDue(item, open, appeared, news);
   return news;
 }
 
 // `open` holds the Ids of earlier items that have yet to find their place, `appeared` of those that take a
-// place before the later ones now.
+// place before the later ones now. One that is no longer wanted may be again before its view is made.
 void PanelNews::tellIfDue(Item& item, Ids& open, Ids& appeared, std::vector<News>& news) {
   const bool isNew = item.view == View::none;
   item.isOutdated = item.isOutdated || (!isNew && appeared.contains(item.id));
-  const bool isDue = item.view != View::beingMade && isOpen(item) && !open.contains(item.id);
+  const bool isDue = item.isWanted && item.view != View::beingMade && isOpen(item) && !open.contains(item.id);
   if (isDue) {
     if (!isNew) news.push_back({item.address, false});
     news.push_back({item.address, true});
@@ -80,7 +79,8 @@ void PanelNews::tellIfDue(Item& item, Ids& open, Ids& appeared, std::vector<News
     item.isDelayed = item.isOutdated = false;
     if (!item.id.empty()) appeared.insert(item.id);
   }
-  if (isOpen(item) && !item.isDelayed && !item.id.empty()) open.insert(item.id);
+  const bool isAwaited = (item.isWanted && isOpen(item)) || item.view == View::beingMade;
+  if (isAwaited && !item.isDelayed && !item.id.empty()) open.insert(item.id);
 }
 
 bool PanelNews::isOpen(const Item& item) { return item.view != View::made || item.isOutdated; }
