@@ -20,6 +20,10 @@ void send(const QDBusConnection& bus, const BusCall& call, std::chrono::millisec
                    });
 }
 
+BusCall propertyOf(const QString& service, const QString& path, const QString& interface, const QString& name) {
+  return {service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"), {interface, name}};
+}
+
 BusCall aboutName(const QString& method, const QString& name) {
   const QString bus = QStringLiteral("org.freedesktop.DBus");
   return {bus, QStringLiteral("/org/freedesktop/DBus"), bus, method, {name}};

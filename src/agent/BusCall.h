@@ -26,6 +26,8 @@ struct BusCall {
 void send(const QDBusConnection& bus, const BusCall& call, std::chrono::milliseconds limit, QObject* context,
           std::function<void(const QDBusMessage&)> answer);
 
+BusCall propertyOf(const QString& service, const QString& path, const QString& interface, const QString& name);
+
 // A method of the bus itself about a name, such as GetNameOwner.
 BusCall aboutName(const QString& method, const QString& name);
 

@@ -1,36 +1,65 @@
 #include "agent/Guardian.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <limits>
+
+#include <QTimer>
 
 namespace orvo {
 
 namespace {
 
 constexpr const char* processName = "orvo-guardian";  // the kernel keeps 15 characters
+constexpr const char* argument = "--guard";           // followed by the agent's process identifier
 
-void closeOthers(int first, int second) {
-  const auto [low, high] = std::minmax(first, second);
-  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (null >= 0 && standard != low && standard != high) dup2(null, standard);
-  const auto close = [](int from, int to) {
-    from = std::max(from, STDERR_FILENO + 1);
-    if (from <= to) close_range(static_cast<unsigned>(from), static_cast<unsigned>(to), 0);
-  };
-  close(0, low - 1);
-  close(low + 1, high - 1);
-  close(high + 1, std::numeric_limits<int>::max());
+// What the guardian has in place of its standard input and output.
+constexpr int memoryPlace = STDIN_FILENO;
+constexpr int lifelinePlace = STDOUT_FILENO;
+
+// Out of the way of the standard ones, which a process may be started without.
+int raised(int descriptor) {
+  const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  close(descriptor);
+  return copy;
+}
+
+// It is blind to the signals that end a session or a service, which come to it as well.
+pid_t spawnGuardian(int memory, int lifeline) {
+  sigset_t endings;
+  sigemptyset(&endings);
+  for (const int ending : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) sigaddset(&endings, ending);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  posix_spawnattr_setsigmask(&attributes, &endings);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, memory, memoryPlace);
+  posix_spawn_file_actions_adddup2(&actions, lifeline, lifelinePlace);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  std::string name(processName);
+  std::string option(argument);
+  std::string agent = std::to_string(getpid());
+  const std::array<char*, 4> arguments{name.data(), option.data(), agent.data(), nullptr};
+  pid_t process = -1;
+  const int error = posix_spawn(&process, "/proc/self/exe", &actions, &attributes, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  posix_spawnattr_destroy(&attributes);
+  return error == 0 ? process : -1;
 }
 
 // Nobody ever writes: the answer comes when the last writer is gone.
@@ -49,30 +78,54 @@ std::string contents(int memory) {
 
 }  // namespace
 
-Guardian::Guardian(const Duty& duty) {
-  std::array<int, 2> ends{-1, -1};
-  memory_ = memfd_create(processName, MFD_CLOEXEC);
-  const bool isReady = memory_ >= 0 && pipe2(ends.data(), O_CLOEXEC) == 0;
-  lifeline_ = ends[1];
-  const pid_t agent = getpid();
-  const pid_t child = isReady ? fork() : -1;
-  if (child == 0) serve(agent, ends[0], duty);
-  if (child < 0) std::perror("orvo-agent: no guardian");
-  close(ends[0]);
-}
+Guardian::Guardian() : memory_(raised(memfd_create(processName, MFD_CLOEXEC))) { start(); }
 
 Guardian::~Guardian() {
-  close(lifeline_);
-  close(memory_);
+  ended_.reset();
+  for (const int descriptor : {ending_, lifeline_, memory_}) close(descriptor);
 }
 
-void Guardian::serve(pid_t agent, int lifeline, const Duty& duty) const {
-  for (const int ending : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) std::signal(ending, SIG_IGN);
+void Guardian::start() {
+  std::array<int, 2> ends{-1, -1};
+  if (pipe2(ends.data(), O_CLOEXEC) == 0) {
+    const int lifeline = raised(ends[0]);
+    lifeline_ = ends[1];
+    process_ = spawnGuardian(memory_, lifeline);
+    close(lifeline);
+  }
+  age_.start();
+  ending_ = process_ < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
+  if (ending_ < 0) std::fprintf(stderr, "orvo-agent: no guardian: %s\n", std::strerror(errno));
+  if (ending_ >= 0) watch();
+}
+
+void Guardian::watch() {
+  ended_ = std::make_unique<QSocketNotifier>(ending_, QSocketNotifier::Read);
+  QObject::connect(ended_.get(), &QSocketNotifier::activated, ended_.get(), [this] {
+    ended_->setEnabled(false);
+    waitpid(process_, nullptr, 0);
+    const std::chrono::milliseconds age(age_.elapsed());
+    QTimer::singleShot(age < shortLife ? shortLife : std::chrono::seconds(0), ended_.get(), [this] { replace(); });
+  });
+}
+
+void Guardian::replace() {
+  std::fprintf(stderr, "orvo-agent: its guardian has ended; here is another\n");
+  ended_.release()->deleteLater();
+  for (const int descriptor : {ending_, lifeline_}) close(descriptor);
+  start();
+}
+
+std::optional<Guardian::Bequest> Guardian::outlive(int count, char** arguments) {
+  if (count != 3 || std::strcmp(arguments[1], argument) != 0) return std::nullopt;
   prctl(PR_SET_NAME, processName);
-  closeOthers(lifeline, memory_);
-  waitForEnd(lifeline);
-  if (const std::string kept = contents(memory_); !kept.empty()) duty(agent, kept);
-  std::_Exit(EXIT_SUCCESS);
+  close_range(STDERR_FILENO + 1, std::numeric_limits<int>::max(), 0);
+  Bequest bequest{};
+  const char* agent = arguments[2];
+  std::from_chars(agent, agent + std::strlen(agent), bequest.agent);
+  waitForEnd(lifelinePlace);
+  bequest.kept = contents(memoryPlace);
+  return bequest;
 }
 
 // Cut after writing, not before: at no moment does the memory hold less than a whole text.

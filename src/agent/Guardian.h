@@ -1,23 +1,25 @@
 // A second process that sleeps for as long as the agent lives and does one thing once it is gone, however
-// it went. Owned by main; main thread.
+// it went. When the guardian itself ends, there is another one at once. Owned by main; main thread.
 #pragma once
 
 #include <sys/types.h>
 
-#include <functional>
+#include <chrono>
+#include <memory>
+#include <optional>
 #include <string>
+
+#include <QElapsedTimer>
+#include <QSocketNotifier>
 
 namespace orvo {
 
 class Guardian {
  public:
-  // The agent's process identifier and what it kept last.
-  using Duty = std::function<void(pid_t agent, const std::string& kept)>;
+  // One that ends sooner than this has its successor only so long after its start: something is wrong.
+  static constexpr std::chrono::seconds shortLife{1};
 
-  // Forks; to be called while the process has one thread. The copy never returns from here: it does its
-  // duty, unless nothing was kept, and ends. It heeds none of the signals that end a session or a service,
-  // which come to it as well.
-  explicit Guardian(const Duty& duty);
+  Guardian();
   ~Guardian();
   Guardian(const Guardian&) = delete;
   Guardian& operator=(const Guardian&) = delete;
@@ -25,11 +27,25 @@ class Guardian {
   // Wakes nobody.
   void keep(const std::string& text) const;
 
+  struct Bequest {
+    pid_t agent;
+    std::string kept;  // empty for nothing to do
+  };
+
+  // In a process that was started as a guardian: returns once the agent is gone. Absent in any other.
+  static std::optional<Bequest> outlive(int count, char** arguments);
+
  private:
-  [[noreturn]] void serve(pid_t agent, int lifeline, const Duty& duty) const;
+  void start();
+  void watch();
+  void replace();
 
   int memory_ = -1;
   int lifeline_ = -1;  // held open by this process alone
+  pid_t process_ = -1;
+  int ending_ = -1;  // becomes readable at the guardian's end
+  std::unique_ptr<QSocketNotifier> ended_;
+  QElapsedTimer age_;
 };
 
 }  // namespace orvo

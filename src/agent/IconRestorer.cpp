@@ -39,13 +39,8 @@ IconRestorer::IconRestorer(QDBusConnection bus, pid_t agent, std::string kept)
 }
 
 void IconRestorer::askWatcher() {
-  send(bus_,
-       {watcherName,
-        watcherPath,
-        "org.freedesktop.DBus.Properties",
-        "Get",
-        {watcherName, "RegisteredStatusNotifierItems"}},
-       limit, this, [this](const QDBusMessage& answer) {
+  send(bus_, propertyOf(watcherName, watcherPath, watcherName, QStringLiteral("RegisteredStatusNotifierItems")), limit,
+       this, [this](const QDBusMessage& answer) {
          if (answer.type() == QDBusMessage::ReplyMessage)
            registerMissing(answer.arguments().value(0).value<QDBusVariant>().variant().toStringList());
        });

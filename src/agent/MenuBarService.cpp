@@ -27,7 +27,15 @@ std::int32_t processIn(const QDBusMessage& answer) {
 
 }  // namespace
 
-MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)) {
+MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)), views_(bus_) {
+  connect(&views_, &PanelViews::made, this, [this](const QString& address) {
+    news_.viewMade(address.toStdString());
+    tellPanel();
+  });
+  connect(&views_, &PanelViews::delayed, this, [this](const QString& address) {
+    news_.viewDelayed(address.toStdString());
+    tellPanel();
+  });
   names_.setConnection(bus_);
   names_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -109,15 +117,54 @@ void MenuBarService::nameLost(const QString& name) {
 void MenuBarService::add(const TrayItem& item) {
   const auto change = menuBar_.add(item);
   if (!change) return Q_EMIT changed();
+  const std::string address = item.address();
+  news_.add(address);
+  views_.ask(item, QStringLiteral("Id"),
+             [this, address](const QString& id) { news_.identify(address, id.toStdString()); });
   announce(*change);
-  Q_EMIT itemArrived(QString::fromStdString(item.address()), static_cast<std::uint32_t>(item.processIdentifier),
+  Q_EMIT itemArrived(QString::fromStdString(address), static_cast<std::uint32_t>(item.processIdentifier),
                      QString::fromStdString(item.bundle));
 }
 
 void MenuBarService::announce(const MenuBarChange& change) {
-  for (const std::string& address : change.hidden) Q_EMIT itemHidden(QString::fromStdString(address));
-  for (const std::string& address : change.shown) Q_EMIT itemShown(QString::fromStdString(address));
+  for (const std::string& address : change.left) {
+    views_.forget(QString::fromStdString(address));
+    tell(news_.forget(address));
+  }
+  for (const std::string& address : change.hidden) news_.want(address, false);
+  for (const std::string& address : change.shown) news_.want(address, true);
+  tellPanel();
   Q_EMIT changed();
+}
+
+void MenuBarService::toldItemsRead() {
+  for (const std::string& address : news_.beginAll()) follow(address);
+}
+
+void MenuBarService::renewViews() {
+  news_.renewAll();
+  tellPanel();
+}
+
+void MenuBarService::tellPanel() {
+  tell(news_.due());
+  if (news_.isSettled()) Q_EMIT settled();
+}
+
+void MenuBarService::tell(const std::vector<News>& news) {
+  for (const auto& [address, isShown] : news) {
+    const QString text = QString::fromStdString(address);
+    if (!isShown) {
+      Q_EMIT itemHidden(text);
+      continue;
+    }
+    Q_EMIT itemShown(text);
+    follow(address);
+  }
+}
+
+void MenuBarService::follow(const std::string& address) {
+  if (const TrayItem* item = menuBar_.find(address)) views_.follow(*item);
 }
 
 }  // namespace orvo

@@ -15,7 +15,9 @@
 #include <QString>
 #include <QStringList>
 
+#include "agent/PanelViews.h"
 #include "agent/rules/MenuBar.h"
+#include "agent/rules/PanelNews.h"
 
 namespace orvo {
 
@@ -27,11 +29,21 @@ class MenuBarService : public QObject {
 
   const MenuBar& menuBar() const { return menuBar_; }
 
+  // What the panel was told; follows the menu bar, see PanelNews.
+  std::vector<std::string> toldItems() const { return news_.told(); }
+  bool isSettled() const { return news_.isSettled(); }
+
+  // Somebody has asked for them, as panels do when they start.
+  void toldItemsRead();
+
+  // Has the panel make every view anew, where it shows other items than it was told.
+  void renewViews();
+
   // `done` is called once the item is registered, or cannot be.
   void registerItem(const QString& text, const QString& sender, std::function<void()> done);
 
-  // `done` gets the assertion once the panel has been told; it is never called for a requester that has
-  // left the bus meanwhile.
+  // `done` gets the assertion once the panel has been told all that it can be told now; it is never called for a
+  // requester that has left the bus meanwhile.
   void activate(const QString& requester, const QStringList& allowedBundles, std::function<void(std::uint32_t)> done);
 
   // False when the requester has no such assertion.
@@ -41,6 +53,7 @@ class MenuBarService : public QObject {
   void itemShown(const QString& address);
   void itemHidden(const QString& address);
   void itemArrived(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
+  void settled();  // the panel has been told everything, and has made its views
   void changed();  // after the others, and for a further name of an item alone
 
  private:
@@ -50,9 +63,14 @@ class MenuBarService : public QObject {
   void add(const TrayItem& item);
   void nameLost(const QString& name);
   void announce(const MenuBarChange& change);
+  void tellPanel();
+  void tell(const std::vector<News>& news);
+  void follow(const std::string& address);
 
   QDBusConnection bus_;
   MenuBar menuBar_;
+  PanelNews news_;
+  PanelViews views_;
   QDBusServiceWatcher names_;
   std::multiset<QString> asking_;  // names about which the bus has yet to answer
   std::set<QString> requesters_;   // watched, and there when the watch began

@@ -36,9 +36,10 @@ void StatusNotifierWatcher::takeName() {
   Q_EMIT nameHeld();
 }
 
-QStringList StatusNotifierWatcher::shownItems() const {
+QStringList StatusNotifierWatcher::toldItems() const {
   QStringList addresses;
-  for (const TrayItem& item : service_.menuBar().shownItems()) addresses.append(QString::fromStdString(item.address()));
+  for (const std::string& address : service_.toldItems()) addresses.append(QString::fromStdString(address));
+  service_.toldItemsRead();
   return addresses;
 }
 

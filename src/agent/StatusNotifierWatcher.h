@@ -18,7 +18,7 @@ inline constexpr const char* watcherPath = "/StatusNotifierWatcher";
 class StatusNotifierWatcher : public QObject, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-  Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ shownItems SCRIPTABLE true)
+  Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ toldItems SCRIPTABLE true)
   Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered SCRIPTABLE true)
   Q_PROPERTY(int ProtocolVersion READ protocolVersion SCRIPTABLE true)
 
@@ -29,7 +29,7 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
   bool claimName();
   bool isNameHeld() const { return held_; }
 
-  QStringList shownItems() const;
+  QStringList toldItems() const;
   // Qt programs that hear "no" once do without an icon for the rest of the session, so the panel is
   // taken for granted.
   bool isHostRegistered() const { return true; }

@@ -1,6 +1,4 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
-#include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -14,6 +12,7 @@
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
 #include "agent/StatusNotifierWatcher.h"
+#include "agent/TrayCensus.h"
 #include "agent/rules/KeptItems.h"
 #include "platform/linux/AgentProtocol.h"
 
@@ -31,24 +30,23 @@ void quitWithBus(QDBusConnection& bus, QCoreApplication& application) {
 }
 
 // In the process that outlives the agent.
-void restore(pid_t agent, const std::string& kept) {
-  int count = 1;
-  std::array<char*, 2> arguments{program_invocation_name, nullptr};
-  QCoreApplication application(count, arguments.data());
+int restore(const orvo::Guardian::Bequest& bequest, int count, char** arguments) {
+  if (bequest.kept.empty()) return EXIT_SUCCESS;
+  QCoreApplication application(count, arguments);
   QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return;
+  if (!bus.isConnected()) return EXIT_FAILURE;
   quitWithBus(bus, application);
-  orvo::IconRestorer restorer(bus, agent, kept);
+  orvo::IconRestorer restorer(bus, bequest.agent, bequest.kept);
   QObject::connect(&restorer, &orvo::IconRestorer::finished, &application, &QCoreApplication::quit);
-  QCoreApplication::exec();
+  return QCoreApplication::exec();
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  // Before anything of Qt, and before there are threads: it is a copy of this process.
-  const orvo::Guardian guardian(restore);
+  if (const auto bequest = orvo::Guardian::outlive(count, arguments)) return restore(*bequest, count, arguments);
   QCoreApplication application(count, arguments);
+  const orvo::Guardian guardian;
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return fail("there is no session bus");
   quitWithBus(bus, application);
@@ -56,6 +54,7 @@ int main(int count, char** arguments) {
   orvo::MenuBarService service(bus);
   QObject::connect(&service, &orvo::MenuBarService::changed, &service,
                    [&] { guardian.keep(orvo::keptItems(service.menuBar().items())); });
+  orvo::TrayCensus census(bus, service);
   orvo::PanelReader panel(bus);
   orvo::StatusNotifierWatcher watcher(bus, service);
   orvo::MenuBarAgent agent(bus, service, watcher, panel);

@@ -199,11 +199,14 @@ class LostParts(DesktopCase):
         self.assertTrue(self.desktop.log("orvo").strip(), "no line on standard error")
         self.assertEqual(self.desktop.remembered(), {COPYQ: "hidden"})
 
-    def test_a_killed_agent_leaves_every_icon_shown_once_and_orvo_alive(self):
+    def test_a_guardian_and_then_its_agent_killed_leave_every_icon_shown_once_and_orvo_alive(self):
         desktop = self.desktop
         desktop.start_all(hidden=MARKED)
         others = set(desktop.shown()) - {"orvo"}
         desktop.hide()
+        first = self.guardians()
+        os.kill(first[0], signal.SIGKILL)
+        wait(lambda: len(self.guardians()) == 1 and self.guardians() != first, 2, "another guardian, and no zombie")
         desktop.end("agent", signal.SIGKILL)
 
         # Ayatana's programs may show an older kind of icon besides, made while they saw no watcher; its place may

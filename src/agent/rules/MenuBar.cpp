@@ -15,8 +15,10 @@ std::optional<MenuBarChange> MenuBar::add(TrayItem item) {
 
 MenuBarChange MenuBar::nameLost(const std::string& name) {
   MenuBarChange change;
-  for (const TrayItem& item : registry_.nameLost(name))
-    if (announced_.erase(item.address()) > 0) change.hidden.push_back(item.address());
+  for (const TrayItem& item : registry_.nameLost(name)) {
+    announced_.erase(item.address());
+    change.left.push_back(item.address());
+  }
   concealment_.requesterLost(name);
   announce(change);
   return change;
@@ -40,6 +42,12 @@ std::vector<TrayItem> MenuBar::shownItems() const {
   std::copy_if(items().begin(), items().end(), std::back_inserter(shown),
                [this](const TrayItem& item) { return announced_.contains(item.address()); });
   return shown;
+}
+
+const TrayItem* MenuBar::find(const std::string& address) const {
+  const auto found =
+      std::find_if(items().begin(), items().end(), [&](const TrayItem& item) { return item.address() == address; });
+  return found == items().end() ? nullptr : &*found;
 }
 
 void MenuBar::announce(MenuBarChange& change) {

@@ -14,10 +14,11 @@
 
 namespace orvo {
 
-// Addresses to announce to the panel, in the order of registration.
+// Addresses, in the order of registration.
 struct MenuBarChange {
   std::vector<std::string> hidden;
   std::vector<std::string> shown;
+  std::vector<std::string> left{};  // with their programs, hidden or not; not among the others
 };
 
 class MenuBar {
@@ -40,6 +41,7 @@ class MenuBar {
   const std::vector<TrayItem>& items() const { return registry_.items(); }
   std::vector<TrayItem> shownItems() const;
   bool isConcealing() const { return !concealment_.isEmpty(); }
+  const TrayItem* find(const std::string& address) const;  // null for unknown
 
  private:
   void announce(MenuBarChange& change);

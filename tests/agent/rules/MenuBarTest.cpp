@@ -58,6 +58,7 @@ class Books {
   }
 
   void hear(const MenuBarChange& change) {
+    for (const std::string& address : change.left) panel_.erase(address);
     for (const std::string& address : change.hidden) EXPECT_EQ(panel_.erase(address), 1U) << address;
     for (const std::string& address : change.shown) EXPECT_TRUE(panel_.insert(address).second) << address;
   }

@@ -1,0 +1,47 @@
+// Counts the icons that the panel really shows, once it has come to rest after news, and has it make its
+// views anew where it shows fewer than it was told. Owned by main; main thread.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <set>
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QTimer>
+
+#include "agent/AccessibilityBus.h"
+
+namespace orvo {
+
+class MenuBarService;
+
+class TrayCensus : public QObject {
+  Q_OBJECT
+
+ public:
+  TrayCensus(QDBusConnection session, MenuBarService& service);
+
+ private:
+  void begin();
+  void askProcesses(const QStringList& panels);
+  void count(const std::string& accessibilityAddress);
+  void descend(const Accessible& accessible);
+  void compare();
+  void askStatuses();
+  void judge(std::size_t expected);
+
+  QDBusConnection session_;
+  MenuBarService& service_;
+  AccessibilityBus bus_;
+  QTimer rest_;
+  bool isCounting_ = false;
+  std::set<std::uint32_t> processes_;  // of the panels' trays
+  std::optional<std::size_t> shown_;   // by the tray that shows least
+  // The count is taken from where one panel keeps its icons: nobody is troubled for one that has never been right.
+  bool isBelieved_ = false;
+  bool isRenewed_ = false;  // since the last time that it was right
+};
+
+}  // namespace orvo
