@@ -357,6 +357,10 @@ class Desktop:
     def panel_window(self):
         return next((window for window in self._seen("_DOCK") if "xfce4-panel" in (window.get_wm_class() or ())), None)
 
+    def owner_of(self, window):
+        """The process that a window tells to belong to."""
+        return next(iter(self._property(window, "_NET_WM_PID") or ()), None)
+
     def close_window(self, window):
         self.run(["wmctrl", "-i", "-c", hex(window)])
         wait(lambda: window not in self.windows(), what="the window being closed")
