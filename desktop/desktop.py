@@ -142,6 +142,11 @@ class Desktop:
         with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
             return file.read()
 
+    def sanitizer_reports(self):
+        """What sanitizers have written into the logs, where the bundle is built with them."""
+        return [line for file in os.listdir(self.logs) if file.endswith(".log") for line in self.log(file[:-4]).splitlines()
+                if "Sanitizer:" in line or "runtime error:" in line]
+
     def end(self, name, number=signal.SIGTERM, limit=5.0):
         """Ends one program of this desktop and waits until it is gone."""
         process = self.processes.pop(name, None)

@@ -28,19 +28,13 @@ STOPS = (0.1, 1.0, 6.0)  # Seconds; Orvo gives up waiting for the agent after fi
 DESCRIPTORS, MEGABYTES = 6, 6
 
 
-def status(process):
-    """The fields of /proc/PID/stat that follow the name."""
-    with open(f"/proc/{process}/stat", encoding="ascii", errors="replace") as file:
-        name, rest = file.read().split("(", 1)[1].rsplit(")", 1)
-    return name, *rest.split()[:2]
-
-
 def children(parent):
     """Name, state and identifier of each child."""
     found = []
     for entry in filter(str.isdigit, os.listdir("/proc")):
-        with contextlib.suppress(OSError):
-            name, state, above = status(entry)
+        with contextlib.suppress(OSError), open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as file:
+            name, rest = file.read().split("(", 1)[1].rsplit(")", 1)
+            state, above = rest.split()[:2]
             if above == str(parent):
                 found.append((name, state, int(entry)))
     return found
@@ -82,7 +76,7 @@ class Noise:
 class Faults:
     def __init__(self, desktop, seed, spared):
         self.desktop, self.chance = desktop, random.Random(seed)
-        self.first, self.spared = {}, spared
+        self.first = {}
         # Each part: how its process is found, and what a session, or else the person, does when it has died.
         self.parts = {
             "Orvo": (lambda: desktop.orvo.pid, self.start_orvo),
@@ -95,6 +89,8 @@ class Faults:
             "the window manager": (lambda: desktop.processes["openbox"].pid, desktop.start_window_manager),
             **{name: (lambda name=name: desktop.processes[name].pid, lambda name=name: self.start_item(name))
                for name in ITEMS}}
+        for part in spared:
+            del self.parts[part]
 
     # Parts of the desktop
 
@@ -155,11 +151,11 @@ class Faults:
         wait(desktop.is_hidden, LIMIT, "the arrow saying hidden")
 
     def step(self):
-        """One fault, and the check after it; returns what it was."""
+        """One fault, and the check after it."""
         chance, desktop = self.chance, self.desktop
-        state, part, fatal = chance.choice(STATES), chance.choice([part for part in self.parts if part not in self.spared]), chance.random() < 0.6
+        state, part, fatal = chance.choice(STATES), chance.choice(list(self.parts)), chance.random() < 0.6
         before, span, after = chance.randrange(10), chance.choice(STOPS), chance.randrange(10)
-        yield f"{part} {'killed' if fatal else f'stopped for {span:g} s'}, {state}"
+        print(f"{part} {'killed' if fatal else f'stopped for {span:g} s'}, {state}", end="", flush=True)
         find, mend = self.parts[part]
         self.bring_about(state)
         process, noise, tray = find(), Noise(desktop, chance), desktop.plug_in("libsystray.so")[0]
@@ -173,9 +169,10 @@ class Faults:
         self.play(noise, after)
         noise.release()
         desktop.away()
-        self.reap()
+        for started in desktop.processes.values():
+            started.poll()  # Else what was killed stays as a zombie of ours.
         if not os.path.exists(f"/proc/{tray}") and not (fatal and part in ("the tray", "the panel")):
-            yield ", whereupon the tray died by itself"
+            print(", whereupon the tray died by itself", end="")
         if fatal:
             mend()
         self.check()
@@ -184,10 +181,6 @@ class Faults:
         for _ in range(count):
             noise.act()
             hold(PACE)
-
-    def reap(self):
-        for process in self.desktop.processes.values():
-            process.poll()
 
     # What has to hold
 
@@ -243,6 +236,7 @@ class Faults:
             hidden = desktop.is_hidden()
         except GLib.Error as failure:
             yield f"Orvo does not answer: {failure.message}"
+            return
         expected = sorted(name for name in [*ITEMS, "orvo-hidden" if hidden else "orvo"] if not (hidden and name in HIDDEN))
         shown = sorted(desktop.shown())
         if shown != expected:
@@ -283,20 +277,18 @@ def run(desktop, seed, seconds, spared):
     desktop.hide()
     desktop.reveal()
     desktop.places_clock = desktop.clock()[0] + 5, 14
-    faults, end, number, what = Faults(desktop, seed, spared), time.monotonic() + seconds, 0, "the start"
+    faults, start, number = Faults(desktop, seed, spared), time.monotonic(), 0
     faults.check()
-    while time.monotonic() < end:
+    while time.monotonic() < start + seconds:
         number += 1
-        since = time.monotonic()
+        print(f"{time.monotonic() - start:.1f} s, {number}. ", end="")
         try:
-            for what in faults.step():
-                print(f"{number}. {what}", end="", flush=True)
+            faults.step()
         except Exception as failure:
-            print(flush=True)
             desktop.screenshot(os.path.join(desktop.logs, "failure.png"))
-            print(f"seed {seed}, fault {number}: {type(failure).__name__}: {failure}. Logs: {desktop.logs}", file=sys.stderr)
+            print(f"\nseed {seed}, fault {number}: {type(failure).__name__}: {failure}. Logs: {desktop.logs}", flush=True)
             return 1
-        print(f" ({time.monotonic() - since:.1f} s)", flush=True)
+        print(flush=True)
     print(f"{number} faults with seed {seed}: all icons, the arrow, input and resources were right after each.")
     desktop.forget()
     return 0
