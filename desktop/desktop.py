@@ -143,6 +143,11 @@ class Desktop:
         with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
             return file.read()
 
+    def sanitizer_reports(self):
+        """What sanitizers have written into the logs, where the bundle is built with them."""
+        return [line for file in os.listdir(self.logs) if file.endswith(".log") for line in self.log(file[:-4]).splitlines()
+                if "Sanitizer:" in line or "runtime error:" in line]
+
     def end(self, name, number=signal.SIGTERM, limit=5.0):
         """Ends one program of this desktop and waits until it is gone."""
         process = self.processes.pop(name, None)
@@ -357,6 +362,10 @@ class Desktop:
 
     def panel_window(self):
         return next((window for window in self._seen("_DOCK") if "xfce4-panel" in (window.get_wm_class() or ())), None)
+
+    def owner_of(self, window):
+        """The process that a window tells to belong to."""
+        return next(iter(self._property(window, "_NET_WM_PID") or ()), None)
 
     def close_window(self, window):
         self.run(["wmctrl", "-i", "-c", hex(window)])

@@ -178,6 +178,8 @@ def tour(dark):
     try:
         desktop.start()
         Tour(desktop, pictures).run()
+        desktop.stop()
+        assert not desktop.sanitizer_reports(), desktop.sanitizer_reports()
     except Exception as failure:
         desktop.stop()
         logs = shutil.move(desktop.logs, os.path.join(pictures, "logs"))
