@@ -3,14 +3,14 @@
 set(ORVO_BUNDLE ${CMAKE_BINARY_DIR}/Orvo.app)
 
 function(orvo_warnings target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-                         $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${ORVO_WERROR}>:-Werror>
+                         $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
 endfunction()
 
 # orvo_room(<name> [LINK <targets>...]): takes every source of the calling folder.
 function(orvo_room name)
   cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h ${CMAKE_CURRENT_SOURCE_DIR}/*.mm)
   if(NOT sources)
     add_library(orvo_${name} INTERFACE)
     return()

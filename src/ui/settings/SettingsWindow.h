@@ -42,6 +42,7 @@ class SettingsWindow : public QObject, public Window {
 
  private:
   void open();
+  void dress();
   void applyFrame();
   void dropScene();
   void rememberFrameSoon();
