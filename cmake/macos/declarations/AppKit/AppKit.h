@@ -3,6 +3,8 @@
 
 #import <Foundation/Foundation.h>
 
+typedef struct CGImage* CGImageRef;
+
 @class NSApplication, NSEvent, NSImage, NSMenu, NSMenuItem, NSRunningApplication, NSWindow;
 
 typedef NS_ENUM(NSUInteger, NSEventType) {
@@ -111,7 +113,7 @@ typedef NS_ENUM(NSInteger, NSWindowTitleVisibility) { NSWindowTitleVisible = 0, 
 @end
 
 @interface NSAppearance : NSObject
-- (NSString*)bestMatchFromAppearancesWithNames:(NSArray<NSString*>*)names;
+- (NSString*)bestMatchFromAppearancesWithNames:(NSArray*)names;
 @end
 
 @protocol NSApplicationDelegate <NSObject>
@@ -142,13 +144,13 @@ typedef NS_ENUM(NSInteger, NSWindowTitleVisibility) { NSWindowTitleVisible = 0, 
 @property(readonly) pid_t processIdentifier;
 @property(readonly, strong) NSImage* icon;
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;
-+ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)identifier;
++ (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier;
 @end
 
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
 @property(readonly, strong) NSNotificationCenter* notificationCenter;
-@property(readonly, copy) NSArray<NSRunningApplication*>* runningApplications;
+@property(readonly, copy) NSArray* runningApplications;
 @property(readonly) BOOL accessibilityDisplayShouldReduceMotion;
 - (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)identifier;
 - (BOOL)openURL:(NSURL*)url;

@@ -116,7 +116,7 @@ enum { NSUTF8StringEncoding = 4 };
 
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
-@property(readonly, copy) NSArray<NSString*>* arguments;
+@property(readonly, copy) NSArray* arguments;
 @property(readonly, copy) NSString* operatingSystemVersionString;
 @property(readonly) int processIdentifier;
 @end

@@ -16,7 +16,7 @@
 }
 
 // A copy: what is called may replace the control, and this target with it.
-- (void)send:(id)__unused sender {
+- (void)send:(id)__attribute__((unused))sender {
   const std::function<void()> action = *_action;
   if (action) action();
 }

@@ -14,19 +14,19 @@
 
 @implementation OrvoApplicationDelegate
 
-- (void)applicationDidFinishLaunching:(NSNotification*)__unused notification {
+- (void)applicationDidFinishLaunching:(NSNotification*)__attribute__((unused))notification {
   delegate->applicationDidFinishLaunching();
 }
 
-- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)visible {
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__attribute__((unused))sender hasVisibleWindows:(BOOL)visible {
   return delegate->applicationShouldHandleReopen(visible) ? YES : NO;
 }
 
-- (void)applicationWillTerminate:(NSNotification*)__unused notification {
+- (void)applicationWillTerminate:(NSNotification*)__attribute__((unused))notification {
   delegate->applicationWillTerminate();
 }
 
-- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused sender {
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__attribute__((unused))sender {
   return delegate->applicationShouldTerminateAfterLastWindowClosed() ? YES : NO;
 }
 
@@ -76,16 +76,30 @@ void CocoaApplication::run() {
   }
 }
 
-void CocoaApplication::terminate() { [shared() terminate:nil]; }
-
-void CocoaApplication::setActivationPolicy(ActivationPolicy policy) {
-  [shared() setActivationPolicy:policy == ActivationPolicy::accessory ? NSApplicationActivationPolicyAccessory
-                                                                      : NSApplicationActivationPolicyRegular];
+void CocoaApplication::terminate() {
+  @autoreleasepool {
+    [shared() terminate:nil];
+  }
 }
 
-void CocoaApplication::setMainMenu(const Menu& menu) { [shared() setMainMenu:cocoaMenu(menu).get()]; }
+void CocoaApplication::setActivationPolicy(ActivationPolicy policy) {
+  @autoreleasepool {
+    [shared() setActivationPolicy:policy == ActivationPolicy::accessory ? NSApplicationActivationPolicyAccessory
+                                                                        : NSApplicationActivationPolicyRegular];
+  }
+}
 
-void CocoaApplication::activateIgnoringOtherApps() { [shared() activateIgnoringOtherApps:YES]; }
+void CocoaApplication::setMainMenu(const Menu& menu) {
+  @autoreleasepool {
+    [shared() setMainMenu:cocoaMenu(menu).get()];
+  }
+}
+
+void CocoaApplication::activateIgnoringOtherApps() {
+  @autoreleasepool {
+    [shared() activateIgnoringOtherApps:YES];
+  }
+}
 
 std::optional<EventType> CocoaApplication::currentEventType() const {
   @autoreleasepool {

@@ -35,7 +35,7 @@ Retained<NSMenuItem*> cocoaItem(const MenuItem& item) {
   if (item.separator) return Retained<NSMenuItem*>::retaining([NSMenuItem separatorItem]);
   OrvoActionTarget* const target = std::visit(TargetOf(), item.action);
   auto made = Retained<NSMenuItem*>::owning([[NSMenuItem alloc] initWithTitle:nsText(item.title)
-                                                                       action:target != nil ? @selector(send:) : nil
+                                                                       action:target != nil ? @selector(send:) : SEL()
                                                                 keyEquivalent:nsText(item.keyEquivalent)]);
   setTarget(made.get(), target);
   [made.get() setEnabled:item.enabled];

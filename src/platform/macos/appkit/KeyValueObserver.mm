@@ -15,10 +15,10 @@
   [super dealloc];
 }
 
-- (void)observeValueForKeyPath:(NSString*)__unused path
-                      ofObject:(id)__unused object
+- (void)observeValueForKeyPath:(NSString*)__attribute__((unused))path
+                      ofObject:(id)__attribute__((unused))object
                         change:(NSDictionary*)change
-                       context:(void*)__unused context {
+                       context:(void*)__attribute__((unused))context {
   (*changed)(change);
 }
 
@@ -31,11 +31,17 @@ KeyValueObserver::KeyValueObserver(id object, NSString* path, Changed changed)
       path_(Retained<NSString*>::retaining(path)),
       observer_(Retained<OrvoKeyValueObserver*>::owning([[OrvoKeyValueObserver alloc] init])) {
   observer_.get()->changed = new Changed(std::move(changed));
-  [object addObserver:observer_.get() forKeyPath:path
-              options:NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld
-              context:nullptr];
+  @autoreleasepool {
+    [object addObserver:observer_.get() forKeyPath:path
+                options:NSKeyValueObservingOptionNew | NSKeyValueObservingOptionOld
+                context:nullptr];
+  }
 }
 
-KeyValueObserver::~KeyValueObserver() { [object_.get() removeObserver:observer_.get() forKeyPath:path_.get()]; }
+KeyValueObserver::~KeyValueObserver() {
+  @autoreleasepool {
+    [object_.get() removeObserver:observer_.get() forKeyPath:path_.get()];
+  }
+}
 
 }  // namespace orvo
