@@ -32,7 +32,7 @@ constexpr const char* invalidateMessage = "invalidate";
 constexpr std::array<int, 9> allowedSystemItems{0, 1, 2, 3, 4, 5, 6, 7, 8};
 
 constexpr const char* errorDomain = "Orvo.MenuBar";
-constexpr int errorCode = 1;
+constexpr std::int64_t errorCode = 1;
 constexpr const char* fallbackErrorText = "Menu bar activation failed.";
 constexpr const char* releaseFailurePrefix = "Orvo: could not release menu bar assertion: ";
 // How the system log shows an absent text.

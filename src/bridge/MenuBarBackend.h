@@ -5,6 +5,7 @@
 
 #include <stdbool.h>
 #include <stddef.h>
+#include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -13,7 +14,7 @@ extern "C" {
 /* Texts are UTF-8 and live for the call only. */
 typedef struct QLError {
   const char* domain;
-  int code;
+  int64_t code;
   const char* localizedDescription;
 } QLError;
 

@@ -2,6 +2,7 @@
 // bridge alone uses it. Any thread.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,7 +19,7 @@ struct FrameworkException {
 
 struct FrameworkError {
   std::string domain;
-  int code = 0;
+  std::int64_t code = 0;
   std::string localizedDescription;
 
   bool operator==(const FrameworkError&) const = default;

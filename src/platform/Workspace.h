@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvo {
@@ -18,6 +19,9 @@ struct RunningApplication {
 
   bool operator==(const RunningApplication&) const = default;
 };
+
+// The process that hosts the menu bar items. Its end is told as menuBarHostTerminated.
+inline constexpr std::string_view menuBarHostBundle = "com.apple.MenuBarAgent";
 
 class Workspace {
  public:
@@ -39,7 +43,7 @@ class Workspace {
   // Opening the bundle of a running copy asks that copy to reopen. Nothing is reported.
   virtual void openURL(const std::string& url) = 0;
 
-  // Posts applicationLaunched, applicationTerminated, willSleep and didWake.
+  // Posts applicationLaunched, applicationTerminated, willSleep, didWake and menuBarHostTerminated.
   virtual NotificationCenter& notificationCenter() = 0;
 };
 

@@ -9,21 +9,19 @@
 
 #include <algorithm>
 #include <optional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace orvo {
 namespace {
 
-constexpr std::string_view hostBundle = "com.apple.MenuBarAgent";
 // Seconds; bounds one request to the host, which may hang.
 constexpr float rootMessagingTimeout = 0.2F;
 
 std::optional<std::int32_t> hostProcess(const Workspace& workspace) {
   const std::vector<RunningApplication> running = workspace.runningApplications();
   const auto host = std::find_if(running.begin(), running.end(), [](const RunningApplication& application) {
-    return application.bundleIdentifier && *application.bundleIdentifier == hostBundle;
+    return application.bundleIdentifier && *application.bundleIdentifier == menuBarHostBundle;
   });
   if (host == running.end()) return std::nullopt;
   return host->processIdentifier;

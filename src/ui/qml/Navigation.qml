@@ -3,6 +3,8 @@ import QtQuick
 import orvo.settings
 
 Rectangle {
+    property real titleBarHeight: 0
+
     color: Theme.column
 
     Row {
@@ -11,7 +13,7 @@ Rectangle {
         anchors.left: parent.left
         anchors.leftMargin: 16
         anchors.top: parent.top
-        anchors.topMargin: 22
+        anchors.topMargin: 22 + parent.titleBarHeight
         spacing: 10
 
         OrvoIcon {

@@ -6,6 +6,8 @@ FocusScope {
     id: content
 
     property bool searchWanted: false
+    // The part at the top that lies under the window's title bar.
+    property real titleBarHeight: 0
 
     function focusSearch() {
         if (!searchWanted || !page.item || !page.item.focusSearch)
@@ -23,6 +25,7 @@ FocusScope {
 
         anchors.left: parent.left
         height: parent.height
+        titleBarHeight: content.titleBarHeight
         width: 190
     }
     Divider {
@@ -38,6 +41,7 @@ FocusScope {
         anchors.left: divider.right
         anchors.right: parent.right
         anchors.top: parent.top
+        anchors.topMargin: content.titleBarHeight
         focus: true
         source: ["IconsPage.qml", "BehaviorPage.qml", "AboutPage.qml"][View.page]
         onLoaded: content.focusSearch()

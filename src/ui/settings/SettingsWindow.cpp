@@ -2,6 +2,7 @@
 
 #include "platform/FreeMemory.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowToolkit.h"
 #include "ui/settings/DesktopLook.h"
 #include "ui/settings/IconStore.h"
 #include "ui/settings/ItemAccessibility.h"
@@ -13,6 +14,7 @@
 #include <QIcon>
 #include <QPointer>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
 
@@ -82,6 +84,7 @@ void SettingsWindow::makeKeyAndOrderFront() {
   if (!quickView_->isVisible()) applyFrame();
   quickView_->setWindowStates(quickView_->windowStates() & ~Qt::WindowMinimized);
   quickView_->show();
+  dress();
   quickView_->raise();
   quickView_->requestActivate();
 }
@@ -110,6 +113,11 @@ void SettingsWindow::open() {
   quickView_->resize(toSize(description_.contentSize));
   quickView_->setSource(contentAddress);
   quickView_->installEventFilter(this);
+}
+
+void SettingsWindow::dress() {
+  const double covered = dressWindow(quickView_->winId(), description_);
+  if (QQuickItem* const content = quickView_->rootObject()) content->setProperty("titleBarHeight", covered);
 }
 
 void SettingsWindow::applyFrame() {

@@ -43,6 +43,7 @@ class SettingsWindow : public QObject, public Window {
 
  private:
   void open();
+  void dress();
   void applyFrame();
   void dropScene();
   void rememberFrameSoon();

@@ -1,0 +1,16 @@
+// The main application's login item in ServiceManagement. Owned by main.cpp; main thread only.
+#pragma once
+
+#include "platform/LoginItem.h"
+
+namespace orvo {
+
+class SystemLoginItem final : public LoginItem {
+ public:
+  std::optional<std::string> registerItem() override;
+  std::optional<std::string> unregisterItem() override;
+  LoginItemStatus status() const override;
+  void openSystemSettingsLoginItems() override;
+};
+
+}  // namespace orvo
