@@ -79,13 +79,17 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
 // hidden only where every click on a clock would bring them back.
 void OrvoModel::expectGuard() {
   mainQueue_.cancel(rescan_);
-  if (state() == BarState::visible || !systemRelay_->systemFrames().empty()) {
-    unguardedScans_ = 0;
-  } else if (++unguardedScans_ <= mostRescans) {
+  const bool isGuarded = !systemRelay_->systemFrames().empty();
+  if (state() != BarState::visible && !isGuarded && ++unguardedScans_ <= mostRescans) {
     rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
-  } else {
-    unguardedScans_ = 0;
+    return;
+  }
+  const bool wasUnguarded = std::exchange(unguardedScans_, 0) > 0;
+  if (state() == BarState::visible) return;
+  if (!isGuarded) {
     failed("The system controls could not be found. All icons are visible.");
+  } else if (wasUnguarded && state() == BarState::hidden) {
+    hideSelected();  // what asked for it meanwhile was refused
   }
 }
 

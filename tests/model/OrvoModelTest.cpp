@@ -208,6 +208,45 @@ TEST(OrvoModelTest, TheListLeavesOutOrvoAndTheSystemAndIsSortedByNameAndSearched
   EXPECT_EQ(t.model->selectedCount(), 1U) << "of what is not listed, or of the search";
 }
 
+TEST(OrvoModelTest, IconsStayHiddenOnlyWhereAControlIsFoundAgainSoon) {
+  constexpr MainQueue::Duration pause = 400ms;
+  constexpr const char* unguarded = "The system controls could not be found. All icons are visible.";
+  const std::vector<std::tuple<const char*, Notification, int, BarState, std::string>> cases{
+      {"at the last moment", menuBarLayoutChanged, 5, applying, ""},
+      {"as a program ends, which hides anew", applicationTerminated, 1, applying, ""},
+      {"too late", menuBarLayoutChanged, 6, visible, unguarded}};
+  for (const auto& [name, change, emptyScans, state, message] : cases) {
+    SCOPED_TRACE(name);
+    ModelFixture t;
+    t.hide();
+    t.memory.accessibility.trees.clear();
+    t.post(change);
+    t.memory.settle();
+    for (int scan = 1; scan < emptyScans; ++scan) {
+      EXPECT_EQ(t.model->state(), hidden) << scan;
+      t.advance(pause);
+    }
+    t.memory.showItems({one, two});
+    t.advance(pause);
+    EXPECT_EQ(t.model->state(), state);
+    EXPECT_EQ(t.message(), message);
+    EXPECT_EQ(t.guarded(), state != visible);
+  }
+}
+
+// The bar's layout changes while a scan of the old one is under way: the frames stay until the new ones come.
+TEST(OrvoModelTest, AScanThatTheLayoutOutranIsRepeatedWithTheGuardUp) {
+  ModelFixture t;
+  t.hide();
+  t.model->refresh();
+  t.post(menuBarLayoutChanged);
+  t.memory.mainQueue.runPosted();
+  EXPECT_TRUE(t.guarded());
+  t.memory.settle();
+  EXPECT_EQ(t.scans(), 3U);
+  EXPECT_TRUE(t.guarded());
+}
+
 TEST(OrvoModelTest, AScanThatTheGeometryOutranIsDroppedAndRepeated) {
   ModelFixture t;
   int done = 0;
