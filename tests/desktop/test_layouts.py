@@ -36,8 +36,19 @@ LAYOUTS = {
 }
 
 
-class Layout(DesktopCase):
-    """The tests; each layout makes a class of it below."""
+# Done to the panel while icons are hidden, and undone: setting, then and before.
+CHANGES = {
+    "position": ("/panels/panel-1/position", BOTTOM["position"], "p=6;x=0;y=0"),
+    "length": ("/panels/panel-1/length", 60, 100),
+    "mode": ("/panels/panel-1/mode", 1, 0),
+    "size": ("/panels/panel-1/size", 44, 28),
+    "icon size": ("/panels/panel-1/icon-size", 24, 16),
+    "clock format": ("/plugins/plugin-4/digital-time-format", "%A %H:%M and more", "%H:%M"),
+}
+
+
+class GuardCase(DesktopCase):
+    """A desktop with icons and a guard, and what a person does on it."""
 
     @classmethod
     def prepare(cls):
@@ -161,6 +172,10 @@ class Layout(DesktopCase):
         self.desktop.away()
         wait(lambda: self.border(name) == unlit, 3, f"{name} being no longer lit")
 
+
+class Layout(GuardCase):
+    """The tests; each layout makes a class of it below."""
+
     def test_every_control_is_guarded_and_opens(self):
         for name in ("clock", "xkb"):
             for button, held in ((1, 0.0), (1, 0.4), (3, 0.05)):
@@ -195,13 +210,64 @@ class Layout(DesktopCase):
                 wait(lambda: Picture(self.desktop.root, *self.at("systray")).data == before, 5, "the same picture")
 
 
+class Changes(GuardCase):
+    """The panel is changed while icons are hidden."""
+
+    options = {"panels": [({}, ("tasklist", STRETCH, "systray", "clock", "xkb"))]}
+
+    def expect_guarded(self, name):
+        place = settled(lambda: center(self.at(name)), 0.5)
+
+        def click():
+            self.desktop.person.move(*place)
+            hold(0.1)
+            self.desktop.person.click(*place, held=0.05)
+            wait(self.shown, 3, "icons coming back")
+        self.expect_opened(name, click)
+        self.close_pop_ups()
+        self.desktop.away()
+
+    def test_controls_are_guarded_where_a_change_put_them_and_nothing_is_where_they_were(self):
+        for name, (setting, then, before) in CHANGES.items():
+            with self.subTest(change=name):
+                self.hide()
+                was = center(self.at("clock"))
+                self.desktop.store("xfce4-panel", setting, {"": then})
+                settled(lambda: self.at("clock"), 0.7)
+                if not any(contains(frame, was) for frame in self.controls().values()):
+                    self.desktop.person.click(*was, button=3)
+                    stays(self.hidden, 0.4, "a click beside every control")
+                    self.close_pop_ups()
+                self.expect_guarded("clock")
+                self.hide()
+                self.expect_guarded("xkb")
+                self.desktop.store("xfce4-panel", setting, {"": before})
+                settled(lambda: self.at("clock"), 0.7)
+
+    def test_an_added_control_is_guarded(self):
+        self.hide()
+        docks = self.desktop.accessibility("xfce4-panel").children()
+        count = len(docks[0].children()[0].children())
+        self.desktop.run(["xfce4-panel", "--add=actions"])
+        added = wait(lambda: docks[0].children()[0].children()[count:], 10, "another control")[0]
+        place = settled(lambda: center(added.frame), 0.7)
+        self.desktop.person.click(*place, held=0.05)
+        wait(self.shown, 3, "icons coming back")
+        wait(self.desktop.pop_ups, 3, "what it opens")
+        self.close_pop_ups()
+
+
+def contains(frame, point):
+    return all(start <= at < start + size for start, size, at in zip(frame, frame[2:], point))
+
+
 def center(frame):
     x, y, width, height = frame
     return x + width // 2, y + height // 2
 
 
 def load_tests(loader, _tests, _pattern):
-    suite = unittest.TestSuite()
+    suite = unittest.TestSuite([loader.loadTestsFromTestCase(Changes)])
     for name, (panels, scale) in LAYOUTS.items():
         made = type(f"Layout: {name}", (Layout,), {"options": {"panels": panels, "scale": scale}})
         suite.addTests(loader.loadTestsFromTestCase(made))
