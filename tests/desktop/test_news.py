@@ -25,7 +25,7 @@ class Program:
 
     def __init__(self, desktop, name, **environment):
         script = os.path.join(desktop.folder, name)
-        shutil.copy(f"{REPOSITORY}/tests/desktop/item.py", script)
+        shutil.copy(f"{REPOSITORY}/desktop/item.py", script)
         self.process = desktop.processes[f"item-{name}"] = subprocess.Popen(
             ["/usr/bin/python3", script], env={**desktop.environment, **environment}, stdin=subprocess.PIPE,
             stdout=subprocess.PIPE, text=True)

@@ -1,10 +1,9 @@
 #include "platform/linux/ApplicationIdentity.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <mutex>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/Program.h"
+#include "platform/linux/RegularFile.h"
 
 namespace orvo {
 
@@ -29,15 +29,14 @@ struct Process {
   fs::path folder;         // its entry below /proc
   std::string executable;  // absolute
   std::string program;     // the script instead, where there is one
+  std::string client;      // the application that it speaks for, where it is such a go-between
 };
 
-std::string readFile(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
+// What the kernel tells of a process at most: arguments and environment share a quarter of the stack.
+constexpr std::size_t processLimit = 2 * 1024 * 1024;
 
 std::vector<std::string> readList(const fs::path& path) {
-  const std::string content = readFile(path);
+  const std::string content = contentOf(path, processLimit);
   std::vector<std::string> list;
   for (std::size_t begin = 0; begin < content.size();) {
     const std::size_t end = std::min(content.find('\0', begin), content.size());
@@ -55,11 +54,13 @@ std::optional<Process> look(std::int32_t identifier, const fs::path& processes) 
   std::string executable = fs::read_symlink(folder / "exe", error);
   if (error) return std::nullopt;
   if (executable.ends_with(deleted)) executable.resize(executable.size() - deleted.size());
-  std::string program = programOf(executable, readList(folder / "cmdline"));
+  const auto arguments = readList(folder / "cmdline");
+  std::string program = programOf(executable, arguments);
   program.erase(program.find_last_not_of('/') + 1);  // Python runs folders too
   if (program.empty()) program = executable;
   if (program.front() != '/') program = fs::read_symlink(folder / "cwd", error) / program;
-  return Process{identifier, folder, std::move(executable), std::move(program)};
+  std::string client = clientOf(executable, arguments);
+  return Process{identifier, folder, std::move(executable), std::move(program), std::move(client)};
 }
 
 // File names may be any bytes; the bus and the stored choices carry UTF-8 only.
@@ -85,7 +86,7 @@ std::optional<ApplicationIdentity> fromBundle(const Process& process, const Desk
   if (baseName(process.executable) == agentExecutable) return describe(agent_protocol::hostBundleIdentifier, nullptr);
   const fs::path folder = fs::path(process.executable).parent_path();
   if (folder.filename() != "bin") return std::nullopt;
-  const auto information = nlohmann::json::parse(readFile(folder.parent_path() / "Info.json"), nullptr, false);
+  const auto information = nlohmann::json::parse(contentOf(folder.parent_path() / "Info.json"), nullptr, false);
   if (!information.is_object()) return std::nullopt;
   const auto identifier = text(information, "CFBundleIdentifier");
   if (!identifier || identifier->empty()) return std::nullopt;
@@ -108,7 +109,7 @@ const DesktopEntry* launchedEntry(const Process& process, const DesktopEntries& 
 // "[Application]" and "name=" as Flatpak mounts it at the root of each sandbox.
 std::string flatpakName(const Process& process) {
   constexpr std::string_view key = "name=";
-  std::ifstream file(process.folder / "root" / ".flatpak-info");
+  std::istringstream file(contentOf(process.folder / "root" / ".flatpak-info"));
   bool inApplication = false;
   for (std::string line; std::getline(file, line);) {
     if (line.starts_with('[')) inApplication = line == "[Application]";
@@ -127,6 +128,7 @@ std::string snapPackage(const std::string& program) {
 
 std::optional<ApplicationIdentity> fromSandbox(const Process& process, const DesktopEntries& entries) {
   if (const std::string name = flatpakName(process); !name.empty()) return describe(name, entries.withIdentifier(name));
+  if (!process.client.empty()) return describe(process.client, entries.withIdentifier(process.client));
   const std::string package = snapPackage(process.program);
   if (package.empty()) return std::nullopt;
   const DesktopEntry* entry = entries.ofSnap(package, process.program);
@@ -135,7 +137,8 @@ std::optional<ApplicationIdentity> fromSandbox(const Process& process, const Des
 
 const DesktopEntry* installedEntry(const Process& process, const DesktopEntries& entries) {
   const DesktopEntry* entry = entries.withWindowClass(std::string(baseName(process.program)));
-  return entry != nullptr ? entry : entries.withProgram(process.program);
+  if (entry == nullptr) entry = entries.withProgram(process.program);
+  return entry != nullptr ? entry : entries.withWrapperOf(process.program);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <glib.h>
 
 #include "platform/linux/Program.h"
+#include "platform/linux/RegularFile.h"
 
 namespace orvo {
 
@@ -59,7 +60,9 @@ std::string programOfExec(const std::string& exec) {
 
 std::optional<DesktopEntry> readEntry(std::string identifier, const fs::path& path) {
   const KeyFile file(g_key_file_new());
-  if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, nullptr) == FALSE) return std::nullopt;
+  const std::string content = contentOf(path);
+  if (g_key_file_load_from_data(file.get(), content.data(), content.size(), G_KEY_FILE_NONE, nullptr) == FALSE)
+    return std::nullopt;
   if (text(file, "Type") != "Application" || flag(file, "Hidden")) return std::nullopt;
   DesktopEntry entry;
   entry.identifier = std::move(identifier);
@@ -87,6 +90,14 @@ bool isNamedAfter(std::string_view identifier, std::string_view name) {
 
 int likeness(const DesktopEntry& entry, std::string_view name) {
   return 1 + (isNamedAfter(entry.identifier, name) ? 2 : 0) + (entry.listed ? 1 : 0);
+}
+
+// Where packages keep what is not to be started by hand, each in a folder named after itself.
+constexpr std::array<std::string_view, 4> packageRoots = {"/usr/lib/", "/usr/libexec/", "/usr/share/", "/opt/"};
+
+bool isScript(const std::string& program) {
+  const std::unique_ptr<char, Free> path(g_find_program_in_path(program.c_str()));
+  return path != nullptr && contentOf(path.get()).starts_with("#!");
 }
 
 bool isSameFile(const std::string& left, const std::string& right) {
@@ -122,19 +133,24 @@ bool DesktopEntries::isCurrent() const {
 
 void DesktopEntries::read() {
   stamps_.clear();
+  visited_.clear();
   entries_.clear();
-  for (const fs::path& folder : folders_) readFolder(folder, folder);
+  seen_ = 0;
+  for (const fs::path& folder : folders_) readFolder(folder, folder, 0);
 }
 
-void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder) {
+void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder, int depth) {
   std::error_code error;
   const Stamp changed = fs::last_write_time(folder, error);
   const bool settled = error || changed + folderTimeStep < Stamp::clock::now();
   if (!stamps_.emplace(folder, settled ? changed : Stamp::max()).second) return;
-  for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
+  std::error_code missing;
+  if (!visited_.insert(fs::canonical(folder, missing)).second && !missing) return;
+  for (fs::directory_iterator file(folder, error), end; !error && file != end && ++seen_ < mostFiles;
+       file.increment(error)) {
     std::error_code unreadable;
     if (file->is_directory(unreadable)) {
-      readFolder(root, file->path());
+      if (depth < deepest) readFolder(root, file->path(), depth + 1);
     } else if (file->path().extension() == ".desktop") {
       std::string identifier = identifierOf(root, file->path());
       if (!entries_.contains(identifier)) entries_.emplace(identifier, readEntry(identifier, file->path()));
@@ -174,6 +190,18 @@ const DesktopEntry* DesktopEntries::withProgram(const std::string& program) cons
     if (entry.program.empty() || baseName(entry.program) != name) return 0;
     if (entry.program.front() == '/' && !isSameFile(entry.program, program)) return 0;
     return likeness(entry, name);
+  });
+}
+
+const DesktopEntry* DesktopEntries::withWrapperOf(const std::string& program) const {
+  const auto* root = std::find_if(packageRoots.begin(), packageRoots.end(),
+                                  [&](std::string_view each) { return program.starts_with(each); });
+  if (root == packageRoots.end()) return nullptr;
+  const fs::path folder = fs::path(program).parent_path().lexically_relative(*root);
+  return best([&](const DesktopEntry& entry) {
+    const std::string_view name = baseName(entry.program);
+    const bool isOfPackage = !name.empty() && std::find(folder.begin(), folder.end(), name) != folder.end();
+    return isOfPackage && isScript(entry.program) ? likeness(entry, name) : 0;
   });
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ class DesktopEntries {
   // Folders in order of precedence: an identifier found in an earlier one shadows later ones.
   explicit DesktopEntries(std::vector<std::filesystem::path> folders);
 
+  // Bounds of what is looked at: folders inside folders, each but once, and files and folders in all.
+  static constexpr int deepest = 4;
+  static constexpr int mostFiles = 20'000;
+
   // The "applications" folders of XDG_DATA_HOME and XDG_DATA_DIRS, then the usual ones.
   static std::vector<std::filesystem::path> standardFolders();
 
@@ -39,6 +44,8 @@ class DesktopEntries {
   const DesktopEntry* withWindowClass(const std::string& windowClass) const;
   // By base name; an absolute program of an entry has to be the same file.
   const DesktopEntry* withProgram(const std::string& program) const;
+  // By the folder of a package, such as /usr/lib/mixer/: an entry whose program is a script named after it.
+  const DesktopEntry* withWrapperOf(const std::string& program) const;
   // An entry that a snap package brought: "package_program", else any other of the package.
   const DesktopEntry* ofSnap(const std::string& package, const std::string& program) const;
 
@@ -47,10 +54,12 @@ class DesktopEntries {
 
   bool isCurrent() const;
   void read();
-  void readFolder(const std::filesystem::path& root, const std::filesystem::path& folder);
+  void readFolder(const std::filesystem::path& root, const std::filesystem::path& folder, int depth);
   const DesktopEntry* best(const std::function<int(const DesktopEntry&)>& score) const;
 
   std::vector<std::filesystem::path> folders_;
+  std::set<std::filesystem::path> visited_;  // without links
+  int seen_ = 0;
   std::map<std::filesystem::path, Stamp> stamps_;  // every folder read, those inside the roots too
   // Nothing stands for an entry that says it does not exist; it shadows those of its name all the same.
   std::map<std::string, std::optional<DesktopEntry>> entries_;

@@ -11,11 +11,16 @@ namespace orvo {
 // What follows the last slash.
 std::string_view baseName(std::string_view path);
 
-// The executable itself; for an interpreter the script or module that its arguments name, empty where
-// they name none (a shell's "-c", an interactive session). `arguments` begins with the program's own name.
+// The executable itself; for an interpreter the script or module that its arguments name, for Electron the
+// application's folder; empty where they name none (a shell's "-c", an interactive session). `arguments`
+// begins with the program's own name.
 std::string programOf(const std::string& executable, const std::vector<std::string>& arguments);
 
-// The same for the command of a desktop entry: looks behind "env" and its assignments.
+// The application for which a proxy of the bus speaks, by the name that it lets it own; empty for any
+// other program.
+std::string clientOf(const std::string& executable, const std::vector<std::string>& arguments);
+
+// The same as programOf for the command of a desktop entry: looks behind "env" and its assignments.
 std::string programOfCommand(std::vector<std::string> arguments);
 
 }  // namespace orvo

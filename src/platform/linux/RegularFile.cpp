@@ -61,4 +61,9 @@ std::optional<std::string> readRegularFile(const std::filesystem::path& path, st
   return contents;
 }
 
+std::string contentOf(const std::filesystem::path& path, std::size_t limit) {
+  std::error_code error;
+  return readRegularFile(path, limit, error).value_or("");
+}
+
 }  // namespace orvo

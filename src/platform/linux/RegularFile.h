@@ -14,4 +14,10 @@ namespace orvo {
 std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t limit,
                                            std::error_code& error);
 
+// More than a document of an application, such as a desktop entry, has in good faith.
+inline constexpr std::size_t documentLimit = std::size_t{256} * 1024;
+
+// The same for whom a file that cannot be read is an empty one.
+std::string contentOf(const std::filesystem::path& path, std::size_t limit = documentLimit);
+
 }  // namespace orvo

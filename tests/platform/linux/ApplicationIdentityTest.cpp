@@ -1,9 +1,12 @@
 #include "platform/linux/ApplicationIdentity.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -69,6 +72,10 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   writeEntry(system_ / "org.example.Notes.desktop", "Exec=env LANG=C \"/opt/my notes/notes\" %f");
   writeEntry(system_ / "org.example.Script.desktop", "Exec=python3 -u /usr/share/script/main.py");
   writeEntry(system_ / "org.example.Shell.desktop", "Exec=sh -c 'exec something'");
+  writeEntry(system_ / "org.example.Wrapped.desktop", "Exec=" + (root_ / "bin/wrapped").string() + " --tray");
+  write(root_ / "bin/wrapped", "#!/bin/sh\nexec ...");
+  fs::permissions(root_ / "bin/wrapped", fs::perms::owner_all);
+  writeEntry(system_ / "org.example.Electric.desktop", "Exec=electron --no-sandbox /usr/share/electric/app.asar %U");
   writeEntry(system_ / "kde/old.desktop", "Exec=old");
   writeEntry(system_ / "radio_player.desktop", "Exec=/snap/bin/radio.player");
   writeEntry(system_ / "org.example.Masked.desktop", "Exec=masked");
@@ -95,6 +102,13 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
       {"org.example.Mixer", "/usr/bin/mixer (deleted)", {}, {}},
       {"org.example.Script", python, {"python3", "/usr/share/script/main.py"}, {}},
       {"main.py", python, {"python3", "main.py"}, {}},
+      {"x.py", python, {"python3", "-W", "ignore", "-X", "dev", "-u", "x.py"}, {}},
+      {"player.jar", "/usr/bin/java", {"java", "-cp", "lib.jar", "-jar", "player.jar"}, {}},
+      {"org.example.Wrapped", "/usr/lib/wrapped/wrapped-bin", {}, {}},
+      {"wrapped-bin", "/home/me/wrapped/wrapped-bin", {}, {}},
+      {"org.example.Electric", "/usr/lib/electron25/electron", {"electron", "/usr/share/electric/app.asar"}, {}},
+      {"signal", "/usr/lib/electron25/electron", {"electron", "-r", "x", "/opt/signal/resources/app"}, {}},
+      {"org.example.Chat", "/usr/bin/xdg-dbus-proxy", {"xdg-dbus-proxy", "b", "--own=org.example.Chat.*"}, {}},
       {"tray.pl", "/usr/bin/perl", {"perl", "-w", "./tray.pl", "x"}, {}},
       {"tray", python, {"python3", "-m", "tray"}, {}},
       {"tray", python, {"python3", "./tray/"}, {}},
@@ -117,6 +131,31 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   }
   write(process_ / "root/.flatpak-info", "[Runtime]\nname=no\n[Application]\nname=org.example.Boxed\n");
   EXPECT_EQ(identify()->bundleIdentifier, "org.example.Boxed");
+}
+
+// None of them may be waited for, or read to its end.
+TEST_F(ApplicationIdentityTest, IsHeldUpByNoFileThatIsNone) {
+  writeEntry(system_ / "org.example.Good.desktop", "Exec=good");
+  ::mkfifo((system_ / "pipe.desktop").c_str(), 0600);
+  fs::create_symlink("/dev/zero", system_ / "endless.desktop");
+  for (const char* loop : {"a", "b", "c", "d"}) fs::create_directory_symlink(".", system_ / loop);
+  const fs::path information = root_ / "A.app/Info.json";
+  fs::create_directories(root_ / "A.app");
+  const auto arrange = std::to_array<std::function<void()>>({
+      [&] { ::mkfifo(information.c_str(), 0600); },
+      [&] { fs::create_symlink("/dev/zero", information); },
+      [&] {
+        write(information, "{}");
+        fs::resize_file(information, 300'000'000);
+      },
+      [&] { write(information, std::string(100'000, '[') + std::string(100'000, ']')); },
+  });
+  for (const auto& put : arrange) {
+    fs::remove(information);
+    put();
+    start(root_ / "A.app/bin/good");
+    EXPECT_EQ(identify()->bundleIdentifier, "org.example.Good");
+  }
 }
 
 TEST_F(ApplicationIdentityTest, KnowsNothingOfAProcessThatCannotBeLookedAt) {
