@@ -76,7 +76,7 @@ class Noise:
 class Faults:
     def __init__(self, desktop, seed, spared):
         self.desktop, self.chance = desktop, random.Random(seed)
-        self.first = {}
+        self.first, self.clock = {}, (desktop.size[0] - 10, 14)
         # Each part: how its process is found, and what a session, or else the person, does when it has died.
         self.parts = {
             "Orvo": (lambda: desktop.orvo.pid, self.start_orvo),
@@ -198,8 +198,8 @@ class Faults:
             raise AssertionError(problem or "the desktop does not come to rest") from None
 
     def dismiss(self):
-        """Closes what the clicks have opened; only a click on the clock closes the calendar. A program of Qt that was
-        stopped while its menu was asked for may keep one that no key reaches, so it is ended like any that hangs."""
+        """Closes what the clicks have opened. A program of Qt that was stopped while its menu was asked for may keep
+        one that no key reaches, so it is ended like any that hangs."""
         desktop = self.desktop
         if window := desktop.settings_window():
             desktop.close_window(window)
@@ -208,18 +208,16 @@ class Faults:
             desktop.run(["wmctrl", "-a", "Plugin Restart"])
             desktop.person.key("Return")
             hold(0.5)
-        for close in (lambda: desktop.person.key("Escape"), lambda: desktop.person.click(*desktop.places_clock)):
-            if not desktop.pop_ups() and not list(self.grabs()):
-                break
-            close()
-            desktop.away()
-            hold(0.2)
+        desktop.dismiss(self.clock)
+        if any(self.grabs()):
+            desktop.person.key("Escape")
         owners = [desktop.owner_of(window) for window in desktop.pop_ups()]
         for name in [name for name in ITEMS if desktop.processes[name].pid in owners]:
             desktop.end(name, signal.SIGKILL)
             self.start_item(name)
-        # The panel leaves an icon lit that has moved away from below the pointer.
+        # The panel leaves an icon lit that has moved away from below the pointer, and one framed that got the focus.
         if "?" in desktop.shown():
+            desktop.display.set_input_focus(X.PointerRoot, X.RevertToPointerRoot, X.CurrentTime)
             x, y, width, height = desktop.tray_frame()
             for step in range(x, x + width, CELL // 2):
                 desktop.person.move(step, y + height // 2)
@@ -276,7 +274,6 @@ def run(desktop, seed, seconds, spared):
     desktop.start_all(hidden=HIDDEN)
     desktop.hide()
     desktop.reveal()
-    desktop.places_clock = desktop.clock()[0] + 5, 14
     faults, start, number = Faults(desktop, seed, spared), time.monotonic(), 0
     faults.check()
     while time.monotonic() < start + seconds:

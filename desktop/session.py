@@ -177,6 +177,16 @@ class OrvoDesktop(Desktop):
         hold(CLICK_LENGTH)
         self.away()
 
+    def dismiss(self, clock):
+        """Closes what clicks have opened; only a click on the clock, given by its place, closes the calendar."""
+        for close in (lambda: self.person.key("Escape"), lambda: self.person.click(*clock)) * 2:
+            if not self.pop_ups():
+                return
+            close()
+            self.away()
+            with contextlib.suppress(Timeout):
+                wait(lambda: not self.pop_ups(), 0.5)
+
     def click_arrow(self, button=1):
         self.click(self.arrow(), button)
 

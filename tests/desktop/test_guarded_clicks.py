@@ -5,7 +5,7 @@ import unittest
 
 from case import DesktopCase
 from probed import Probe
-from waiting import Timeout, hold, stays, wait
+from waiting import hold, stays, wait
 
 MARKED = ["com.github.hluk.copyq", "pasystray"]
 REPLAY_DELAY = 0.18
@@ -40,18 +40,7 @@ class GuardedClicks(DesktopCase):
         wait(lambda: self.desktop.person.pointer()[1] == 0, 2, "every button being up")
 
     def dismiss(self):
-        """Closes what a former click opened."""
-        for _ in range(4):
-            if not self.desktop.pop_ups():
-                return
-            self.desktop.person.key("Escape")
-            try:
-                wait(lambda: not self.desktop.pop_ups(), 0.5)
-            except Timeout:
-                # Escape does not close the calendar; a click on the clock does.
-                self.desktop.person.click(*self.clock)
-                self.desktop.away()
-                hold(0.3)
+        self.desktop.dismiss(self.clock)
 
     def hide(self):
         wait(self.desktop.can_hide, what="hiding being offered")
