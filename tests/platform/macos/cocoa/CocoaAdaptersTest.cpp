@@ -88,7 +88,7 @@ TEST_F(CocoaDelegateTest, ClicksAndTheMenuReachTheDelegateAgainAndAgain) {
   EXPECT_EQ(state(), BarState::applying);
   EXPECT_THAT(takeCalls(), ElementsAre("setImage: chevron.left Orvo", "setToolTip: Show hidden icons · ⌃⌥⌘B"));
   fake::click(EventType::rightMouseUp);
-  EXPECT_THAT(takeCalls(), ElementsAre("popUp 1 0 3 1 0"));
+  EXPECT_THAT(takeCalls(), ElementsAre("popUp 1 0 3 0"));
   EXPECT_THAT(appKit().poppedUp, ElementsAre("Show all icons", "Settings…", "-", "Quit Orvo"));
   appKit().choice = "Show all icons";
   fake::click(EventType::rightMouseUp);
@@ -244,8 +244,8 @@ TEST_F(CocoaAdaptersTest, DefaultsComeBackAsTheyWereStored) {
     defaults.setBoolean("Orvo.HasOpenedSettings", value);
     EXPECT_EQ(FoundationUserDefaults().boolean("Orvo.HasOpenedSettings"), value);
   }
-  fake::setDefaultText("Quillet.Preferences.v1", "a text");
-  EXPECT_EQ(defaults.data("Quillet.Preferences.v1"), std::nullopt);
+  // A default of another kind.
+  EXPECT_EQ(defaults.data("Orvo.HasOpenedSettings"), std::nullopt);
 }
 
 TEST_F(CocoaAdaptersTest, TheProcessKnowsItself) {

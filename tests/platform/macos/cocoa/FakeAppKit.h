@@ -43,7 +43,4 @@ void post(const char* name);
 // Replaces the running applications, telling either what went or the whole list as it was.
 void setRunning(const std::vector<RunningApplication>& running, bool tellsRemovalOnly);
 
-// Of another kind than Orvo's.
-void setDefaultText(const char* key, const char* text);
-
 }  // namespace orvo::fake

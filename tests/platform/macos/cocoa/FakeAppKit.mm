@@ -106,7 +106,11 @@ void note(const std::string& line) { appKit().calls.push_back(line); }
 NSStatusBarButton* button = nil;
 
 void send(id sender) { [fields[sender].loose["target"] performSelector:fields[sender].action withObject:sender]; }
-id delegate() { return fields[[NSApplication sharedApplication]].loose["delegate"]; }
+id delegate() {
+  @autoreleasepool {
+    return fields[[NSApplication sharedApplication]].loose["delegate"];
+  }
+}
 
 void whileHandling(NSEventType type, void (^handler)(void)) {
   @autoreleasepool {
@@ -164,16 +168,11 @@ void turn() {
 
 }  // namespace
 
-#define ORVO_SIGNATURE(sign)                                                                            \
-  sign(NSMethodSignature*) methodSignatureForSelector : (SEL)selector { return signatureOf(selector); } \
-  sign(void) forwardInvocation : (NSInvocation*)invocation { forward(self, invocation); }
-#define ORVO_STANDS_IN \
-  ORVO_SIGNATURE(-)    \
-  ORVO_SIGNATURE(+)    \
-  -(void)dealloc {     \
-    forget(self);      \
-    [super dealloc];   \
-  }
+// clang-format off
+#define ORVO_SIGNATURE(sign) \
+  sign (NSMethodSignature*)methodSignatureForSelector:(SEL)selector { return signatureOf(selector); } \
+  sign (void)forwardInvocation:(NSInvocation*)invocation { forward(self, invocation); }
+#define ORVO_STANDS_IN ORVO_SIGNATURE(-) ORVO_SIGNATURE(+) - (void)dealloc { forget(self); [super dealloc]; }
 
 NSString* const NSApplicationDidChangeScreenParametersNotification = @"Screens";
 NSString* const NSWorkspaceDidLaunchApplicationNotification = @"Launch";
@@ -182,39 +181,17 @@ NSString* const NSWorkspaceWillSleepNotification = @"Sleep";
 NSString* const NSWorkspaceDidWakeNotification = @"Wake";
 NSString* const NSPasteboardTypeString = @"plain";
 
-@implementation NSResponder
-ORVO_STANDS_IN
-@end
-@implementation NSControl
-@end
-@implementation NSButton
-@end
-@implementation NSStatusBarButton
-@end
-@implementation NSWindow
-@end
-@implementation NSStatusItem
-ORVO_STANDS_IN
-@end
-@implementation NSPasteboard
-ORVO_STANDS_IN
-@end
+@implementation NSResponder ORVO_STANDS_IN @end
+@implementation NSControl @end
+@implementation NSButton @end
+@implementation NSStatusBarButton @end
+@implementation NSWindow @end
+@implementation NSStatusItem ORVO_STANDS_IN @end
+@implementation NSPasteboard ORVO_STANDS_IN @end
+@implementation NSView - (NSRect)bounds { return NSMakeRect(0, 3, 24, 22); } @end
+@implementation NSEvent ORVO_STANDS_IN - (NSEventType)type { return fields[self].type; } @end
 
-@implementation NSView
-- (NSRect)bounds {
-  return NSMakeRect(0, 3, 24, 22);
-}
-@end
-
-@implementation NSEvent
-ORVO_STANDS_IN
-- (NSEventType)type {
-  return fields[self].type;
-}
-@end
-
-@implementation NSStatusBar
-ORVO_STANDS_IN
+@implementation NSStatusBar ORVO_STANDS_IN
 - (NSStatusItem*)statusItemWithLength:(CGFloat)length {
   note("statusItemWithLength: " + std::to_string(static_cast<int>(length)));
   NSStatusItem* const item = [[NSStatusItem new] autorelease];
@@ -225,8 +202,7 @@ ORVO_STANDS_IN
 }
 @end
 
-@implementation NSImage
-ORVO_STANDS_IN
+@implementation NSImage ORVO_STANDS_IN
 + (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description {
   NSImage* const made = [[[self class] new] autorelease];
   keep(made, "symbol", [NSString stringWithFormat:@"%@ %@", name, description]);
@@ -234,8 +210,7 @@ ORVO_STANDS_IN
 }
 @end
 
-@implementation NSMenuItem
-ORVO_STANDS_IN
+@implementation NSMenuItem ORVO_STANDS_IN
 + (NSMenuItem*)separatorItem {
   return [[[NSMenuItem alloc] initWithTitle:@"-" action:SEL() keyEquivalent:@""] autorelease];
 }
@@ -247,19 +222,12 @@ ORVO_STANDS_IN
 }
 @end
 
-@implementation NSMenu
-ORVO_STANDS_IN
-- (instancetype)initWithTitle:(NSString*)title {
-  keep(self, "title", title);
-  return self;
-}
-- (void)addItem:(NSMenuItem*)item {
-  fields[self].items.push_back(orvo::Retained<NSMenuItem*>::retaining(item));
-}
+@implementation NSMenu ORVO_STANDS_IN
+- (instancetype)initWithTitle:(NSString*)title { keep(self, "title", title); return self; }
+- (void)addItem:(NSMenuItem*)item { fields[self].items.push_back(orvo::Retained<NSMenuItem*>::retaining(item)); }
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)place inView:(NSView*)view {
   std::ostringstream line;
-  line << "popUp " << (item == nil) << ' ' << place.x << ' ' << place.y << ' ' << (view == button) << ' '
-       << fields[self].enabled;
+  line << "popUp " << (item == nil && view == button) << ' ' << place.x << ' ' << place.y << ' ' << fields[self].enabled;
   note(line.str());
   appKit().poppedUp = lines(self);
   return choose(self, "title", std::exchange(appKit().choice, "")) ? YES : NO;
@@ -273,58 +241,39 @@ ORVO_STANDS_IN
 }
 @end
 
-@implementation NSRunningApplication
-ORVO_STANDS_IN
+@implementation NSRunningApplication ORVO_STANDS_IN
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)process {
-  for (NSRunningApplication* each in applications()) {
-    if ([each processIdentifier] == process) return each;
-  }
+  for (NSRunningApplication* each in applications()) if ([each processIdentifier] == process) return each;
   return nil;
 }
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
   NSPredicate* const same = [NSPredicate predicateWithFormat:@"bundleIdentifier == %@", identifier];
   return [applications() filteredArrayUsingPredicate:same];
 }
-- (NSString*)bundleIdentifier {
-  return kept(self, "bundleIdentifier");
-}
-- (pid_t)processIdentifier {
-  return static_cast<pid_t>(fields[self].mask);
-}
-- (BOOL)isEqual:(id)other {
-  return [self processIdentifier] == [other processIdentifier];
-}
+- (NSString*)bundleIdentifier { return kept(self, "bundleIdentifier"); }
+- (pid_t)processIdentifier { return static_cast<pid_t>(fields[self].mask); }
+- (BOOL)isEqual:(id)other { return [self processIdentifier] == [other processIdentifier]; }
 @end
 
-@implementation NSWorkspace
-ORVO_STANDS_IN
-- (NSArray*)runningApplications {
-  return applications();
-}
+@implementation NSWorkspace ORVO_STANDS_IN
+- (NSArray*)runningApplications { return applications(); }
 - (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)identifier {
   return [identifier isEqualToString:@"local.orvo.Orvo"] ? [NSURL fileURLWithPath:@"/Applications/Orvo.app"] : nil;
 }
 @end
 
-@implementation SMAppService
-ORVO_STANDS_IN
-- (SMAppServiceStatus)status {
-  return static_cast<SMAppServiceStatus>(appKit().loginStatus);
-}
+@implementation SMAppService ORVO_STANDS_IN
+- (SMAppServiceStatus)status { return static_cast<SMAppServiceStatus>(appKit().loginStatus); }
 - (BOOL)changeTo:(long)status error:(NSError**)error {
   if (appKit().loginError.empty()) return appKit().loginStatus = status, YES;
-  NSDictionary* const information = [NSDictionary dictionaryWithObject:nsText(appKit().loginError)
-                                                                forKey:NSLocalizedDescriptionKey];
+  NSDictionary* const information = @{NSLocalizedDescriptionKey : nsText(appKit().loginError)};
   *error = [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:information];
   return NO;
 }
-- (BOOL)registerAndReturnError:(NSError**)error {
-  return [self changeTo:1 error:error];
-}
-- (BOOL)unregisterAndReturnError:(NSError**)error {
-  return [self changeTo:0 error:error];
-}
+- (BOOL)registerAndReturnError:(NSError**)error { return [self changeTo:1 error:error]; }
+- (BOOL)unregisterAndReturnError:(NSError**)error { return [self changeTo:0 error:error]; }
 @end
+// clang-format on
 
 namespace orvo::fake {
 
@@ -355,23 +304,9 @@ std::vector<std::string> mainMenu() {
   }
 }
 
-void launch() {
-  @autoreleasepool {
-    [delegate() applicationDidFinishLaunching:nil];
-  }
-}
-
-bool reopen() {
-  @autoreleasepool {
-    return [delegate() applicationShouldHandleReopen:nil hasVisibleWindows:NO] == YES;
-  }
-}
-
-bool terminatesAfterLastWindow() {
-  @autoreleasepool {
-    return [delegate() applicationShouldTerminateAfterLastWindowClosed:nil] == YES;
-  }
-}
+void launch() { [delegate() applicationDidFinishLaunching:nil]; }
+bool reopen() { return [delegate() applicationShouldHandleReopen:nil hasVisibleWindows:NO] == YES; }
+bool terminatesAfterLastWindow() { return [delegate() applicationShouldTerminateAfterLastWindowClosed:nil] == YES; }
 
 void post(const char* name) {
   @autoreleasepool {
@@ -399,18 +334,12 @@ void setRunning(const std::vector<RunningApplication>& running, bool tellsRemova
     for (std::size_t index = 0; index < appKit().running.size(); ++index) {
       if (std::count(running.begin(), running.end(), appKit().running[index]) == 0) [removed addIndex:index];
     }
-    const NSKeyValueChange change = tellsRemovalOnly ? NSKeyValueChangeRemoval : NSKeyValueChangeSetting;
-    if (tellsRemovalOnly) [workspace willChange:change valuesAtIndexes:removed forKey:@"runningApplications"];
-    if (!tellsRemovalOnly) [workspace willChangeValueForKey:@"runningApplications"];
+    NSString* const key = @"runningApplications";
+    if (!tellsRemovalOnly) [workspace willChangeValueForKey:key];
+    if (tellsRemovalOnly) [workspace willChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:key];
     appKit().running = running;
-    if (tellsRemovalOnly) [workspace didChange:change valuesAtIndexes:removed forKey:@"runningApplications"];
-    if (!tellsRemovalOnly) [workspace didChangeValueForKey:@"runningApplications"];
-  }
-}
-
-void setDefaultText(const char* key, const char* text) {
-  @autoreleasepool {
-    [[NSUserDefaults standardUserDefaults] setObject:nsText(text) forKey:nsText(key)];
+    if (tellsRemovalOnly) [workspace didChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:key];
+    if (!tellsRemovalOnly) [workspace didChangeValueForKey:key];
   }
 }
 
