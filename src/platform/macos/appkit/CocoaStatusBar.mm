@@ -17,7 +17,11 @@ class CocoaStatusItemButton final : public StatusItemButton {
  public:
   explicit CocoaStatusItemButton(NSStatusBarButton* button)
       : button_(Retained<NSStatusBarButton*>::retaining(button)) {}
-  ~CocoaStatusItemButton() override { [button_.get() setTarget:nil]; }
+  ~CocoaStatusItemButton() override {
+    @autoreleasepool {
+      [button_.get() setTarget:nil];
+    }
+  }
   CocoaStatusItemButton(const CocoaStatusItemButton&) = delete;
   CocoaStatusItemButton& operator=(const CocoaStatusItemButton&) = delete;
 
@@ -70,8 +74,10 @@ void CocoaStatusItemButton::setToolTip(const std::string& text) {
 }
 
 Rect CocoaStatusItemButton::bounds() const {
-  const NSRect bounds = [button_.get() bounds];
-  return {bounds.origin.x, bounds.origin.y, bounds.size.width, bounds.size.height};
+  @autoreleasepool {
+    const NSRect bounds = [button_.get() bounds];
+    return {bounds.origin.x, bounds.origin.y, bounds.size.width, bounds.size.height};
+  }
 }
 
 // Returns when the menu has closed and the chosen item's action has run.
@@ -119,10 +125,16 @@ void CocoaStatusItem::setAutosaveName(const std::string& name) {
 }
 
 void CocoaStatusItem::setBehavior(std::uint32_t behavior) {
-  [item_.get() setBehavior:static_cast<NSStatusItemBehavior>(behavior)];
+  @autoreleasepool {
+    [item_.get() setBehavior:static_cast<NSStatusItemBehavior>(behavior)];
+  }
 }
 
-void CocoaStatusItem::setVisible(bool visible) { [item_.get() setVisible:visible]; }
+void CocoaStatusItem::setVisible(bool visible) {
+  @autoreleasepool {
+    [item_.get() setVisible:visible];
+  }
+}
 
 }  // namespace
 

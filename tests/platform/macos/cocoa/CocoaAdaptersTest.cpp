@@ -27,7 +27,7 @@ std::vector<std::string> takeCalls() { return std::exchange(appKit().calls, {});
 class CocoaAdaptersTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    appKit() = {};
+    fake::prepare();
     ::testing::internal::CaptureStderr();
   }
   // Threads of ours have no autorelease pool but what an adapter opens; GNUstep tells of a missing one.
@@ -68,10 +68,13 @@ class CocoaDelegateTest : public CocoaAdaptersTest {
 
 TEST_F(CocoaDelegateTest, LaunchingMakesTheItemAndTheMenuAsAppKitWantsThem) {
   start();
-  EXPECT_THAT(takeCalls(),
-              ElementsAre("run", "policy 1", "statusItem -2", "autosaveName Quillet.Toggle", "behavior 0", "visible 1",
-                          "sendActionOn 20", "label Orvo menu bar manager", "identifier Orvo.NativeMenuBarToggle",
-                          "image chevron.right Orvo", "toolTip Hide selected icons · Right-click for settings"));
+  EXPECT_THAT(
+      takeCalls(),
+      ElementsAre("setDelegate: *", "run", "setActivationPolicy: 1", "setMainMenu: *", "statusItemWithLength: -2",
+                  "setAutosaveName: Quillet.Toggle", "setBehavior: 0", "setVisible: 1", "setTarget: *",
+                  "setAction: send:", "sendActionOn: 20", "setAccessibilityLabel: Orvo menu bar manager",
+                  "setAccessibilityIdentifier: Orvo.NativeMenuBarToggle", "setImage: chevron.right Orvo",
+                  "setToolTip: Hide selected icons · Right-click for settings"));
   EXPECT_THAT(fake::mainMenu(), ElementsAre("", "[Orvo", "Settings… ,", "-", "Quit Orvo q", "", "[Edit", "Undo z",
                                             "Cut x", "Copy c", "Paste v", "Select All a"));
 }
@@ -83,9 +86,9 @@ TEST_F(CocoaDelegateTest, ClicksAndTheMenuReachTheDelegateAgainAndAgain) {
   EXPECT_EQ(state(), BarState::visible);
   fake::click(EventType::leftMouseUp);
   EXPECT_EQ(state(), BarState::applying);
-  EXPECT_THAT(takeCalls(), ElementsAre("image chevron.left Orvo", "toolTip Show hidden icons · ⌃⌥⌘B"));
+  EXPECT_THAT(takeCalls(), ElementsAre("setImage: chevron.left Orvo", "setToolTip: Show hidden icons · ⌃⌥⌘B"));
   fake::click(EventType::rightMouseUp);
-  EXPECT_THAT(takeCalls(), ElementsAre("popUp 1 0 3 1 0"));
+  EXPECT_THAT(takeCalls(), ElementsAre("popUp 1 0 3 0"));
   EXPECT_THAT(appKit().poppedUp, ElementsAre("Show all icons", "Settings…", "-", "Quit Orvo"));
   appKit().choice = "Show all icons";
   fake::click(EventType::rightMouseUp);
@@ -102,11 +105,11 @@ TEST_F(CocoaDelegateTest, KeysReachTheDelegateOrTheFieldInFocus) {
   takeCalls();
   fake::press(",");
   EXPECT_EQ(memory_.windows.shown, 1);
-  EXPECT_THAT(takeCalls(), ::testing::Contains("activate 1"));
+  EXPECT_THAT(takeCalls(), ::testing::Contains("activateIgnoringOtherApps: 1"));
   fake::press("c");
-  EXPECT_THAT(takeCalls(), ElementsAre("keyDown 1"));
+  EXPECT_THAT(takeCalls(), ElementsAre("keyDown: *"));
   fake::press("q");
-  EXPECT_THAT(takeCalls(), ::testing::Contains("terminate 1"));
+  EXPECT_THAT(takeCalls(), ::testing::Contains("terminate"));
 }
 
 TEST_F(CocoaDelegateTest, TheSystemsMessagesReachTheDelegate) {
@@ -119,7 +122,7 @@ TEST_F(CocoaDelegateTest, TheSystemsMessagesReachTheDelegate) {
   EXPECT_EQ(state(), BarState::visible);
   EXPECT_EQ(memory_.windows.shown, 1);
   fake::click(EventType::leftMouseUp);
-  fake::postScreenChange();
+  fake::post("Screens");
   EXPECT_EQ(state(), BarState::visible);
   fake::click(EventType::leftMouseUp);
   application_.terminate();
@@ -133,7 +136,7 @@ TEST_F(CocoaDelegateTest, TheEndTakesTheItemAwayAndLetsEverythingGo) {
   application_.setDelegate(nullptr);
   delegate_.reset();
   EXPECT_TRUE(gone.expired());
-  EXPECT_THAT(takeCalls(), ElementsAre("removeStatusItem 1", "itemGone"));
+  EXPECT_THAT(takeCalls(), ElementsAre("setDelegate: nil", "setTarget: nil", "removeStatusItem: *", "gone"));
 }
 
 TEST_F(CocoaAdaptersTest, AnItemOrAButtonMayBeRefusedAndAnActionGoesWithItsItem) {
@@ -142,7 +145,7 @@ TEST_F(CocoaAdaptersTest, AnItemOrAButtonMayBeRefusedAndAnActionGoesWithItsItem)
   EXPECT_EQ(bar.statusItem(-2)->button(), nullptr);
   appKit().grantsItems = false;
   EXPECT_EQ(bar.statusItem(-2), nullptr);
-  appKit() = {};
+  appKit().grantsItems = appKit().grantsButtons = true;
   const auto held = std::make_shared<int>();
   auto item = bar.statusItem(-2);
   // An action may remove the item that it belongs to.
@@ -164,11 +167,11 @@ TEST_F(CocoaAdaptersTest, NotificationsArriveAsOursUntilTheWorkspaceGoes) {
     workspace->notificationCenter().addObserver(ours, [&](Notification told) { received.push_back(told); });
   }
   for (const auto& [name, ours] : names) {
-    fake::postWorkspace(name.c_str());
+    fake::post(name.c_str());
     EXPECT_EQ(std::exchange(received, {}), std::vector{ours}) << name;
   }
   workspace.reset();
-  for (const auto& [name, ours] : names) fake::postWorkspace(name.c_str());
+  for (const auto& [name, ours] : names) fake::post(name.c_str());
   EXPECT_THAT(received, IsEmpty());
 }
 
@@ -203,8 +206,8 @@ TEST_F(CocoaAdaptersTest, ApplicationsAreFoundByProcessAndByIdentifier) {
   workspace.openURL(fileURL("/Applications/Or vö.app", true));
   workspace.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility");
   EXPECT_THAT(takeCalls(),
-              ElementsAre("openURL file:///Applications/Or%20v%C3%B6.app/",
-                          "openURL x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"));
+              ElementsAre("openURL: file:///Applications/Or%20v%C3%B6.app/",
+                          "openURL: x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"));
 }
 
 TEST_F(CocoaAdaptersTest, TheLoginItemsChangesAndFailuresAreTold) {
@@ -225,11 +228,11 @@ TEST_F(CocoaAdaptersTest, TheLoginItemsChangesAndFailuresAreTold) {
   CocoaPasteboard pasteboard;
   pasteboard.clearContents();
   pasteboard.setString("Orvo 0.2.0\nmacOS: ü");
-  EXPECT_THAT(takeCalls(), ElementsAre("openLoginItems", "clearContents", "setString Orvo 0.2.0\nmacOS: ü plain"));
+  EXPECT_THAT(takeCalls(), ElementsAre("openSystemSettingsLoginItems", "clearContents",
+                                       "setString:forType: Orvo 0.2.0\nmacOS: ü plain"));
 }
 
 TEST_F(CocoaAdaptersTest, DefaultsComeBackAsTheyWereStored) {
-  fake::forgetDefaults();
   FoundationUserDefaults defaults;
   EXPECT_EQ(defaults.data("Quillet.Preferences.v1"), std::nullopt);
   EXPECT_FALSE(defaults.boolean("Orvo.HasOpenedSettings"));
@@ -241,8 +244,8 @@ TEST_F(CocoaAdaptersTest, DefaultsComeBackAsTheyWereStored) {
     defaults.setBoolean("Orvo.HasOpenedSettings", value);
     EXPECT_EQ(FoundationUserDefaults().boolean("Orvo.HasOpenedSettings"), value);
   }
-  fake::setDefaultText("Quillet.Preferences.v1", "a text");
-  EXPECT_EQ(defaults.data("Quillet.Preferences.v1"), std::nullopt);
+  // A default of another kind.
+  EXPECT_EQ(defaults.data("Orvo.HasOpenedSettings"), std::nullopt);
 }
 
 TEST_F(CocoaAdaptersTest, TheProcessKnowsItself) {

@@ -5,23 +5,20 @@
 #include "platform/EventTap.h"
 #include "platform/Workspace.h"
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace orvo::fake {
 
 struct AppKit {
-  // What the adapters asked for, in order.
+  // The messages that the adapters sent, in order, but for questions and the making of menus. "gone" is
+  // the end of a status item.
   std::vector<std::string> calls;
-
   bool grantsItems = true;
   bool grantsButtons = true;
-  // The item of a popped-up menu that the person chooses; empty to close the menu.
+  // The item of the next popped-up menu that the person chooses, if any; what the last one showed.
   std::string choice;
-  // The popped-up menu, one line for an item: title, key, "off" for a disabled one.
   std::vector<std::string> poppedUp;
-
   std::vector<RunningApplication> running;
   long loginStatus = 0;
   // Of a change that fails.
@@ -29,24 +26,21 @@ struct AppKit {
 };
 
 AppKit& appKit();
+// Before each test.
+void prepare();
 
-// A person's release of a mouse button over the status item.
+// A person's mouse event on the status item, and Command with a key while a window's field has the focus.
 void click(EventType type);
-// Command and a key, with the settings window's field in focus.
 void press(const std::string& key);
+// One line for an item: title, key, "off" for a disabled one; "[" and its title for a submenu.
 std::vector<std::string> mainMenu();
 
-// What the system tells.
+// What the system tells. Names of notifications: Screens, Launch, Termination, Sleep, Wake.
 void launch();
 bool reopen();
 bool terminatesAfterLastWindow();
-void postWorkspace(const char* name);
-void postScreenChange();
+void post(const char* name);
 // Replaces the running applications, telling either what went or the whole list as it was.
-void setRunning(std::vector<RunningApplication> running, bool tellsRemovalOnly);
-
-void forgetDefaults();
-// Sets a default to a text, which is of another kind than Orvo's.
-void setDefaultText(const char* key, const char* text);
+void setRunning(const std::vector<RunningApplication>& running, bool tellsRemovalOnly);
 
 }  // namespace orvo::fake

@@ -6,6 +6,8 @@
 #import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
 
+#include <objc/runtime.h>
+
 #include <algorithm>
 #include <map>
 #include <sstream>
@@ -19,85 +21,140 @@ namespace {
 // The old runtime lets no class have variables that its interface does not list.
 struct Fields {
   std::map<std::string, orvo::Retained<id>> kept;
-  id target = nil;  // not kept, as in AppKit
+  std::map<std::string, id> loose;  // what AppKit does not keep either
   SEL action = nullptr;
   unsigned long long mask = 0;
-  bool enabled = true;
+  bool enabled = true;  // of a menu: enables its items by itself
   NSEventType type = NSEventTypeLeftMouseUp;
-  std::vector<NSMenuItem*> items;
+  std::vector<orvo::Retained<NSMenuItem*>> items;
 };
 auto& fields = *new std::map<const void*, Fields>;  // outlives the program's end, which frees objects too
 
 // What is freed with the fields may look its own up.
-void forget(id owner) { const auto dropped = fields.extract(owner); }
+void forget(id owner) {
+  if ([owner isKindOfClass:[NSStatusItem class]]) appKit().calls.emplace_back("gone");
+  const auto dropped = fields.extract(owner);
+}
 
 void keep(id owner, const char* name, id value) { fields[owner].kept[name] = orvo::Retained<id>::retaining(value); }
 id kept(id owner, const char* name) { return fields[owner].kept[name].get(); }
-std::string text(id value) { return textOf(value).value_or("(nil)"); }
 
-template <typename... Values>
-void note(const char* name, const Values&... values) {
+std::string shown(id value) {
+  if (value == nil || [value isKindOfClass:[NSString class]]) return textOf(value).value_or("nil");
+  if ([value isKindOfClass:[NSURL class]]) return textOf([value absoluteString]).value_or("");
+  return fields[value].kept.contains("symbol") ? shown(kept(value, "symbol")) : "*";
+}
+
+template <typename Value>
+Value argument(NSInvocation* invocation, NSInteger index) {
+  Value value{};
+  [invocation getArgument:&value atIndex:index];
+  return value;
+}
+
+// Objects are kept under the name of the property that a message sets.
+void describe(std::ostringstream& line, id owner, NSInvocation* invocation, NSInteger index) {
+  std::string name = textOf(NSStringFromSelector([invocation selector])).value_or("");
+  switch ([[invocation methodSignature] getArgumentTypeAtIndex:static_cast<NSUInteger>(index)][0]) {
+    case '@': {
+      id const value = argument<id>(invocation, index);
+      line << ' ' << shown(value);
+      if (!name.starts_with("set")) return;
+      name = static_cast<char>(std::tolower(name[3])) + name.substr(4, name.size() - 5);
+      if (name == "target" || name == "delegate") return void(fields[owner].loose[name] = value);
+      return keep(owner, name.c_str(), value);
+    }
+    case ':':
+      fields[owner].action = argument<SEL>(invocation, index);
+      return void(line << ' ' << sel_getName(fields[owner].action));
+    case 'C':
+      fields[owner].enabled = argument<BOOL>(invocation, index) == YES;
+      return void(line << ' ' << fields[owner].enabled);
+    case 'd':
+      return void(line << ' ' << argument<double>(invocation, index));
+    default:
+      fields[owner].mask = argument<unsigned long long>(invocation, index);
+      line << ' ' << fields[owner].mask;
+  }
+}
+
+// GNUstep itself uses some names without types, all of them questions for an object.
+NSMethodSignature* signatureOf(SEL selector) {
+  const char* const types = sel_getTypeEncoding(selector);
+  return [NSMethodSignature signatureWithObjCTypes:types != nullptr ? types : "@@:"];
+}
+
+// Whatever a stand-in does not do itself: notes the message and answers what was kept under its name; a
+// class answers its one instance.
+void forward(id owner, NSInvocation* invocation) {
+  const char* const name = sel_getName([invocation selector]);
   std::ostringstream line;
   line << name;
-  ((line << ' ' << values), ...);
-  appKit().calls.push_back(line.str());
+  const auto count = static_cast<NSInteger>([[invocation methodSignature] numberOfArguments]);
+  for (NSInteger index = 2; index < count; ++index) describe(line, owner, invocation, index);
+  const bool asks = [[invocation methodSignature] methodReturnType][0] == '@';
+  const bool isMenu = [owner isKindOfClass:[NSMenu class]] || [owner isKindOfClass:[NSMenuItem class]];
+  if (!asks && !isMenu) appKit().calls.push_back(line.str());
+  if (!asks) return;
+  if (class_isMetaClass(object_getClass(owner)) && kept(owner, name) == nil) keep(owner, name, [owner new]);
+  id answer = kept(owner, name);
+  [invocation setReturnValue:&answer];
 }
 
-void send(id sender) {
-  const Fields& all = fields[sender];
-  [all.target performSelector:all.action withObject:sender];
-}
+void note(const std::string& line) { appKit().calls.push_back(line); }
 
 NSStatusBarButton* button = nil;
-id<NSApplicationDelegate> delegate = nil;
-NSMenu* menu = nil;
-NSEvent* currentEvent = nil;
+
+void send(id sender) { [fields[sender].loose["target"] performSelector:fields[sender].action withObject:sender]; }
+id delegate() {
+  @autoreleasepool {
+    return fields[[NSApplication sharedApplication]].loose["delegate"];
+  }
+}
 
 void whileHandling(NSEventType type, void (^handler)(void)) {
   @autoreleasepool {
-    currentEvent = [[NSEvent new] autorelease];
-    fields[currentEvent].type = type;
+    NSEvent* const event = [[NSEvent new] autorelease];
+    fields[event].type = type;
+    keep([NSApplication sharedApplication], "currentEvent", event);
     handler();
-    currentEvent = nil;
+    keep([NSApplication sharedApplication], "currentEvent", nil);
   }
 }
 
 std::vector<std::string> lines(NSMenu* of) {
   std::vector<std::string> all;
-  for (NSMenuItem* item : fields[of].items) {
-    std::string line = text(kept(item, "title"));
-    if (const auto key = text(kept(item, "key")); !key.empty()) line += ' ' + key;
-    if (!fields[item].enabled) line += " off";
-    if (fields[item].action != nullptr && fields[item].target == nil) line += " without target";
-    all.push_back(line);
+  for (const auto& each : fields[of].items) {
+    NSMenuItem* const item = each.get();
+    const std::string key = shown(kept(item, "key"));
+    all.push_back(shown(kept(item, "title")) + (key.empty() ? "" : ' ' + key) + (fields[item].enabled ? "" : " off"));
     if (NSMenu* const inner = kept(item, "submenu")) {
-      all.push_back("[" + text(kept(inner, "title")) + (fields[inner].enabled ? "" : " manual"));
-      for (const std::string& each : lines(inner)) all.push_back(each);
+      all.push_back("[" + shown(kept(inner, "title")));
+      for (const std::string& line : lines(inner)) all.push_back(line);
     }
   }
   return all;
 }
 
 bool choose(NSMenu* in, const char* field, const std::string& value) {
-  for (NSMenuItem* item : fields[in].items) {
-    if (text(kept(item, field)) == value) return send(item), true;
+  for (const auto& each : fields[in].items) {
+    NSMenuItem* const item = each.get();
+    if (shown(kept(item, field)) == value) return send(item), true;
     if (NSMenu* const inner = kept(item, "submenu"); inner != nil && choose(inner, field, value)) return true;
   }
   return false;
 }
 
-NSRunningApplication* application(const orvo::RunningApplication& running) {
-  NSRunningApplication* const made = [[NSRunningApplication new] autorelease];
-  if (running.bundleIdentifier) keep(made, "bundle", nsText(*running.bundleIdentifier));
-  if (running.localizedName) keep(made, "name", nsText(*running.localizedName));
-  if (running.bundlePath) keep(made, "url", [NSURL fileURLWithPath:nsText(*running.bundlePath)]);
-  keep(made, "process", [NSNumber numberWithInt:running.processIdentifier]);
-  return made;
-}
-
 NSArray* applications() {
   NSMutableArray* const all = [NSMutableArray array];
-  for (const auto& running : appKit().running) [all addObject:application(running)];
+  for (const auto& running : appKit().running) {
+    NSRunningApplication* const made = [[NSRunningApplication new] autorelease];
+    if (running.bundleIdentifier) keep(made, "bundleIdentifier", nsText(*running.bundleIdentifier));
+    if (running.localizedName) keep(made, "localizedName", nsText(*running.localizedName));
+    if (running.bundlePath) keep(made, "bundleURL", [NSURL fileURLWithPath:nsText(*running.bundlePath)]);
+    fields[made].mask = static_cast<unsigned long long>(running.processIdentifier);
+    [all addObject:made];
+  }
   return all;
 }
 
@@ -111,11 +168,11 @@ void turn() {
 
 }  // namespace
 
-#define ORVO_FORGETS \
-  -(void)dealloc {   \
-    forget(self);    \
-    [super dealloc]; \
-  }
+// clang-format off
+#define ORVO_SIGNATURE(sign) \
+  sign (NSMethodSignature*)methodSignatureForSelector:(SEL)selector { return signatureOf(selector); } \
+  sign (void)forwardInvocation:(NSInvocation*)invocation { forward(self, invocation); }
+#define ORVO_STANDS_IN ORVO_SIGNATURE(-) ORVO_SIGNATURE(+) - (void)dealloc { forget(self); [super dealloc]; }
 
 NSString* const NSApplicationDidChangeScreenParametersNotification = @"Screens";
 NSString* const NSWorkspaceDidLaunchApplicationNotification = @"Launch";
@@ -124,106 +181,36 @@ NSString* const NSWorkspaceWillSleepNotification = @"Sleep";
 NSString* const NSWorkspaceDidWakeNotification = @"Wake";
 NSString* const NSPasteboardTypeString = @"plain";
 
-@implementation NSEvent
-- (NSEventType)type {
-  return fields[self].type;
-}
-ORVO_FORGETS
-@end
+@implementation NSResponder ORVO_STANDS_IN @end
+@implementation NSControl @end
+@implementation NSButton @end
+@implementation NSStatusBarButton @end
+@implementation NSWindow @end
+@implementation NSStatusItem ORVO_STANDS_IN @end
+@implementation NSPasteboard ORVO_STANDS_IN @end
+@implementation NSView - (NSRect)bounds { return NSMakeRect(0, 3, 24, 22); } @end
+@implementation NSEvent ORVO_STANDS_IN - (NSEventType)type { return fields[self].type; } @end
 
-@implementation NSResponder
-- (void)keyDown:(NSEvent*)event {
-  note("keyDown", event == currentEvent);
-}
-ORVO_FORGETS
-@end
-
-@implementation NSView
-- (NSRect)bounds {
-  return NSMakeRect(0, 3, 24, 22);
-}
-@end
-
-@implementation NSControl
-- (void)setTarget:(id)target {
-  fields[self].target = target;
-}
-- (void)setAction:(SEL)action {
-  fields[self].action = action;
-}
-- (NSInteger)sendActionOn:(NSEventMask)mask {
-  note("sendActionOn", mask);
-  fields[self].mask = mask;
-  return 0;
-}
-@end
-
-@implementation NSButton
-- (void)setImage:(NSImage*)image {
-  note("image", text(kept(image, "name")), text(kept(image, "description")));
-  keep(self, "image", image);
-}
-- (void)setToolTip:(NSString*)toolTip {
-  note("toolTip", text(toolTip));
-}
-- (void)setAccessibilityLabel:(NSString*)label {
-  note("label", text(label));
-}
-- (void)setAccessibilityIdentifier:(NSString*)identifier {
-  note("identifier", text(identifier));
-}
-@end
-
-@implementation NSStatusBarButton
-@end
-
-@implementation NSStatusItem
-- (NSStatusBarButton*)button {
-  return button;
-}
-- (void)setAutosaveName:(NSString*)name {
-  note("autosaveName", text(name));
-}
-- (void)setBehavior:(NSStatusItemBehavior)behavior {
-  note("behavior", behavior);
-}
-- (void)setVisible:(BOOL)visible {
-  note("visible", visible == YES);
-}
-- (void)dealloc {
-  note("itemGone");
-  [super dealloc];
-}
-@end
-
-@implementation NSStatusBar
-+ (NSStatusBar*)systemStatusBar {
-  static NSStatusBar* const only = [NSStatusBar new];
-  return only;
-}
+@implementation NSStatusBar ORVO_STANDS_IN
 - (NSStatusItem*)statusItemWithLength:(CGFloat)length {
-  note("statusItem", length);
-  if (!appKit().grantsItems) return nil;
+  note("statusItemWithLength: " + std::to_string(static_cast<int>(length)));
+  NSStatusItem* const item = [[NSStatusItem new] autorelease];
   [button release];
   button = appKit().grantsButtons ? [NSStatusBarButton new] : nil;
-  return [[NSStatusItem new] autorelease];
-}
-- (void)removeStatusItem:(NSStatusItem*)item {
-  note("removeStatusItem", item != nil);
+  keep(item, "button", button);
+  return appKit().grantsItems ? item : nil;
 }
 @end
 
-@implementation NSImage
+@implementation NSImage ORVO_STANDS_IN
 + (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description {
   NSImage* const made = [[[self class] new] autorelease];
-  keep(made, "name", name);
-  keep(made, "description", description);
+  keep(made, "symbol", [NSString stringWithFormat:@"%@ %@", name, description]);
   return made;
 }
-ORVO_FORGETS
 @end
 
-@implementation NSMenuItem
+@implementation NSMenuItem ORVO_STANDS_IN
 + (NSMenuItem*)separatorItem {
   return [[[NSMenuItem alloc] initWithTitle:@"-" action:SEL() keyEquivalent:@""] autorelease];
 }
@@ -233,183 +220,60 @@ ORVO_FORGETS
   fields[self].action = action;
   return self;
 }
-- (void)setTarget:(id)target {
-  fields[self].target = target;
-}
-- (void)setRepresentedObject:(id)object {
-  keep(self, "object", object);
-}
-- (void)setEnabled:(BOOL)enabled {
-  fields[self].enabled = enabled;
-}
-- (void)setSubmenu:(NSMenu*)submenu {
-  keep(self, "submenu", submenu);
-}
-ORVO_FORGETS
 @end
 
-@implementation NSMenu
-- (instancetype)initWithTitle:(NSString*)title {
-  keep(self, "title", title);
-  return self;
-}
-- (void)setAutoenablesItems:(BOOL)enables {
-  fields[self].enabled = enables;
-}
-- (void)addItem:(NSMenuItem*)item {
-  fields[self].items.push_back([item retain]);
-}
+@implementation NSMenu ORVO_STANDS_IN
+- (instancetype)initWithTitle:(NSString*)title { keep(self, "title", title); return self; }
+- (void)addItem:(NSMenuItem*)item { fields[self].items.push_back(orvo::Retained<NSMenuItem*>::retaining(item)); }
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)place inView:(NSView*)view {
-  note("popUp", item == nil, place.x, place.y, view == button, fields[self].enabled);
+  std::ostringstream line;
+  line << "popUp " << (item == nil && view == button) << ' ' << place.x << ' ' << place.y << ' ' << fields[self].enabled;
+  note(line.str());
   appKit().poppedUp = lines(self);
   return choose(self, "title", std::exchange(appKit().choice, "")) ? YES : NO;
-}
-- (void)dealloc {
-  for (NSMenuItem* item : fields[self].items) [item release];
-  forget(self);
-  [super dealloc];
-}
-@end
-
-@implementation NSWindow
-- (NSResponder*)firstResponder {
-  static NSResponder* const only = [NSResponder new];
-  return only;
 }
 @end
 
 @implementation NSApplication
-+ (NSApplication*)sharedApplication {
-  static NSApplication* const only = [NSApplication new];
-  return only;
-}
-- (void)setDelegate:(id<NSApplicationDelegate>)newDelegate {
-  delegate = newDelegate;
-}
-- (void)setMainMenu:(NSMenu*)newMenu {
-  [newMenu retain];
-  [menu release];
-  menu = newMenu;
-}
-- (NSEvent*)currentEvent {
-  return currentEvent;
-}
-- (NSWindow*)keyWindow {
-  static NSWindow* const only = [NSWindow new];
-  return only;
-}
-- (void)run {
-  note("run");
-}
 - (void)terminate:(id)sender {
-  note("terminate", sender == nil);
-  [delegate applicationWillTerminate:[NSNotification notificationWithName:@"" object:nil]];
-}
-- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
-  note("policy", policy);
-  return YES;
-}
-- (void)activateIgnoringOtherApps:(BOOL)ignoring {
-  note("activate", ignoring == YES);
+  note(sender == nil ? "terminate" : "terminate for a sender");
+  [delegate() applicationWillTerminate:nil];
 }
 @end
 
-@implementation NSRunningApplication
+@implementation NSRunningApplication ORVO_STANDS_IN
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)process {
-  for (NSRunningApplication* each in applications()) {
-    if ([each processIdentifier] == process) return each;
-  }
+  for (NSRunningApplication* each in applications()) if ([each processIdentifier] == process) return each;
   return nil;
 }
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
-  NSMutableArray* const found = [NSMutableArray array];
-  for (NSRunningApplication* each in applications()) {
-    if ([[each bundleIdentifier] isEqualToString:identifier]) [found addObject:each];
-  }
-  return found;
+  NSPredicate* const same = [NSPredicate predicateWithFormat:@"bundleIdentifier == %@", identifier];
+  return [applications() filteredArrayUsingPredicate:same];
 }
-- (NSString*)bundleIdentifier {
-  return kept(self, "bundle");
-}
-- (NSString*)localizedName {
-  return kept(self, "name");
-}
-- (NSURL*)bundleURL {
-  return kept(self, "url");
-}
-- (pid_t)processIdentifier {
-  return [kept(self, "process") intValue];
-}
-- (BOOL)isEqual:(id)other {
-  return [self processIdentifier] == [other processIdentifier];
-}
-- (NSUInteger)hash {
-  return static_cast<NSUInteger>([self processIdentifier]);
-}
-ORVO_FORGETS
+- (NSString*)bundleIdentifier { return kept(self, "bundleIdentifier"); }
+- (pid_t)processIdentifier { return static_cast<pid_t>(fields[self].mask); }
+- (BOOL)isEqual:(id)other { return [self processIdentifier] == [other processIdentifier]; }
 @end
 
-@implementation NSWorkspace
-+ (NSWorkspace*)sharedWorkspace {
-  static NSWorkspace* const only = [NSWorkspace new];
-  return only;
-}
-- (NSNotificationCenter*)notificationCenter {
-  static NSNotificationCenter* const only = [NSNotificationCenter new];
-  return only;
-}
-- (NSArray*)runningApplications {
-  return applications();
-}
+@implementation NSWorkspace ORVO_STANDS_IN
+- (NSArray*)runningApplications { return applications(); }
 - (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)identifier {
   return [identifier isEqualToString:@"local.orvo.Orvo"] ? [NSURL fileURLWithPath:@"/Applications/Orvo.app"] : nil;
 }
-- (BOOL)openURL:(NSURL*)url {
-  note("openURL", text([url absoluteString]));
-  return YES;
-}
 @end
 
-@implementation NSPasteboard
-+ (NSPasteboard*)generalPasteboard {
-  static NSPasteboard* const only = [NSPasteboard new];
-  return only;
-}
-- (NSInteger)clearContents {
-  note("clearContents");
-  return 0;
-}
-- (BOOL)setString:(NSString*)string forType:(NSString*)type {
-  note("setString", text(string), text(type));
-  return YES;
-}
-@end
-
-@implementation SMAppService
-+ (SMAppService*)mainAppService {
-  static SMAppService* const only = [SMAppService new];
-  return only;
-}
-- (SMAppServiceStatus)status {
-  return static_cast<SMAppServiceStatus>(appKit().loginStatus);
-}
+@implementation SMAppService ORVO_STANDS_IN
+- (SMAppServiceStatus)status { return static_cast<SMAppServiceStatus>(appKit().loginStatus); }
 - (BOOL)changeTo:(long)status error:(NSError**)error {
   if (appKit().loginError.empty()) return appKit().loginStatus = status, YES;
-  NSDictionary* const information = [NSDictionary dictionaryWithObject:nsText(appKit().loginError)
-                                                                forKey:NSLocalizedDescriptionKey];
+  NSDictionary* const information = @{NSLocalizedDescriptionKey : nsText(appKit().loginError)};
   *error = [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:information];
   return NO;
 }
-- (BOOL)registerAndReturnError:(NSError**)error {
-  return [self changeTo:1 error:error];
-}
-- (BOOL)unregisterAndReturnError:(NSError**)error {
-  return [self changeTo:0 error:error];
-}
-+ (void)openSystemSettingsLoginItems {
-  note("openLoginItems");
-}
+- (BOOL)registerAndReturnError:(NSError**)error { return [self changeTo:1 error:error]; }
+- (BOOL)unregisterAndReturnError:(NSError**)error { return [self changeTo:0 error:error]; }
 @end
+// clang-format on
 
 namespace orvo::fake {
 
@@ -427,72 +291,55 @@ void click(EventType type) {
 
 void press(const std::string& key) {
   whileHandling(NSEventTypeKeyDown, ^{
-    choose(menu, "key", key);
+    NSWindow* const window = [[NSWindow new] autorelease];
+    keep(window, "firstResponder", [[NSResponder new] autorelease]);
+    keep([NSApplication sharedApplication], "keyWindow", window);
+    choose([[NSApplication sharedApplication] mainMenu], "key", key);
   });
 }
 
 std::vector<std::string> mainMenu() {
   @autoreleasepool {
-    return lines(menu);
+    return lines([[NSApplication sharedApplication] mainMenu]);
   }
 }
 
-void launch() {
-  @autoreleasepool {
-    [delegate applicationDidFinishLaunching:[NSNotification notificationWithName:@"" object:nil]];
-  }
-}
-bool reopen() {
-  return [delegate applicationShouldHandleReopen:[NSApplication sharedApplication] hasVisibleWindows:NO] == YES;
-}
-bool terminatesAfterLastWindow() {
-  return [delegate applicationShouldTerminateAfterLastWindowClosed:[NSApplication sharedApplication]] == YES;
-}
+void launch() { [delegate() applicationDidFinishLaunching:nil]; }
+bool reopen() { return [delegate() applicationShouldHandleReopen:nil hasVisibleWindows:NO] == YES; }
+bool terminatesAfterLastWindow() { return [delegate() applicationShouldTerminateAfterLastWindowClosed:nil] == YES; }
 
-void postWorkspace(const char* name) {
+void post(const char* name) {
   @autoreleasepool {
-    [[[NSWorkspace sharedWorkspace] notificationCenter] postNotificationName:nsText(name) object:nil];
+    const bool screens = std::string(name) == "Screens";
+    NSNotificationCenter* const center =
+        screens ? [NSNotificationCenter defaultCenter] : [[NSWorkspace sharedWorkspace] notificationCenter];
+    [center postNotificationName:nsText(name) object:nil];
     turn();
   }
 }
 
-void postScreenChange() {
+void prepare() {
   @autoreleasepool {
-    NSString* const name = NSApplicationDidChangeScreenParametersNotification;
-    [[NSNotificationCenter defaultCenter] postNotificationName:name object:nil];
-    turn();
-  }
-}
-
-void setRunning(std::vector<RunningApplication> running, bool tellsRemovalOnly) {
-  @autoreleasepool {
-    NSWorkspace* const workspace = [NSWorkspace sharedWorkspace];
-    NSMutableIndexSet* const removed = [NSMutableIndexSet indexSet];
-    for (std::size_t index = 0; index < appKit().running.size(); ++index) {
-      if (std::find(running.begin(), running.end(), appKit().running[index]) == running.end()) [removed addIndex:index];
-    }
-    if (tellsRemovalOnly) {
-      [workspace willChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:@"runningApplications"];
-      appKit().running = std::move(running);
-      [workspace didChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:@"runningApplications"];
-    } else {
-      [workspace willChangeValueForKey:@"runningApplications"];
-      appKit().running = std::move(running);
-      [workspace didChangeValueForKey:@"runningApplications"];
-    }
-  }
-}
-
-void forgetDefaults() {
-  @autoreleasepool {
+    appKit() = {};
+    keep([NSWorkspace sharedWorkspace], "notificationCenter", [[NSNotificationCenter new] autorelease]);
     NSUserDefaults* const defaults = [NSUserDefaults standardUserDefaults];
     [defaults removePersistentDomainForName:[[NSProcessInfo processInfo] processName]];
   }
 }
 
-void setDefaultText(const char* key, const char* value) {
+void setRunning(const std::vector<RunningApplication>& running, bool tellsRemovalOnly) {
   @autoreleasepool {
-    [[NSUserDefaults standardUserDefaults] setObject:nsText(value) forKey:nsText(key)];
+    NSWorkspace* const workspace = [NSWorkspace sharedWorkspace];
+    NSMutableIndexSet* const removed = [NSMutableIndexSet indexSet];
+    for (std::size_t index = 0; index < appKit().running.size(); ++index) {
+      if (std::count(running.begin(), running.end(), appKit().running[index]) == 0) [removed addIndex:index];
+    }
+    NSString* const key = @"runningApplications";
+    if (!tellsRemovalOnly) [workspace willChangeValueForKey:key];
+    if (tellsRemovalOnly) [workspace willChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:key];
+    appKit().running = running;
+    if (tellsRemovalOnly) [workspace didChange:NSKeyValueChangeRemoval valuesAtIndexes:removed forKey:key];
+    if (!tellsRemovalOnly) [workspace didChangeValueForKey:key];
   }
 }
 

@@ -67,11 +67,9 @@ void raiseIf(Fault fault) {
 
 }  // namespace
 
-@interface MBAssessmentModeConfiguration : NSObject
-@end
-
+// clang-format off
+@interface MBAssessmentModeConfiguration : NSObject @end
 @implementation MBAssessmentModeConfiguration
-
 - (id)initWithAllowedSystemItems:(NSArray*)items allowedBundleIdentifiers:(NSArray*)bundles {
   ++framework.configurations;
   framework.items.clear();
@@ -83,19 +81,11 @@ void raiseIf(Fault fault) {
   [self release];
   return nil;
 }
-
-- (void)dealloc {
-  --framework.configurations;
-  [super dealloc];
-}
-
+- (void)dealloc { --framework.configurations; [super dealloc]; }
 @end
 
-@interface MBAssessmentModeAssertion : NSObject
-@end
-
+@interface MBAssessmentModeAssertion : NSObject @end
 @implementation MBAssessmentModeAssertion
-
 - (id)init {
   ++framework.assertions;
   raiseIf(Fault::assertionRaises);
@@ -103,7 +93,6 @@ void raiseIf(Fault fault) {
   [self release];
   return nil;
 }
-
 - (void)activateWithConfiguration:(id)configuration completionHandler:(Handler)completion {
   NSCAssert([configuration isKindOfClass:[MBAssessmentModeConfiguration class]], @"Not a configuration.");
   raiseIf(Fault::activationRaises);
@@ -112,18 +101,10 @@ void raiseIf(Fault fault) {
   if (framework.answersAtOnce) answer("", 0, "");
   raiseIf(Fault::activationRaisesTooLate);
 }
-
-- (void)invalidate {
-  ++framework.invalidations;
-  raiseIf(Fault::invalidationRaises);
-}
-
-- (void)dealloc {
-  --framework.assertions;
-  [super dealloc];
-}
-
+- (void)invalidate { ++framework.invalidations; raiseIf(Fault::invalidationRaises); }
+- (void)dealloc { --framework.assertions; [super dealloc]; }
 @end
+// clang-format on
 
 orvo::fake::FakeFramework* orvoFakeFramework() {
   framework.answer = answer;
