@@ -34,12 +34,13 @@ struct ControlPlace {
 
 class ControlPlaces {
  public:
-  // Reads the tree afresh, for at most 0.2 s; empty where nobody who knows answers. Called on any thread.
-  using Read = std::function<std::vector<ControlPlace>()>;
+  using List = std::vector<ControlPlace>;
+  // Reads the tree afresh, for at most 0.2 s; absent where nobody who knows answers. Called on any thread.
+  using Read = std::function<std::optional<List>()>;
 
   explicit ControlPlaces(Read read) : read_(std::move(read)) {}
 
-  void note(std::vector<ControlPlace> places) {
+  void note(List places) {
     const std::lock_guard lock(mutex_);
     places_ = std::move(places);
   }
@@ -47,25 +48,18 @@ class ControlPlaces {
   // Of the last reading; absent where none was at the point.
   std::optional<ControlPlace> at(Point point) const {
     const std::lock_guard lock(mutex_);
-    return first(places_, [point](const ControlPlace& place) { return place.frame.contains(point); });
-  }
-
-  // Reads afresh; absent when the control has gone or nobody answers.
-  std::optional<ControlPlace> find(const std::string& identifier) const {
-    return first(read_(), [&](const ControlPlace& place) { return place.identifier == identifier; });
-  }
-
- private:
-  template <typename Condition>
-  static std::optional<ControlPlace> first(const std::vector<ControlPlace>& places, Condition condition) {
-    const auto found = std::ranges::find_if(places, condition);
-    if (found == places.end()) return std::nullopt;
+    const auto found =
+        std::ranges::find_if(places_, [point](const ControlPlace& place) { return place.frame.contains(point); });
+    if (found == places_.end()) return std::nullopt;
     return *found;
   }
 
+  std::optional<List> now() const { return read_(); }
+
+ private:
   Read read_;
   mutable std::mutex mutex_;
-  std::vector<ControlPlace> places_;  // guarded by mutex_
+  List places_;  // guarded by mutex_
 };
 
 }  // namespace orvo

@@ -54,9 +54,9 @@ AccessibilityElementRef AgentAccessibility::applicationElement(std::int32_t proc
   return rootElement(std::make_shared<AgentTree>(bus_, processIdentifier, note));
 }
 
-std::vector<ControlPlace> AgentAccessibility::controlsNow() const {
+std::optional<std::vector<ControlPlace>> AgentAccessibility::controlsNow() const {
   const auto elements = AgentTree::ask(bus_, treeLimit);
-  if (elements.empty() || elements.front().identifier == agent_protocol::outOfDate) return {};
+  if (elements.empty() || elements.front().identifier == agent_protocol::outOfDate) return std::nullopt;
   return AgentTree::controls(elements);
 }
 

@@ -14,6 +14,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
+#include <vector>
 
 namespace orvo {
 
@@ -41,7 +43,7 @@ class AgentAccessibility : public QObject, public Accessibility {
   void read();
   bool take(const QDBusMessage& reply);
   void switchOn();
-  std::vector<ControlPlace> controlsNow() const;
+  std::optional<std::vector<ControlPlace>> controlsNow() const;
 
   QDBusConnection bus_;
   ControlPlaces places_{[this] { return controlsNow(); }};

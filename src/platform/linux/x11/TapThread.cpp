@@ -253,11 +253,7 @@ void TapThread::giveClicks() {
       const auto pointer = connection_->queryPointer();
       if (!pointer || !finishGiven(*pointer)) return;
     }
-    if (clicks_.empty() || !isFree()) break;
-    const Click click = std::move(clicks_.front());
-    clicks_.pop_front();
-    if (isOver(std::max(click.moment, lastRelease_))) continue;
-    if (const auto at = whereToGive(click)) give(click.button, *at);
+    if (clicks_.empty() || !isFree() || !giveNext()) break;
   }
   if (finishing_) clicks_.clear();
 }
@@ -267,14 +263,27 @@ bool TapThread::isFree() const {
   return pointer && (pointer->mask & anyButton) == 0;
 }
 
-std::optional<TapThread::Position> TapThread::whereToGive(const Click& click) {
-  std::optional<Point> point = click.place.screen;
-  if (const auto& control = click.place.control) {
-    const auto now = sink_.find(control->identifier);
-    point = now ? covers_.locate(*now, control->offset) : std::nullopt;
+// False when the click has to wait until somebody knows where its control is.
+bool TapThread::giveNext() {
+  const Click click = clicks_.front();
+  const auto& [screen, location, control] = click.place;
+  std::optional<Point> point;
+  if (!isOver(std::max(click.moment, lastRelease_))) {
+    point = screen;
+    if (control) {
+      const auto controls = sink_.controls();
+      if (!controls) return false;
+      point = locate(*control, *controls);
+    }
   }
-  if (!point) return std::nullopt;
-  return Position{coordinate(point->x), coordinate(point->y)};
+  clicks_.pop_front();
+  if (point) give(click.button, {coordinate(point->x), coordinate(point->y)});
+  return true;
+}
+
+std::optional<Point> TapThread::locate(const ControlPoint& point, const ControlPlaces::List& controls) {
+  const auto now = std::ranges::find(controls, point.identifier, &ControlPlace::identifier);
+  return now == controls.end() ? std::nullopt : covers_.locate(*now, point.offset);
 }
 
 // The server takes in what XTEST sends before it answers the next request. From then on the button

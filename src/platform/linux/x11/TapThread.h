@@ -32,8 +32,8 @@ class TapThread {
     std::function<void(const std::shared_ptr<HeldPress>&)> pressed;
     // The physical end of a press, which has been handed over before.
     std::function<void(const std::shared_ptr<HeldPress>&, Point)> released;
-    // Where a control is now; absent when it has gone or nobody knows. May take 0.2 s.
-    std::function<std::optional<ControlPlace>(const std::string& identifier)> find;
+    // Where the controls are now; absent while nobody knows. May take 0.2 s.
+    std::function<std::optional<ControlPlaces::List>()> controls;
     // A press was not decided in time. The regions have been dropped.
     std::function<void()> timedOut;
   };
@@ -107,7 +107,8 @@ class TapThread {
   void giveClicks();
   bool finishGiven(const xcb_query_pointer_reply_t& pointer);
   bool isFree() const;
-  std::optional<Position> whereToGive(const Click& click);
+  bool giveNext();
+  std::optional<Point> locate(const ControlPoint& point, const ControlPlaces::List& controls);
   void give(xcb_button_t button, Position at);
   void movePointer(Position position);
   void layCovers();

@@ -87,7 +87,7 @@ bool X11EventTaps::startThread() {
   sink.released = [this](const std::shared_ptr<HeldPress>& press, Point location) {
     onMain([this, press, location] { release(*press, location); });
   };
-  sink.find = [&places = places_](const std::string& control) { return places.find(control); };
+  sink.controls = [&places = places_] { return places.now(); };
   sink.timedOut = [this] { onMain([this] { disable(); }); };
   thread_ = TapThread::start(display_, std::move(sink));
   return thread_ != nullptr;

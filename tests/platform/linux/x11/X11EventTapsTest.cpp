@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <mutex>
 #include <optional>
+#include <utility>
 
 namespace orvo {
 
@@ -94,8 +96,18 @@ class X11EventTapsTest : public testing::Test {
   TestDesktop desktop;
   ManualMainQueue queue;
   Person person{desktop.display()};
-  std::vector<ControlPlace> controls;  // as a reading of the tree finds them; others find none
-  ControlPlaces places{[this] { return controls; }};
+  // As a reading of the tree finds them.
+  void find(std::optional<ControlPlaces::List> now) {
+    const std::lock_guard lock(mutex);
+    controls = std::move(now);
+  }
+
+  std::mutex mutex;
+  std::optional<ControlPlaces::List> controls;
+  ControlPlaces places{[this] {
+    const std::lock_guard lock(mutex);
+    return controls;
+  }};
   X11EventTaps taps{queue, [] { return true; }, places, desktop.display()};
 };
 
@@ -267,7 +279,7 @@ TEST_F(X11EventTapsTest, AClickOnAControlIsToldWhereItWasAndGivenWhereItIsOrToNo
   const struct {
     const char* what;
     Rect read;
-    std::vector<ControlPlace> then;
+    ControlPlaces::List then;
     bool isBehindAnother;
     std::vector<Dock::Button> given;
   } cases[] = {
@@ -288,12 +300,16 @@ TEST_F(X11EventTapsTest, AClickOnAControlIsToldWhereItWasAndGivenWhereItIsOrToNo
     person.click({610, 570}, 1);
     ASSERT_TRUE(eventually(queue, [&] { return tap.seen.size() == 2; }));
     EXPECT_EQ(tap.seen[0].location, (Point{610, each.read.y + 10}));
-    controls = each.then;
+    find(std::nullopt);  // nobody knows at first
     std::optional<Dock> other;
     if (each.isBehindAnother) other.emplace(desktop, Rect{600, 560, 200, 40});
     tap.passes = true;
     taps.post(EventTapLocation::session, *tap.held);
     ASSERT_TRUE(eventually(queue, [&] { return tap.seen.size() == 3; }));
+    holdFor(queue, 50ms);
+    EXPECT_THAT(dock.buttons(), IsEmpty());
+    find(each.then);
+    EXPECT_TRUE(arrives(dock, each.given)) << testing::PrintToString(dock.buttons());
     expectNothingMoreThan(dock, each.given);
     EXPECT_TRUE(!other || other->buttons().empty());
   }
@@ -331,7 +347,7 @@ TEST_F(X11EventTapsTest, NobodyElsePressesOrTakesTheCoverAway) {
 // Holds a tap in a process of its own, as a whole Orvo would.
 [[noreturn]] void holdTap(const std::string& display) {
   ManualMainQueue queue;
-  const ControlPlaces nowhere([] { return std::vector<ControlPlace>(); });
+  const ControlPlaces nowhere([] { return std::nullopt; });
   X11EventTaps taps(
       queue, [] { return true; }, nowhere, display);
   const Tap tap(taps);
