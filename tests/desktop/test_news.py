@@ -42,7 +42,7 @@ class Program:
 
 
 def colors(desktop):
-    frame = desktop._tray_cached()
+    frame = desktop.tray_frame()
     count = frame[2] // CELL if frame else 0
     if count == 0:
         return []
