@@ -109,16 +109,24 @@ class Faults:
     def start_item(self, name):
         """Any of them takes its time until it has an icon."""
         self.desktop.spawn(name, PROGRAMS[name])
-        wait(lambda: len(self.desktop.watcher_property("RegisteredStatusNotifierItems")) == len(ITEMS) + 1, 20, name)
+        self.wait_for_items()
+
+    def wait_for_items(self):
+        wait(lambda: len(self.desktop.call_agent("Items")) == len(ITEMS) + 1, 20, "every item")
 
     def log_in_again(self):
-        """What the agent's end leaves must be all icons; that the panel has them in hand ends with the session."""
+        """What the agent's end leaves must be all icons; that the panel has them in hand, and some of them an icon of
+        the older kind besides, ends with the session."""
         desktop = self.desktop
         self.expect(lambda shown: set(ITEMS) <= set(shown))
-        desktop.end("panel")
+        for name in ("panel", *ITEMS):
+            desktop.end(name)
         wait(lambda: not desktop.owner(WATCHER), what="the panel's end")
         desktop.start_agent()
         desktop.start_panel()
+        for name in ITEMS:
+            desktop.spawn(name, PROGRAMS[name])
+        self.wait_for_items()
 
     def start_accessibility(self):
         """The panel does not look for another bus."""
