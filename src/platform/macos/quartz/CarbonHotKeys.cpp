@@ -14,8 +14,7 @@ struct CarbonHotKeys::Receiver {
 namespace {
 
 OSStatus pressed(EventHandlerCallRef /*next*/, ::EventRef /*event*/, void* userData) {
-  // The receiver may go while it is being called.
-  const auto receiver = *static_cast<const CarbonHotKeys::Receiver*>(userData);
+  const auto& receiver = *static_cast<const CarbonHotKeys::Receiver*>(userData);
   return receiver.function(receiver.userData);
 }
 

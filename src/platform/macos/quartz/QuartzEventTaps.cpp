@@ -52,8 +52,7 @@ struct Receiver {
 
 // To let an event pass the system wants the very pointer back that it gave, which stays the system's.
 CGEventRef receive(CGEventTapProxy /*proxy*/, CGEventType type, CGEventRef event, void* info) {
-  // The receiver may go while it is being called.
-  const Receiver receiver = *static_cast<const Receiver*>(info);
+  const Receiver& receiver = *static_cast<const Receiver*>(info);
   QuartzEvent wrapped(Owned<CGEventRef>::retaining(event));
   const Event* const passed = receiver.callback(static_cast<EventType>(type), &wrapped, receiver.userInfo);
   return passed != nullptr ? event : nullptr;

@@ -149,7 +149,7 @@ TEST_F(CocoaAdaptersTest, AnItemOrAButtonMayBeRefusedAndAnActionGoesWithItsItem)
   const auto held = std::make_shared<int>();
   auto item = bar.statusItem(-2);
   // An action may remove the item that it belongs to.
-  item->button()->setAction([&, copy = held] { item.reset(); }, leftMouseUpMask);
+  item->button()->setAction([&, copy = held] { item.reset(), ++*copy; }, leftMouseUpMask);
   fake::click(EventType::leftMouseUp);
   EXPECT_EQ(item, nullptr);
   EXPECT_EQ(held.use_count(), 1);

@@ -9,6 +9,7 @@ using orvo::fake::Fault;
 namespace {
 
 using Handler = void (^)(NSError*);
+constexpr int blockIsOnTheHeap = 1 << 24;  // of the flags behind a block's class
 
 orvo::fake::FakeFramework framework;
 Handler handler = nil;
@@ -95,6 +96,7 @@ void raiseIf(Fault fault) {
 }
 - (void)activateWithConfiguration:(id)configuration completionHandler:(Handler)completion {
   NSCAssert([configuration isKindOfClass:[MBAssessmentModeConfiguration class]], @"Not a configuration.");
+  NSCAssert((reinterpret_cast<int*>(completion)[2] & blockIsOnTheHeap) != 0, @"Not a copy.");
   raiseIf(Fault::activationRaises);
   forget();
   handler = Block_copy(completion);

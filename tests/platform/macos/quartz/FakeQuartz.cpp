@@ -250,7 +250,7 @@ OSStatus RemoveEventHandler(EventHandlerRef handler) {
 OSStatus RegisterEventHotKey(UInt32 key, UInt32 modifiers, EventHotKeyID id, EventTargetRef target, OptionBits options,
                              EventHotKeyRef* outRef) {
   note("register", key, modifiers, id.signature, id.id, target == GetApplicationEventTarget(), options);
-  if (world().registerStatus == 0) *outRef = reinterpret_cast<EventHotKeyRef>(8);
+  *outRef = reinterpret_cast<EventHotKeyRef>(8);
   return world().registerStatus;
 }
 OSStatus UnregisterEventHotKey(EventHotKeyRef hotKey) {
