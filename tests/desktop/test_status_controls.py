@@ -25,6 +25,14 @@ class StatusControls(DesktopCase):
     def test_the_controls_beside_the_tray_are_told_with_their_places(self):
         self.expect_the_clock()
 
+    def test_controls_come_before_icons_for_whoever_looks_at_so_many_elements_only(self):
+        self.desktop.start_item("pasystray")
+        self.expect_the_clock()
+        tree = self.desktop.call_agent("Tree")
+        foreign = [process != tree[0][1] for _, process, *_ in tree]
+        self.assertEqual(foreign, sorted(foreign))
+        self.assertTrue(foreign[-1])
+
     def test_a_stopped_panel_keeps_nobody_waiting(self):
         self.expect_the_clock()
         known = self.controls()
