@@ -39,17 +39,22 @@ class Published {
   Published(const Published&) = delete;
   Published& operator=(const Published&) = delete;
 
-  Published& operator=(Value value) requires std::is_void_v<Owner> { return assign(std::move(value)); }
+  Published& operator=(Value value) requires std::is_void_v<Owner> {
+    assign(std::move(value));
+    return *this;
+  }
   const Value& operator()() const { return value_; }
 
  private:
   friend Owner;
 
-  Published& operator=(Value value) requires(!std::is_void_v<Owner>) { return assign(std::move(value)); }
-  Published& assign(Value value) {
+  Published& operator=(Value value) requires(!std::is_void_v<Owner>) {
+    assign(std::move(value));
+    return *this;
+  }
+  void assign(Value value) {
     willChange_.send();
     value_ = std::move(value);
-    return *this;
   }
 
   ObjectWillChange& willChange_;

@@ -24,7 +24,8 @@ namespace orvo {
 
 class OrvoModel;
 
-class OrvoView : public WindowContent {
+// Visible beyond the program, since the settings' module may be built to check what kind of object it is handed.
+class __attribute__((visibility("default"))) OrvoView : public WindowContent {
  public:
   // In the order of the navigation column.
   enum class Page { icons, behavior, about };

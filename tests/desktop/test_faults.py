@@ -135,6 +135,8 @@ class Faults(DesktopCase):
             desktop.start_orvo(ready=False)
             wait(desktop.settings_window, what="the settings window of a first start")
             wait(lambda: "settings" in desktop.log("orvo"), what="a line about the settings")
+            desktop.mark("CopyQ")
+            desktop.control("Your choices could not be saved: Not a directory")
             self.assertIsNone(desktop.orvo.poll())
         finally:
             desktop.end("orvo")

@@ -94,7 +94,7 @@ void FileUserDefaults::set(std::string_view key, const nlohmann::json& value) {
 
 std::optional<std::string> FileUserDefaults::store() {
   if (unreadable_) {
-    if (const auto error = moveAside(*unreadable_)) return error;
+    if (auto error = moveAside(*unreadable_)) return error;
     unreadable_.reset();
   }
   if (auto error = replaceFile(path_, values_.dump(2) + '\n')) return error;
