@@ -146,7 +146,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // False when no scan may start now.
   bool beginScan();
   void apply(const MenuBarSnapshot& snapshot);
-  void expectGuard();
+  // Whether controls were known before this scan.
+  void expectGuard(bool wasGuardable);
   std::vector<DiscoveredApp> merged(const std::vector<DiscoveredApp>& found) const;
   // What another copy of Orvo has stored since this one last looked.
   std::optional<OrvoPreferences> preferencesFromElsewhere();
@@ -180,7 +181,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   MainQueue::Handle rehideTask_ = MainQueue::Handle::none;
   MainQueue::Handle permissionTimer_ = MainQueue::Handle::none;
   MainQueue::Handle rescan_ = MainQueue::Handle::none;
-  // In a row, while icons are concealed.
+  // In a row, since controls were known or icons concealed.
   int unguardedScans_ = 0;
   std::vector<NotificationCenter::Token> workspaceObservers_;
   NotificationCenter::Token displayObserver_ = NotificationCenter::Token::none;

@@ -67,20 +67,22 @@ bool OrvoModel::beginScan() {
 }
 
 void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
+  const bool wasGuardable = !systemRelay_->systemFrames().empty();
   systemRelay_->setSystemFrames(snapshot.systemFrames);
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
   isScanning = false;
   lastScan_ = mainQueue_.now();
-  expectGuard();
+  expectGuard(wasGuardable);
 }
 
 // A panel that is starting, or an agent that is slow, shows no control for a moment. Beyond that, icons stay
 // hidden only where every click on a clock would bring them back.
-void OrvoModel::expectGuard() {
+void OrvoModel::expectGuard(bool wasGuardable) {
   mainQueue_.cancel(rescan_);
   const bool isGuarded = !systemRelay_->systemFrames().empty();
-  if (state() != BarState::visible && !isGuarded && ++unguardedScans_ <= mostRescans) {
+  const bool isMissed = state() != BarState::visible || wasGuardable || unguardedScans_ > 0;
+  if (!isGuarded && isMissed && ++unguardedScans_ <= mostRescans) {
     rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
     return;
   }

@@ -12,6 +12,7 @@ from picture import Picture
 from session import ITEM
 from waiting import Timeout, hold, settled, stays, wait
 
+PLUGINS["clock"]["digital-time-format"] = STILL = "12:00"  # No picture of it changes by itself.
 PLUGINS["clock:full"] = {}  # As Xfce sets it up.
 PLUGINS["separator:gap"] = {"style": 0}
 MARKED = ["pasystray", "diodon"]
@@ -43,7 +44,7 @@ CHANGES = {
     "mode": ("/panels/panel-1/mode", 1, 0),
     "size": ("/panels/panel-1/size", 44, 28),
     "icon size": ("/panels/panel-1/icon-size", 24, 16),
-    "clock format": ("/plugins/plugin-4/digital-time-format", "%A %H:%M and more", "%H:%M"),
+    "clock format": ("/plugins/plugin-4/digital-time-format", "12:00 and more", STILL),
 }
 
 

@@ -234,6 +234,18 @@ TEST(OrvoModelTest, IconsStayHiddenOnlyWhereAControlIsFoundAgainSoon) {
   }
 }
 
+TEST(OrvoModelTest, ABarWithoutControlsIsScannedAgainOnlyWhereItHadSome) {
+  ModelFixture t;
+  t.memory.accessibility.trees.clear();
+  t.refresh();
+  for (int scan = 0; scan < 8; ++scan) t.advance(400ms);
+  EXPECT_EQ(t.scans(), 2U + 5U);
+  t.refresh();
+  t.advance(2s);
+  EXPECT_EQ(t.scans(), 8U);
+  EXPECT_EQ(t.message(), "");
+}
+
 // The bar's layout changes while a scan of the old one is under way: the frames stay until the new ones come.
 TEST(OrvoModelTest, AScanThatTheLayoutOutranIsRepeatedWithTheGuardUp) {
   ModelFixture t;
