@@ -16,6 +16,13 @@
 
 namespace orvo {
 
+namespace {
+
+// Far more than can run at once.
+constexpr int mostBundles = 10'000;
+
+}  // namespace
+
 MenuBarAgent::MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusNotifierWatcher& watcher,
                            PanelReader& panel)
     : bus_(std::move(bus)), service_(service), watcher_(watcher), panel_(panel) {
@@ -40,9 +47,14 @@ uint MenuBarAgent::Activate(const QList<int>& /*allowedSystemItems*/, const QStr
     sendErrorReply(agent_protocol::watcherNotHeldError, QStringLiteral("Another program watches over the tray."));
     return 0;
   }
+  if (allowedBundleIdentifiers.size() > mostBundles) {
+    sendErrorReply(QDBusError::LimitsExceeded, QStringLiteral("Too many applications."));
+    return 0;
+  }
   setDelayedReply(true);
   service_.activate(message().service(), allowedBundleIdentifiers, [bus = bus_, call = message()](std::uint32_t id) {
-    bus.send(call.createReply(QVariant::fromValue(id)));
+    bus.send(id != 0 ? call.createReply(QVariant::fromValue(id))
+                     : call.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("Too many requests.")));
   });
   return 0;
 }

@@ -1,6 +1,7 @@
 #include "agent/MenuBarService.h"
 
 #include <chrono>
+#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -18,6 +19,9 @@ std::string bundleOf(std::int32_t processIdentifier) {
   auto identity = identifyProcess(processIdentifier);
   return identity ? std::move(identity->bundleIdentifier) : std::string();
 }
+
+// Of one sender; more than an application starts with.
+constexpr int mostAtOnce = 16;
 
 bool isError(const QDBusMessage& answer) { return answer.type() != QDBusMessage::ReplyMessage; }
 
@@ -47,23 +51,26 @@ MenuBarService::MenuBarService(QDBusConnection bus) : bus_(std::move(bus)), view
 void MenuBarService::registerItem(const QString& text, const QString& sender, std::function<void()> done) {
   const auto registration = parseRegistration(text.toStdString(), sender.toStdString());
   if (!registration) return done();
+  if (!sender.isEmpty() && registering_[sender] >= mostAtOnce) {
+    refuse(sender.toStdString(), "registers too many items at once");
+    return done();
+  }
+  ++registering_[sender];
   const QString name = QString::fromStdString(registration->name);
   watch(name);
-  // Two questions at once: the bus answers in order, so that items keep the order of their coming.
-  const auto process = std::make_shared<std::int32_t>(0);
-  send(bus_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), name), busLimit, this,
-       [process](const QDBusMessage& answer) { *process = processIn(answer); });
-  send(bus_, aboutName(QStringLiteral("GetNameOwner"), name), busLimit, this,
-       [=, this, done = std::move(done)](const QDBusMessage& answer) {
-         answered(name);
-         if (isError(answer)) {
-           unwatch(name);
-         } else {
-           const std::string owner = answer.arguments().value(0).toString().toStdString();
-           add({owner, registration->path, *process, {registration->name}, bundleOf(*process)});
-         }
-         done();
-       });
+  const auto finish = [=, this, done = std::move(done)](const std::string& owner, std::int32_t process) {
+    const bool isThere = answered(name) && process != 0;
+    if (--registering_[sender] == 0) registering_.erase(sender);
+    if (isThere) add({owner, registration->path, process, {registration->name}, bundleOf(process)});
+    if (!menuBar_.isNamed(registration->name) && !requesters_.contains(name)) unwatch(name);
+    done();
+  };
+  send(bus_, aboutName(QStringLiteral("GetNameOwner"), name), busLimit, this, [=, this](const QDBusMessage& answer) {
+    if (isError(answer)) return finish({}, 0);
+    const QString owner = answer.arguments().value(0).toString();
+    send(bus_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), owner), busLimit, this,
+         [=](const QDBusMessage& process) { finish(owner.toStdString(), processIn(process)); });
+  });
 }
 
 void MenuBarService::activate(const QString& requester, const QStringList& allowedBundles,
@@ -72,7 +79,8 @@ void MenuBarService::activate(const QString& requester, const QStringList& allow
   for (const QString& bundle : allowedBundles) allowed.insert(bundle.toStdString());
   auto conceal = [=, this, allowed = std::move(allowed), done = std::move(done)] {
     const auto [assertion, change] = menuBar_.activate(requester.toStdString(), allowed);
-    announce(change);
+    if (assertion == 0) refuse(requester.toStdString(), "has too many requests in force");
+    if (assertion != 0) announce(change);
     done(assertion);
   };
   if (requesters_.contains(requester)) return conceal();
@@ -99,8 +107,11 @@ void MenuBarService::watch(const QString& name) {
   asking_.insert(name);
 }
 
-void MenuBarService::answered(const QString& name) {
-  if (const auto found = asking_.find(name); found != asking_.end()) asking_.erase(found);
+bool MenuBarService::answered(const QString& name) {
+  const auto found = asking_.find(name);
+  if (found == asking_.end()) return false;
+  asking_.erase(found);
+  return true;
 }
 
 // A later question about the same name relies on the same watch.
@@ -109,6 +120,7 @@ void MenuBarService::unwatch(const QString& name) {
 }
 
 void MenuBarService::nameLost(const QString& name) {
+  asking_.erase(name);
   unwatch(name);
   requesters_.erase(name);
   announce(menuBar_.nameLost(name.toStdString()));
@@ -116,6 +128,8 @@ void MenuBarService::nameLost(const QString& name) {
 
 void MenuBarService::add(const TrayItem& item) {
   const auto change = menuBar_.add(item);
+  if (!change && menuBar_.find(item.address()) == nullptr)
+    refuse("process " + std::to_string(item.processIdentifier), "has too many items");
   if (!change) return Q_EMIT changed();
   const std::string address = item.address();
   news_.add(address);
@@ -124,6 +138,13 @@ void MenuBarService::add(const TrayItem& item) {
   announce(*change);
   Q_EMIT itemArrived(QString::fromStdString(address), static_cast<std::uint32_t>(item.processIdentifier),
                      QString::fromStdString(item.bundle));
+}
+
+// A peer can make up as many names as it likes.
+void MenuBarService::refuse(const std::string& whom, const char* what) {
+  constexpr std::size_t mostTold = 100;
+  if (refused_.size() < mostTold && refused_.insert(whom).second)
+    std::fprintf(stderr, "orvo-agent: %s %s\n", whom.c_str(), what);
 }
 
 void MenuBarService::announce(const MenuBarChange& change) {

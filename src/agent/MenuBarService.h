@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -39,10 +40,13 @@ class MenuBarService : public QObject {
   // Has the panel make every view anew, where it shows other items than it was told.
   void renewViews();
 
+  void protect(const std::string& bundle) { menuBar_.protect(bundle); }
+
   // `done` is called once the item is registered, or cannot be.
   void registerItem(const QString& text, const QString& sender, std::function<void()> done);
 
-  // `done` gets the assertion once the panel has been told all that it can be told now; it is never called for a
+  // `done` gets the assertion once the panel has been told all that it can be told now, or 0 when the
+  // requester has too many; it is never called for a
   // requester that has left the bus meanwhile.
   void activate(const QString& requester, const QStringList& allowedBundles, std::function<void(std::uint32_t)> done);
 
@@ -58,9 +62,10 @@ class MenuBarService : public QObject {
 
  private:
   void watch(const QString& name);
-  void answered(const QString& name);
+  bool answered(const QString& name);  // false when it was lost meanwhile
   void unwatch(const QString& name);
   void add(const TrayItem& item);
+  void refuse(const std::string& whom, const char* what);
   void nameLost(const QString& name);
   void announce(const MenuBarChange& change);
   void tellPanel();
@@ -72,8 +77,10 @@ class MenuBarService : public QObject {
   PanelNews news_;
   PanelViews views_;
   QDBusServiceWatcher names_;
-  std::multiset<QString> asking_;  // names about which the bus has yet to answer
-  std::set<QString> requesters_;   // watched, and there when the watch began
+  std::multiset<QString> asking_;       // names about which the bus has yet to answer
+  std::set<QString> requesters_;        // watched, and there when the watch began
+  std::map<QString, int> registering_;  // by sender: registrations that the bus has yet to answer
+  std::set<std::string> refused_;       // told on standard error
 };
 
 }  // namespace orvo

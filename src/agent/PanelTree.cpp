@@ -1,5 +1,6 @@
 #include "agent/PanelTree.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvo {
@@ -8,6 +9,9 @@ namespace {
 
 // A tree that is another one again after it has been found anew is still being built.
 constexpr int mostFinds = 2;
+
+// Panels come first among a program's windows; a panel that opens more is out of its mind.
+constexpr std::size_t mostWindows = 100;
 
 const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 
@@ -47,7 +51,7 @@ void PanelTree::findPanel(const std::vector<Accessible>& applications) {
 void PanelTree::findDocks() {
   bus_.askChildren(known_.panel, [this](const std::vector<Accessible>& windows) {
     known_.windows = windows;
-    for (std::size_t index = 0; index < windows.size(); ++index) {
+    for (std::size_t index = 0; index < std::min(windows.size(), mostWindows); ++index) {
       bus_.askIsDock(windows[index], [this, index](bool isDock) {
         if (isDock) findPlugins(index);
       });

@@ -1,14 +1,25 @@
 #include "agent/StatusNotifierWatcher.h"
 
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QTimer>
 
 #include "agent/MenuBarService.h"
+#include "agent/TrayHeir.h"
 
 namespace orvo {
+
+namespace {
+
+// An Ayatana program that has its answer before a panel is there makes an icon of the older kind besides.
+constexpr std::chrono::seconds unrest{2};
+constexpr std::chrono::milliseconds answerPause{300};
+
+}  // namespace
 
 StatusNotifierWatcher::StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service)
     : bus_(std::move(bus)), service_(service) {
@@ -16,6 +27,8 @@ StatusNotifierWatcher::StatusNotifierWatcher(QDBusConnection bus, MenuBarService
   connect(&service_, &MenuBarService::itemHidden, this, &StatusNotifierWatcher::StatusNotifierItemUnregistered);
   bus_.registerObject(watcherPath, this, QDBusConnection::ExportScriptableContents);
 }
+
+StatusNotifierWatcher::~StatusNotifierWatcher() = default;
 
 bool StatusNotifierWatcher::claimName() {
   connect(bus_.interface(), &QDBusConnectionInterface::serviceRegistered, this, [this](const QString& name) {
@@ -25,7 +38,9 @@ bool StatusNotifierWatcher::claimName() {
       watcherName, QDBusConnectionInterface::QueueService, QDBusConnectionInterface::DontAllowReplacement);
   if (answer == QDBusConnectionInterface::ServiceNotRegistered) return false;
   if (answer == QDBusConnectionInterface::ServiceRegistered) takeName();
-  if (!held_) std::fprintf(stderr, "orvo-agent: another program holds %s; waiting for it\n", watcherName);
+  if (held_) return true;
+  std::fprintf(stderr, "orvo-agent: another program holds %s; waiting for it\n", watcherName);
+  heir_ = std::make_unique<TrayHeir>(bus_);
   return true;
 }
 
@@ -34,6 +49,13 @@ void StatusNotifierWatcher::takeName() {
   if (std::exchange(held_, true)) return;
   std::fprintf(stderr, "orvo-agent: holds %s\n", watcherName);
   Q_EMIT nameHeld();
+  if (heir_) inherit();
+}
+
+void StatusNotifierWatcher::inherit() {
+  unrest_.setRemainingTime(unrest);
+  for (const QString& item : heir_->items().mid(0, ItemRegistry::most)) service_.registerItem(item, {}, [] {});
+  heir_.release()->deleteLater();
 }
 
 QStringList StatusNotifierWatcher::toldItems() const {
@@ -45,8 +67,11 @@ QStringList StatusNotifierWatcher::toldItems() const {
 
 void StatusNotifierWatcher::RegisterStatusNotifierItem(const QString& service) {
   setDelayedReply(true);
-  service_.registerItem(service, message().service(),
-                        [bus = bus_, answer = message().createReply()] { bus.send(answer); });
+  const auto pause = unrest_.hasExpired() ? std::chrono::milliseconds(0) : answerPause;
+  service_.registerItem(service, message().service(), [this, pause, answer = message().createReply()] {
+    if (pause.count() == 0) return void(bus_.send(answer));
+    QTimer::singleShot(pause, this, [this, answer] { bus_.send(answer); });
+  });
 }
 
 // The announcement reaches items that came before the panel; who the panel is makes no difference to us.

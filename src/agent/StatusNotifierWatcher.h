@@ -2,8 +2,11 @@
 // Owned by main; main thread.
 #pragma once
 
+#include <memory>
+
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -11,6 +14,7 @@
 namespace orvo {
 
 class MenuBarService;
+class TrayHeir;
 
 inline constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";  // of the interface too
 inline constexpr const char* watcherPath = "/StatusNotifierWatcher";
@@ -24,6 +28,7 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
 
  public:
   StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service);
+  ~StatusNotifierWatcher() override;
 
   // Waits in the queue where another program has the name; false when the bus refuses even that.
   bool claimName();
@@ -48,10 +53,13 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
 
  private:
   void takeName();
+  void inherit();
 
   QDBusConnection bus_;
   MenuBarService& service_;
   bool held_ = false;
+  std::unique_ptr<TrayHeir> heir_;  // while another program has the name
+  QDeadlineTimer unrest_;           // after a takeover
 };
 
 }  // namespace orvo

@@ -15,6 +15,7 @@
 #include "agent/TrayCensus.h"
 #include "agent/rules/KeptItems.h"
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/ApplicationIdentity.h"
 
 namespace {
 
@@ -52,6 +53,8 @@ int main(int count, char** arguments) {
   quitWithBus(bus, application);
 
   orvo::MenuBarService service(bus);
+  // The arrow that brings the icons back belongs to the bundle that the agent is part of.
+  service.protect(orvo::bundleOfExecutable(QCoreApplication::applicationFilePath().toStdString()));
   QObject::connect(&service, &orvo::MenuBarService::changed, &service,
                    [&] { guardian.keep(orvo::keptItems(service.menuBar().items())); });
   orvo::TrayCensus census(bus, service);

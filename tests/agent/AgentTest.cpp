@@ -120,6 +120,30 @@ TEST_F(AgentTest, TellsThePanelTheDifferenceBeforeItAnswersTheRequester) {
   EXPECT_EQ(panel_->say("heard"), '+' + a + " +" + b + " +" + four->bus + item);
 }
 
+TEST_F(AgentTest, NeverHidesTheItemOfItsOwnBundle) {
+  const auto orvo = programWithItem("local.orvo.Orvo");
+  const auto other = programWithItem("other");
+  EXPECT_EQ(other->say("activate"), "1");
+  EXPECT_EQ(panel_->say("items"), orvo->bus + item);
+}
+
+TEST_F(AgentTest, IsTroubledByNoPeerForLongAndPassesNothingOnThatDBusForbids) {
+  const auto tray = programWithItem("tray");
+  const auto hostile = program("hostile");
+  for (const char* text : {"/a//b", "/a/", "/a-b", "/a.b", "nobody", "org.example.X/\xC3\xA4"})
+    EXPECT_EQ(hostile->say(QStringLiteral("register ") + QString::fromUtf8(text)), "") << text;
+  EXPECT_LE(hostile->say("flood 2000").toInt(), 32);
+  EXPECT_LE(panel_->say("items").count(' '), 32);
+  for (int request = 1; request <= 16; ++request) hostile->say("activate tray");
+  const QDeadlineTimer patience(std::chrono::seconds(5));
+  for (int request = 0; request < 500; ++request)
+    EXPECT_EQ(hostile->say("activate"), "org.freedesktop.DBus.Error.LimitsExceeded");
+  EXPECT_FALSE(patience.hasExpired());
+  EXPECT_EQ(panel_->say("items"), tray->bus + item);
+  endAgent();
+  EXPECT_EQ(agent_.readAllStandardError().count("too many"), 2) << "each told once";
+}
+
 TEST_F(AgentTest, EndsAConcealmentWithItsRequesterOnly) {
   const auto tray = programWithItem("tray");
   const auto stranger = program("stranger");

@@ -33,6 +33,15 @@ def register(text):
     return watcher("RegisterStatusNotifierItem", GLib.Variant("(s)", (text,)))
 
 
+def flood(count):
+    """Registers so many items of this one connection at once; returns how many of them the agent has."""
+    for number in range(int(count)):
+        bus.call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
+                 "RegisterStatusNotifierItem", GLib.Variant("(s)", (f"/item{number}",)), None, Gio.DBusCallFlags.NONE,
+                 5000, None, None)
+    return str(sum(address.startswith(bus.get_unique_name() + "/") for address, _, _ in agent("Items")))
+
+
 def own(name):
     of_bus("RequestName", GLib.Variant("(su)", (name, 4)))
 
@@ -107,7 +116,7 @@ def heard():
     return told
 
 
-COMMANDS = {each.__name__: each for each in (register, own, release, activate, invalidate, activate_and_die, registered,
+COMMANDS = {each.__name__: each for each in (register, flood, own, release, activate, invalidate, activate_and_die, registered,
                                              tree, controls, held, prop, items, introspect, listen, heard)}
 
 print(bus.get_unique_name(), flush=True)

@@ -5,6 +5,7 @@ As a program, `test_news.py rounds NUMBER [SEED]` plays the rounds of quick chan
 import os
 import random
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -147,6 +148,25 @@ class News(DesktopCase):
             with self.subTest(number):
                 rounds.play()
         self.assertEqual(rounds.tray(), tray, "the tray's plug-in fell")
+
+
+class Takeover(DesktopCase):
+    options, start = {"with_logind": False}, {"agent": False}
+
+    def test_an_agent_that_waited_shows_every_icon_once_the_panel_is_started_anew(self):
+        desktop = self.desktop
+        program = Program(desktop, "early")
+        for color in (RED, BLUE, GREEN):
+            program.say("show", color, color)
+        wait(lambda: len(colors(desktop)) == 3, 5, "the icons")
+        before = colors(desktop)
+        desktop.start_agent()
+        program.say("show", WHITE, WHITE)
+        wait(lambda: len(colors(desktop)) == 4, 5, "the icon of a program that came while it waited")
+        desktop.end("panel", signal.SIGKILL)
+        desktop.start_panel()
+        wait(lambda: set(colors(desktop)) == {*before, WHITE}, 5, "every icon")
+        self.assertEqual(desktop.process_of("org.kde.StatusNotifierWatcher"), desktop.processes["agent"].pid)
 
 
 def play(number, seed):

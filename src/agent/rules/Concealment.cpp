@@ -6,6 +6,9 @@
 namespace orvo {
 
 std::uint32_t Concealment::activate(std::string requester, std::set<std::string> allowedBundles) {
+  const auto count = std::count_if(requests_.begin(), requests_.end(),
+                                   [&](const auto& request) { return request.second.requester == requester; });
+  if (static_cast<std::size_t>(count) >= mostOfRequester) return 0;
   requests_[++last_] = {std::move(requester), std::move(allowedBundles)};
   return last_;
 }
@@ -22,9 +25,9 @@ void Concealment::requesterLost(const std::string& requester) {
 }
 
 bool Concealment::shows(const std::string& bundle) const {
-  return bundle.empty() || std::all_of(requests_.begin(), requests_.end(), [&](const auto& request) {
-           return request.second.allowedBundles.contains(bundle);
-         });
+  return bundle.empty() || bundle == protected_ ||
+         std::all_of(requests_.begin(), requests_.end(),
+                     [&](const auto& request) { return request.second.allowedBundles.contains(bundle); });
 }
 
 }  // namespace orvo

@@ -1,16 +1,25 @@
 // The concealment requests in force. Owned by MenuBar; main thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace orvo {
 
 class Concealment {
  public:
-  // `requester` is the unique bus name on whose connection alone the request may end. Never 0.
+  // A requester needs one, and a second while it replaces the first.
+  static constexpr std::size_t mostOfRequester = 16;
+
+  // Shows the application whatever is requested.
+  void protect(std::string bundle) { protected_ = std::move(bundle); }
+
+  // `requester` is the unique bus name on whose connection alone the request may end. 0 when it has as many
+  // requests in force as it may.
   std::uint32_t activate(std::string requester, std::set<std::string> allowedBundles);
 
   // False when the requester has no such request.
@@ -30,6 +39,7 @@ class Concealment {
     std::set<std::string> allowedBundles;
   };
 
+  std::string protected_;
   std::map<std::uint32_t, Request> requests_;
   std::uint32_t last_ = 0;
 };

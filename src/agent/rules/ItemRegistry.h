@@ -2,6 +2,7 @@
 // MenuBar; main thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -31,13 +32,22 @@ struct Registration {
   std::string path;
 };
 
-// Programs give a path alone, a name alone, or both in one text. Absent for what is none of them.
+// Programs give a path alone, a name alone, or both in one text. Absent for what is none of them: panels
+// come to grief over names and paths that D-Bus does not know.
 std::optional<Registration> parseRegistration(std::string_view text, std::string_view sender);
 
 class ItemRegistry {
  public:
-  // False when the item was registered already, under whichever name.
+  // Far more than programs have in good faith; every change costs as much as there are items.
+  static constexpr std::size_t mostOfProcess = 32;
+  static constexpr std::size_t most = 1000;
+  static constexpr std::size_t mostNames = 8;  // of one item
+
+  // False when the item was registered already, under whichever name, or there is no room for it.
   bool add(TrayItem item);
+
+  // Whether an item has registered under the name, or belongs to it.
+  bool isNamed(const std::string& name) const;
 
   // Forgets the name; returns the items that went with it. The owner's unique name takes all of its items.
   std::vector<TrayItem> nameLost(const std::string& name);
@@ -45,6 +55,8 @@ class ItemRegistry {
   const std::vector<TrayItem>& items() const { return items_; }
 
  private:
+  bool isFull(std::int32_t processIdentifier) const;
+
   std::vector<TrayItem> items_;
 };
 

@@ -47,7 +47,7 @@ std::vector<std::string> itemsToRestore(std::string_view kept, const std::vector
   for (std::string line; std::getline(stream, line) && !stream.eof() && !line.empty();) {
     const auto names = words(line);
     const auto isKnown = [&known](const std::string& name) { return known.contains(name); };
-    if (std::none_of(names.begin(), names.end(), isKnown)) missing.push_back(names.back());
+    if (!names.empty() && std::none_of(names.begin(), names.end(), isKnown)) missing.push_back(names.back());
   }
   return missing;
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agent/rules/Concealment.h"
@@ -23,14 +24,19 @@ struct MenuBarChange {
 
 class MenuBar {
  public:
-  // Absent when the item was there already.
+  // Of the application that offers hiding; never concealed.
+  void protect(std::string bundle) { concealment_.protect(std::move(bundle)); }
+
+  // Absent when the item was there already, or there is no room for it.
   std::optional<MenuBarChange> add(TrayItem item);
+  // Whether an item hangs on the name.
+  bool isNamed(const std::string& name) const { return registry_.isNamed(name); }
 
   // A bus name has no owner any more: its items leave, and its requests end.
   MenuBarChange nameLost(const std::string& name);
 
   struct Activation {
-    std::uint32_t assertion;
+    std::uint32_t assertion;  // 0 for none: the requester has too many
     MenuBarChange change;
   };
   Activation activate(const std::string& requester, std::set<std::string> allowedBundles);

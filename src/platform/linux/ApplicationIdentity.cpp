@@ -78,16 +78,21 @@ ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry)
 
 std::optional<std::string> text(const nlohmann::json& object, const char* key) {
   const auto found = object.find(key);
-  if (found == object.end() || !found->is_string()) return std::nullopt;
+  if (!object.is_object() || found == object.end() || !found->is_string()) return std::nullopt;
   return found->get<std::string>();
+}
+
+// Null for a program in no bundle.
+nlohmann::json bundleInformation(const fs::path& executable) {
+  const fs::path folder = executable.parent_path();
+  if (folder.filename() != "bin") return nullptr;
+  auto information = nlohmann::json::parse(contentOf(folder.parent_path() / "Info.json"), nullptr, false);
+  return information.is_object() ? information : nullptr;
 }
 
 std::optional<ApplicationIdentity> fromBundle(const Process& process, const DesktopEntries& entries) {
   if (baseName(process.executable) == agentExecutable) return describe(agent_protocol::hostBundleIdentifier, nullptr);
-  const fs::path folder = fs::path(process.executable).parent_path();
-  if (folder.filename() != "bin") return std::nullopt;
-  const auto information = nlohmann::json::parse(contentOf(folder.parent_path() / "Info.json"), nullptr, false);
-  if (!information.is_object()) return std::nullopt;
+  const auto information = bundleInformation(process.executable);
   const auto identifier = text(information, "CFBundleIdentifier");
   if (!identifier || identifier->empty()) return std::nullopt;
   auto identity = describe(*identifier, entries.withIdentifier(*identifier));
@@ -152,6 +157,10 @@ std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifie
   if (auto identity = fromSandbox(*process, entries)) return identity;
   if (const DesktopEntry* entry = installedEntry(*process, entries)) return describe(entry->identifier, entry);
   return describe(std::string(baseName(process->program)), nullptr);
+}
+
+std::string bundleOfExecutable(const fs::path& executable) {
+  return text(bundleInformation(executable), "CFBundleIdentifier").value_or("");
 }
 
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier) {

@@ -25,6 +25,9 @@ struct ApplicationIdentity {
 // Absent when the process is gone or may not be looked at.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier);
 
+// The identifier of the bundle that the program is in; empty for none.
+std::string bundleOfExecutable(const std::filesystem::path& executable);
+
 // The same from another process folder than /proc and other entries than the session's; for tests.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier,
                                                    const std::filesystem::path& processes,
