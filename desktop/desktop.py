@@ -90,7 +90,7 @@ class Desktop:
         return path
 
     def _environment(self):
-        keep = ("PATH", "LANG", "USER", "LOGNAME", "ASAN_OPTIONS", "UBSAN_OPTIONS")
+        keep = ("PATH", "LANG", "USER", "LOGNAME", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS")
         environment = {name: os.environ[name] for name in keep if name in os.environ}
         environment.update(
             HOME=self.home, XDG_RUNTIME_DIR=self._folder("run", mode=0o700), XDG_CONFIG_HOME=self._folder("home", ".config"),

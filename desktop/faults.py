@@ -254,6 +254,7 @@ class Faults:
         for parent in (desktop.orvo.pid, desktop.processes["agent"].pid, *self.guardians()):
             if dead := [name for name, state, _ in children(parent) if state == "Z"]:
                 yield f"zombies: {dead}"
+        yield from desktop.sanitizer_reports()
         yield from self.grabs()
         yield from self.growth()
 
