@@ -68,9 +68,9 @@ int main() {
   setConcealmentFramework(&early.framework);
   std::unique_ptr<Adapters> adapters;
   OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace}, std::cout,
-                 [&]() -> const Platform& {
+                 [&]() -> const Platform* {
                    adapters = std::make_unique<Adapters>(early);
-                   return adapters->platform;
+                   return &adapters->platform;
                  });
   return 0;
 }

@@ -23,7 +23,7 @@ std::optional<Picture> drawn(NSImage* icon, int size) {
   const auto edge = static_cast<std::size_t>(size);
   Picture picture{size, size, std::vector<std::uint32_t>(edge * edge)};
   NSRect place = NSMakeRect(0, 0, size, size);
-  const CGImageRef image = [icon CGImageForProposedRect:&place context:nil hints:nil];
+  CGImageRef image = [icon CGImageForProposedRect:&place context:nil hints:nil];
   const Owned<CGColorSpaceRef> colors(CGColorSpaceCreateDeviceRGB());
   const Owned<CGContextRef> context(CGBitmapContextCreate(picture.pixels.data(), edge, edge, bitsPerComponent,
                                                           edge * sizeof(std::uint32_t), colors.get(), layout));

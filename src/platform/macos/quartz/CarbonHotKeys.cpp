@@ -2,6 +2,7 @@
 
 #include <Carbon/Carbon.h>
 
+#include <bit>
 #include <utility>
 
 namespace orvo {
@@ -21,12 +22,12 @@ OSStatus pressed(EventHandlerCallRef /*next*/, ::EventRef /*event*/, void* userD
 // Ours are the system's references, kept as numbers.
 template <typename Ours, typename Theirs>
 Ours number(Theirs reference) {
-  return static_cast<Ours>(reinterpret_cast<std::uintptr_t>(reference));
+  return static_cast<Ours>(std::bit_cast<std::uintptr_t>(reference));
 }
 
 template <typename Theirs, typename Ours>
 Theirs reference(Ours number) {
-  return reinterpret_cast<Theirs>(static_cast<std::uintptr_t>(number));
+  return std::bit_cast<Theirs>(static_cast<std::uintptr_t>(number));
 }
 
 }  // namespace

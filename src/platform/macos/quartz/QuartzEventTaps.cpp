@@ -122,7 +122,7 @@ std::unique_ptr<EventTapPort> QuartzEventTaps::create(EventTapLocation location,
 }
 
 void QuartzEventTaps::post(EventTapLocation location, const Event& event) {
-  const CGEventRef reference = static_cast<const QuartzEvent&>(event).reference();
+  CGEventRef reference = static_cast<const QuartzEvent&>(event).reference();
   if (reference != nullptr) CGEventPost(static_cast<CGEventTapLocation>(location), reference);
 }
 

@@ -40,7 +40,9 @@ void prepareWindowToolkit() {
   if (QCoreApplication::instance() == nullptr) makeQtApplication();
 }
 
+// Off screen, as in tests, the handle is no view.
 double dressWindow(std::uintptr_t nativeWindow, const WindowDescription& description) {
+  if (QGuiApplication::platformName() != QLatin1String("cocoa")) return 0;
   @autoreleasepool {
     NSWindow* const window = [reinterpret_cast<NSView*>(nativeWindow) window];
     if ((description.styleMask & windowStyleFullSizeContentView) != 0) extendContent(window);

@@ -267,7 +267,7 @@ NSString* const NSPasteboardTypeString = @"plain";
 - (BOOL)changeTo:(long)status error:(NSError**)error {
   if (appKit().loginError.empty()) return appKit().loginStatus = status, YES;
   NSDictionary* const information = @{NSLocalizedDescriptionKey : nsText(appKit().loginError)};
-  *error = [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:information];
+  if (error != nullptr) *error = [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:information];
   return NO;
 }
 - (BOOL)registerAndReturnError:(NSError**)error { return [self changeTo:1 error:error]; }

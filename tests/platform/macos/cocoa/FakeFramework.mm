@@ -60,10 +60,9 @@ void answer(const std::string& domain, std::int64_t code, const std::string& tex
 
 void raiseIf(Fault fault) {
   if (framework.fault != fault) return;
-  const bool hasReason = framework.reason != nullptr;
-  NSString* const reason = hasReason ? [NSString stringWithUTF8String:framework.reason] : @"";
-  @throw [hasReason ? [NSException class] : [ExceptionWithoutReason class] exceptionWithName:@"Fake" reason:reason
-                                                                                    userInfo:nil];
+  NSString* const reason = [NSString stringWithUTF8String:framework.reason != nullptr ? framework.reason : ""];
+  if (framework.reason != nullptr) @throw [NSException exceptionWithName:@"Fake" reason:reason userInfo:nil];
+  @throw [ExceptionWithoutReason exceptionWithName:@"Fake" reason:reason userInfo:nil];
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ class SystemFrameworkTest : public ::testing::Test {
     ++requests_;
     const auto invoke = [](void* context, const QLError* error) {
       auto& answers = static_cast<SystemFrameworkTest*>(context)->answers_;
-      if (error == nullptr) return answers.push_back("no error");
+      if (error == nullptr) return void(answers.emplace_back("no error"));
       answers.push_back(std::string(error->domain) + ' ' + std::to_string(error->code) + ' ' +
                         error->localizedDescription);
     };
@@ -62,7 +62,7 @@ class SystemFrameworkTest : public ::testing::Test {
 };
 
 TEST_F(SystemFrameworkTest, ARequestHoldsItsAssertionUntilItIsReleased) {
-  const QLAssertionRef assertion = create({"org.example.One", "org.example.Zwei-ü"});
+  QLAssertionRef assertion = create({"org.example.One", "org.example.Zwei-ü"});
   EXPECT_THAT(fake_->items, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
   EXPECT_THAT(fake_->bundles, ElementsAre("org.example.One", "org.example.Zwei-ü"));
   EXPECT_EQ(fake_->assertions, 1);
@@ -80,7 +80,7 @@ TEST_F(SystemFrameworkTest, AnswersComeAtOnceLateTwiceAndFromOtherThreads) {
   QLReleaseMenuBarAssertion(create());
   EXPECT_THAT(answers_, ElementsAre("no error"));
   fake_->answersAtOnce = false;
-  const QLAssertionRef assertion = create();
+  QLAssertionRef assertion = create();
   const std::string domain(3000, 'd');
   constexpr std::int64_t code = -0x7000000000000001;
   std::thread([&] { fake_->answer(domain, code, "näher"); }).join();
@@ -126,7 +126,7 @@ TEST_F(SystemFrameworkTest, AReleaseThatRaisesIsLogged) {
   for (const auto& [reason, shown] :
        {std::pair("stuck", "stuck"), std::pair<const char*, const char*>(nullptr, "(null)")}) {
     fake_->reason = reason;
-    const QLAssertionRef assertion = create();
+    QLAssertionRef assertion = create();
     ::testing::internal::CaptureStderr();
     QLReleaseMenuBarAssertion(assertion);
     EXPECT_THAT(::testing::internal::GetCapturedStderr(),

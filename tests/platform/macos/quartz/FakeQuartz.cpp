@@ -7,7 +7,6 @@
 
 using orvo::fake::Kind;
 using orvo::fake::Object;
-using orvo::fake::world;
 
 namespace orvo::fake {
 
@@ -45,7 +44,7 @@ namespace {
 // Null for what is not there any more.
 Object* find(const void* reference, Kind kind) {
   auto* object = static_cast<Object*>(const_cast<void*>(reference));
-  if (world().live.count(object) != 0 && object->kind == kind) return object;
+  if (world().live.contains(object) && object->kind == kind) return object;
   ++world().misuses;
   return nullptr;
 }
@@ -67,7 +66,7 @@ bool send(CGEventType type, Object* event) {
   World& all = world();
   const auto reference = as<CGEventRef>(event);
   if (!all.sourceAdded || !all.tapEnabled) return true;
-  const CGEventRef passed = all.tapCallback(nullptr, type, reference, all.tapInfo);
+  CGEventRef passed = all.tapCallback(nullptr, type, reference, all.tapInfo);
   EXPECT_TRUE(passed == nullptr || passed == reference) << "Another event was passed on.";
   return passed == reference;
 }
@@ -109,7 +108,7 @@ CFTypeRef CFRetain(CFTypeRef object) {
   return object;
 }
 void CFRelease(CFTypeRef reference) {
-  if (world().live.count(reference) == 0) {
+  if (!world().live.contains(reference)) {
     ++world().misuses;
     return;
   }
