@@ -189,6 +189,7 @@ void AccessibilityBus::giveUp() {
 }
 
 void AccessibilityBus::drop() {
+  isMoved_ = isMoved_ || !listened_.empty();
   arrivals_.reset();
   match_.reset();
   listened_.clear();

@@ -68,7 +68,7 @@ class AccessibilityBus : public QObject {
   bool listenTo(const std::string& service);
 
  Q_SIGNALS:
-  // Something of the application listened to has other bounds than it last told.
+  // Something of the application listened to has other bounds than it last told, or can tell no more.
   void boundsChanged();
 
  private:

@@ -32,7 +32,8 @@ MenuBarAgent::MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusN
   // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
   connect(&service_, &MenuBarService::changed, this, [this] { panel_.watch(service_.menuBar().isConcealing()); });
   connect(&panel_, &PanelReader::looked, this, [this](const std::vector<DockControls>& docks) {
-    if (docks != told_) Q_EMIT TreeChanged();
+    const bool isNew = std::exchange(seen_, docks) != docks;
+    if (isNew || docks != told_) Q_EMIT TreeChanged();
   });
   bus_.registerObject(agent_protocol::path, this, QDBusConnection::ExportScriptableContents);
 }

@@ -49,7 +49,9 @@ class MenuBarAgent : public QObject, protected QDBusContext {
   MenuBarService& service_;
   StatusNotifierWatcher& watcher_;
   PanelReader& panel_;
-  std::vector<DockControls> told_;  // with the last tree
+  // With the last tree, whoever asked for it, and when the panel was last looked at.
+  std::vector<DockControls> told_;
+  std::vector<DockControls> seen_;
 };
 
 }  // namespace orvo

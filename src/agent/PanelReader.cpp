@@ -36,7 +36,7 @@ PanelReader::PanelReader(QDBusConnection session) : settings_(std::move(session)
 }
 
 void PanelReader::read(Answer answer) {
-  waiting_.push_back({std::move(answer), QDeadlineTimer(limit)});
+  waiting_.push_back({std::move(answer), QDeadlineTimer(limit), readings_ + 1});
   if (!late_.isActive()) late_.start(limit);
   if (!isReading_) startReading();
 }
@@ -44,6 +44,7 @@ void PanelReader::read(Answer answer) {
 void PanelReader::startReading() {
   isReading_ = true;
   isFresh_ = false;
+  ++readings_;
   settings_.read([this](const PanelFacts* facts) {
     if (facts == nullptr) return fail();
     if (facts->process == 0 || facts->accessibilityAddress.empty()) return succeed({});
@@ -73,8 +74,19 @@ void PanelReader::fail() {
 
 void PanelReader::endReading() {
   isReading_ = false;
-  late_.stop();
-  for (const Waiting& waiting : std::exchange(waiting_, {})) waiting.answer({lastKnown_, isFresh_});
+  const Reading reading{lastKnown_, isFresh_};
+  std::deque<Waiting> answered;
+  while (!waiting_.empty() && waiting_.front().reading <= readings_) {
+    answered.push_back(std::move(waiting_.front()));
+    waiting_.pop_front();
+  }
+  if (waiting_.empty()) {
+    late_.stop();
+  } else {
+    startReading();
+  }
+  for (const Waiting& waiting : answered) waiting.answer(reading);
+  if (std::exchange(isLooking_, false) && isWatching_) seen(reading);
 }
 
 void PanelReader::settleLate() {
@@ -97,13 +109,15 @@ void PanelReader::lookSoon(std::chrono::milliseconds pause) {
 }
 
 void PanelReader::look() {
-  read([this](const Reading& reading) {
-    if (isWatching_) seen(reading);
-  });
+  if (isReading_) return lookSoon(layoutPause);
+  isLooking_ = true;
+  startReading();
 }
 
 void PanelReader::seen(const Reading& reading) {
-  if (!reading.isFresh) return lookSoon(failurePause);
+  // A panel that is starting is not in the accessible tree yet.
+  if (!reading.isFresh || reading.docks.empty()) lookSoon(failurePause);
+  if (!reading.isFresh) return;
   // What moved before the panel was listened to is in no event.
   if (bus_.listenTo(tree_.panelService())) lookSoon(layoutPause);
   Q_EMIT looked(reading.docks);

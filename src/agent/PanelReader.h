@@ -36,7 +36,8 @@ class PanelReader : public QObject {
 
   explicit PanelReader(QDBusConnection session);
 
-  // `answer` is called once. No docks without a panel or an accessibility bus.
+  // `answer` is called once, with what the panel says from now on. No docks without a panel or an
+  // accessibility bus.
   void read(Answer answer);
 
   // While it watches, it reads whenever the panel may have put something elsewhere, and once at first.
@@ -50,6 +51,7 @@ class PanelReader : public QObject {
   struct Waiting {
     Answer answer;
     QDeadlineTimer limit;
+    int reading;  // the first that began late enough
   };
 
   void startReading();
@@ -67,11 +69,13 @@ class PanelReader : public QObject {
   PanelTree tree_{bus_};
   // At most one at a time: while a stopped panel keeps it waiting, nothing more is asked of it.
   bool isReading_ = false;
+  int readings_ = 0;
   std::deque<Waiting> waiting_;  // in the order in which they become late
   QTimer late_;
   std::vector<DockControls> lastKnown_;
   bool isFresh_ = false;
   bool isWatching_ = false;
+  bool isLooking_ = false;  // in the reading under way, however long it takes
   QTimer look_;
 };
 

@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::chrono::seconds callLimit{2};
 
+// No screen is finer.
+constexpr int greatestScale = 16;
+
 constexpr const char* panelName = "org.xfce.Panel";
 constexpr const char* panelChannel = "xfce4-panel";
 constexpr const char* desktopChannel = "xsettings";
@@ -53,7 +56,7 @@ int scaleOf(std::uint32_t process, int setting) {
     for (const QByteArray& variable : environment.readAll().split('\0'))
       if (variable.startsWith("GDK_SCALE=")) setting = variable.mid(variable.indexOf('=') + 1).toInt();
   }
-  return std::max(setting, 1);
+  return std::clamp(setting, 1, greatestScale);
 }
 
 }  // namespace
@@ -64,15 +67,19 @@ void PanelSettings::listen() {
   names_.setConnection(session_);
   names_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   for (const char* name : {panelName, settingsName, accessibilityName}) names_.addWatchedService(name);
-  connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this, &PanelSettings::forget);
+  connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this, &PanelSettings::heard);
   for (const char* channel : {panelChannel, desktopChannel})
     for (const char* signal : {"PropertyChanged", "PropertyRemoved"})
-      session_.connect({}, settingsPath, settingsName, signal, {channel}, {}, this, SLOT(forget()));
+      session_.connect({}, settingsPath, settingsName, signal, {channel}, {}, this, SLOT(heard()));
 }
 
 void PanelSettings::forget() {
   isKnown_ = false;
   isOutdated_ = true;
+}
+
+void PanelSettings::heard() {
+  forget();
   Q_EMIT changed();
 }
 

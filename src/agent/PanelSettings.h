@@ -39,7 +39,7 @@ class PanelSettings : public QObject {
   // At once where the facts are known. Not to be called again before the answer.
   void read(Answer answer);
 
-  Q_SLOT void forget();
+  void forget();
 
  Q_SIGNALS:
   // The bus told of something that may have changed the facts.
@@ -49,6 +49,7 @@ class PanelSettings : public QObject {
   using Handler = std::function<void(const QVariantList&)>;
   enum class Need { answer, nothing };  // whether an error spoils the reading
 
+  Q_SLOT void heard();
   void listen();
   void ask(const BusCall& call, Need need, Handler handler);
   void askAboutPanel(std::uint32_t process);

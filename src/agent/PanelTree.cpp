@@ -41,7 +41,7 @@ void PanelTree::find() {
 void PanelTree::findPanel(const std::vector<Accessible>& applications) {
   for (const Accessible& application : applications) {
     bus_.askProcess(application.service, [this, application](std::uint32_t process) {
-      if (process != process_) return;
+      if (process != process_ || !known_.panel.service.empty()) return;
       known_.panel = application;
       findDocks();
     });

@@ -120,6 +120,7 @@ void OrvoModel::stopObserving() {
   for (const auto token : workspaceObservers_) workspace_.notificationCenter().removeObserver(token);
   workspaceObservers_.clear();
   defaultCenter_.removeObserver(displayObserver_);
+  displayObserver_ = NotificationCenter::Token::none;
 }
 
 void OrvoModel::applicationLaunched() {
@@ -132,7 +133,9 @@ void OrvoModel::applicationLaunched() {
 
 void OrvoModel::applicationTerminated() {
   refresh([this] {
-    if (state() == BarState::hidden) hideSelected();
+    if (state() != BarState::hidden) return;
+    hidesOnceGuarded_ = unguardedSince_.has_value();
+    if (!hidesOnceGuarded_) hideSelected();
   });
 }
 

@@ -181,8 +181,10 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   MainQueue::Handle rehideTask_ = MainQueue::Handle::none;
   MainQueue::Handle permissionTimer_ = MainQueue::Handle::none;
   MainQueue::Handle rescan_ = MainQueue::Handle::none;
-  // In a row, since controls were known or icons concealed.
-  int unguardedScans_ = 0;
+  // Since when no control is known where there should be one; on the queue's clock.
+  std::optional<MainQueue::Duration> unguardedSince_;
+  // What the end of a program asks for while hidden, put off until then.
+  bool hidesOnceGuarded_ = false;
   std::vector<NotificationCenter::Token> workspaceObservers_;
   NotificationCenter::Token displayObserver_ = NotificationCenter::Token::none;
   std::unique_ptr<GlobalShortcut> shortcut_;

@@ -13,9 +13,9 @@ namespace orvo {
 
 namespace {
 
-// Two seconds in all: a panel that is restarted has its clock by then.
 constexpr MainQueue::Duration rescanPause{400};
-constexpr int mostRescans = 5;
+// A panel that is restarted has its clock by then.
+constexpr MainQueue::Duration guardPatience{2000};
 
 // What `changed` made of `base`, done to `current`.
 OrvoPreferences rebased(const OrvoPreferences& base, const OrvoPreferences& changed, OrvoPreferences current) {
@@ -80,19 +80,20 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
 // hidden only where every click on a clock would bring them back.
 void OrvoModel::expectGuard(bool wasGuardable) {
   mainQueue_.cancel(rescan_);
-  const bool isGuarded = !systemRelay_->systemFrames().empty();
-  const bool isMissed = state() != BarState::visible || wasGuardable || unguardedScans_ > 0;
-  if (!isGuarded && isMissed && ++unguardedScans_ <= mostRescans) {
+  if (!systemRelay_->systemFrames().empty()) {
+    unguardedSince_.reset();
+    if (std::exchange(hidesOnceGuarded_, false) && state() == BarState::hidden) hideSelected();
+    return;
+  }
+  if (!unguardedSince_ && (wasGuardable || state() != BarState::visible)) unguardedSince_ = mainQueue_.now();
+  if (!unguardedSince_) return;
+  if (mainQueue_.now() - *unguardedSince_ < guardPatience) {
     rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
     return;
   }
-  const bool wasUnguarded = std::exchange(unguardedScans_, 0) > 0;
-  if (state() == BarState::visible) return;
-  if (!isGuarded) {
-    failed("The system controls could not be found. All icons are visible.");
-  } else if (wasUnguarded && state() == BarState::hidden) {
-    hideSelected();  // what asked for it meanwhile was refused
-  }
+  unguardedSince_.reset();
+  hidesOnceGuarded_ = false;
+  if (state() != BarState::visible) failed("The system controls could not be found. All icons are visible.");
 }
 
 // While icons are concealed a scan misses their owners, so those that still run are carried over.

@@ -212,7 +212,7 @@ TEST(OrvoModelTest, IconsStayHiddenOnlyWhereAControlIsFoundAgainSoon) {
   constexpr MainQueue::Duration pause = 400ms;
   constexpr const char* unguarded = "The system controls could not be found. All icons are visible.";
   const std::vector<std::tuple<const char*, Notification, int, BarState, std::string>> cases{
-      {"at the last moment", menuBarLayoutChanged, 5, applying, ""},
+      {"at the last moment", menuBarLayoutChanged, 5, hidden, ""},
       {"as a program ends, which hides anew", applicationTerminated, 1, applying, ""},
       {"too late", menuBarLayoutChanged, 6, visible, unguarded}};
   for (const auto& [name, change, emptyScans, state, message] : cases) {

@@ -29,6 +29,8 @@ constexpr std::array<std::string_view, 16> others = {
 
 // What is taller is taken for a panel that has been opened.
 constexpr double greatestHeight = 60;
+// For the tallest screen; what claims to be taller is no control.
+constexpr double mostPieces = 128;
 
 template <std::size_t Size>
 bool contains(const std::array<std::string_view, Size>& list, std::string_view type) {
@@ -67,7 +69,8 @@ std::vector<StatusControl> controlsOf(const PanelLayout& layout, const Dock& doc
     const Rect& place = places[index];
     if (!isControl(layout[index]) || !isVisible(place)) continue;
     controls.push_back({type + '-' + std::to_string(number),
-                        {dock.frame.x + place.x, dock.frame.y + place.y, place.width, place.height}});
+                        {dock.frame.x + place.x, dock.frame.y + place.y, std::min(place.width, dock.frame.width),
+                         std::min(place.height, dock.frame.height)}});
   }
   return controls;
 }
@@ -89,7 +92,7 @@ std::vector<DockControls> statusControls(const std::vector<PanelLayout>& layouts
 }
 
 std::vector<Rect> pieces(const Rect& frame) {
-  const double count = std::ceil(frame.height / greatestHeight);
+  const double count = std::min(std::ceil(frame.height / greatestHeight), mostPieces);
   std::vector<Rect> cut;
   for (double index = 0; index < count; ++index) {
     const double top = std::floor(frame.height * index / count);

@@ -5,7 +5,6 @@
 
 #include "core/Rect.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <mutex>
@@ -45,13 +44,23 @@ class ControlPlaces {
     places_ = std::move(places);
   }
 
-  // Of the last reading; absent where none was at the point.
-  std::optional<ControlPlace> at(Point point) const {
+  // Of the last reading: where the frame is a control, or a piece cut across one; absent for any other.
+  // Windows that are out of sight may have controls at one place: `earlier` of them are passed over.
+  std::optional<ControlPlace> of(const Rect& frame, std::size_t earlier) const {
     const std::lock_guard lock(mutex_);
-    const auto found =
-        std::ranges::find_if(places_, [point](const ControlPlace& place) { return place.frame.contains(point); });
-    if (found == places_.end()) return std::nullopt;
-    return *found;
+    for (const ControlPlace& place : places_) {
+      const Rect& whole = place.frame;
+      const bool isPiece = frame.x == whole.x && frame.width == whole.width && frame.y >= whole.y &&
+                           frame.y + frame.height <= whole.y + whole.height;
+      if (isPiece && earlier-- == 0) return place;
+    }
+    return std::nullopt;
+  }
+
+  // Whether no reading has told of any.
+  bool isEmpty() const {
+    const std::lock_guard lock(mutex_);
+    return places_.empty();
   }
 
   std::optional<List> now() const { return read_(); }

@@ -4,6 +4,7 @@
 #include "platform/linux/session/SessionBus.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -14,6 +15,9 @@ namespace {
 
 // For callers that set none.
 constexpr std::chrono::milliseconds defaultLimit{2000};
+
+// Ten times what a scan looks at.
+constexpr std::size_t mostElements = 4000;
 
 class TreeElement : public AccessibilityElement {
  public:
@@ -56,6 +60,13 @@ struct Row {
   AgentTree::Element element;
 };
 
+// A screen of X11 has coordinates of 16 bits.
+bool isOnScreen(const Rect& frame) {
+  constexpr double limit = 32767;
+  return std::ranges::all_of(std::array{frame.x, frame.y, frame.width, frame.height},
+                             [](double value) { return std::fabs(value) <= limit; });
+}
+
 Row readRow(const QDBusArgument& list) {
   Row row;
   QString identifier;
@@ -68,7 +79,7 @@ Row readRow(const QDBusArgument& list) {
   list.endStructure();
   list.endStructure();
   row.element.identifier = identifier.toStdString();
-  if (hasFrame) row.element.frame = frame;
+  if (hasFrame && isOnScreen(frame)) row.element.frame = frame;
   return row;
 }
 
@@ -103,7 +114,8 @@ std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
     const std::size_t index = elements.size();
     const auto parent = static_cast<std::size_t>(row.parent);  // huge for a negative one
     isTree = isTree && (index == 0 ? row.parent == -1 : parent < index);
-    if (isTree && index > 0) elements[parent].children.push_back(index);
+    if (!isTree || index == mostElements) continue;
+    if (index > 0) elements[parent].children.push_back(index);
     elements.push_back(std::move(row.element));
   }
   list.endArray();

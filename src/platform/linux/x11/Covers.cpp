@@ -13,6 +13,7 @@ namespace {
 constexpr std::array<std::uint8_t, 2> coveredButtons = {XCB_BUTTON_INDEX_1, XCB_BUTTON_INDEX_3};
 constexpr std::uint32_t maximumListLength = 4096;  // entries read of a window list
 constexpr double coordinateLimit = 32767;          // the protocol's 16 bits
+constexpr std::size_t mostGone = 64;
 
 // The pixels whose points the rectangle contains.
 struct Pixels {
@@ -58,15 +59,9 @@ Covers::Covers(XConnection& connection)
       dockType_(connection.atom("_NET_WM_WINDOW_TYPE_DOCK")) {}
 
 void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
-  const auto planned = plan(regions);
-  const auto stays = [&planned](Cover& cover) {
-    const auto found = std::ranges::find(planned, cover.place, &Planned::place);
-    if (found == planned.end()) return false;
-    cover.region = *found->region;
-    cover.corner = found->corner;
-    return true;
-  };
-  const auto leaving = std::stable_partition(covers_.begin(), covers_.end(), stays);
+  auto planned = plan(regions);
+  const auto leaving = std::stable_partition(covers_.begin(), covers_.end(),
+                                             [&](Cover& cover) { return stays(cover, regions, planned); });
   std::for_each(leaving, covers_.end(), [&](const Cover& cover) { putAway(cover, keepGrabs); });
   covers_.erase(leaving, covers_.end());
   if (!keepGrabs) {
@@ -78,9 +73,21 @@ void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
     xcb_configure_window(connection_.get(), cover.window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
   }
   for (const auto& each : planned) {
-    if (std::ranges::find(covers_, each.place, &Cover::place) == covers_.end()) add(each);
+    const auto has = [&each](const Cover& cover) {
+      return cover.place == each.place || (each.region->control && cover.region == *each.region);
+    };
+    if (std::ranges::none_of(covers_, has)) add(each);
   }
   xcb_flush(connection_.get());
+}
+
+bool Covers::stays(Cover& cover, const std::vector<GuardedRegion>& regions, const std::vector<Planned>& planned) const {
+  if (cover.region.control && std::ranges::count(regions, cover.region) > 0) return true;
+  const auto found = std::ranges::find(planned, cover.place, &Planned::place);
+  if (found == planned.end()) return false;
+  cover.region = *found->region;
+  cover.corner = found->corner;
+  return true;
 }
 
 bool Covers::concerns(const xcb_generic_event_t& event) {
@@ -120,14 +127,22 @@ bool Covers::isDisturbed(const xcb_generic_event_t& event) {
   } else if (eventCode(event) != XCB_UNMAP_NOTIFY && eventCode(event) != XCB_REPARENT_NOTIFY) {
     return false;
   }
-  putAway(*cover, false);
+  putAway(*cover, true);  // a button may be held on it
   covers_.erase(cover);
   return true;
 }
 
+const Covers::Cover* Covers::coverOf(xcb_window_t window) const {
+  for (const auto* list : {&covers_, &parked_, &gone_}) {
+    const auto found = std::ranges::find(*list, window, &Cover::window);
+    if (found != list->end()) return &*found;
+  }
+  return nullptr;
+}
+
 std::optional<HeldPress::Place> Covers::caught(const xcb_button_press_event_t& press) const {
-  const auto cover = std::ranges::find(covers_, press.event, &Cover::window);
-  if (cover == covers_.end()) return std::nullopt;
+  const Cover* cover = coverOf(press.event);
+  if (cover == nullptr) return std::nullopt;
   // A second button comes here from wherever the pointer is.
   const auto& place = cover->place;
   if (press.event_x < 0 || press.event_y < 0 || press.event_x >= place.width || press.event_y >= place.height) {
@@ -200,9 +215,9 @@ std::vector<Covers::Planned> Covers::plan(const std::vector<GuardedRegion>& regi
   };
   const auto known = regions.empty() ? std::vector<Dock>() : docks();
   for (const auto& region : regions) {
-    if (const Dock* dock = region.control ? dockOf(region.control->window, known) : nullptr) {
+    if (region.control) {
       const Rect& then = region.control->window.frame;
-      take(planOn(*dock, region, {then.x, then.y}));
+      if (const Dock* dock = dockOf(region.control->window, known)) take(planOn(*dock, region, {then.x, then.y}));
     } else {
       for (const Dock& each : known) take(planOn(each, region, {each.frame.x, each.frame.y}));
     }
@@ -234,16 +249,15 @@ std::optional<Rect> Covers::frameOf(xcb_window_t window) {
               static_cast<double>(size->height)};
 }
 
-// Where it was; else, since a panel may slide out of sight, the one of its size and age.
+// By size and age, since a panel may slide out of sight; else where it was.
 const Covers::Dock* Covers::dockOf(const PanelWindow& window, const std::vector<Dock>& docks) {
-  const auto there = std::ranges::find(docks, window.frame, &Dock::frame);
-  if (there != docks.end()) return &*there;
   std::size_t older = 0;
   for (const Dock& dock : docks) {
     const bool isAlike = dock.frame.width == window.frame.width && dock.frame.height == window.frame.height;
     if (isAlike && older++ == window.ordinal) return &dock;
   }
-  return nullptr;
+  const auto there = std::ranges::find(docks, window.frame, &Dock::frame);
+  return there == docks.end() ? nullptr : &*there;
 }
 
 std::vector<xcb_window_t> Covers::topLevelWindows() {
@@ -373,6 +387,8 @@ void Covers::putAway(const Cover& cover, bool keepGrab) {
 void Covers::destroy(const Cover& cover) {
   xcb_destroy_window(connection_.get(), cover.window);
   if (cover.isEntered) endHover(cover.place);
+  if (gone_.size() == mostGone) gone_.erase(gone_.begin());
+  gone_.push_back(cover);
 }
 
 }  // namespace orvo

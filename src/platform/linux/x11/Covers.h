@@ -25,7 +25,8 @@ class Covers {
  public:
   explicit Covers(XConnection& connection);
 
-  // Lays covers over the regions as far as a dock window lies there; a region elsewhere gets none.
+  // Lays covers over the regions as far as a dock window lies there; a region elsewhere gets none. The cover
+  // of a control stays as it is, in a window that takes it along, until the control is told of anew.
   // With `keepGrabs`, covers that go are only moved out of sight, so that a button held on one of
   // them keeps its grab and the panel gets no release without a press; the next call without it
   // removes them.
@@ -74,6 +75,8 @@ class Covers {
   };
 
   std::vector<Planned> plan(const std::vector<GuardedRegion>& regions);
+  bool stays(Cover& cover, const std::vector<GuardedRegion>& regions, const std::vector<Planned>& planned) const;
+  const Cover* coverOf(xcb_window_t window) const;
   std::vector<Dock> docks();
   std::vector<xcb_window_t> topLevelWindows();
   bool isDock(xcb_window_t window);
@@ -101,6 +104,7 @@ class Covers {
   xcb_atom_t dockType_;
   std::vector<Cover> covers_;
   std::vector<Cover> parked_;
+  std::vector<Cover> gone_;  // of late: a press may still be on its way from them
   std::set<xcb_window_t> watched_;
   std::set<xcb_window_t> used_;
 };

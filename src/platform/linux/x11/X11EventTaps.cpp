@@ -4,6 +4,7 @@
 #include "platform/linux/x11/TapThread.h"
 #include "platform/linux/x11/X11Event.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvo {
@@ -95,12 +96,18 @@ bool X11EventTaps::startThread() {
 
 void X11EventTaps::update() {
   if (!thread_) return;
+  thread_->setRegions(tap_ && tap_->active() ? guarded(tap_->regions) : std::vector<GuardedRegion>());
+}
+
+// A frame that a newer reading knows nothing of is out of date, and the one that replaces it on its way.
+std::vector<GuardedRegion> X11EventTaps::guarded(const std::vector<Rect>& frames) const {
   std::vector<GuardedRegion> regions;
-  if (tap_ && tap_->active()) {
-    for (const Rect& frame : tap_->regions)
-      regions.push_back({frame, places_.at({frame.x + frame.width / 2, frame.y + frame.height / 2})});
+  for (auto frame = frames.begin(); frame != frames.end(); ++frame) {
+    const auto earlier = static_cast<std::size_t>(std::count(frames.begin(), frame, *frame));
+    const auto control = places_.of(*frame, earlier);
+    if (control || places_.isEmpty()) regions.push_back({*frame, control});
   }
-  thread_->setRegions(std::move(regions));
+  return regions;
 }
 
 void X11EventTaps::answer(const std::shared_ptr<HeldPress>& press) {

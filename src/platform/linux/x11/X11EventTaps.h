@@ -18,9 +18,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace orvo {
 
+struct GuardedRegion;
 class HeldPress;
 class TapThread;
 class X11Event;
@@ -29,7 +31,8 @@ class X11EventTaps : public EventTaps {
  public:
   // `trusted` tells whether this process may tap at all. An empty `display` stands for DISPLAY.
   X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places, std::string display = {});
-  // Events that were posted still reach the session, unless their button is held.
+  // Events that were posted still reach the session, unless their button is held or nobody knows where
+  // their control is.
   ~X11EventTaps() override;
 
   std::unique_ptr<EventTapPort> create(EventTapLocation location, EventTapPlacement placement, EventTapOptions options,
@@ -44,6 +47,7 @@ class X11EventTaps : public EventTaps {
 
   bool startThread();
   void update();
+  std::vector<GuardedRegion> guarded(const std::vector<Rect>& frames) const;
   void answer(const std::shared_ptr<HeldPress>& press);
   void release(const HeldPress& press, Point location);
   void disable();

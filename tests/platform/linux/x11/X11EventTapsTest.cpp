@@ -102,6 +102,14 @@ class X11EventTapsTest : public testing::Test {
     controls = std::move(now);
   }
 
+  xcb_window_t topLevelAt(Point point) const {
+    const auto cookie =
+        xcb_translate_coordinates(desktop.connection(), desktop.root(), desktop.root(),
+                                  static_cast<std::int16_t>(point.x), static_cast<std::int16_t>(point.y));
+    const auto reply = owned(xcb_translate_coordinates_reply(desktop.connection(), cookie, nullptr));
+    return reply ? reply->child : xcb_window_t{XCB_WINDOW_NONE};
+  }
+
   std::mutex mutex;
   std::optional<ControlPlaces::List> controls;
   ControlPlaces places{[this] {
@@ -302,7 +310,11 @@ TEST_F(X11EventTapsTest, AClickOnAControlIsToldWhereItWasAndGivenWhereItIsOrToNo
     EXPECT_EQ(tap.seen[0].location, (Point{610, each.read.y + 10}));
     find(std::nullopt);  // nobody knows at first
     std::optional<Dock> other;
-    if (each.isBehindAnother) other.emplace(desktop, Rect{600, 560, 200, 40});
+    if (each.isBehindAnother) {
+      const auto before = topLevelAt({610, 570});
+      other.emplace(desktop, Rect{600, 560, 200, 40});
+      ASSERT_TRUE(eventually([&] { return topLevelAt({610, 570}) != before; }));
+    }
     tap.passes = true;
     taps.post(EventTapLocation::session, *tap.held);
     ASSERT_TRUE(eventually(queue, [&] { return tap.seen.size() == 3; }));
