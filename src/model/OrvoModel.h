@@ -33,6 +33,7 @@ class LocalizedText;
 class LoginItem;
 class UserDefaults;
 class Workspace;
+struct Words;
 
 class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
  public:
@@ -169,6 +170,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   HotKeys& hotKeys_;
   LoginItem& loginItem_;
   LocalizedText& localizedText_;
+  const Words& words_;
 
   std::uint64_t lastIdentity_ = 0;
   // In the order in which they were obtained.

@@ -33,7 +33,7 @@ ScrollPage {
         }
     }
     SettingsSection {
-        title: View.texts.onThisMac
+        title: View.texts.onThisComputer
 
         Column {
             spacing: 9

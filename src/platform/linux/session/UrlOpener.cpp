@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <array>
 
+#include <unistd.h>
+
 namespace orvo {
 
 namespace {
@@ -35,13 +37,38 @@ constexpr std::array settingsPrograms{
     SettingsProgram{"KDE", "systemsettings", "kcm_access"},
 };
 
-bool start(const QString& program, const QStringList& arguments) {
-  QProcess process;
+void setUp(QProcess& process, const QString& program, const QStringList& arguments) {
   process.setProgram(program);
   process.setArguments(arguments);
   process.setStandardInputFile(QProcess::nullDevice());
   process.setStandardOutputFile(QProcess::nullDevice());
+}
+
+bool start(const QString& program, const QStringList& arguments) {
+  QProcess process;
+  setUp(process, program, arguments);
   return process.startDetached();
+}
+
+// Its exit status tells whether it found a program for the address. It may be that program's parent, so it goes on
+// when Orvo ends: nobody owns the process but its end.
+void openByDesktop(const QString& address, const std::function<void()>& failed) {
+  auto* const process = new QProcess;
+  setUp(*process, QStringLiteral("xdg-open"), {address});
+  process->setChildProcessModifier([] { setsid(); });
+  QObject::connect(
+      process, &QProcess::errorOccurred, process,
+      [process, failed](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart) return;
+        process->deleteLater();
+        if (failed) failed();
+      },
+      Qt::QueuedConnection);
+  QObject::connect(process, &QProcess::finished, process, [process, failed](int status) {
+    process->deleteLater();
+    if (status != 0 && failed) failed();
+  });
+  process->start();
 }
 
 // The present desktop's own program first, then whichever is installed.
@@ -89,7 +116,7 @@ QVariantMap platformData() {
 
 }  // namespace
 
-void UrlOpener::open(const std::string& url) const {
+void UrlOpener::open(const std::string& url, std::function<void()> failed) const {
   const QString text = QString::fromStdString(url);
   if (text == QLatin1String(accessibilityPage)) return openAccessibilitySettings();
   const QUrl parsed(text);
@@ -97,7 +124,7 @@ void UrlOpener::open(const std::string& url) const {
     const QString path = parsed.toLocalFile();
     if (const auto identifier = bundleIdentifierAt(path)) return openBundle(path, *identifier);
   }
-  start(QStringLiteral("xdg-open"), {text});
+  openByDesktop(text, failed);
 }
 
 void UrlOpener::openBundle(const QString& root, const QString& identifier) const {

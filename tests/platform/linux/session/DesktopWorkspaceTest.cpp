@@ -218,7 +218,7 @@ TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
   for (const auto& [url, desktop, expected] : cases) {
     QFile::remove(inHome("opened"));
     qputenv("XDG_CURRENT_DESKTOP", desktop);
-    workspace_.openURL(url);
+    workspace_.openURL(url, {});
     EXPECT_TRUE(runUntil(opened)) << url;
     EXPECT_EQ(test::readFile("opened").toStdString(), expected);
   }
@@ -227,13 +227,13 @@ TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
 TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
   for (const bool hung : {false, true}) {
     Program copy(QStringList{ownIdentifier} + (hung ? QStringList{"--silent"} : QStringList()));
-    workspace_.openURL(fileURL(bundle_, true));
+    workspace_.openURL(fileURL(bundle_, true), {});
     EXPECT_EQ(hung ? "" : copy.readLine().toStdString(), hung ? "" : "Activate");
     EXPECT_FALSE(opened());
   }
   const auto* bus = QDBusConnection::sessionBus().interface();
   ASSERT_TRUE(runUntil([&] { return !bus->isServiceRegistered(ownIdentifier).value(); }));
-  workspace_.openURL(fileURL(bundle_, true));
+  workspace_.openURL(fileURL(bundle_, true), {});
   EXPECT_TRUE(runUntil(opened));
 }
 
