@@ -101,4 +101,7 @@ ScrollPage {
             }
         }
     }
+    MessageView {
+        width: parent.width
+    }
 }

@@ -13,8 +13,11 @@ T.ItemDelegate {
     implicitHeight: 27
     Accessible.checkable: true
     Accessible.checked: chosen
+    Accessible.focusable: true
     Accessible.name: text
     Accessible.onPressAction: clicked()
+    Accessible.selectable: true
+    Accessible.selected: chosen
 
     background: Panel {
         color: option.highlighted ? Theme.accentFill : "transparent"
@@ -23,7 +26,7 @@ T.ItemDelegate {
     contentItem: Item {
         Symbol {
             anchors.left: parent.left
-            anchors.leftMargin: 7
+            anchors.leftMargin: 5
             anchors.verticalCenter: parent.verticalCenter
             color: option.highlighted ? Theme.accentContrast : Theme.text
             name: "checkmark"
@@ -33,9 +36,11 @@ T.ItemDelegate {
         }
         BodyText {
             anchors.left: parent.left
-            anchors.leftMargin: 26
+            anchors.leftMargin: 22
+            anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
             color: option.highlighted ? Theme.accentContrast : Theme.text
+            elide: Text.ElideRight
             spoken: false
             text: option.text
         }

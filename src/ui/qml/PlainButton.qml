@@ -14,6 +14,7 @@ T.Button {
     font.pixelSize: Theme.bodySize
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    opacity: enabled ? 1 : Theme.disabled
     Accessible.name: name
     Accessible.description: toolTip === name ? "" : toolTip
     Accessible.onPressAction: if (enabled)
