@@ -60,15 +60,14 @@ T.Popup {
             required property string modelData
 
             chosen: popup.chosen === index
-            focus: ListView.isCurrentItem
             highlighted: ListView.isCurrentItem
             text: modelData
             width: ListView.view.width
-            Keys.onEnterPressed: clicked()
-            Keys.onReturnPressed: clicked()
-            onClicked: popup.pick(index)
-            onHoveredChanged: if (hovered)
-                ListView.view.currentIndex = index
+            // Left behind when nothing is current any more.
+            ListView.onIsCurrentItemChanged: if (ListView.view.currentIndex < 0)
+                focus = false
+            onEntered: ListView.view.currentIndex = index
+            onPicked: popup.pick(index)
         }
     }
 }

@@ -37,7 +37,9 @@ class ItemAccessibility : public QAccessibleQuickItem {
     QAccessible::State state = QAccessibleQuickItem::state();
     state.disabled = !self()->isEnabled();
     state.focused = self()->window() != nullptr && self()->window()->activeFocusItem() == self();
-    state.focusable = !state.disabled && (self()->activeFocusOnTab() || isDeclaredFocusable());
+    const bool declared = QQuickAccessibleAttached::property(object(), "focusable").toBool();
+    state.focusable =
+        !state.disabled && (self()->activeFocusOnTab() || (declared && role() != QAccessible::StaticText));
     if (const QVariant expanded = object()->property("expanded"); expanded.isValid()) {
       state.expandable = state.hasPopup = true;
       state.expanded = expanded.toBool();
@@ -62,9 +64,16 @@ class ItemAccessibility : public QAccessibleQuickItem {
  private:
   QQuickItem* self() const { return static_cast<QQuickItem*>(object()); }
   bool isRead() const {
-    return role() == QAccessible::StaticText || role() == QAccessible::ComboBox || role() == QAccessible::Notification;
+    switch (role()) {
+      case QAccessible::StaticText:
+      case QAccessible::Heading:
+      case QAccessible::ComboBox:
+      case QAccessible::Notification:
+        return true;
+      default:
+        return false;
+    }
   }
-  bool isDeclaredFocusable() const { return QQuickAccessibleAttached::property(object(), "focusable").toBool(); }
 
   // A notification is spoken when it comes to show. One that takes the place of another shows afresh.
   static void announce(QQuickItem* item) {
@@ -75,9 +84,9 @@ class ItemAccessibility : public QAccessibleQuickItem {
   }
 };
 
-// Asked for each class of an object, the most derived first.
+// Asked for each class of an object, the most derived first; a pop-up is a page.
 QAccessibleInterface* makeInterface(const QString& className, QObject* object) {
-  if (className != QLatin1String("QQuickItem")) return nullptr;
+  if (className != QLatin1String("QQuickItem") && className != QLatin1String("QQuickPage")) return nullptr;
   auto* item = qobject_cast<QQuickItem*>(object);
   const bool accessible = item != nullptr && QQuickItemPrivate::get(item)->isAccessible;
   return accessible ? new ItemAccessibility(item) : nullptr;

@@ -14,8 +14,6 @@ bool movesFocus(int key) {
     case Qt::Key_Down:
     case Qt::Key_Left:
     case Qt::Key_Right:
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
       return true;
     default:
       return false;

@@ -1,5 +1,6 @@
 // Makes a picture of every page and state of the settings window, light and dark, from the real window
 // over the platform in memory: orvo-pictures FOLDER SUFFIX.
+#include "platform/linux/LinuxWords.h"
 #include "ui/settings/SettingsWorld.h"
 
 #include <QDir>
@@ -145,6 +146,7 @@ const std::vector<State>& states() {
 
 QImage picture(const State& state, bool dark) {
   SettingsWorld world;
+  world.memory.words = linuxWords;
   world.setApps(state.apps);
   for (const Step& step : state.before) step(world);
   world.start();
