@@ -1,6 +1,7 @@
 #include "ui/OrvoView.h"
 
 #include "model/OrvoModel.h"
+#include "platform/linux/LinuxWords.h"
 #include "support/MemoryPlatform.h"
 
 #include <gmock/gmock.h>
@@ -108,40 +109,95 @@ TEST(OrvoViewTest, TheEmptyListTellsTheFirstReasonThatHolds) {
   }
 }
 
-TEST(OrvoViewTest, WhileApplyingTheButtonRevealsAndThePickersRest) {
-  Desk desk(everythingRight);
-  hide(*desk.model);
-  EXPECT_EQ(desk.view->stateBadge().text, "Updating");
-  EXPECT_EQ(desk.view->statusLine().text, "Apps keep running");
-  EXPECT_FALSE(desk.view->pickersEnabled());
-  EXPECT_TRUE(desk.view->primaryButton().enabled);
-  EXPECT_EQ(desk.view->primaryButton().accessibilityLabel, "Reveal hidden icons");
-
-  desk.memory.framework.answer(0);
-  desk.memory.settle();
-  EXPECT_EQ(desk.view->stateBadge().text, "Orvoed away");
-  EXPECT_EQ(desk.view->statusLine().text, "Icons orvoed away");
-  EXPECT_TRUE(desk.view->pickersEnabled());
-
-  desk.view->performPrimaryAction();
-  EXPECT_EQ(desk.model->state(), BarState::visible);
-  EXPECT_EQ(desk.view->primaryButton().label, "Hide selected");
-}
-
 TEST(OrvoViewTest, TheSetupButtonOpensWhatItsTextSpeaksOf) {
   Desk outside(outsideApplications);
   EXPECT_EQ(outside.view->setupAdvice().button, "Open Applications");
-  EXPECT_EQ(outside.view->setupSteps()[0].accessibilityLabel, "Install in Applications: required");
   outside.view->performSetupAction();
   EXPECT_THAT(outside.memory.workspace.openedURLs, ElementsAre("file:///Applications/"));
   EXPECT_EQ(outside.memory.accessibility.prompts, 0);
 
   Desk inside(untrusted);
   EXPECT_EQ(inside.view->setupAdvice().button, "Open Settings…");
-  EXPECT_EQ(inside.view->setupSteps()[0].accessibilityLabel, "Install in Applications: complete");
   inside.view->performSetupAction();
   EXPECT_EQ(inside.memory.accessibility.prompts, 1);
   EXPECT_THAT(inside.memory.workspace.openedURLs, ElementsAre(HasSubstr("Privacy_Accessibility")));
+}
+
+TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageWhereTheSystemHasAWordForIt) {
+  for (const char* const word : {linuxWords.couldNotOpen, macWords.couldNotOpen}) {
+    Desk desk(outsideApplications);
+    desk.memory.words.couldNotOpen = word;
+    desk.memory.workspace.opensNothing = true;
+    const auto before = desk.view->message();
+    desk.view->performSetupAction();
+    EXPECT_THAT(desk.memory.workspace.openedURLs,
+                ElementsAre("file:///Applications/", "file:///home/user/Applications/"));
+    EXPECT_EQ(desk.view->message() == before, word == nullptr);
+    desk.view->page = OrvoView::Page::about;
+    EXPECT_EQ(desk.view->message(), std::nullopt);
+    desk.view->openLink(1);
+    EXPECT_EQ(desk.view->message().has_value(), word != nullptr);
+    desk.memory.workspace.opensNothing = false;
+    desk.view->openLink(1);
+    EXPECT_EQ(desk.view->message(), std::nullopt);
+  }
+}
+
+TEST(OrvoViewTest, ALinkLeadsIntoTheBundleUntilItHasAnAddress) {
+  Desk desk;
+  desk.memory.bundle.info["OrvoProjectAddress"] = std::string("share/doc/a b.md");
+  desk.memory.bundle.info["OrvoResearchAddress"] = std::string("https://example.org/research");
+  EXPECT_EQ(desk.view->links()[0].address, "file:///Applications/Orvo.app/share/doc/a%20b.md");
+  EXPECT_EQ(desk.view->links()[1].address, "https://example.org/research");
+}
+
+// What the view says of its own accord in a situation.
+std::vector<std::string> said(const OrvoView& view) {
+  std::vector<std::string> all{view.unsupportedCard().title,
+                               view.unsupportedCard().detail,
+                               view.setupAdvice().detail,
+                               view.emptyDetail(),
+                               view.actionHint(),
+                               view.primaryButton().toolTip,
+                               view.privacyCard().title,
+                               view.links()[1].label,
+                               view.diagnosticsText(),
+                               view.diagnostics()[0].title};
+  for (const auto& [name, text] : view.texts()) all.push_back(text);
+  return all;
+}
+
+TEST(OrvoViewTest, EverySystemHasItsOwnWords) {
+  Desk mac([](MemoryPlatform& memory) { memory.accessibility.trees.clear(); });
+  const std::vector<std::string> golden{
+      "This macOS build is not supported",
+      "Orvo cannot manage icons on this macOS version. All icons remain visible.",
+      "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
+      "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.",
+      "Your choices stay on this Mac",
+      "macOS compatibility research",
+      "macOS",
+      "ON THIS MAC",
+      "Built for macOS 27",
+      "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons "
+      "from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar.",
+      "⌃ ⌥ ⌘ B",
+      "Control Option Command B"};
+  EXPECT_THAT(said(*mac.view), ::testing::IsSupersetOf(golden));
+
+  for (const Prepare prepare : {nothingRight, outsideApplications, untrusted, everythingRight}) {
+    for (const Act act : {nothing, hide}) {
+      Desk desk([&](MemoryPlatform& memory) {
+        prepare(memory);
+        memory.words = linuxWords;
+      });
+      act(*desk.model);
+      for (const std::string& text : said(*desk.view)) {
+        for (const char* foreign : {"Mac", "mac", "MAC", "⌘", "Command", "System Settings", "Privacy &"})
+          EXPECT_THAT(text, ::testing::Not(HasSubstr(foreign)));
+      }
+    }
+  }
 }
 
 TEST(OrvoViewTest, AVersionThatIsMissingOrNoTextIsReplaced) {

@@ -324,6 +324,123 @@ TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
   }
 }
 
+TEST_F(SettingsWindowTest, TheWheelMovesThreeRowsANotchAndTheButtonDragsNothing) {
+  show(manyApps(60));
+  QQuickItem* const list = world.item("Apps");
+  const auto place = [&] { return list->property("contentY").toDouble(); };
+  const auto turnWheel = [&](int angle) {
+    const QPointF at = list->mapToScene({100, 100});
+    QWheelEvent event(at, at, {}, {0, angle}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&world.quickView(), &event);
+  };
+  for (int notch = 1; notch <= 8; ++notch) {
+    turnWheel(-120);
+    EXPECT_EQ(place(), notch * 150);
+  }
+  turnWheel(60);
+  EXPECT_EQ(place(), 8 * 150 - 75);
+  for (const double x : {100.0, list->width() - 40}) {
+    const QPoint from = list->mapToScene({x, 200}).toPoint();
+    QTest::mousePress(&world.quickView(), Qt::LeftButton, {}, from);
+    for (int step = 10; step <= 150; step += 10) QTest::mouseMove(&world.quickView(), from - QPoint(0, step));
+    QTest::mouseRelease(&world.quickView(), Qt::LeftButton, {}, from - QPoint(0, 150));
+    world.turn();
+    EXPECT_EQ(place(), 8 * 150 - 75);
+  }
+  turnWheel(12000);
+  EXPECT_EQ(place(), 0);
+}
+
+TEST_F(SettingsWindowTest, TheFocusIsWhereSomethingCanBeDoneAndLeavesWhatHasGone) {
+  world.memory.accessibility.trusted = false;
+  show();
+  const auto poll = [&] {
+    world.memory.mainQueue.advance(std::chrono::milliseconds(4000));
+    world.turn();
+  };
+  EXPECT_EQ(world.focused(), "Open Settings…");
+  world.memory.accessibility.trusted = true;
+  poll();
+  EXPECT_EQ(world.focused(), "Find an app");
+  tabTo("Refresh menu bar icons");
+  world.model->isScanning = true;
+  world.turn();
+  EXPECT_EQ(world.focused(), "Refreshing menu bar icons");
+  world.model->isScanning = false;
+  world.turn();
+  EXPECT_EQ(world.focused(), "Refresh menu bar icons");
+  tabTo("Keep");
+  world.setApps({});
+  world.rescan();
+  EXPECT_EQ(world.focused(), "Find an app");
+  world.model->message = "gone soon";
+  world.turn();
+  tabTo("gone soon");
+  world.model->message = std::nullopt;
+  world.turn();
+  EXPECT_EQ(world.focused(), "Find an app");
+  world.memory.accessibility.trusted = false;
+  poll();
+  EXPECT_EQ(world.focused(), "Open Settings…");
+}
+
+TEST_F(SettingsWindowTest, EscapeClosesWhenThereIsNothingToEmptyAndSoDoesControlW) {
+  show();
+  world.model->searchText = "tw";
+  tabTo("Behavior");
+  world.key(Qt::Key_Escape);
+  EXPECT_EQ(world.model->searchText(), "");
+  QTest::keyClick(&world.quickView(), Qt::Key_Escape);
+  world.turn();
+  EXPECT_EQ(world.window->quickView(), nullptr);
+  world.show();
+  QTest::keyClick(&world.quickView(), Qt::Key_W, Qt::ControlModifier);
+  world.turn();
+  EXPECT_EQ(world.window->quickView(), nullptr);
+}
+
+TEST_F(SettingsWindowTest, EveryControlIsReachedInASmallWindow) {
+  show(manyApps(5));
+  world.quickView().setMinimumSize({1, 1});
+  world.quickView().resize(500, 300);
+  world.model->message = "Something went wrong.";
+  for (const OrvoView::Page page : OrvoView::allPages) {
+    openPage(page);
+    for (int press = 0; press < 12; ++press) {
+      world.key(Qt::Key_Tab);
+      const QQuickItem* const focus = world.quickView().activeFocusItem();
+      const QRectF place = focus->mapRectToScene(focus->boundingRect());
+      EXPECT_TRUE(QRectF(0, 0, 500, 300).contains(place)) << qPrintable(world.focused()) << " at " << place.y();
+    }
+  }
+  QQuickItem* const title = world.item("Version 0.2.0");
+  world.key(Qt::Key_End);
+  EXPECT_LT(title->mapToScene({}).y(), 0);
+  world.key(Qt::Key_Home);
+  EXPECT_GT(title->mapToScene({}).y(), 0);
+}
+
+TEST_F(SettingsWindowTest, AssistiveProgramsReadTextsAndFindOneFocus) {
+  show();
+  world.model->message = "Something went wrong.";
+  tabTo("Keep");
+  for (const OrvoView::Page page : OrvoView::allPages) {
+    openPage(page);
+    int focused = 0;
+    findItem(world.quickView().contentItem(), [&](QQuickItem* item) {
+      QAccessibleInterface* const element = accessible(item);
+      if (element == nullptr) return false;
+      if (element->state().focused) ++focused;
+      if (element->role() != QAccessible::StaticText) return false;
+      EXPECT_FALSE(element->state().focusable);
+      EXPECT_EQ(element->textInterface()->text(0, 999), element->text(QAccessible::Name));
+      return false;
+    });
+    EXPECT_EQ(focused, 1);
+  }
+  EXPECT_TRUE(world.item("Accessibility: Enabled"));
+}
+
 double luminance(const QColor& color) {
   const auto linear = [](double channel) {
     return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
