@@ -7,6 +7,7 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QTest>
 
 #include <cstdio>
 #include <map>
@@ -90,8 +91,14 @@ Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
 void pressKeys(SettingsWorld& world) {
-  for (int press = 0; press < 6; ++press) world.key(Qt::Key_Tab);
-  world.key(Qt::Key_Down);
+  for (const int key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Down}) world.key(key);
+}
+Step pointAt(const char* name, int wait = 0) {
+  return [=](SettingsWorld& world) {
+    QQuickItem* const item = world.item(name);
+    QTest::mouseMove(&world.quickView(), item->mapToScene({item->width() - 12, item->height() / 2}).toPoint());
+    QTest::qWait(wait);
+  };
 }
 void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
 void openDelays(SettingsWorld& world) { world.click(world.control("rehidePicker")); }
@@ -129,6 +136,9 @@ const std::vector<State>& states() {
       {"many", {}, {}, manyApps(400)},
       {"long-names", {}, {}, longNames},
       {"keyboard", {}, {pressKeys}},
+      {"pointer", {}, {pointAt("Visibility for Clipboard Shelf")}},
+      {"tool-tip", {}, {pointAt("Refresh menu bar icons", 1000)}},
+      {"small", {}, {selectTwo, say}, everyday, {640, 400}},
       {"behavior", {}, {openBehavior}},
       {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
       {"behavior-message", {loginRefused, delayOf45Seconds}, {openBehavior, openAtLogin}},
@@ -152,6 +162,7 @@ QImage picture(const State& state, bool dark) {
   world.start();
   world.appearance->current = {.dark = dark, .reducesMotion = true};
   world.show();
+  world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(state.size);
   world.turn();
   for (const Step& step : state.after) {
