@@ -161,6 +161,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // Permissions.
   static bool isInApplicationsFolder(const Bundle& bundle, const FileSystem& fileSystem);
   bool isLoginItemEnabled() const;
+  void settingsNotOpened();
 
   MainQueue& mainQueue_;
   UserDefaults& userDefaults_;

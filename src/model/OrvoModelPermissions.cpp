@@ -18,7 +18,12 @@ bool OrvoModel::isInApplicationsFolder(const Bundle& bundle, const FileSystem& f
 
 void OrvoModel::requestAccessibility() {
   accessibilityGranted = accessibility_.isProcessTrusted(true);
-  workspace_.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility", {});
+  workspace_.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility",
+                     weakly(&OrvoModel::settingsNotOpened));
+}
+
+void OrvoModel::settingsNotOpened() {
+  if (words_.couldNotOpen != nullptr) message = std::string(words_.couldNotOpen) + words_.accessibilityPage + '.';
 }
 
 void OrvoModel::setLoginItem(bool enabled) {

@@ -18,6 +18,7 @@ struct Words {
   const char* unsupportedTitle;
   const char* unsupportedDetail;
   const char* unsupportedHint;
+  const char* accessibilityPage;
   const char* accessibilityAdvice;
   const char* nothingFound;
   const char* hidingUnconfirmed;
@@ -50,6 +51,7 @@ inline constexpr Words macWords{
     .unsupportedTitle = "This macOS build is not supported",
     .unsupportedDetail = "Orvo cannot manage icons on this macOS version. All icons remain visible.",
     .unsupportedHint = "Your icons remain visible on this macOS version.",
+    .accessibilityPage = "Privacy & Security → Accessibility",
     .accessibilityAdvice =
         "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
     .nothingFound = "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.",

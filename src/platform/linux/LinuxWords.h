@@ -20,6 +20,7 @@ inline constexpr Words linuxWords{
     .unsupportedTitle = "This desktop is not supported",
     .unsupportedDetail = "Orvo cannot manage icons on this desktop. All icons remain visible.",
     .unsupportedHint = "Your icons remain visible on this desktop.",
+    .accessibilityPage = "Settings → Accessibility",
     .accessibilityAdvice =
         "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "
         "controls usable.",

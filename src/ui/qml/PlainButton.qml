@@ -12,6 +12,7 @@ T.Button {
 
     focusPolicy: Qt.TabFocus
     font.pixelSize: Theme.bodySize
+    hoverEnabled: true
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     opacity: enabled ? 1 : Theme.disabled

@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
 
@@ -72,7 +73,7 @@ void openByDesktop(const QString& address, const std::function<void()>& failed) 
 }
 
 // The present desktop's own program first, then whichever is installed.
-void openAccessibilitySettings() {
+bool openAccessibilitySettings() {
   const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'));
   auto programs = settingsPrograms;
   std::stable_partition(programs.begin(), programs.end(), [&](const SettingsProgram& candidate) {
@@ -83,8 +84,9 @@ void openAccessibilitySettings() {
     if (program.isEmpty()) continue;
     const QStringList arguments =
         candidate.argument != nullptr ? QStringList{QLatin1String(candidate.argument)} : QStringList();
-    if (start(program, arguments)) return;
+    if (start(program, arguments)) return true;
   }
+  return false;
 }
 
 // Absent for whatever is not a bundle with an identifier.
@@ -118,7 +120,10 @@ QVariantMap platformData() {
 
 void UrlOpener::open(const std::string& url, std::function<void()> failed) const {
   const QString text = QString::fromStdString(url);
-  if (text == QLatin1String(accessibilityPage)) return openAccessibilitySettings();
+  if (text == QLatin1String(accessibilityPage)) {
+    if (!openAccessibilitySettings() && failed) QTimer::singleShot(0, failed);
+    return;
+  }
   const QUrl parsed(text);
   if (parsed.isLocalFile()) {
     const QString path = parsed.toLocalFile();

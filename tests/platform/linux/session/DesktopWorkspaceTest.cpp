@@ -224,6 +224,23 @@ TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
   }
 }
 
+TEST_F(OpeningTest, WhatNothingOpensIsTold) {
+  writeFile("bin/xdg-open", "#!/bin/sh\nexit 3\n", true);
+  const QByteArray path = qgetenv("PATH");
+  constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+  int failures = 0;
+  for (const auto& [url, programs] : {std::pair{"https://example.org/", path.constData()},
+                                      {"https://example.org/", "/nowhere"},
+                                      {page, "/nowhere"}}) {
+    qputenv("PATH", programs);
+    const int before = failures;
+    workspace_.openURL(url, [&] { ++failures; });
+    EXPECT_EQ(failures, before) << "told inside the call";
+    EXPECT_TRUE(runUntil([&] { return failures > before; })) << url << " with " << programs;
+  }
+  EXPECT_EQ(failures, 3);
+}
+
 TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
   for (const bool hung : {false, true}) {
     Program copy(QStringList{ownIdentifier} + (hung ? QStringList{"--silent"} : QStringList()));
