@@ -181,9 +181,9 @@ TEST(OrvoViewTest, EverySystemHasItsOwnWords) {
            "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.",
            "Your choices stay on this Mac", "macOS compatibility research", "macOS", "ON THIS MAC",
            "Built for macOS 27", "⌃ ⌥ ⌘ B", "Control Option Command B",
-           "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all "
-           "icons from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores "
-           "the bar."}));
+           ("Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all "
+            "icons from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores "
+            "the bar.")}));
   for (const Prepare prepare : {nothingRight, outsideApplications, untrusted, everythingRight}) {
     Desk linux([&](MemoryPlatform& memory) {
       prepare(memory);

@@ -67,9 +67,7 @@ std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& 
   return bundlePathOfExecutable(program.toStdString());
 }
 
-void DesktopWorkspace::openURL(const std::string& url, std::function<void()> failed) {
-  opener_.open(url, std::move(failed));
-}
+void DesktopWorkspace::openURL(const std::string& url, std::function<void()> failed) { opener_.open(url, failed); }
 
 NotificationCenter& DesktopWorkspace::notificationCenter() {
   if (!std::exchange(following_, true)) follow();

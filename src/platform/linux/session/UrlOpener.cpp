@@ -118,7 +118,7 @@ QVariantMap platformData() {
 
 }  // namespace
 
-void UrlOpener::open(const std::string& url, std::function<void()> failed) const {
+void UrlOpener::open(const std::string& url, const std::function<void()>& failed) const {
   const QString text = QString::fromStdString(url);
   if (text == QLatin1String(accessibilityPage)) {
     if (!openAccessibilitySettings() && failed) QTimer::singleShot(0, failed);

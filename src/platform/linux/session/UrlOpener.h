@@ -21,7 +21,7 @@ class UrlOpener {
   explicit UrlOpener(QDBusConnection bus) : bus_(std::move(bus)) {}
 
   // `failed`, which may be empty, is called on a later turn when the desktop says that it opened nothing.
-  void open(const std::string& url, std::function<void()> failed) const;
+  void open(const std::string& url, const std::function<void()>& failed) const;
 
  private:
   void openBundle(const QString& root, const QString& identifier) const;
