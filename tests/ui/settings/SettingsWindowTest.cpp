@@ -40,6 +40,11 @@ class SettingsWindowTest : public ::testing::Test {
     accessible(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     world.turn();
   }
+  void say(const char* failure) {
+    world.memory.loginItem.failure = failure;
+    world.model->setLoginItem(true);
+    world.turn();
+  }
   void tabTo(const QString& name) {
     for (int press = 0; press < 40 && world.focused() != name; ++press) world.key(Qt::Key_Tab);
     ASSERT_EQ(world.focused(), name);
@@ -344,20 +349,20 @@ TEST_F(SettingsWindowTest, TheFocusIsWhereSomethingCanBeDoneAndLeavesWhatHasGone
   poll();
   EXPECT_EQ(world.focused(), "Find an app");
   tabTo("Refresh menu bar icons");
-  world.model->isScanning = true;
-  world.turn();
+  world.memory.scanExecutor.holds = true;
+  world.rescan();
   EXPECT_EQ(world.focused(), "Refreshing menu bar icons");
-  world.model->isScanning = false;
+  world.memory.scanExecutor.holds = false;
   world.turn();
   EXPECT_EQ(world.focused(), "Refresh menu bar icons");
   tabTo("Keep");
   world.setApps({});
   world.rescan();
   EXPECT_EQ(world.focused(), "Find an app");
-  world.model->message = "gone soon";
-  world.turn();
-  tabTo("gone soon");
-  world.model->message = std::nullopt;
+  say("gone soon");
+  tabTo("Login item could not be changed: gone soon");
+  world.model->setRule(IconRule::hidden, "org.example.one");
+  world.model->hideSelected();
   world.turn();
   EXPECT_EQ(world.focused(), "Find an app");
   world.memory.accessibility.trusted = false;
@@ -382,7 +387,7 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedInASmallWindow) {
   show(manyApps(5));
   world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(500, 300);
-  world.model->message = "Something went wrong.";
+  say("Something went wrong.");
   for (const OrvoView::Page page : OrvoView::allPages) {
     openPage(page);
     for (int press = 0; press < 12; ++press) {
@@ -401,7 +406,7 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedInASmallWindow) {
 
 TEST_F(SettingsWindowTest, AssistiveProgramsReadTextsAndFindOneFocus) {
   show();
-  world.model->message = "Something went wrong.";
+  say("Something went wrong.");
   tabTo("Keep");
   for (const OrvoView::Page page : OrvoView::allPages) {
     openPage(page);
