@@ -1,7 +1,7 @@
 """The accessibility tree, asked over the accessibility bus itself, so that one test process can look at
 several desktops one after the other."""
 
-from gi.repository import GLib
+from gi.repository import Gio, GLib
 
 from bus import call, property_of
 
@@ -58,6 +58,19 @@ class Accessible:
 
     def find(self, name):
         return next((element for element in self.walk() if element.name == name), None)
+
+    def shown_from_now_on(self):
+        """A list that grows by every element of this program that comes to show, as a screen reader hears of it."""
+        shown = []
+
+        def arrived(bus, sender, path, _interface, _name, parameters):
+            if parameters.unpack()[:2] == ("showing", 1):
+                shown.append(Accessible(bus, sender, path))
+        call(self._bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/registry", "org.a11y.atspi.Registry.RegisterEvent",
+             "(s)", "object:state-changed:showing")
+        self._bus.signal_subscribe(self.name_of_bus, "org.a11y.atspi.Event.Object", "StateChanged", None, None,
+                                   Gio.DBusSignalFlags.NONE, arrived)
+        return shown
 
     def __repr__(self):
         return f"<{self.role} {self.name!r}>"

@@ -4,6 +4,7 @@
 #include "platform/StatusBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/Window.h"
+#include "platform/Words.h"
 #include "ui/OrvoView.h"
 
 #include <utility>
@@ -106,7 +107,8 @@ void AppDelegate::updateStatusItem() {
   if (shown == nullptr) return;
   const bool visible = model_->state() == BarState::visible;
   shown->setImage(visible ? "chevron.right" : "chevron.left", "Orvo");
-  shown->setToolTip(visible ? "Hide selected icons · Right-click for settings" : "Show hidden icons · ⌃⌥⌘B");
+  shown->setToolTip(visible ? "Hide selected icons · Right-click for settings"
+                            : std::string("Show hidden icons · ") + platform_.words.shortcut);
 }
 
 StatusItemButton* AppDelegate::button() const { return statusItem_ ? statusItem_->button() : nullptr; }

@@ -6,6 +6,7 @@
 #include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/ProcessInfo.h"
+#include "platform/Words.h"
 #include "platform/Workspace.h"
 
 #include <algorithm>
@@ -35,12 +36,12 @@ void diagnose(const OrvoMain::EarlyServices& early, std::ostream& out) {
   out << "Orvo " << version(early.bundle) << '\n'
       << "OS: " << early.processInfo.operatingSystemVersionString() << '\n'
       << "Backend: " << QLMenuBarBackendDescription() << '\n'
-      << "Accessibility: " << (early.accessibility.isProcessTrusted() ? "enabled" : "not granted to this process")
-      << '\n'
+      << "Accessibility: " << (early.accessibility.isProcessTrusted() ? "enabled" : early.words.notTrusted) << '\n'
       << "Bundle: " << identifier.value_or("unbundled command line process") << '\n'
       << "Application path: " << early.bundle.path() << '\n';
   if (identifier) {
-    out << "LaunchServices path: " << early.workspace.applicationPath(*identifier).value_or("not registered") << '\n';
+    out << early.words.applicationRegistry << ": "
+        << early.workspace.applicationPath(*identifier).value_or("not registered") << '\n';
   }
 }
 
@@ -67,7 +68,7 @@ void OrvoMain::main(const EarlyServices& early, std::ostream& out,
   if (wantsDiagnosis(early.processInfo)) {
     diagnose(early, out);
   } else if (const auto copy = otherCopy(early)) {
-    if (copy->bundlePath) early.workspace.openURL(fileURL(*copy->bundlePath, true));
+    if (copy->bundlePath) early.workspace.openURL(fileURL(*copy->bundlePath, true), {});
   } else if (const Platform* const platform = makePlatform()) {
     run(*platform);
   }

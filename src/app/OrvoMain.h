@@ -17,6 +17,7 @@ class OrvoMain {
     const ProcessInfo& processInfo;
     const Accessibility& accessibility;
     Workspace& workspace;
+    const Words& words;
   };
 
   // `out` receives the report and nothing else. `makePlatform` is called at most once, when the

@@ -2,13 +2,15 @@
 // context.
 #pragma once
 
+#include "platform/Words.h"
+
 namespace orvo {
 
 class ConcealmentFramework;
 
-// Not owned; null, as at process start, means that there is no framework. Makes the bridge
+// Neither is owned. A null framework, as at process start, means that there is no framework. Makes the bridge
 // unresolved again. Called by main.cpp before anything else, and by tests; never while another
 // thread is inside the bridge.
-void setConcealmentFramework(ConcealmentFramework* framework);
+void setConcealmentFramework(ConcealmentFramework* framework, const Words& words = macWords);
 
 }  // namespace orvo

@@ -40,16 +40,17 @@ constexpr const char* absentText = "(null)";
 
 // The framework and what it was found to offer, filled on first use.
 struct Backend {
-  explicit Backend(ConcealmentFramework* with) : framework(with) {}
+  Backend(ConcealmentFramework* with, const Words& told) : framework(with), words(told) {}
 
   ConcealmentFramework* framework;
+  const Words& words;
   std::once_flag resolved;
   FrameworkClassRef configurationType = nullptr;
   FrameworkClassRef assertionType = nullptr;
 };
 
 std::optional<Backend>& backend() {
-  static std::optional<Backend> only(std::in_place, nullptr);
+  static std::optional<Backend> only(std::in_place, nullptr, macWords);
   return only;
 }
 
@@ -118,16 +119,17 @@ void invalidate(QLAssertion& assertion) {
 
 }  // namespace
 
-void setConcealmentFramework(ConcealmentFramework* framework) { backend().emplace(framework); }
+void setConcealmentFramework(ConcealmentFramework* framework, const Words& words) {
+  backend().emplace(framework, words);
+}
 
 }  // namespace orvo
 
 bool QLMenuBarBackendAvailable() { return orvo::isAvailable(*orvo::backend()); }
 
 const char* QLMenuBarBackendDescription() {
-  return QLMenuBarBackendAvailable()
-             ? "macOS 27 native concealment protocol is available."
-             : "This macOS build does not expose the expected menu bar protocol. Icons will remain visible.";
+  const orvo::Words& words = orvo::backend()->words;
+  return QLMenuBarBackendAvailable() ? words.backendAvailable : words.backendMissing;
 }
 
 QLAssertionRef QLCreateMenuBarAssertion(const char* const* allowedBundleIdentifiers, size_t count,

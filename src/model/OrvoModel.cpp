@@ -39,6 +39,7 @@ OrvoModel::OrvoModel(const Platform& platform)
       hotKeys_(platform.hotKeys),
       loginItem_(platform.loginItem),
       localizedText_(platform.localizedText),
+      words_(platform.words),
       scanner_(platform.accessibility, platform.workspace, platform.localizedText, platform.scanExecutor,
                platform.mainQueue),
       systemRelay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {

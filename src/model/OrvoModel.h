@@ -33,6 +33,7 @@ class LocalizedText;
 class LoginItem;
 class UserDefaults;
 class Workspace;
+struct Words;
 
 class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
  public:
@@ -160,6 +161,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // Permissions.
   static bool isInApplicationsFolder(const Bundle& bundle, const FileSystem& fileSystem);
   bool isLoginItemEnabled() const;
+  void settingsNotOpened();
 
   MainQueue& mainQueue_;
   UserDefaults& userDefaults_;
@@ -169,6 +171,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   HotKeys& hotKeys_;
   LoginItem& loginItem_;
   LocalizedText& localizedText_;
+  const Words& words_;
 
   std::uint64_t lastIdentity_ = 0;
   // In the order in which they were obtained.

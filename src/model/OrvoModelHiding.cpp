@@ -2,6 +2,7 @@
 #include "model/OrvoModel.h"
 
 #include "core/VisibilityPlan.h"
+#include "platform/Words.h"
 
 #include <algorithm>
 #include <chrono>
@@ -114,7 +115,7 @@ void OrvoModel::confirmed(Identity request) {
 
 void OrvoModel::timedOut(Identity request) {
   if (generation_ != request || state() != BarState::applying) return;
-  failed("macOS did not confirm hiding. All icons have been restored.");
+  failed(words_.hidingUnconfirmed);
 }
 
 void OrvoModel::failed(const std::string& why) {

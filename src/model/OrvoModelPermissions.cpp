@@ -5,6 +5,7 @@
 #include "platform/Bundle.h"
 #include "platform/FileSystem.h"
 #include "platform/LoginItem.h"
+#include "platform/Words.h"
 #include "platform/Workspace.h"
 
 namespace orvo {
@@ -17,7 +18,12 @@ bool OrvoModel::isInApplicationsFolder(const Bundle& bundle, const FileSystem& f
 
 void OrvoModel::requestAccessibility() {
   accessibilityGranted = accessibility_.isProcessTrusted(true);
-  workspace_.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility");
+  workspace_.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility",
+                     weakly(&OrvoModel::settingsNotOpened));
+}
+
+void OrvoModel::settingsNotOpened() {
+  if (words_.couldNotOpen != nullptr) message = std::string(words_.couldNotOpen) + words_.accessibilityPage + '.';
 }
 
 void OrvoModel::setLoginItem(bool enabled) {
@@ -27,7 +33,7 @@ void OrvoModel::setLoginItem(bool enabled) {
   }
   launchAtLogin = isLoginItemEnabled();
   if (enabled && loginItem_.status() == LoginItemStatus::requiresApproval) {
-    message = "Allow Orvo in System Settings → General → Login Items.";
+    message = words_.allowLoginItem;
     loginItem_.openSystemSettingsLoginItems();
   }
 }

@@ -1,5 +1,5 @@
-// Every system service that Orvo uses, handed down from main.cpp, which owns them all. Each class
-// takes just the services it needs.
+// Every system service that Orvo uses, and the words that it has for them, handed down from main.cpp, which owns them
+// all. Each class takes just the services it needs.
 #pragma once
 
 namespace orvo {
@@ -21,6 +21,7 @@ class StatusBar;
 class UserDefaults;
 class Windows;
 class Workspace;
+struct Words;
 
 struct Platform {
   MainQueue& mainQueue;
@@ -40,6 +41,7 @@ struct Platform {
   Windows& windows;
   Pasteboard& pasteboard;
   ApplicationIcons& applicationIcons;
+  const Words& words;
 };
 
 }  // namespace orvo

@@ -4,6 +4,7 @@
 #include "platform/NotificationCenter.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,8 +41,9 @@ class Workspace {
   // Where the desktop's registry of applications has this identifier.
   virtual std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const = 0;
 
-  // Opening the bundle of a running copy asks that copy to reopen. Nothing is reported.
-  virtual void openURL(const std::string& url) = 0;
+  // Opening the bundle of a running copy asks that copy to reopen. `failed`, which may be empty, is called on a
+  // later turn of the main thread when nothing could be opened, as far as the system tells.
+  virtual void openURL(const std::string& url, std::function<void()> failed) = 0;
 
   // Posts applicationLaunched, applicationTerminated, willSleep, didWake and menuBarHostTerminated.
   virtual NotificationCenter& notificationCenter() = 0;

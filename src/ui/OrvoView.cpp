@@ -2,9 +2,11 @@
 
 #include "model/OrvoModel.h"
 #include "platform/Bundle.h"
+#include "platform/FileSystem.h"
 #include "platform/MainQueue.h"
 #include "platform/Pasteboard.h"
 #include "platform/ProcessInfo.h"
+#include "platform/Words.h"
 #include "platform/Workspace.h"
 
 #include <algorithm>
@@ -15,7 +17,7 @@ namespace orvo {
 
 namespace {
 
-constexpr std::string_view fallbackVersion = "0.2.0";
+constexpr const char* fallbackVersion = "0.2.0";
 constexpr const char* applicationsFolder = "/Applications";
 
 const std::pair<const char*, const char*> fixedTexts[] = {
@@ -25,7 +27,6 @@ const std::pair<const char*, const char*> fixedTexts[] = {
     {"iconsSubtitle", "Choose what stays. Orvo away the rest."},
     {"guideTitle", "Bring your icons back with the left arrow"},
     {"guideDetail", "Click Orvo in the menu bar. Right-click for settings."},
-    {"shortcut", "Control Option Command B"},
     {"find", "Find an app"},
     {"clearSearch", "Clear search"},
     {"refresh", "Refresh menu bar icons"},
@@ -45,11 +46,6 @@ const std::pair<const char*, const char*> fixedTexts[] = {
     {"rehideTitle", "Automatically hide again"},
     {"rehideDetail", "After revealing with Orvo or its shortcut."},
     {"aboutTagline", "A calmer menu bar."},
-    {"onThisMac", "ON THIS MAC"},
-    {"builtForTitle", "Built for macOS 27"},
-    {"builtForDetail",
-     "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons "
-     "from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar."},
 };
 
 struct PageTraits {
@@ -101,14 +97,22 @@ std::array<OrvoView::Label, 3> OrvoView::pages() const {
   return {label(Page::icons), label(Page::behavior), label(Page::about)};
 }
 
-std::string OrvoView::version() const {
-  const std::optional<InfoValue> value = platform_.bundle.infoValue("CFBundleShortVersionString");
+std::string OrvoView::version() const { return infoText("CFBundleShortVersionString", fallbackVersion); }
+
+std::string OrvoView::infoText(const char* key, const char* fallback) const {
+  const std::optional<InfoValue> value = platform_.bundle.infoValue(key);
   const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;
-  return text != nullptr ? *text : std::string(fallbackVersion);
+  return text != nullptr ? *text : fallback;
 }
 
 std::map<std::string, std::string> OrvoView::texts() const {
   std::map<std::string, std::string> texts(std::begin(fixedTexts), std::end(fixedTexts));
+  const Words& words = platform_.words;
+  texts["shortcut"] = words.spokenShortcut;
+  texts["shortcutSigns"] = words.shortcutSigns;
+  texts["onThisComputer"] = words.onThisComputer;
+  texts["builtForTitle"] = words.builtForTitle;
+  texts["builtForDetail"] = words.builtForDetail;
   texts["versionLine"] = "Orvo " + version();
   texts["aboutVersion"] = "Version " + version();
   return texts;
@@ -131,7 +135,10 @@ OrvoView::StateBadge OrvoView::stateBadge() const {
   return {false, false, "All visible"};
 }
 
-std::optional<std::string> OrvoView::message() const { return model_->message(); }
+std::optional<std::string> OrvoView::message() const {
+  if (notice_() && notice_()->page == page()) return notice_()->text;
+  return page() == Page::about ? std::nullopt : model_->message();
+}
 
 OrvoView::Guidance OrvoView::guidance() const {
   if (!model_->backendAvailable) return Guidance::unsupported;
@@ -139,9 +146,7 @@ OrvoView::Guidance OrvoView::guidance() const {
 }
 
 OrvoView::InformationCard OrvoView::unsupportedCard() const {
-  return {"This macOS build is not supported",
-          "Orvo cannot manage icons on this macOS version. All icons remain visible.", "exclamationmark.triangle",
-          true};
+  return {platform_.words.unsupportedTitle, platform_.words.unsupportedDetail, "exclamationmark.triangle", true};
 }
 
 std::array<OrvoView::SetupStep, 2> OrvoView::setupSteps() const {
@@ -155,16 +160,15 @@ OrvoView::SetupAdvice OrvoView::setupAdvice() const {
             "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
             "Open Applications"};
   }
-  return {"One permission, then you’re ready",
-          "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
-          "Open Settings…"};
+  return {"One permission, then you’re ready", platform_.words.accessibilityAdvice, "Open Settings…"};
 }
 
 void OrvoView::performSetupAction() {
   if (model_->nativeMenuBarReady) {
     model_->requestAccessibility();
   } else {
-    platform_.workspace.openURL(fileURL(applicationsFolder, true));
+    const std::string own = platform_.fileSystem.homeDirectoryForCurrentUser() + applicationsFolder;
+    open("Applications", {fileURL(applicationsFolder, true), fileURL(own, true)});
   }
 }
 
@@ -216,7 +220,7 @@ std::string OrvoView::emptyDetail() const {
   if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
   if (model_->isScanning()) return "This usually takes a moment.";
   return eitherText(offersClearSearch(), "Try a different app name or clear your search.",
-                    "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.");
+                    platform_.words.nothingFound);
 }
 
 bool OrvoView::showsListFooter() const { return model_->accessibilityGranted() && !model_->apps().empty(); }
@@ -232,7 +236,7 @@ std::string OrvoView::actionTitle() const {
 }
 
 std::string OrvoView::actionHint() const {
-  if (!model_->backendAvailable) return "Your icons remain visible on this macOS version.";
+  if (!model_->backendAvailable) return platform_.words.unsupportedHint;
   if (!model_->nativeMenuBarReady) return "Open the Applications copy to enable hiding.";
   if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
   if (model_->state() != BarState::visible) return "Click the left arrow to bring your icons back.";
@@ -245,7 +249,8 @@ OrvoView::PrimaryButton OrvoView::primaryButton() const {
   if (model_->state() == BarState::visible) {
     return {"Hide selected", "chevron.right", "Hide selected icons", "Hide selected icons", model_->canHide()};
   }
-  return {"", "chevron.left", "Reveal hidden icons", "Reveal hidden icons · ⌃⌥⌘B", true};
+  return {"", "chevron.left", "Reveal hidden icons", std::string("Reveal hidden icons · ") + platform_.words.shortcut,
+          true};
 }
 
 void OrvoView::performPrimaryAction() { model_->toggle(); }
@@ -300,7 +305,7 @@ std::vector<OrvoView::DiagnosticRow> OrvoView::diagnostics() const {
   const auto row = [](const char* title, bool ready, const char* whenReady, const char* whenNot) {
     return DiagnosticRow{title, eitherText(ready, whenReady, whenNot), ready};
   };
-  return {{"macOS", platform_.processInfo.operatingSystemVersionString(), std::nullopt},
+  return {{platform_.words.system, platform_.processInfo.operatingSystemVersionString(), std::nullopt},
           row("Installed application", model_->nativeMenuBarReady, "Ready", "Open from Applications"),
           row("Menu bar compatibility", model_->backendAvailable, "Available", "Unavailable"),
           row("Accessibility", model_->accessibilityGranted(), "Enabled", "Permission required"),
@@ -309,7 +314,8 @@ std::vector<OrvoView::DiagnosticRow> OrvoView::diagnostics() const {
 }
 
 std::string OrvoView::diagnosticsText() const {
-  return "Orvo " + version() + "\nmacOS: " + platform_.processInfo.operatingSystemVersionString() +
+  return "Orvo " + version() + '\n' + platform_.words.system + ": " +
+         platform_.processInfo.operatingSystemVersionString() +
          "\nInstalled application: " + eitherText(model_->nativeMenuBarReady, "ready", "not ready") +
          "\nMenu bar compatibility: " + eitherText(model_->backendAvailable, "available", "unavailable") +
          "\nAccessibility: " + eitherText(model_->accessibilityGranted(), "enabled", "not enabled") +
@@ -332,18 +338,40 @@ void OrvoView::copyDiagnostics() {
 }
 
 OrvoView::InformationCard OrvoView::privacyCard() const {
-  return {"Your choices stay on this Mac",
+  return {platform_.words.choicesStayHere,
           "Orvo needs no account and uses no analytics or screen recording. Your visibility choices are saved locally.",
           "lock.shield", false};
 }
 
-const std::array<OrvoView::Link, 2>& OrvoView::links() const {
-  static const std::array<Link, 2> all{
-      {{"Menu bar project", "https://example.org/menu-bar-project"},
-       {"macOS compatibility research", "https://example.org/macos-compatibility-research"}}};
-  return all;
+std::array<OrvoView::Link, 2> OrvoView::links() const {
+  return {{{infoText("OrvoProjectName", "How Orvo is built"), linkAddress("OrvoProjectAddress")},
+           {platform_.words.compatibilityResearch, linkAddress("OrvoResearchAddress")}}};
 }
 
-void OrvoView::openLink(std::size_t link) { platform_.workspace.openURL(links().at(link).address); }
+std::string OrvoView::linkAddress(const char* key) const {
+  const std::string address = infoText(key, "");
+  const bool isWhole = address.find("://") != std::string::npos;
+  return isWhole ? address : fileURL(platform_.bundle.path() + '/' + address, false);
+}
+
+void OrvoView::openLink(std::size_t link) {
+  const Link pressed = links().at(link);
+  open(pressed.label + " (" + pressed.address + ")", {pressed.address});
+}
+
+void OrvoView::open(const std::string& name, std::vector<std::string> places) {
+  notice_ = std::nullopt;
+  const std::string place = places.front();
+  places.erase(places.begin());
+  platform_.workspace.openURL(place, [weak = std::weak_ptr(self_), name, places = std::move(places)] {
+    const auto self = weak.lock();
+    if (!self) return;
+    places.empty() ? (*self)->sayUnopened(name) : (*self)->open(name, places);
+  });
+}
+
+void OrvoView::sayUnopened(const std::string& name) {
+  if (const char* const start = platform_.words.couldNotOpen) notice_ = Notice{page(), start + name + '.'};
+}
 
 }  // namespace orvo

@@ -124,6 +124,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   virtual std::map<std::string, std::string> texts() const;
   virtual Label statusLine() const;
   virtual StateBadge stateBadge() const;
+  // What the selected page has to tell: what it could not open, else the model's message.
   virtual std::optional<std::string> message() const;
 
   // Menu bar page.
@@ -174,10 +175,24 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   virtual Label copyButton() const;
   virtual void copyDiagnostics();
   virtual InformationCard privacyCard() const;
-  virtual const std::array<Link, 2>& links() const;
+  virtual std::array<Link, 2> links() const;
   virtual void openLink(std::size_t link);
 
  private:
+  struct Notice {
+    Page page;
+    std::string text;
+  };
+
+  // Of the bundle's information, where it is a text.
+  std::string infoText(const char* key, const char* fallback) const;
+  // A whole address, or a path inside the bundle.
+  std::string linkAddress(const char* key) const;
+  // Opens the first of the places that anything opens.
+  void open(const std::string& name, std::vector<std::string> places);
+  void sayUnopened(const std::string& name);
+
+  Published<std::optional<Notice>> notice_{willChange, std::nullopt};
   std::shared_ptr<OrvoModel> model_;
   const Platform platform_;
   ObjectWillChange::Token modelToken_ = ObjectWillChange::Token::none;

@@ -16,7 +16,7 @@ class OrvoMainTest : public testing::Test {
   // What was printed.
   std::string main() {
     std::ostringstream out;
-    OrvoMain::main({memory.bundle, memory.processInfo, memory.accessibility, memory.workspace}, out,
+    OrvoMain::main({memory.bundle, memory.processInfo, memory.accessibility, memory.workspace, memory.words}, out,
                    [this]() -> const Platform* {
                      ++platformsMade;
                      return &memory.platform;

@@ -29,7 +29,7 @@ class Launch(DesktopCase):
         for arguments in (["--diagnose"], ["--other", "--diagnose", "more"]):
             lines = self.diagnose(self.desktop.program, *arguments)
             self.assertEqual(len(lines), 7, lines)
-            labels = ["Orvo ", "OS: ", "Backend: ", "Accessibility: ", "Bundle: ", "Application path: ", "LaunchServices path: "]
+            labels = ["Orvo ", "OS: ", "Backend: ", "Accessibility: ", "Bundle: ", "Application path: ", "Desktop entry path: "]
             for line, label in zip(lines, labels):
                 self.assertTrue(line.startswith(label), line)
             self.assertRegex(lines[0], r"^Orvo \d+\.\d+\.\d+$")
@@ -44,7 +44,7 @@ class Launch(DesktopCase):
             answer = self.desktop.run([*own, os.path.abspath(INSTALL), self.desktop.bundle])
             self.assertEqual(answer.returncode, 0, answer.stderr)
         report = self.desktop.run([*own, f"{bundle}/bin/orvo", "--diagnose"]).stdout
-        self.assertIn(f"LaunchServices path: {bundle}\n", report)
+        self.assertIn(f"Desktop entry path: {bundle}\n", report)
         for file in ("data/dbus-1/services/local.orvo.MenuBarAgent.service", "config/systemd/user/orvo-agent.service"):
             with open(f"{home}/{file}", encoding="utf-8") as text:
                 self.assertIn(f"{bundle}/bin/orvo-agent", text.read())
@@ -62,7 +62,7 @@ class Launch(DesktopCase):
     def test_the_report_tells_a_desktop_without_accessibility(self):
         self.desktop.set_accessibility(False)
         try:
-            self.assertIn("Accessibility: not granted to this process", self.diagnose(self.desktop.program, "--diagnose"))
+            self.assertIn("Accessibility: switched off", self.diagnose(self.desktop.program, "--diagnose"))
         finally:
             self.desktop.set_accessibility(True)
 
@@ -115,11 +115,11 @@ class WithoutParts(DesktopCase):
         """Orvo runs, says what is missing, and every icon stays."""
         desktop = self.desktop
         report = desktop.run([desktop.program, "--diagnose"]).stdout
-        self.assertIn("\nBackend: This macOS build does not expose the expected menu bar protocol. "
+        self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
                       "Icons will remain visible.\n", report)
         desktop.start_orvo(ready=False)
         try:
-            desktop.expect_told("This macOS build is not supported")
+            desktop.expect_told("This desktop is not supported")
             self.assertFalse(desktop.can_hide())
             self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
         finally:

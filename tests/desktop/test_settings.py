@@ -126,6 +126,14 @@ class Settings(DesktopCase):
         self.assertTrue(text.startswith("Orvo "), text)
         self.assertIn("\nAccessibility: enabled", text)
 
+    def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
+        os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))
+        self.press("About Orvo")
+        shown = self.desktop.application().shown_from_now_on()
+        self.press("Linux compatibility research")
+        wait(lambda: any(element.role == "notification" and "linux.md" in element.name for element in shown), 5,
+             "the announcement")
+
     def test_the_window_closes_without_ending_orvo_and_comes_back_from_the_menu(self):
         self.desktop.close_window(self.desktop.settings_window())
         stays(lambda: self.desktop.orvo.poll() is None, 0.3, "Orvo running")

@@ -14,6 +14,7 @@
 #include "platform/StatusBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/Window.h"
+#include "platform/Words.h"
 #include "support/AsciiText.h"
 #include "support/ManualExecutor.h"
 #include "support/ManualMainQueue.h"
@@ -225,10 +226,11 @@ class MemoryPlatform {
   MemoryPasteboard pasteboard;
   MemoryApplicationIcons applicationIcons;
   MemoryFramework framework;
+  Words words = macWords;
 
-  const Platform platform{mainQueue,   scanExecutor,  userDefaults, bundle,     processInfo,     fileSystem,
-                          workspace,   accessibility, eventTaps,    hotKeys,    loginItem,       localizedText,
-                          application, statusBar,     windows,      pasteboard, applicationIcons};
+  const Platform platform{mainQueue,   scanExecutor,  userDefaults, bundle,     processInfo,      fileSystem,
+                          workspace,   accessibility, eventTaps,    hotKeys,    loginItem,        localizedText,
+                          application, statusBar,     windows,      pasteboard, applicationIcons, words};
 };
 
 }  // namespace orvo

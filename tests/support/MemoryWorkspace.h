@@ -13,6 +13,7 @@ class MemoryWorkspace : public Workspace {
   std::vector<RunningApplication> running;
   std::map<std::string, std::string> registered;
   std::vector<std::string> openedURLs;
+  bool opensNothing = false;
 
   void launch(const std::string& bundleIdentifier, std::int32_t pid) {
     running.push_back({bundleIdentifier, pid, std::nullopt, std::nullopt});
@@ -37,7 +38,10 @@ class MemoryWorkspace : public Workspace {
     const auto found = registered.find(bundleIdentifier);
     return found == registered.end() ? std::nullopt : std::optional(found->second);
   }
-  void openURL(const std::string& url) override { openedURLs.push_back(url); }
+  void openURL(const std::string& url, std::function<void()> failed) override {
+    openedURLs.push_back(url);
+    if (opensNothing && failed) failed();
+  }
   NotificationCenter& notificationCenter() override { return center_; }
 
  private:

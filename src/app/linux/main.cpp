@@ -1,6 +1,7 @@
 // Picks the adapters of the Linux desktop, wires them and starts Orvo.
 #include "app/OrvoMain.h"
 #include "bridge/FrameworkEntry.h"
+#include "platform/linux/LinuxWords.h"
 #include "platform/linux/desktop/AccessibilityGuard.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
 #include "platform/linux/desktop/BusApplication.h"
@@ -118,17 +119,17 @@ struct Program {
       adapters.early.processInfo, adapters.fileSystem, adapters.early.workspace, adapters.early.accessibility,
       adapters.eventTaps,         adapters.hotKeys,    adapters.loginItem,       adapters.localizedText,
       adapters.application,       adapters.statusBar,  adapters.windows,         adapters.pasteboard,
-      adapters.applicationIcons};
+      adapters.applicationIcons,  linuxWords};
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
   EarlyAdapters early({argv, argv + argc});
-  setConcealmentFramework(&early.framework);
+  setConcealmentFramework(&early.framework, linuxWords);
   std::unique_ptr<Program> program;
   bool hasDisplay = true;
-  OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace}, std::cout,
+  OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace, linuxWords}, std::cout,
                  [&]() -> const Platform* {
                    hasDisplay = XConnection::canOpen();
                    if (!hasDisplay) return nullptr;

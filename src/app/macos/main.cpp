@@ -1,6 +1,7 @@
 // Picks the adapters of macOS, wires them and starts Orvo.
 #include "app/OrvoMain.h"
 #include "bridge/FrameworkEntry.h"
+#include "platform/Words.h"
 #include "platform/common/SettingsWindows.h"
 #include "platform/common/ThreadExecutor.h"
 #include "platform/macos/appkit/CocoaApplication.h"
@@ -58,16 +59,16 @@ struct Adapters {
   CocoaIcons applicationIcons{mainQueue};
   Platform platform{mainQueue,       scanExecutor,        userDefaults, early.bundle, early.processInfo, fileSystem,
                     early.workspace, early.accessibility, eventTaps,    hotKeys,      loginItem,         localizedText,
-                    application,     statusBar,           windows,      pasteboard,   applicationIcons};
+                    application,     statusBar,           windows,      pasteboard,   applicationIcons,  macWords};
 };
 
 }  // namespace
 
 int main() {
   EarlyAdapters early;
-  setConcealmentFramework(&early.framework);
+  setConcealmentFramework(&early.framework, macWords);
   std::unique_ptr<Adapters> adapters;
-  OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace}, std::cout,
+  OrvoMain::main({early.bundle, early.processInfo, early.accessibility, early.workspace, macWords}, std::cout,
                  [&]() -> const Platform* {
                    adapters = std::make_unique<Adapters>(early);
                    return &adapters->platform;

@@ -33,7 +33,7 @@ ScrollPage {
         }
     }
     SettingsSection {
-        title: View.texts.onThisMac
+        title: View.texts.onThisComputer
 
         Column {
             spacing: 9
@@ -84,9 +84,13 @@ ScrollPage {
             width: parent.width
             wrapMode: Text.Wrap
         }
-        Row {
+        Item {
+            height: 1
+            width: 1
+        }
+        Flow {
             spacing: 18
-            topPadding: 5
+            width: parent.width
 
             Repeater {
                 model: View.linkLabels
@@ -100,5 +104,8 @@ ScrollPage {
                 }
             }
         }
+    }
+    MessageView {
+        width: parent.width
     }
 }

@@ -23,11 +23,20 @@ FocusScope {
         opacity = 1;
         visible = true;
     }
+    Accessible.description: detail
     Accessible.name: name
     Accessible.role: Accessible.ListItem
     onActiveFocusChanged: if (activeFocus)
         entered()
 
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.hover
+        visible: hover.hovered
+    }
+    HoverHandler {
+        id: hover
+    }
     RowIcon {
         id: icon
 
@@ -56,8 +65,9 @@ FocusScope {
 
         BodyText {
             elide: Text.ElideRight
-            font.weight: Font.Medium
+            font.weight: Theme.titleWeight
             maximumLineCount: 1
+            spoken: false
             text: row.name
             width: parent.width
         }
@@ -65,6 +75,7 @@ FocusScope {
             color: Theme.secondary
             elide: Text.ElideRight
             font.pixelSize: Theme.smallSize
+            spoken: false
             text: row.detail
             width: parent.width
         }

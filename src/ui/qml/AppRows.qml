@@ -18,13 +18,24 @@ ListView {
     function showCurrent() {
         positionViewAtIndex(currentIndex, ListView.Contain);
     }
+    // The row that the key leads to from another one; undefined for a key that leads nowhere.
+    function place(key, from) {
+        return new Map([[Qt.Key_PageDown, from + rowsAPage], [Qt.Key_PageUp, from - rowsAPage], [Qt.Key_Home, 0], [Qt.Key_End, count - 1]]).get(key);
+    }
+    // Without the focus: it stays where it is.
+    function scrollByKey(key) {
+        const row = place(key, indexAt(1, contentY + 1));
+        if (row !== undefined)
+            positionViewAtIndex(Math.max(0, Math.min(count - 1, row)), ListView.Beginning);
+        return row !== undefined;
+    }
 
     activeFocusOnTab: true
-    boundsBehavior: Flickable.StopAtBounds
     cacheBuffer: 0
     reuseItems: true
     clip: true
     highlightFollowsCurrentItem: false
+    interactive: false
     keyNavigationEnabled: false
     model: View.rows
     Accessible.name: View.texts.apps
@@ -33,10 +44,10 @@ ListView {
     Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
     Keys.onDownPressed: goTo(currentIndex + 1)
     Keys.onPressed: event => {
-        const jumps = new Map([[Qt.Key_PageDown, currentIndex + rowsAPage], [Qt.Key_PageUp, currentIndex - rowsAPage], [Qt.Key_Home, 0], [Qt.Key_End, count - 1]]);
-        event.accepted = jumps.has(event.key);
+        const row = place(event.key, currentIndex);
+        event.accepted = row !== undefined;
         if (event.accepted)
-            goTo(jumps.get(event.key));
+            goTo(row);
     }
     Keys.onUpPressed: goTo(currentIndex - 1)
 

@@ -20,6 +20,7 @@ ScrollPage {
                 title: View.texts.loginTitle
             }
             LoginSwitch {
+                detail: View.texts.loginDetail
                 label: View.texts.loginTitle
             }
         }
@@ -49,12 +50,16 @@ ScrollPage {
         RowLayout {
             spacing: 20
             width: parent.width
+            Accessible.description: View.shortcutDetail
+            Accessible.name: View.texts.shortcutTitle + ": " + View.texts.shortcut
+            Accessible.role: Accessible.StaticText
 
             SettingLabel {
                 detail: View.shortcutDetail
                 title: View.texts.shortcutTitle
             }
             ShortcutBadge {
+                spoken: false
             }
         }
         Divider {
@@ -70,7 +75,8 @@ ScrollPage {
             }
             RehidePicker {
                 Layout.preferredWidth: 145
-                label: View.texts.rehideTitle
+                detail: View.texts.rehideDetail
+                name: View.texts.rehideTitle
             }
         }
     }

@@ -1,4 +1,4 @@
-// What a control without a text says of itself while the pointer rests on it.
+// What a control without a text says of itself while the pointer rests on it. Above it, where no choices are.
 import QtQuick
 import QtQuick.Templates as T
 import orvo.settings
@@ -13,12 +13,18 @@ T.ToolTip {
     margins: 6
     verticalPadding: 5
     x: (parent.width - width) / 2
-    y: parent.height + 6
+    y: -height - 6
 
     background: Panel {
         borderColor: Theme.controlOutline
         color: Theme.popup
         radius: 6
+
+        Shadow {
+            anchors.fill: parent
+            radius: 6
+            z: -1
+        }
     }
     contentItem: BodyText {
         font.pixelSize: Theme.captionSize

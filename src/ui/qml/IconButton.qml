@@ -7,7 +7,6 @@ PlainButton {
 
     required property string symbol
 
-    opacity: enabled ? 1 : 0.4
     toolTip: name
 
     background: Panel {

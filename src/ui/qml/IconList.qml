@@ -1,5 +1,4 @@
-// The card with the search field, the applications or what stands in their place, and their count. Escape
-// anywhere in it empties the search.
+// The card with the search field, the applications or what stands in their place, and their count.
 import QtQuick
 import orvo.settings
 
@@ -9,15 +8,15 @@ FocusScope {
     function focusSearch() {
         toolbar.focusSearch();
     }
+    function takeFocus() {
+        toolbar.takeFocus();
+    }
     function clearSearch() {
         View.clearSearch();
         focusSearch();
     }
-
-    Keys.onEscapePressed: event => {
-        event.accepted = View.searchText !== "";
-        if (event.accepted)
-            clearSearch();
+    function scrollByKey(key) {
+        return rows.visible && rows.scrollByKey(key);
     }
 
     Panel {
@@ -39,7 +38,13 @@ FocusScope {
         anchors.top: toolbar.bottom
         width: parent.width
     }
+    ScrollWheel {
+        notch: 3 * rows.rowHeight
+        view: rows
+    }
     AppRows {
+        id: rows
+
         anchors.bottom: footer.top
         anchors.left: parent.left
         anchors.margins: 1

@@ -1,20 +1,42 @@
-// Which applications own icons, what becomes of each, and the button that hides or reveals them.
+// Which applications own icons, what becomes of each, and the button that hides or reveals them. The list scrolls by
+// itself; where the window has no room for two rows of it, the page does.
 import QtQuick
 import QtQuick.Layouts
 import orvo.settings
 
-FocusScope {
+ScrollArea {
+    id: page
+
     function focusSearch() {
         list.focusSearch();
     }
+    function clearSearch() {
+        if (View.searchText === "")
+            return false;
+        list.clearSearch();
+        return true;
+    }
+    function scrollByKey(key) {
+        return list.scrollByKey(key);
+    }
+    function takeFocus() {
+        if (guidance.item && guidance.item.takeFocus)
+            return guidance.item.takeFocus();
+        if (View.searchEnabled)
+            list.takeFocus();
+        return View.searchEnabled;
+    }
+
+    contentHeight: Math.max(height, column.implicitHeight + 46)
 
     ColumnLayout {
-        anchors.bottomMargin: 22
-        anchors.fill: parent
-        anchors.leftMargin: 28
-        anchors.rightMargin: 28
-        anchors.topMargin: 24
+        id: column
+
+        height: page.contentHeight - 46
         spacing: 16
+        width: Math.min(page.width - 56, Theme.contentWidth)
+        x: 28
+        y: 24
 
         RowLayout {
             PageHeader {
@@ -26,6 +48,8 @@ FocusScope {
             }
         }
         Loader {
+            id: guidance
+
             Layout.fillWidth: true
             source: ["UnsupportedCard.qml", "RevealGuide.qml", "SetupCard.qml"][View.guidance]
         }
@@ -34,6 +58,7 @@ FocusScope {
 
             Layout.fillHeight: true
             Layout.fillWidth: true
+            Layout.minimumHeight: 176
             focus: true
         }
         MessageView {

@@ -15,7 +15,7 @@ Panel {
         anchors.leftMargin: 15
         anchors.top: texts.top
         anchors.topMargin: -1
-        color: parent.card.attention ? Theme.attention : Theme.accentSymbol
+        color: parent.card.attention ? Theme.attention : Theme.orvoAccent
         name: parent.card.symbol
         size: 20
         weight: 1.5

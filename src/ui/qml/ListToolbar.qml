@@ -11,6 +11,10 @@ FocusScope {
         search.selectAll();
     }
 
+    function takeFocus() {
+        search.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     implicitHeight: 42
 
     RowLayout {
@@ -22,7 +26,7 @@ FocusScope {
         Symbol {
             color: Theme.secondary
             name: "magnifyingglass"
-            opacity: search.enabled ? 1 : 0.4
+            opacity: search.opacity
             size: 15
         }
         SearchField {
@@ -43,27 +47,45 @@ FocusScope {
                 search.forceActiveFocus(Qt.OtherFocusReason);
             }
         }
-        IconButton {
+        // Whichever of the two shows has the focus that the other had.
+        FocusScope {
+            id: refreshing
+
+            readonly property bool scanning: View.isScanning
+
             Layout.preferredHeight: 22
             Layout.preferredWidth: 22
-            enabled: View.refreshEnabled
-            name: View.texts.refresh
-            symbol: "arrow.clockwise"
-            visible: !View.isScanning
-            onClicked: View.refresh()
-        }
-        Item {
-            Layout.leftMargin: 2
-            Layout.preferredHeight: 22
-            Layout.preferredWidth: 18
-            Layout.rightMargin: 2
-            visible: View.isScanning
-            Accessible.name: View.texts.refreshing
-            Accessible.role: Accessible.Animation
+            onScanningChanged: if (activeFocus)
+                (scanning ? progress : refresh).forceActiveFocus(Qt.OtherFocusReason)
 
-            Spinner {
-                anchors.centerIn: parent
-                width: 14
+            IconButton {
+                id: refresh
+
+                anchors.fill: parent
+                enabled: View.refreshEnabled
+                name: View.texts.refresh
+                symbol: "arrow.clockwise"
+                visible: !refreshing.scanning
+                onClicked: View.refresh()
+            }
+            Item {
+                id: progress
+
+                activeFocusOnTab: true
+                height: 22
+                visible: refreshing.scanning
+                width: 18
+                x: 2
+                Accessible.name: View.texts.refreshing
+                Accessible.role: Accessible.Animation
+
+                Spinner {
+                    anchors.centerIn: parent
+                    width: 14
+                }
+                FocusRing {
+                    target: progress
+                }
             }
         }
     }

@@ -9,6 +9,7 @@ T.Switch {
     objectName: "loginSwitch"
 
     required property string label
+    required property string detail
 
     function ask(enabled) {
         checked = Qt.binding(() => View.launchAtLogin);
@@ -19,6 +20,8 @@ T.Switch {
     focusPolicy: Qt.TabFocus
     implicitHeight: 22
     implicitWidth: 38
+    opacity: enabled ? 1 : Theme.disabled
+    Accessible.description: detail
     Accessible.name: label
     Accessible.onPressAction: ask(!checked)
     Accessible.onToggleAction: ask(!checked)

@@ -1,43 +1,61 @@
 // One option of an open picker.
 import QtQuick
-import QtQuick.Templates as T
 import orvo.settings
 
-T.ItemDelegate {
+Item {
     id: option
 
     required property bool chosen
+    required property bool highlighted
+    required property string text
+    signal entered
+    signal picked
 
-    font.pixelSize: Theme.bodySize
-    hoverEnabled: true
     implicitHeight: 27
     Accessible.checkable: true
     Accessible.checked: chosen
+    Accessible.focusable: true
     Accessible.name: text
-    Accessible.onPressAction: clicked()
+    Accessible.onPressAction: picked()
+    Accessible.role: Accessible.ListItem
+    Accessible.selectable: true
+    Accessible.selected: chosen
+    Keys.onEnterPressed: picked()
+    Keys.onReturnPressed: picked()
+    Keys.onSpacePressed: picked()
 
-    background: Panel {
-        color: option.highlighted ? Theme.accentFill : "transparent"
+    Panel {
+        anchors.fill: parent
+        color: !option.highlighted ? "transparent" : tap.pressed ? Theme.accentFillPressed : Theme.accentFill
         radius: 5
     }
-    contentItem: Item {
-        Symbol {
-            anchors.left: parent.left
-            anchors.leftMargin: 7
-            anchors.verticalCenter: parent.verticalCenter
-            color: option.highlighted ? Theme.accentContrast : Theme.text
-            name: "checkmark"
-            size: 13
-            visible: option.chosen
-            weight: 1.7
-        }
-        BodyText {
-            anchors.left: parent.left
-            anchors.leftMargin: 26
-            anchors.verticalCenter: parent.verticalCenter
-            color: option.highlighted ? Theme.accentContrast : Theme.text
-            spoken: false
-            text: option.text
-        }
+    Symbol {
+        anchors.left: parent.left
+        anchors.leftMargin: 5
+        anchors.verticalCenter: parent.verticalCenter
+        color: option.highlighted ? Theme.accentContrast : Theme.text
+        name: "checkmark"
+        size: 13
+        visible: option.chosen
+        weight: 1.7
+    }
+    BodyText {
+        anchors.left: parent.left
+        anchors.leftMargin: 22
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        color: option.highlighted ? Theme.accentContrast : Theme.text
+        elide: Text.ElideRight
+        spoken: false
+        text: option.text
+    }
+    HoverHandler {
+        onHoveredChanged: if (hovered)
+            option.entered()
+    }
+    TapHandler {
+        id: tap
+
+        onTapped: option.picked()
     }
 }

@@ -1,4 +1,4 @@
-// The model's message, to be read and copied.
+// What the page has to tell, to be read and copied. Spoken when it comes.
 import QtQuick
 import orvo.settings
 
@@ -19,6 +19,7 @@ Item {
     SelectableText {
         id: text
 
+        activeFocusOnTab: true
         anchors.left: parent.left
         anchors.leftMargin: 24
         anchors.right: parent.right
@@ -26,5 +27,9 @@ Item {
         font.pixelSize: Theme.smallSize
         text: View.message
         wrapMode: TextEdit.Wrap
+        Accessible.name: View.message
+        Accessible.readOnly: true
+        Accessible.role: Accessible.Notification
+        Accessible.selectableText: true
     }
 }

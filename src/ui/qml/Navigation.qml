@@ -5,6 +5,10 @@ import orvo.settings
 Rectangle {
     property real titleBarHeight: 0
 
+    function takeFocus() {
+        items.itemAt(View.page).forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     color: Theme.column
 
     Row {

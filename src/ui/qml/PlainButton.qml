@@ -12,8 +12,10 @@ T.Button {
 
     focusPolicy: Qt.TabFocus
     font.pixelSize: Theme.bodySize
+    hoverEnabled: true
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    opacity: enabled ? 1 : Theme.disabled
     Accessible.name: name
     Accessible.description: toolTip === name ? "" : toolTip
     Accessible.onPressAction: if (enabled)

@@ -6,17 +6,16 @@ PlainButton {
     id: button
 
     required property string symbol
-    readonly property color textColor: enabled ? Theme.accentContrast : Theme.secondary
+    readonly property color textColor: enabled ? Theme.accentContrast : Theme.text
 
     font.weight: Font.DemiBold
+    implicitHeight: 36
     leftPadding: 18
     rightPadding: text === "" ? 18 : 14
-    topPadding: 9
-    bottomPadding: 9
     ringRadius: 11
 
     background: Panel {
-        color: !button.enabled ? Theme.track : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
+        color: !button.enabled ? Theme.quietButton : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
         radius: 8
     }
     contentItem: Row {

@@ -6,6 +6,9 @@ PlainButton {
     id: button
 
     property string symbol
+    // What to press next.
+    property bool prominent: false
+    readonly property color textColor: prominent ? Theme.accentContrast : Theme.text
 
     leftPadding: 13
     rightPadding: 13
@@ -13,29 +16,25 @@ PlainButton {
     bottomPadding: 6
     ringRadius: 9
 
-    background: Panel {
-        borderColor: Theme.controlOutline
-        color: Theme.control
-        radius: 6.5
-
-        Panel {
-            anchors.fill: parent
-            color: button.down ? Theme.pressed : button.hovered ? Theme.hover : "transparent"
-            radius: parent.radius
-        }
+    background: ControlPanel {
+        borderColor: button.prominent ? "transparent" : Theme.controlOutline
+        color: button.prominent ? Theme.accentFill : Theme.control
+        down: button.down
+        hovered: button.hovered
     }
     contentItem: Row {
         spacing: 6
 
         Symbol {
             anchors.verticalCenter: parent.verticalCenter
-            color: Theme.text
+            color: button.textColor
             name: button.symbol
             size: 14
             visible: name !== ""
         }
         BodyText {
             anchors.verticalCenter: parent.verticalCenter
+            color: button.textColor
             font: button.font
             spoken: false
             text: button.text

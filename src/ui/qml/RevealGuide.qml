@@ -27,7 +27,7 @@ Panel {
 
             Symbol {
                 anchors.centerIn: parent
-                color: Theme.accentSymbol
+                color: Theme.orvoAccent
                 name: "chevron.left"
                 size: 16
                 weight: 2
@@ -38,7 +38,7 @@ Panel {
 
             BodyText {
                 Layout.fillWidth: true
-                font.weight: Font.Medium
+                font.weight: Theme.titleWeight
                 text: View.texts.guideTitle
                 wrapMode: Text.Wrap
             }

@@ -10,6 +10,7 @@ T.TextField {
     enabled: View.searchEnabled
     font.pixelSize: Theme.bodySize
     implicitHeight: 26
+    opacity: enabled ? 1 : Theme.disabled
     placeholderText: View.texts.find
     placeholderTextColor: Theme.tertiary
     renderType: Text.NativeRendering

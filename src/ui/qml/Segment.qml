@@ -9,7 +9,7 @@ BodyText {
     required property color chosenColor
     signal picked
 
-    color: chosen ? chosenColor : Theme.secondary
+    color: chosen ? chosenColor : hover.hovered ? Theme.text : Theme.secondary
     focus: chosen
     font.pixelSize: Theme.smallSize
     font.weight: chosen ? Font.DemiBold : Font.Normal
@@ -27,7 +27,19 @@ BodyText {
     Keys.onReturnPressed: picked()
     Keys.onSpacePressed: picked()
 
+    Panel {
+        anchors.fill: parent
+        anchors.margins: 2
+        color: tap.pressed ? Theme.pressed : hover.hovered && !segment.chosen ? Theme.hover : "transparent"
+        radius: 5.5
+        z: -1
+    }
+    HoverHandler {
+        id: hover
+    }
     TapHandler {
+        id: tap
+
         onTapped: segment.picked()
     }
     FocusRing {

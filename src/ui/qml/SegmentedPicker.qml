@@ -10,6 +10,7 @@ FocusScope {
     signal chosen(bool hide)
 
     implicitHeight: 26
+    opacity: enabled ? 1 : Theme.disabled
     Accessible.name: label
     Accessible.role: Accessible.Grouping
     Keys.onLeftPressed: chosen(false)
@@ -21,8 +22,8 @@ FocusScope {
         radius: 7
     }
     Panel {
-        borderColor: picker.hide || !picker.enabled ? "transparent" : Theme.controlOutline
-        color: !picker.enabled ? Theme.pressed : picker.hide ? Theme.accentFill : Theme.thumb
+        borderColor: picker.hide ? "transparent" : Theme.controlOutline
+        color: picker.hide ? Theme.accentFill : Theme.thumb
         height: parent.height - 4
         radius: 5.5
         width: parent.width / 2 - 3
@@ -47,7 +48,7 @@ FocusScope {
                 required property string modelData
 
                 chosen: picker.hide === (index === 1)
-                chosenColor: picker.enabled && picker.hide ? Theme.accentContrast : Theme.text
+                chosenColor: picker.hide ? Theme.accentContrast : Theme.text
                 height: parent.height
                 text: modelData
                 width: parent.width / 2

@@ -1,4 +1,4 @@
-// A setting's title above what it does.
+// A setting's title above what it does. Its control says both.
 import QtQuick
 import QtQuick.Layouts
 import orvo.settings
@@ -12,7 +12,8 @@ ColumnLayout {
 
     BodyText {
         Layout.fillWidth: true
-        font.weight: Font.Medium
+        spoken: false
+        font.weight: Theme.titleWeight
         text: parent.title
         wrapMode: Text.Wrap
     }
@@ -20,6 +21,7 @@ ColumnLayout {
         Layout.fillWidth: true
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
+        spoken: false
         text: parent.detail
         wrapMode: Text.Wrap
     }

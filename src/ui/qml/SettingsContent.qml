@@ -8,6 +8,7 @@ FocusScope {
     property bool searchWanted: false
     // The part at the top that lies under the window's title bar.
     property real titleBarHeight: 0
+    readonly property Item focused: Window.activeFocusItem
 
     function focusSearch() {
         if (!searchWanted || !page.item || !page.item.focusSearch)
@@ -15,7 +16,34 @@ FocusScope {
         searchWanted = false;
         page.item.focusSearch();
     }
+    function takeFocus() {
+        if (!page.item || !page.item.takeFocus())
+            navigation.takeFocus();
+    }
+    // Whatever had the focus may have gone: its row, its card, its message, or the use of it.
+    function keepFocus() {
+        let place = focused;
+        while (place && !place.activeFocusOnTab && place !== content)
+            place = place.parent;
+        const lost = !focused || focused === content.parent || place === content || (place && !(focused.visible && focused.enabled));
+        if (lost)
+            takeFocus();
+    }
 
+    focus: true
+    Component.onCompleted: takeFocus()
+    Keys.onEscapePressed: if (!page.item.clearSearch || !page.item.clearSearch())
+        Window.window.close()
+    Keys.onPressed: event => event.accepted = page.item.scrollByKey(event.key)
+    onFocusedChanged: Qt.callLater(keepFocus)
+
+    Connections {
+        function onChanged() {
+            Qt.callLater(content.keepFocus);
+        }
+
+        target: View
+    }
     Rectangle {
         anchors.fill: parent
         color: Theme.window
@@ -53,5 +81,9 @@ FocusScope {
             View.page = 0;
             content.focusSearch();
         }
+    }
+    Shortcut {
+        sequence: "Ctrl+W"
+        onActivated: content.Window.window.close()
     }
 }

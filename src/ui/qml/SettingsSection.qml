@@ -18,6 +18,7 @@ Column {
         font.letterSpacing: 0.6
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold
+        spoken: false
         text: section.title
     }
     Panel {

@@ -4,6 +4,11 @@ import QtQuick.Layouts
 import orvo.settings
 
 Panel {
+    function takeFocus() {
+        advised.forceActiveFocus(Qt.OtherFocusReason);
+        return true;
+    }
+
     borderColor: Theme.setupOutline
     color: Theme.setupFill
     implicitHeight: column.implicitHeight + 30
@@ -18,7 +23,8 @@ Panel {
         anchors.verticalCenter: parent.verticalCenter
         spacing: 13
 
-        Row {
+        Flow {
+            Layout.fillWidth: true
             spacing: 30
 
             Repeater {
@@ -56,6 +62,9 @@ Panel {
                 }
             }
             PushButton {
+                id: advised
+
+                prominent: true
                 text: View.setupAdvice.button
                 onClicked: View.performSetupAction()
             }

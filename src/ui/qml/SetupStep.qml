@@ -36,7 +36,7 @@ Row {
     BodyText {
         anchors.verticalCenter: parent.verticalCenter
         color: parent.step.complete ? Theme.text : Theme.secondary
-        font.weight: Font.Medium
+        font.weight: Theme.titleWeight
         spoken: false
         text: parent.step.title
     }

@@ -1,13 +1,22 @@
-// The global shortcut, "⌃ ⌥ ⌘ B", in signs drawn by us, since few fonts have them all. Spoken in words.
+// The global shortcut's signs. The Mac's are drawn by us, since few fonts have them all. Spoken in words, unless its
+// parent speaks for it.
 import QtQuick
 import orvo.settings
 
 Panel {
+    property bool spoken: true
+    readonly property var drawings: ({
+            "⌃": "control",
+            "⌥": "option",
+            "⌘": "command"
+        })
+
     borderColor: Theme.divider
     color: Theme.badge
     implicitHeight: 24
     implicitWidth: signs.implicitWidth + 18
     radius: 6
+    Accessible.ignored: !spoken
     Accessible.name: View.texts.shortcut
     Accessible.role: Accessible.StaticText
 
@@ -18,24 +27,37 @@ Panel {
         spacing: 5
 
         Repeater {
-            model: ["control", "option", "command"]
+            model: View.texts.shortcutSigns.split(" ")
 
-            Symbol {
+            Item {
                 required property string modelData
+                readonly property string drawing: drawings[modelData] ?? ""
 
                 anchors.verticalCenter: parent.verticalCenter
-                color: Theme.secondary
-                name: modelData
-                size: 12
-                weight: 1.2
+                implicitHeight: 16
+                implicitWidth: drawing !== "" ? symbol.width : sign.implicitWidth
+
+                Symbol {
+                    id: symbol
+
+                    anchors.centerIn: parent
+                    color: Theme.secondary
+                    name: drawing
+                    size: 12
+                    weight: 1.2
+                }
+                BodyText {
+                    id: sign
+
+                    anchors.centerIn: parent
+                    color: Theme.secondary
+                    font.pixelSize: Theme.smallSize
+                    font.weight: Font.Medium
+                    spoken: false
+                    text: modelData
+                    visible: drawing === ""
+                }
             }
-        }
-        BodyText {
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
-            font.weight: Font.Medium
-            spoken: false
-            text: "B"
         }
     }
 }

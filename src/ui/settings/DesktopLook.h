@@ -17,6 +17,8 @@ class DesktopLook : public QObject, public EngineSingleton<DesktopLook> {
 
   Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
   Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY changed)
+  // A weight between regular and bold where the font has one, else bold.
+  Q_PROPERTY(int titleWeight READ titleWeight CONSTANT)
 
  public:
   // Follows `appearance`, which outlives it.
@@ -25,6 +27,7 @@ class DesktopLook : public QObject, public EngineSingleton<DesktopLook> {
 
   bool isDark() const;
   bool reducesMotion() const { return appearance_.traits().reducesMotion; }
+  static int titleWeight();
 
  signals:
   void changed();

@@ -1,4 +1,5 @@
-// Tells assistive programs which items are disabled: Qt 6.4 leaves that state out for Qt Quick.
+// Tells assistive programs what Qt 6.4 leaves out or has wrong for Qt Quick: which items are disabled, that the focus
+// is one item's, what a text or a picker says, and that a message has come.
 #pragma once
 
 namespace orvo {

@@ -36,9 +36,15 @@ constexpr std::chrono::milliseconds frameSettles{500};
 
 QSize toSize(Size size) { return {static_cast<int>(size.width), static_cast<int>(size.height)}; }
 
-QList<QRect> screenAreas() {
+// What a screen has for the content: its panels and a usual title bar are left out.
+QRect contentArea(const QScreen& screen) {
+  constexpr int titleBar = 30;
+  return screen.availableGeometry().adjusted(0, 0, 0, -titleBar);
+}
+
+QList<QRect> contentAreas() {
   QList<QRect> areas;
-  for (const QScreen* screen : QGuiApplication::screens()) areas << screen->availableGeometry();
+  for (const QScreen* screen : QGuiApplication::screens()) areas << contentArea(*screen);
   return areas;
 }
 
@@ -108,9 +114,10 @@ void SettingsWindow::open() {
   quickView_->setIcon(QIcon(QStringLiteral(":/orvo/symbols/orvo.svg")));
   quickView_->setTitle(QString::fromStdString(description_.title));
   quickView_->setFlags(windowFlags(description_.styleMask));
-  quickView_->setMinimumSize(toSize(description_.minimumSize));
+  connect(quickView_.get(), &QWindow::screenChanged, this, &SettingsWindow::boundMinimum);
   quickView_->setResizeMode(QQuickView::SizeRootObjectToView);
   quickView_->resize(toSize(description_.contentSize));
+  boundMinimum();
   quickView_->setSource(contentAddress);
   quickView_->installEventFilter(this);
 }
@@ -120,16 +127,25 @@ void SettingsWindow::dress() {
   if (QQuickItem* const content = quickView_->rootObject()) content->setProperty("titleBarHeight", covered);
 }
 
+// Below the least size of its content, which then scrolls, where the screen has no room for that.
+void SettingsWindow::boundMinimum() {
+  const QScreen* const screen = quickView_ ? quickView_->screen() : nullptr;
+  const QSize least = toSize(description_.minimumSize);
+  if (screen == nullptr) return;
+  quickView_->setMinimumSize(least.boundedTo(contentArea(*screen).size()));
+  connect(screen, &QScreen::availableGeometryChanged, this, &SettingsWindow::boundMinimum, Qt::UniqueConnection);
+}
+
 void SettingsWindow::applyFrame() {
-  const QSize minimum = toSize(description_.minimumSize);
+  const QScreen* const screen = quickView_->screen();
   if (frame_) {
-    const auto frame = fitted(*frame_, minimum, screenAreas()).value_or(*frame_);
+    const auto frame = fitted(*frame_, toSize(description_.minimumSize), contentAreas()).value_or(*frame_);
     quickView_->resize(frame.size);
     quickView_->setFramePosition(frame.position);
-  } else if (centered_ && quickView_->screen() != nullptr) {
-    QRect place({0, 0}, quickView_->size());
-    place.moveCenter(quickView_->screen()->availableGeometry().center());
-    quickView_->setPosition(place.topLeft());
+  } else if (centered_ && screen != nullptr) {
+    QRect place({0, 0}, quickView_->size().boundedTo(contentArea(*screen).size()));
+    place.moveCenter(screen->availableGeometry().center());
+    quickView_->setGeometry(place);
   }
 }
 

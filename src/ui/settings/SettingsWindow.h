@@ -44,6 +44,7 @@ class SettingsWindow : public QObject, public Window {
  private:
   void open();
   void dress();
+  void boundMinimum();
   void applyFrame();
   void dropScene();
   void rememberFrameSoon();

@@ -48,7 +48,7 @@ std::optional<WindowFrame> fitted(const WindowFrame& frame, QSize minimum, const
   const QRect wanted(frame.position, frame.size);
   const QRect screen =
       *std::ranges::max_element(screens, {}, [&](const QRect& candidate) { return sharedArea(candidate, wanted); });
-  const QSize size = frame.size.boundedTo(screen.size()).expandedTo(minimum);
+  const QSize size = frame.size.expandedTo(minimum).boundedTo(screen.size());
   return WindowFrame{{placed(frame.position.x(), size.width(), screen.x(), screen.width()),
                       placed(frame.position.y(), size.height(), screen.y(), screen.height())},
                      size};

@@ -20,8 +20,8 @@ struct WindowFrame {
 std::string encode(const WindowFrame& frame);
 std::optional<WindowFrame> decodeWindowFrame(const std::string& text);
 
-// Moved and shrunk, never below `minimum`, so that the whole of it lies on one of `screens` (the one
-// that it shares most with, else the first). Absent without a screen.
+// Moved and resized so that the whole of it lies on one of `screens` (the one that it shares most with, else
+// the first), and is no smaller than `minimum` where the screen is not. Absent without a screen.
 std::optional<WindowFrame> fitted(const WindowFrame& frame, QSize minimum, const QList<QRect>& screens);
 
 }  // namespace orvo

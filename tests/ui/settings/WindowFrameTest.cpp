@@ -32,7 +32,7 @@ TEST(WindowFrameTest, AFrameComesBackToAScreen) {
       {{{10, 10}, {200, 200}}, {{10, 10}, {850, 630}}},
   };
   for (const Case& one : cases) EXPECT_EQ(fitted(one.stored, minimum, screens), one.shown) << encode(one.stored);
-  EXPECT_EQ(fitted({{0, 0}, {900, 900}}, minimum, {{0, 0, 640, 480}}), (WindowFrame{{0, 0}, minimum}));
+  EXPECT_EQ(fitted({{0, 0}, {900, 900}}, minimum, {{0, 0, 640, 480}}), (WindowFrame{{0, 0}, {640, 480}}));
   EXPECT_EQ(fitted({{0, 0}, {900, 900}}, minimum, {}), std::nullopt);
 }
 

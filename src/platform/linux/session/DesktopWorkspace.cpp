@@ -67,7 +67,7 @@ std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& 
   return bundlePathOfExecutable(program.toStdString());
 }
 
-void DesktopWorkspace::openURL(const std::string& url) { opener_.open(url); }
+void DesktopWorkspace::openURL(const std::string& url, std::function<void()> failed) { opener_.open(url, failed); }
 
 NotificationCenter& DesktopWorkspace::notificationCenter() {
   if (!std::exchange(following_, true)) follow();

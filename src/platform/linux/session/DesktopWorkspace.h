@@ -29,7 +29,7 @@ class DesktopWorkspace : public QObject, public Workspace {
   std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override;
   std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override;
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
-  void openURL(const std::string& url) override;
+  void openURL(const std::string& url, std::function<void()> failed) override;
 
   // The desktop is followed from the first call on: until then this process alone is known, and what
   // is found during that call counts as launched long ago.

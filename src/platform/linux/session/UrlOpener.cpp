@@ -8,11 +8,14 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
 
 #include <algorithm>
 #include <array>
+
+#include <unistd.h>
 
 namespace orvo {
 
@@ -35,17 +38,42 @@ constexpr std::array settingsPrograms{
     SettingsProgram{"KDE", "systemsettings", "kcm_access"},
 };
 
-bool start(const QString& program, const QStringList& arguments) {
-  QProcess process;
+void setUp(QProcess& process, const QString& program, const QStringList& arguments) {
   process.setProgram(program);
   process.setArguments(arguments);
   process.setStandardInputFile(QProcess::nullDevice());
   process.setStandardOutputFile(QProcess::nullDevice());
+}
+
+bool start(const QString& program, const QStringList& arguments) {
+  QProcess process;
+  setUp(process, program, arguments);
   return process.startDetached();
 }
 
+// Its exit status tells whether it found a program for the address. It may be that program's parent, so it goes on
+// when Orvo ends: nobody owns the process but its end.
+void openByDesktop(const QString& address, const std::function<void()>& failed) {
+  auto* const process = new QProcess;
+  setUp(*process, QStringLiteral("xdg-open"), {address});
+  process->setChildProcessModifier([] { setsid(); });
+  QObject::connect(
+      process, &QProcess::errorOccurred, process,
+      [process, failed](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart) return;
+        process->deleteLater();
+        if (failed) failed();
+      },
+      Qt::QueuedConnection);
+  QObject::connect(process, &QProcess::finished, process, [process, failed](int status) {
+    process->deleteLater();
+    if (status != 0 && failed) failed();
+  });
+  process->start();
+}
+
 // The present desktop's own program first, then whichever is installed.
-void openAccessibilitySettings() {
+bool openAccessibilitySettings() {
   const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'));
   auto programs = settingsPrograms;
   std::stable_partition(programs.begin(), programs.end(), [&](const SettingsProgram& candidate) {
@@ -56,8 +84,9 @@ void openAccessibilitySettings() {
     if (program.isEmpty()) continue;
     const QStringList arguments =
         candidate.argument != nullptr ? QStringList{QLatin1String(candidate.argument)} : QStringList();
-    if (start(program, arguments)) return;
+    if (start(program, arguments)) return true;
   }
+  return false;
 }
 
 // Absent for whatever is not a bundle with an identifier.
@@ -89,15 +118,18 @@ QVariantMap platformData() {
 
 }  // namespace
 
-void UrlOpener::open(const std::string& url) const {
+void UrlOpener::open(const std::string& url, const std::function<void()>& failed) const {
   const QString text = QString::fromStdString(url);
-  if (text == QLatin1String(accessibilityPage)) return openAccessibilitySettings();
+  if (text == QLatin1String(accessibilityPage)) {
+    if (!openAccessibilitySettings() && failed) QTimer::singleShot(0, failed);
+    return;
+  }
   const QUrl parsed(text);
   if (parsed.isLocalFile()) {
     const QString path = parsed.toLocalFile();
     if (const auto identifier = bundleIdentifierAt(path)) return openBundle(path, *identifier);
   }
-  start(QStringLiteral("xdg-open"), {text});
+  openByDesktop(text, failed);
 }
 
 void UrlOpener::openBundle(const QString& root, const QString& identifier) const {

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,7 +20,8 @@ class UrlOpener {
 
   explicit UrlOpener(QDBusConnection bus) : bus_(std::move(bus)) {}
 
-  void open(const std::string& url) const;
+  // `failed`, which may be empty, is called on a later turn when the desktop says that it opened nothing.
+  void open(const std::string& url, const std::function<void()>& failed) const;
 
  private:
   void openBundle(const QString& root, const QString& identifier) const;

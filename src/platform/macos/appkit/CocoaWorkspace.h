@@ -18,7 +18,7 @@ class CocoaWorkspace final : public Workspace {
   std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override;
   std::vector<RunningApplication> runningApplications(const std::string& bundleIdentifier) const override;
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
-  void openURL(const std::string& url) override;
+  void openURL(const std::string& url, std::function<void()> failed) override;
   NotificationCenter& notificationCenter() override { return notificationCenter_; }
 
  private:

@@ -95,7 +95,8 @@ std::optional<std::string> CocoaWorkspace::applicationPath(const std::string& bu
   }
 }
 
-void CocoaWorkspace::openURL(const std::string& url) {
+// What could not be opened goes unsaid on macOS.
+void CocoaWorkspace::openURL(const std::string& url, std::function<void()>) {
   @autoreleasepool {
     if (NSURL* const address = [NSURL URLWithString:nsText(url)]) [[NSWorkspace sharedWorkspace] openURL:address];
   }

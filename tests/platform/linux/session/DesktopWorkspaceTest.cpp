@@ -218,22 +218,39 @@ TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
   for (const auto& [url, desktop, expected] : cases) {
     QFile::remove(inHome("opened"));
     qputenv("XDG_CURRENT_DESKTOP", desktop);
-    workspace_.openURL(url);
+    workspace_.openURL(url, {});
     EXPECT_TRUE(runUntil(opened)) << url;
     EXPECT_EQ(test::readFile("opened").toStdString(), expected);
   }
 }
 
+TEST_F(OpeningTest, WhatNothingOpensIsTold) {
+  writeFile("bin/xdg-open", "#!/bin/sh\nexit 3\n", true);
+  const QByteArray path = qgetenv("PATH");
+  constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+  int failures = 0;
+  for (const auto& [url, programs] : {std::pair{"https://example.org/", path.constData()},
+                                      {"https://example.org/", "/nowhere"},
+                                      {page, "/nowhere"}}) {
+    qputenv("PATH", programs);
+    const int before = failures;
+    workspace_.openURL(url, [&] { ++failures; });
+    EXPECT_EQ(failures, before) << "told inside the call";
+    EXPECT_TRUE(runUntil([&] { return failures > before; })) << url << " with " << programs;
+  }
+  EXPECT_EQ(failures, 3);
+}
+
 TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
   for (const bool hung : {false, true}) {
     Program copy(QStringList{ownIdentifier} + (hung ? QStringList{"--silent"} : QStringList()));
-    workspace_.openURL(fileURL(bundle_, true));
+    workspace_.openURL(fileURL(bundle_, true), {});
     EXPECT_EQ(hung ? "" : copy.readLine().toStdString(), hung ? "" : "Activate");
     EXPECT_FALSE(opened());
   }
   const auto* bus = QDBusConnection::sessionBus().interface();
   ASSERT_TRUE(runUntil([&] { return !bus->isServiceRegistered(ownIdentifier).value(); }));
-  workspace_.openURL(fileURL(bundle_, true));
+  workspace_.openURL(fileURL(bundle_, true), {});
   EXPECT_TRUE(runUntil(opened));
 }
 

@@ -203,8 +203,8 @@ TEST_F(CocoaAdaptersTest, ApplicationsAreFoundByProcessAndByIdentifier) {
   EXPECT_THAT(workspace.runningApplications("org.example.one"), IsEmpty());
   EXPECT_EQ(workspace.applicationPath("local.orvo.Orvo"), "/Applications/Orvo.app");
   EXPECT_EQ(workspace.applicationPath("org.example.None"), std::nullopt);
-  workspace.openURL(fileURL("/Applications/Or vö.app", true));
-  workspace.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility");
+  workspace.openURL(fileURL("/Applications/Or vö.app", true), {});
+  workspace.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility", {});
   EXPECT_THAT(takeCalls(),
               ElementsAre("openURL: file:///Applications/Or%20v%C3%B6.app/",
                           "openURL: x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"));

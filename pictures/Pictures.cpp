@@ -1,11 +1,13 @@
 // Makes a picture of every page and state of the settings window, light and dark, from the real window
 // over the platform in memory: orvo-pictures FOLDER SUFFIX.
+#include "platform/linux/LinuxWords.h"
 #include "ui/settings/SettingsWorld.h"
 
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QTest>
 
 #include <cstdio>
 #include <map>
@@ -89,8 +91,10 @@ Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
 void pressKeys(SettingsWorld& world) {
-  for (int press = 0; press < 6; ++press) world.key(Qt::Key_Tab);
-  world.key(Qt::Key_Down);
+  for (const int key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Down}) world.key(key);
+}
+void pointAtHide(SettingsWorld& world) {
+  QTest::mouseMove(&world.quickView(), world.item("Visibility for Clipboard Shelf")->mapToScene({100, 13}).toPoint());
 }
 void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
 void openDelays(SettingsWorld& world) { world.click(world.control("rehidePicker")); }
@@ -128,6 +132,8 @@ const std::vector<State>& states() {
       {"many", {}, {}, manyApps(400)},
       {"long-names", {}, {}, longNames},
       {"keyboard", {}, {pressKeys}},
+      {"pointer", {}, {pointAtHide}},
+      {"small", {}, {selectTwo, say}, everyday, {640, 400}},
       {"behavior", {}, {openBehavior}},
       {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
       {"behavior-message", {loginRefused, delayOf45Seconds}, {openBehavior, openAtLogin}},
@@ -145,11 +151,13 @@ const std::vector<State>& states() {
 
 QImage picture(const State& state, bool dark) {
   SettingsWorld world;
+  world.memory.words = linuxWords;
   world.setApps(state.apps);
   for (const Step& step : state.before) step(world);
   world.start();
   world.appearance->current = {.dark = dark, .reducesMotion = true};
   world.show();
+  world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(state.size);
   world.turn();
   for (const Step& step : state.after) {

@@ -1,0 +1,38 @@
+// Orvo's words on Linux, where the panel is Xfce's. A value; any thread.
+#pragma once
+
+#include "platform/Words.h"
+
+namespace orvo {
+
+inline constexpr Words linuxWords{
+    .system = "Linux",
+    .onThisComputer = "ON THIS COMPUTER",
+    .choicesStayHere = "Your choices stay on this computer",
+    .builtForTitle = "Built for Xfce on X11",
+    .builtForDetail =
+        "Orvo uses the panel’s protocol for tray icons, which may change with system updates. Each choice "
+        "applies to all icons from one app. Some system extras may be unavailable while icons are hidden; "
+        "quitting Orvo restores the bar.",
+    .compatibilityResearch = "Linux compatibility research",
+    .backendAvailable = "The panel’s protocol for tray icons is available.",
+    .backendMissing = "This desktop does not expose the expected menu bar protocol. Icons will remain visible.",
+    .unsupportedTitle = "This desktop is not supported",
+    .unsupportedDetail = "Orvo cannot manage icons on this desktop. All icons remain visible.",
+    .unsupportedHint = "Your icons remain visible on this desktop.",
+    .accessibilityPage = "Settings → Accessibility",
+    .accessibilityAdvice =
+        "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "
+        "controls usable.",
+    .nothingFound = "Open an app with a menu bar icon, then use Refresh. System controls are kept visible.",
+    .hidingUnconfirmed = "The menu bar agent did not confirm hiding. All icons have been restored.",
+    .allowLoginItem = "Allow Orvo in Settings → Session and Startup → Application Autostart.",
+    .couldNotOpen = "Nothing on this computer opened ",
+    .notTrusted = "switched off",
+    .applicationRegistry = "Desktop entry path",
+    .shortcut = "Ctrl Alt Super B",
+    .shortcutSigns = "Ctrl Alt Super B",
+    .spokenShortcut = "Control Alt Super B",
+};
+
+}  // namespace orvo

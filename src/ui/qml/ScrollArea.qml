@@ -1,0 +1,63 @@
+// What is taller than the window scrolls: by the wheel, by the keys that turn pages, and after the keyboard's focus.
+import QtQuick
+import QtQuick.Templates as T
+import orvo.settings
+
+FocusScope {
+    id: area
+
+    default property alias content: flick.flickableData
+    property alias contentHeight: flick.contentHeight
+    readonly property Item focused: Window.activeFocusItem
+
+    function show(item) {
+        const place = item.mapToItem(flick.contentItem, 0, 0).y;
+        const margin = 24;
+        if (place - margin < flick.contentY)
+            wheel.scrollTo(place - margin);
+        else if (place + item.height + margin > flick.contentY + flick.height)
+            wheel.scrollTo(place + item.height + margin - flick.height);
+    }
+    // False for a key that scrolls nothing.
+    function scrollByKey(key) {
+        const page = flick.height - 40;
+        const places = new Map([[Qt.Key_PageDown, flick.contentY + page], [Qt.Key_PageUp, flick.contentY - page], [Qt.Key_Home, 0], [Qt.Key_End, flick.contentHeight]]);
+        if (places.has(key))
+            wheel.scrollTo(places.get(key));
+        return places.has(key);
+    }
+    // False when there is nothing that the keyboard could work.
+    function takeFocus() {
+        const first = flick.contentItem.nextItemInFocusChain(true);
+        if (!holds(first))
+            return false;
+        first.forceActiveFocus(Qt.OtherFocusReason);
+        return true;
+    }
+    function holds(item) {
+        for (; item; item = item.parent)
+            if (item === flick.contentItem)
+                return true;
+        return false;
+    }
+
+    onFocusedChanged: if (holds(focused))
+        show(focused)
+
+    ScrollWheel {
+        id: wheel
+
+        notch: 60
+        view: flick
+    }
+    Flickable {
+        id: flick
+
+        anchors.fill: parent
+        clip: true
+        contentWidth: width
+        interactive: false
+        T.ScrollBar.vertical: ScrollIndicatorBar {
+        }
+    }
+}
