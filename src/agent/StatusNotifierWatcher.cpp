@@ -7,6 +7,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QTimer>
+#include <QVariantMap>
 
 #include "agent/MenuBarService.h"
 #include "agent/TrayHeir.h"
@@ -63,6 +64,13 @@ QStringList StatusNotifierWatcher::toldItems() const {
   for (const std::string& address : service_.toldItems()) addresses.append(QString::fromStdString(address));
   service_.toldItemsRead();
   return addresses;
+}
+
+void StatusNotifierWatcher::announceList() {
+  auto signal = QDBusMessage::createSignal(watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                           QStringLiteral("PropertiesChanged"));
+  signal << watcherName << QVariantMap{{QStringLiteral("RegisteredStatusNotifierItems"), toldItems()}} << QStringList();
+  bus_.send(signal);
 }
 
 void StatusNotifierWatcher::RegisterStatusNotifierItem(const QString& service) {

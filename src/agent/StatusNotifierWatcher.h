@@ -35,6 +35,10 @@ class StatusNotifierWatcher : public QObject, protected QDBusContext {
   bool isNameHeld() const { return held_; }
 
   QStringList toldItems() const;
+
+  // Panels that follow the property take in what they have missed, and nothing else.
+  void announceList();
+
   // Qt programs that hear "no" once do without an icon for the rest of the session, so the panel is
   // taken for granted.
   bool isHostRegistered() const { return true; }

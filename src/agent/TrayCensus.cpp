@@ -116,7 +116,10 @@ void TrayCensus::askStatuses() {
 void TrayCensus::judge(std::size_t expected) {
   if (*shown_ >= expected) {
     isBelieved_ = isBelieved_ || (*shown_ == expected && expected > 0);
-    isRenewed_ = false;
+    isListTold_ = isRenewed_ = false;
+  } else if (!std::exchange(isListTold_, true)) {
+    Q_EMIT listDoubted();
+    rest_.start(restAfterNews);
   } else if (std::exchange(isRenewed_, isBelieved_)) {
     isBelieved_ = false;
   } else if (isBelieved_) {

@@ -1,5 +1,6 @@
-// Counts the icons that the panel really shows, once it has come to rest after news, and has it make its
-// views anew where it shows fewer than it was told. Owned by main; main thread.
+// Counts the icons that the panel really shows, once it has come to rest after news. Where it shows fewer
+// than it was told, it is told the whole list again, which troubles no icon; then to make its views anew. Owned by
+// main; main thread.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +24,9 @@ class TrayCensus : public QObject {
  public:
   TrayCensus(QDBusConnection session, MenuBarService& service);
 
+ Q_SIGNALS:
+  void listDoubted();
+
  private:
   void begin();
   void askProcesses(const QStringList& panels);
@@ -41,7 +45,8 @@ class TrayCensus : public QObject {
   std::optional<std::size_t> shown_;   // by the tray that shows least
   // The count is taken from where one panel keeps its icons: nobody is troubled for one that has never been right.
   bool isBelieved_ = false;
-  bool isRenewed_ = false;  // since the last time that it was right
+  bool isListTold_ = false;  // since the last time that it was right
+  bool isRenewed_ = false;   // the same
 };
 
 }  // namespace orvo

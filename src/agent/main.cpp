@@ -60,6 +60,7 @@ int main(int count, char** arguments) {
   orvo::TrayCensus census(bus, service);
   orvo::PanelReader panel(bus);
   orvo::StatusNotifierWatcher watcher(bus, service);
+  QObject::connect(&census, &orvo::TrayCensus::listDoubted, &watcher, &orvo::StatusNotifierWatcher::announceList);
   orvo::MenuBarAgent agent(bus, service, watcher, panel);
   if (!agent.claimName()) return fail("another agent is running");
   if (!watcher.claimName()) return fail("the bus refuses the watcher's name");
