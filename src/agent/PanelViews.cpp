@@ -39,7 +39,8 @@ void PanelViews::ask(const TrayItem& item, const QString& property, std::functio
 
 void PanelViews::follow(const TrayItem& item) {
   const QString address = QString::fromStdString(item.address());
-  Following& following = *(open_[address] = std::make_unique<Following>(item));
+  Following& following = *(open_[address] = std::make_unique<Following>());
+  following.item = item;
   following.patience.setSingleShot(true);
   connect(&following.patience, &QTimer::timeout, this, [this, address] { Q_EMIT delayed(address); });
   following.patience.start(patience);

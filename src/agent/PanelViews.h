@@ -42,8 +42,8 @@ class PanelViews : public QObject {
 
  private:
   struct Following {
-    TrayItem item;
-    QStringList panels;  // unique names
+    TrayItem item{};
+    QStringList panels{};  // unique names
     int rounds = 0;
     int answers = 0;  // still to come from the panels in this round
     QTimer patience{};

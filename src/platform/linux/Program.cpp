@@ -10,7 +10,7 @@ namespace {
 // An interpreter, and its options that take the next argument for themselves, each between spaces.
 struct Interpreter {
   std::string_view name;
-  std::string_view options = "";
+  std::string_view options;
 };
 
 constexpr std::array<Interpreter, 21> interpreters = {{
