@@ -20,6 +20,10 @@ namespace {
 constexpr std::chrono::milliseconds restAfterNews{500};
 constexpr std::chrono::seconds limit{1};
 
+// A panel that is starting has no tree yet.
+constexpr std::chrono::seconds restAfterMiss{1};
+constexpr int mostMisses = 5;
+
 const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 
 // A plug-in with a process of its own hangs below no application: the first object that it makes is its window.
@@ -38,7 +42,10 @@ bool isShowing(const QDBusMessage& answer) {
 TrayCensus::TrayCensus(QDBusConnection session, MenuBarService& service)
     : session_(std::move(session)), service_(service) {
   rest_.setSingleShot(true);
-  connect(&service_, &MenuBarService::settled, this, [this] { rest_.start(restAfterNews); });
+  connect(&service_, &MenuBarService::settled, this, [this] {
+    misses_ = 0;
+    rest_.start(restAfterNews);
+  });
   connect(&rest_, &QTimer::timeout, this, &TrayCensus::begin);
 }
 
@@ -75,7 +82,9 @@ void TrayCensus::count(const std::string& accessibilityAddress) {
   });
   bus_.whenSettled([this](AccessibilityBus::Outcome outcome) {
     isCounting_ = false;
-    if (outcome != AccessibilityBus::Outcome::unanswered) compare();
+    if (outcome == AccessibilityBus::Outcome::unanswered) shown_.reset();
+    if (!shown_ && ++misses_ < mostMisses) return rest_.start(restAfterMiss);
+    compare();
   });
 }
 
