@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Random faults: kills, or stops for a while, parts of a private desktop in every state of the bar while somebody
 clicks and types, and checks after each that Orvo has come through it. The same seed makes the same choices."""
 

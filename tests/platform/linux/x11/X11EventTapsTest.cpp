@@ -322,6 +322,7 @@ TEST_F(X11EventTapsTest, AClickOnAControlIsToldWhereItWasAndGivenWhereItIsOrToNo
     EXPECT_THAT(dock.buttons(), IsEmpty());
     find(each.then);
     EXPECT_TRUE(arrives(dock, each.given)) << testing::PrintToString(dock.buttons());
+    holdFor(queue, 50ms);  // the tap puts the pointer back, and the next click brings the dock to the front again
     expectNothingMoreThan(dock, each.given);
     EXPECT_TRUE(!other || other->buttons().empty());
   }
