@@ -343,11 +343,14 @@ class Desktop:
             return origin.x, origin.y, geometry.width, geometry.height
         return None
 
-    def _is_viewable(self, window):
+    def _is_viewable(self, window, kind=X.InputOutput):
         with contextlib.suppress(error.XError):
             attributes = window.get_attributes()
-            return attributes.map_state == X.IsViewable and attributes.win_class == X.InputOutput
+            return attributes.map_state == X.IsViewable and attributes.win_class == kind
         return False
+
+    def input_only_windows(self):
+        return [window for window in self._tree(self.root) if self._is_viewable(window, X.InputOnly)]
 
     def _seen(self, *kinds):
         """Windows on the screen that tell to be of such a kind."""

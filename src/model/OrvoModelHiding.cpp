@@ -45,7 +45,7 @@ bool OrvoModel::readyToHide() {
   }
   if (!backendAvailable || !accessibilityGranted()) return false;
   if (!systemRelay_->isInstalled() || systemRelay_->systemFrames().empty()) {
-    message = "System controls are not ready. Refresh the icon list after granting Accessibility.";
+    message = words_.noControls;
     return false;
   }
   return true;

@@ -21,6 +21,9 @@ struct Words {
   const char* accessibilityPage;
   const char* accessibilityAdvice;
   const char* nothingFound;
+  // Where hiding is refused because no system control is known: the message, and the hint beside the button.
+  const char* noControls;
+  const char* noControlsHint;
   const char* hidingUnconfirmed;
   const char* allowLoginItem;
   // Before the path or address that nothing opened; null where that goes unsaid.
@@ -55,6 +58,8 @@ inline constexpr Words macWords{
     .accessibilityAdvice =
         "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
     .nothingFound = "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.",
+    .noControls = "System controls are not ready. Refresh the icon list after granting Accessibility.",
+    .noControlsHint = "System controls are not ready. Refresh the icon list.",
     .hidingUnconfirmed = "macOS did not confirm hiding. All icons have been restored.",
     .allowLoginItem = "Allow Orvo in System Settings → General → Login Items.",
     .couldNotOpen = nullptr,

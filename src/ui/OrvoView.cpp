@@ -241,8 +241,7 @@ std::string OrvoView::actionHint() const {
   if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
   if (model_->state() != BarState::visible) return "Click the left arrow to bring your icons back.";
   if (model_->selectedCount() == 0) return "Choose Hide next to an app to get started.";
-  return eitherText(model_->canHide(), "Hiding an icon keeps its app running.",
-                    "System controls are not ready. Refresh the icon list.");
+  return eitherText(model_->canHide(), "Hiding an icon keeps its app running.", platform_.words.noControlsHint);
 }
 
 OrvoView::PrimaryButton OrvoView::primaryButton() const {

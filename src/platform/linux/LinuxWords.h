@@ -25,6 +25,8 @@ inline constexpr Words linuxWords{
         "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "
         "controls usable.",
     .nothingFound = "Open an app with a menu bar icon, then use Refresh. System controls are kept visible.",
+    .noControls = "Orvo found no clock or other control in the panel. Add one to it, then refresh the icon list.",
+    .noControlsHint = "Add a clock or another control to the panel, then refresh the icon list.",
     .hidingUnconfirmed = "The menu bar agent did not confirm hiding. All icons have been restored.",
     .allowLoginItem = "Allow Orvo in Settings → Session and Startup → Application Autostart.",
     .couldNotOpen = "Nothing on this computer opened ",

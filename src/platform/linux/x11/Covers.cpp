@@ -59,9 +59,15 @@ Covers::Covers(XConnection& connection)
       dockType_(connection.atom("_NET_WM_WINDOW_TYPE_DOCK")) {}
 
 void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
-  auto planned = plan(regions);
-  const auto leaving = std::stable_partition(covers_.begin(), covers_.end(),
-                                             [&](Cover& cover) { return stays(cover, regions, planned); });
+  const auto planned = plan(regions);
+  const auto stays = [&planned](Cover& cover) {
+    const auto found = std::ranges::find(planned, cover.place, &Planned::place);
+    if (found == planned.end()) return false;
+    cover.region = *found->region;
+    cover.corner = found->corner;
+    return true;
+  };
+  const auto leaving = std::stable_partition(covers_.begin(), covers_.end(), stays);
   std::for_each(leaving, covers_.end(), [&](const Cover& cover) { putAway(cover, keepGrabs); });
   covers_.erase(leaving, covers_.end());
   if (!keepGrabs) {
@@ -73,21 +79,9 @@ void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
     xcb_configure_window(connection_.get(), cover.window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
   }
   for (const auto& each : planned) {
-    const auto has = [&each](const Cover& cover) {
-      return cover.place == each.place || (each.region->control && cover.region == *each.region);
-    };
-    if (std::ranges::none_of(covers_, has)) add(each);
+    if (std::ranges::find(covers_, each.place, &Cover::place) == covers_.end()) add(each);
   }
   xcb_flush(connection_.get());
-}
-
-bool Covers::stays(Cover& cover, const std::vector<GuardedRegion>& regions, const std::vector<Planned>& planned) const {
-  if (cover.region.control && std::ranges::count(regions, cover.region) > 0) return true;
-  const auto found = std::ranges::find(planned, cover.place, &Planned::place);
-  if (found == planned.end()) return false;
-  cover.region = *found->region;
-  cover.corner = found->corner;
-  return true;
 }
 
 bool Covers::concerns(const xcb_generic_event_t& event) {

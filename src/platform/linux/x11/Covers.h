@@ -25,8 +25,7 @@ class Covers {
  public:
   explicit Covers(XConnection& connection);
 
-  // Lays covers over the regions as far as a dock window lies there; a region elsewhere gets none. The cover
-  // of a control stays as it is, in a window that takes it along, until the control is told of anew.
+  // Lays covers over the regions as far as a dock window lies there; a region elsewhere gets none.
   // With `keepGrabs`, covers that go are only moved out of sight, so that a button held on one of
   // them keeps its grab and the panel gets no release without a press; the next call without it
   // removes them.
@@ -75,7 +74,6 @@ class Covers {
   };
 
   std::vector<Planned> plan(const std::vector<GuardedRegion>& regions);
-  bool stays(Cover& cover, const std::vector<GuardedRegion>& regions, const std::vector<Planned>& planned) const;
   const Cover* coverOf(xcb_window_t window) const;
   std::vector<Dock> docks();
   std::vector<xcb_window_t> topLevelWindows();

@@ -13,8 +13,6 @@ struct GuardedRegion {
   Rect frame;
   // Absent where the tree does not tell: the region is then where it says on the screen, and nowhere else.
   std::optional<ControlPlace> control;
-
-  bool operator==(const GuardedRegion&) const = default;
 };
 
 // A point of a control, wherever that is: from its top left corner.
