@@ -44,7 +44,7 @@ class CocoaDelegateTest : public CocoaAdaptersTest {
     platform_.emplace(Platform{rest.mainQueue, rest.scanExecutor, rest.userDefaults, rest.bundle, rest.processInfo,
                                rest.fileSystem, rest.workspace, rest.accessibility, rest.eventTaps, rest.hotKeys,
                                rest.loginItem, rest.localizedText, application_, statusBar_, rest.windows,
-                               rest.pasteboard, rest.applicationIcons});
+                               rest.pasteboard, rest.applicationIcons, rest.words});
     memory_.showItems({"org.example.One"});
     memory_.userDefaults.setBoolean("Orvo.HasOpenedSettings", true);
     delegate_ = AppDelegate::make(*platform_);
