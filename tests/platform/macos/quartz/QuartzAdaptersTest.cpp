@@ -15,10 +15,10 @@
 
 namespace {
 
-enum Kind : CFTypeID { text = 1, number, array, element, value, other };
+enum Kind : CFTypeID { none, text, number, array, element, value };
 
 struct Object {
-  Kind kind = other;
+  Kind kind = none;
   std::string text{};
   std::vector<const void*> members{};  // owned
   CGRect rect{};
@@ -32,8 +32,9 @@ struct World {
   // The one function that fails.
   std::string refused{};
   AXError error = kAXErrorSuccess;
-  // Gives the caller a reference to what it returns, as the real one does; may be null.
-  std::function<CFTypeRef()> attribute{};
+  // An attribute, and what is in it when it is a list.
+  Object answer{};
+  std::vector<Kind> members{};
   CGEventTapCallBack tapCallback = nullptr;
   EventHandlerUPP handler = nullptr;
   void* info = nullptr;  // of either
@@ -65,9 +66,7 @@ bool note(const std::string& name, const Values&... values) {
 }
 
 template <typename Reference>
-Reference fixed(std::uintptr_t number) {
-  return reinterpret_cast<Reference>(number);
-}
+const auto fixed = [](std::uintptr_t number) { return reinterpret_cast<Reference>(number); };
 
 // What a window server does with a mouse event; true when the tap let it pass.
 bool send(CGEventType type, CGEventRef event) {
@@ -142,7 +141,9 @@ AXError AXUIElementSetMessagingTimeout(AXUIElementRef of, float seconds) {
   return note("timeout", at(of).number, seconds) ? 0 : -1;
 }
 AXError AXUIElementCopyAttributeValue(AXUIElementRef of, CFStringRef attribute, CFTypeRef* copied) {
-  if (at(of).kind == element && at(attribute).text == "AXFrame") *copied = world.attribute();
+  Object made = at(of).kind == element && at(attribute).text == "AXFrame" ? world.answer : Object{};
+  for (const Kind kind : world.members) made.members.push_back(make({.kind = kind, .number = 8}));
+  if (made.kind != none) *copied = make(made);
   return world.error;
 }
 Boolean AXValueGetValue(AXValueRef from, AXValueType type, void* out) {
@@ -212,17 +213,15 @@ using ::testing::ElementsAre;
 
 class QuartzAdaptersTest : public ::testing::Test {
  protected:
-  void SetUp() override { world = {}; }
-  void TearDown() override { EXPECT_EQ(world.live.size(), 0); }
+  QuartzAdaptersTest() { world = {}; }
+  ~QuartzAdaptersTest() override { EXPECT_EQ(world.live.size(), 0); }
   static std::vector<std::string> takeCalls() { return std::exchange(world.calls, {}); }
-};
-
-class AxAccessibilityTest : public QuartzAdaptersTest {
- protected:
+  static OSStatus press() { return world.handler(nullptr, nullptr, world.info); }
   AxAccessibility accessibility_;
+  CarbonHotKeys hotKeys_;
 };
 
-TEST_F(AxAccessibilityTest, TrustIsAskedWithAndWithoutAPrompt) {
+TEST_F(QuartzAdaptersTest, TrustIsAskedWithAndWithoutAPrompt) {
   EXPECT_TRUE(std::as_const(accessibility_).isProcessTrusted());
   EXPECT_TRUE(accessibility_.isProcessTrusted(true));
   world.refused = "prompt";
@@ -231,59 +230,34 @@ TEST_F(AxAccessibilityTest, TrustIsAskedWithAndWithoutAPrompt) {
 }
 
 // What an attribute's value is, and the number of the alternative that it becomes; -1 for absent.
-TEST_F(AxAccessibilityTest, EveryKindOfAttributeIsReadAndGivenBack) {
+TEST_F(QuartzAdaptersTest, EveryKindOfAttributeIsReadAndGivenBack) {
   const Object frame{.kind = value, .rect = {{1, -2}, {3, 4}}, .number = kAXValueTypeCGRect};
-  const auto list = [](std::vector<Kind> kinds) {
-    Object made{array};
-    for (const Kind kind : kinds) made.members.push_back(make({kind}));
-    return make(made);
-  };
-  const std::vector<std::tuple<AXError, std::function<CFTypeRef()>, int>> cases{
-      {0,
-       [] {
-         return make({text, "clock é"});
-       },
-       1},
-      {0,
-       [] {
-         return make({text, ""});
-       },
-       1},
-      {0, [&] { return make(frame); }, 2},
-      {0, [] { return make({value}); }, 0},
-      {0, [&] { return list({}); }, 3},
-      {0,
-       [&] {
-         return list({element, element});
-       },
-       3},
-      {0,
-       [&] {
-         return list({element, text});
-       },
-       0},
-      {0, [] { return make({number}); }, 0},
-      {0, [] { return nullptr; }, -1},
-      {-25205, [] { return nullptr; }, -1},
-      {-25204,
-       [] {
-         return make({text, "half"});
-       },
-       -1},
-  };
+  const std::vector<std::tuple<AXError, int, Object, std::vector<Kind>>> cases{{0, 1, {text, "clock é"}, {}},
+                                                                               {0, 1, {text}, {}},
+                                                                               {0, 2, frame, {}},
+                                                                               {0, 0, {value}, {}},
+                                                                               {0, 3, {array}, {}},
+                                                                               {0, 3, {array}, {element, element}},
+                                                                               {0, 0, {array}, {element, text}},
+                                                                               {0, 0, {number}, {}},
+                                                                               {0, -1, {}, {}},
+                                                                               {-25205, -1, {}, {}},
+                                                                               {-25204, -1, {text, "half"}, {}}};
   const auto element = accessibility_.applicationElement(7);
   for (std::size_t index = 0; index < cases.size(); ++index) {
-    std::tie(world.error, world.attribute, std::ignore) = cases[index];
+    int alternative = 0;
+    std::tie(world.error, alternative, world.answer, world.members) = cases[index];
     const auto found = element->copyAttributeValue("AXFrame");
-    EXPECT_EQ(found ? static_cast<int>(found->index()) : -1, std::get<2>(cases[index])) << index;
+    EXPECT_EQ(found ? static_cast<int>(found->index()) : -1, alternative) << index;
     EXPECT_TRUE(index != 0 || std::get<std::string>(*found) == "clock é");
     EXPECT_TRUE(index != 2 || std::get<Rect>(*found) == Rect(1, -2, 3, 4));
   }
   EXPECT_FALSE(element->copyAttributeValue("\xFF"));
 }
 
-TEST_F(AxAccessibilityTest, ChildrenOutliveTheListTheyCameInAndAMissingElementAnswersNothing) {
-  world.attribute = [] { return make({.kind = array, .members = {make({.kind = element, .number = 8})}}); };
+TEST_F(QuartzAdaptersTest, ChildrenOutliveTheListTheyCameInAndAMissingElementAnswersNothing) {
+  world.answer = {array};
+  world.members = {element};
   const auto found = accessibility_.applicationElement(7)->copyAttributeValue("AXFrame");
   const auto child = std::get<std::vector<AccessibilityElementRef>>(*found).front();
   EXPECT_EQ(child->processIdentifier(), 8);
@@ -300,16 +274,12 @@ TEST_F(AxAccessibilityTest, ChildrenOutliveTheListTheyCameInAndAMissingElementAn
 
 class QuartzEventTapsTest : public QuartzAdaptersTest {
  protected:
-  void SetUp() override {
-    QuartzAdaptersTest::SetUp();
+  QuartzEventTapsTest() {
     relay_->setSystemFrames({{100, 0, 50, 24}});
     relay_->setConcealed(true);
     relay_->onReveal = [this] { ++reveals_; };
   }
-  void TearDown() override {
-    relay_->stop();
-    QuartzAdaptersTest::TearDown();
-  }
+  ~QuartzEventTapsTest() override { relay_->stop(); }
 
   static constexpr double onClock = 120;
   ManualMainQueue queue_;
@@ -368,13 +338,7 @@ TEST_F(QuartzEventTapsTest, ATapMayGoWhileItIsBeingAskedAndADroppedPortTakesItsS
   EXPECT_THAT(takeCalls(), ElementsAre("remove 1 1", "invalidate 1"));
 }
 
-class CarbonHotKeysTest : public QuartzAdaptersTest {
- protected:
-  static OSStatus press() { return world.handler(nullptr, nullptr, world.info); }
-  CarbonHotKeys hotKeys_;
-};
-
-TEST_F(CarbonHotKeysTest, ThePressReachesTheShortcutAndTheEndGivesBackWhatWasNotRefused) {
+TEST_F(QuartzAdaptersTest, ThePressReachesTheShortcutAndTheEndGivesBackWhatWasNotRefused) {
   const std::string install = "install 1 1 " + std::to_string(0x6B657962) + " 5";
   const std::string registration = "register 11 6400 " + std::to_string(0x5155494C) + " 1 1 0";
   int presses = 0;
@@ -394,7 +358,7 @@ TEST_F(CarbonHotKeysTest, ThePressReachesTheShortcutAndTheEndGivesBackWhatWasNot
   EXPECT_THAT(takeCalls(), ElementsAre(install));
 }
 
-TEST_F(CarbonHotKeysTest, AHandlerMayGoWhileItIsBeingCalledAndSeesItsOwnData) {
+TEST_F(QuartzAdaptersTest, AHandlerMayGoWhileItIsBeingCalledAndSeesItsOwnData) {
   std::pair installed{&hotKeys_, EventHandlerRef::none};
   const EventHandlerFunction remove = [](void* data) -> HotKeyStatus {
     const auto& mine = *static_cast<decltype(installed)*>(data);
