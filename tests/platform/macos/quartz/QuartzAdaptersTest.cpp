@@ -61,8 +61,7 @@ bool note(const std::string& name, const Values&... values) {
   std::ostringstream line;
   line << name;
   ((line << ' ' << values), ...);
-  world.calls.push_back(line.str());
-  return name != world.refused;
+  return world.calls.push_back(line.str()), name != world.refused;
 }
 
 template <typename Reference>
@@ -137,9 +136,7 @@ AXError AXUIElementGetPid(AXUIElementRef of, pid_t* pid) {
   *pid = static_cast<pid_t>(at(of).number);
   return world.error;
 }
-AXError AXUIElementSetMessagingTimeout(AXUIElementRef of, float seconds) {
-  return note("timeout", at(of).number, seconds) ? 0 : -1;
-}
+AXError AXUIElementSetMessagingTimeout(AXUIElementRef of, float time) { return !note("timeout", at(of).number, time); }
 AXError AXUIElementCopyAttributeValue(AXUIElementRef of, CFStringRef attribute, CFTypeRef* copied) {
   Object made = at(of).kind == element && at(attribute).text == "AXFrame" ? world.answer : Object{};
   for (const Kind kind : world.members) made.members.push_back(make({.kind = kind, .number = 8}));
@@ -165,10 +162,10 @@ CFRunLoopSourceRef CFMachPortCreateRunLoopSource(CFAllocatorRef, CFMachPortRef p
 void CFMachPortInvalidate(CFMachPortRef port) { note("invalidate", at(port).references); }
 CFRunLoopRef CFRunLoopGetMain() { return fixed<CFRunLoopRef>(5); }
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
-  note("add", loop == CFRunLoopGetMain() && mode == kCFRunLoopCommonModes, at(source).references);
+  note("add", loop, mode, at(source).references);
 }
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
-  note("remove", loop == CFRunLoopGetMain() && mode == kCFRunLoopCommonModes, at(source).references);
+  note("remove", loop, mode, at(source).references);
 }
 CGPoint CGEventGetLocation(CGEventRef event) { return at(event).rect.origin; }
 CGEventRef CGEventCreateCopy(CGEventRef event) {
@@ -192,14 +189,13 @@ OSStatus InstallEventHandler(EventTargetRef target, EventHandlerUPP handler, Ite
   world.handler = handler;
   world.info = userData;
   *out = fixed<EventHandlerRef>(7);
-  return note("install", target == GetApplicationEventTarget(), count, list->eventClass, list->eventKind) ? 0 : -9860;
+  return note("install", target, count, list->eventClass, list->eventKind) ? 0 : -9860;
 }
 OSStatus RemoveEventHandler(EventHandlerRef handler) { return note("remove handler", handler) ? 0 : -1; }
 OSStatus RegisterEventHotKey(UInt32 key, UInt32 modifiers, EventHotKeyID id, EventTargetRef target, OptionBits options,
                              EventHotKeyRef* out) {
   *out = fixed<EventHotKeyRef>(8);
-  const bool targeted = target == GetApplicationEventTarget();
-  return note("register", key, modifiers, id.signature, id.id, targeted, options) ? 0 : -9878;
+  return note("register", key, modifiers, id.signature, id.id, target, options) ? 0 : -9878;
 }
 OSStatus UnregisterEventHotKey(EventHotKeyRef hotKey) { return note("unregister", hotKey) ? 0 : -1; }
 
@@ -295,9 +291,9 @@ TEST_F(QuartzEventTapsTest, ATapIsMadeAddedEnabledAndTakenDownInOrderEvenWithout
     EXPECT_EQ(relay_->isInstalled(), refused != std::string("create"));
     relay_->stop();
   }
-  EXPECT_THAT(takeCalls(),
-              ElementsAre("create 1 0 0 30", "source 0 1", "add 1 1", "enable 1 1", "remove 1 1", "invalidate 1",
-                          "create 1 0 0 30", "source 0 1", "enable 1 1", "invalidate 1", "create 1 0 0 30"));
+  EXPECT_THAT(takeCalls(), ElementsAre("create 1 0 0 30", "source 0 1", "add 0x5 0x3 1", "enable 1 1",
+                                       "remove 0x5 0x3 1", "invalidate 1", "create 1 0 0 30", "source 0 1",
+                                       "enable 1 1", "invalidate 1", "create 1 0 0 30"));
 }
 
 TEST_F(QuartzEventTapsTest, AHeldClickComesBackMarkedAndPassesItsOwnTap) {
@@ -335,12 +331,12 @@ TEST_F(QuartzEventTapsTest, ATapMayGoWhileItIsBeingAskedAndADroppedPortTakesItsS
   port->addToMainRunLoop();
   takeCalls();
   port.reset();
-  EXPECT_THAT(takeCalls(), ElementsAre("remove 1 1", "invalidate 1"));
+  EXPECT_THAT(takeCalls(), ElementsAre("remove 0x5 0x3 1", "invalidate 1"));
 }
 
 TEST_F(QuartzAdaptersTest, ThePressReachesTheShortcutAndTheEndGivesBackWhatWasNotRefused) {
-  const std::string install = "install 1 1 " + std::to_string(0x6B657962) + " 5";
-  const std::string registration = "register 11 6400 " + std::to_string(0x5155494C) + " 1 1 0";
+  const std::string install = "install 0x6 1 " + std::to_string(0x6B657962) + " 5";
+  const std::string registration = "register 11 6400 " + std::to_string(0x5155494C) + " 1 0x6 0";
   int presses = 0;
   auto shortcut = std::make_unique<GlobalShortcut>(hotKeys_);
   EXPECT_TRUE(shortcut->isRegistered());
