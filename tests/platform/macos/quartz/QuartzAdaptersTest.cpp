@@ -69,7 +69,7 @@ const auto fixed = [](std::uintptr_t number) { return reinterpret_cast<Reference
 
 // What a window server does with a mouse event; true when the tap let it pass.
 bool send(CGEventType type, CGEventRef event) {
-  const CGEventRef passed = world.tapCallback(nullptr, type, event, world.info);
+  CGEventRef passed = world.tapCallback(nullptr, type, event, world.info);
   EXPECT_TRUE(passed == nullptr || passed == event) << "Another event was passed on.";
   return passed == event;
 }
@@ -246,7 +246,7 @@ TEST_F(QuartzAdaptersTest, EveryKindOfAttributeIsReadAndGivenBack) {
     const auto found = element->copyAttributeValue("AXFrame");
     EXPECT_EQ(found ? static_cast<int>(found->index()) : -1, alternative) << index;
     EXPECT_TRUE(index != 0 || std::get<std::string>(*found) == "clock é");
-    EXPECT_TRUE(index != 2 || std::get<Rect>(*found) == Rect(1, -2, 3, 4));
+    EXPECT_TRUE(index != 2 || std::get<Rect>(*found) == (Rect{1, -2, 3, 4}));
   }
   EXPECT_FALSE(element->copyAttributeValue("\xFF"));
 }
