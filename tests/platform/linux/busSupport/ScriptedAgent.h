@@ -74,6 +74,7 @@ class ScriptedAgent : public QDBusVirtualObject {
 
   QString introspect(const QString&) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+    if (!bus_) return true;  // it came while the agent vanished
     QStringList words{message.member()};
     for (const QVariant& argument : message.arguments()) {
       const int type = argument.userType();
