@@ -34,6 +34,10 @@ class Accessible:
         return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, "Name"), "")
 
     @property
+    def description(self):
+        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, "Description"), "")
+
+    @property
     def role(self):
         return _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetRoleName"), "")
 

@@ -145,12 +145,12 @@ class OrvoDesktop(Desktop):
         return wait(lambda: self.accessibility("orvo") or self.accessibility("Orvo"), what="Orvo's accessible tree")
 
     def control(self, name, limit=5.0):
-        """The control of the settings window with this accessible name, once it is on the screen."""
+        """The control of the settings window with this accessible name or description, once it is on the screen."""
         return wait(lambda: self.shown_control(name), limit, f"a control named {name}")
 
     def shown_control(self, name):
         return next((element for element in self.application().walk()
-                     if element.name == name and element.has(STATE_SHOWING)), None)
+                     if name in (element.name, element.description) and element.has(STATE_SHOWING)), None)
 
     def expect_told(self, text):
         """Opens the settings window from the arrow's menu and waits until it shows this line."""
