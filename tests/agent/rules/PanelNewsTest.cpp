@@ -22,7 +22,7 @@ class Panel {
       EXPECT_TRUE(isShown ? busy_.insert(address).second : std::erase(views_, address) == 1) << address;
     }
   }
-  void finish(const std::string& address) {
+  void finish(std::string address) {  // a copy: it may be one of those that are busy
     if (busy_.erase(address) == 0) return;
     views_.push_back(address);
     news_.viewMade(address);
