@@ -41,7 +41,7 @@ class TrayCensus : public QObject {
   AccessibilityBus bus_;
   QTimer rest_;
   bool isCounting_ = false;
-  int misses_ = 0;  // counts without a result since the last news
+  int misses_ = 0;                     // counts without a result since the last news
   std::set<std::uint32_t> processes_;  // of the panels' trays
   std::optional<std::size_t> shown_;   // by the tray that shows least
   // The count is taken from where one panel keeps its icons: nobody is troubled for one that has never been right.
