@@ -136,7 +136,7 @@ OrvoView::StateBadge OrvoView::stateBadge() const {
 }
 
 std::optional<std::string> OrvoView::message() const {
-  if (notice_() && notice_()->page == page()) return notice_()->text;
+  if (notice_() && notice_()->page == page() && notice_()->over == model_->message()) return notice_()->text;
   return page() == Page::about ? std::nullopt : model_->message();
 }
 
@@ -370,7 +370,8 @@ void OrvoView::open(const std::string& name, std::vector<std::string> places) {
 }
 
 void OrvoView::sayUnopened(const std::string& name) {
-  if (const char* const start = platform_.words.couldNotOpen) notice_ = Notice{page(), start + name + '.'};
+  if (const char* const start = platform_.words.couldNotOpen)
+    notice_ = Notice{page(), start + name + '.', model_->message()};
 }
 
 }  // namespace orvo

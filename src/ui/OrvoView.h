@@ -182,6 +182,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   struct Notice {
     Page page;
     std::string text;
+    std::optional<std::string> over;  // the model's message at that time, which a newer one replaces
   };
 
   // Of the bundle's information, where it is a text.

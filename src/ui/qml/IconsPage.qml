@@ -17,7 +17,7 @@ ScrollArea {
         return true;
     }
     function scrollByKey(key) {
-        return list.scrollByKey(key);
+        return contentHeight > height ? scrollPage(key) : list.scrollByKey(key);
     }
     function takeFocus() {
         if (guidance.item && guidance.item.takeFocus)

@@ -18,9 +18,9 @@ PlainButton {
 
     background: ControlPanel {
         borderColor: button.prominent ? "transparent" : Theme.controlOutline
-        color: button.prominent ? Theme.accentFill : Theme.control
-        down: button.down
-        hovered: button.hovered
+        color: !button.prominent ? Theme.control : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
+        down: button.down && !button.prominent
+        hovered: button.hovered && !button.prominent
     }
     contentItem: Row {
         spacing: 6

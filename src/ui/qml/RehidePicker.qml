@@ -25,8 +25,8 @@ PlainButton {
     }
     contentItem: BodyText {
         elide: Text.ElideRight
-        leftPadding: 11
-        rightPadding: 28
+        leftPadding: 9
+        rightPadding: 24
         spoken: false
         text: View.rehideText
         verticalAlignment: Text.AlignVCenter

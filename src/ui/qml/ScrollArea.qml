@@ -18,8 +18,11 @@ FocusScope {
         else if (place + item.height + margin > flick.contentY + flick.height)
             wheel.scrollTo(place + item.height + margin - flick.height);
     }
-    // False for a key that scrolls nothing.
     function scrollByKey(key) {
+        return scrollPage(key);
+    }
+    // False for a key that scrolls nothing.
+    function scrollPage(key) {
         const page = flick.height - 40;
         const places = new Map([[Qt.Key_PageDown, flick.contentY + page], [Qt.Key_PageUp, flick.contentY - page], [Qt.Key_Home, 0], [Qt.Key_End, flick.contentHeight]]);
         if (places.has(key))

@@ -30,7 +30,7 @@ BodyText {
     Panel {
         anchors.fill: parent
         anchors.margins: 2
-        color: tap.pressed ? Theme.pressed : hover.hovered && !segment.chosen ? Theme.hover : "transparent"
+        color: segment.chosen ? "transparent" : tap.pressed ? Theme.pressed : hover.hovered ? Theme.hover : "transparent"
         radius: 5.5
         z: -1
     }

@@ -5,6 +5,9 @@ import orvo.settings
 TextEdit {
     id: edit
 
+    // A pointer that selects gives it the focus, where the keyboard stops or not.
+    readonly property bool isSelectable: true
+
     color: Theme.text
     font.pixelSize: Theme.bodySize
     horizontalAlignment: Text.AlignLeft

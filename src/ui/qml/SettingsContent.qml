@@ -23,7 +23,7 @@ FocusScope {
     // Whatever had the focus may have gone: its row, its card, its message, or the use of it.
     function keepFocus() {
         let place = focused;
-        while (place && !place.activeFocusOnTab && place !== content)
+        while (place && !place.activeFocusOnTab && !place.isSelectable && place !== content)
             place = place.parent;
         const lost = !focused || focused === content.parent || place === content || (place && !(focused.visible && focused.enabled));
         if (lost)

@@ -43,7 +43,8 @@ QtObject {
     readonly property color setupFill: Qt.alpha(orvoAccent, 0.055)
     readonly property color setupOutline: Qt.alpha(orvoAccent, 0.12)
     readonly property color guideTile: Qt.alpha(orvoAccent, 0.09)
-    readonly property color focusRing: orvoAccent
+    // On a row under the pointer and across a picker's track the accent has 2.7 in the dark.
+    readonly property color focusRing: dark ? accentText : orvoAccent
     readonly property color textSelection: Qt.alpha(orvoAccent, 0.3)
 
     // How much is left of a control that cannot be used.
