@@ -456,8 +456,20 @@ class Desktop:
         """Starts a program with a tray icon and learns what its icon looks like."""
         known = set(self.cells()) | set(self.icons.values())
         known.discard(self.icons.get(name))
-        self.spawn(name, command or PROGRAMS[name])
-        self.learn(name, known, limit)
+        self.spawn_item(name, command or PROGRAMS[name], lambda: self.learn(name, known, limit))
+
+    def spawn_item(self, name, command, arrive):
+        """Starts a program and has its icon arrive. Diodon comes up without its bus now and then, says so, and never
+        has an icon: it is started anew."""
+        self.spawn(name, command)
+        try:
+            arrive()
+        except Timeout:
+            if "G_IS_DBUS_CONNECTION" not in self.log(name):
+                raise
+            self.end(name)
+            self.spawn(name, command)
+            arrive()
 
     def learn(self, name, known=None, limit=5):
         """Takes the one icon that is not known for that of the program, once the panel is at rest."""

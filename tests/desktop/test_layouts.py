@@ -57,8 +57,7 @@ class GuardCase(DesktopCase):
         cls.clicked = []
         cls.watch_clicks()
         for name in MARKED + ["qmidinet"]:
-            desktop.spawn(name, [name])
-            wait(lambda count=len(desktop.processes): name in str(desktop.call_agent("Items")), 20, name)
+            desktop.spawn_item(name, [name], lambda name=name: wait(lambda: name in str(desktop.call_agent("Items")), 20, name))
         desktop.remember(MARKED)
         desktop.spawn("orvo", [desktop.program])
         wait(desktop.can_hide, 20, "hiding being offered")
