@@ -105,7 +105,7 @@ void AppDelegate::makeStatusItem() {
 void AppDelegate::updateStatusItem() {
   StatusItemButton* const shown = button();
   if (shown == nullptr) return;
-  const bool visible = model_->state() == BarState::visible;
+  const bool visible = !model_->isConcealing();
   shown->setImage(visible ? "chevron.right" : "chevron.left", "Orvo");
   shown->setToolTip(visible ? "Hide selected icons · Right-click for settings"
                             : std::string("Show hidden icons · ") + platform_.words.shortcut);
@@ -116,7 +116,7 @@ StatusItemButton* AppDelegate::button() const { return statusItem_ ? statusItem_
 void AppDelegate::statusClicked() {
   if (platform_.application.currentEventType() == EventType::rightMouseUp) {
     if (StatusItemButton* const clicked = button()) showStatusMenu(*clicked);
-  } else if (model_->state() != BarState::visible) {
+  } else if (model_->isConcealing()) {
     model_->reveal(true);
   } else if (model_->canHide()) {
     model_->hideSelected();
@@ -126,7 +126,7 @@ void AppDelegate::statusClicked() {
 }
 
 void AppDelegate::showStatusMenu(StatusItemButton& button) {
-  const bool visible = model_->state() == BarState::visible;
+  const bool visible = !model_->isConcealing();
   MenuItem toggleItem = item(visible ? "Hide selected icons" : "Show all icons", weakly(&AppDelegate::toggle));
   toggleItem.enabled = !visible || model_->canHide();
   Menu menu;

@@ -77,10 +77,10 @@ void OrvoModel::followShortcut() {
 }
 
 void OrvoModel::toggle() {
-  if (state() == BarState::visible) {
-    hideSelected();
-  } else {
+  if (isConcealing()) {
     reveal(true);
+  } else {
+    hideSelected();
   }
 }
 
@@ -92,6 +92,7 @@ void OrvoModel::observeSystem() {
       {Notification::didWake, &OrvoModel::systemDidWake},
       {Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated},
       {Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged},
+      {Notification::concealersChanged, &OrvoModel::concealersChanged},
   };
   for (const auto& [name, step] : handlers) {
     workspaceObservers_.push_back(observe(workspace_.notificationCenter(), name, step));
@@ -161,6 +162,12 @@ void OrvoModel::menuBarHostTerminated() {
 // Until the new frames are there the old ones guard what they can; a scan that is under way began too soon.
 void OrvoModel::menuBarLayoutChanged() {
   scanGeneration_ = freshIdentity();
+  refresh();
+}
+
+void OrvoModel::concealersChanged() {
+  concealers = workspace_.concealers();
+  if (onStateChanged) onStateChanged();
   refresh();
 }
 

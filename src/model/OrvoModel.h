@@ -52,6 +52,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   bool canHide() const;
   void hideSelected();
   void reveal(bool scheduleRehide);
+  // Whether icons are hidden, or about to be, by whomever.
+  bool isConcealing() const;
   // Hides what is visible; reveals everything else, to hide again later.
   void toggle();
 
@@ -85,6 +87,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   Published<bool, OrvoModel> systemClickProtection{willChange, false};
   Published<OrvoPreferences, OrvoModel> preferences;
   Published<std::string> searchText{willChange, {}};
+  // Names of other programs that hide icons; every reveal asks the system to end it.
+  Published<std::vector<std::string>, OrvoModel> concealers{willChange, {}};
 
   const bool backendAvailable;
   const std::string ownBundle;
@@ -127,6 +131,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void systemDidWake();
   void menuBarHostTerminated();
   void menuBarLayoutChanged();
+  void concealersChanged();
   void screensChanged();
   void poll();
   bool followTrust();

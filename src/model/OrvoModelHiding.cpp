@@ -3,6 +3,7 @@
 
 #include "core/VisibilityPlan.h"
 #include "platform/Words.h"
+#include "platform/Workspace.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,6 +26,8 @@ bool OrvoModel::canHide() const {
   return nativeMenuBarReady && backendAvailable && accessibilityGranted() && systemClickProtection() &&
          !systemRelay_->systemFrames().empty() && selectedCount() != 0 && state() != BarState::applying;
 }
+
+bool OrvoModel::isConcealing() const { return state() != BarState::visible || !concealers().empty(); }
 
 void OrvoModel::hideSelected() {
   if (!readyToHide()) return;
@@ -128,6 +131,7 @@ void OrvoModel::reveal(bool scheduleRehide) {
   mainQueue_.cancel(watchdog_);
   mainQueue_.cancel(rehideTask_);
   releaseAssertions(std::nullopt);
+  if (!concealers().empty()) workspace_.endConcealments();
   state = BarState::visible;
   systemRelay_->setConcealed(false);
   if (onStateChanged) onStateChanged();

@@ -100,7 +100,7 @@ void OrvoModel::expectGuard(bool wasGuardable) {
 std::vector<DiscoveredApp> OrvoModel::merged(const std::vector<DiscoveredApp>& found) const {
   std::map<std::string, DiscoveredApp> byBundle;
   for (const DiscoveredApp& app : found) byBundle.emplace(app.id(), app);
-  if (state() != BarState::visible) {
+  if (isConcealing()) {
     const std::set<std::string> running = runningBundles();
     for (const DiscoveredApp& app : apps()) {
       if (running.contains(app.bundleID)) byBundle.emplace(app.id(), app);

@@ -19,6 +19,8 @@ enum class Notification {
   menuBarHostTerminated,
   // While something is concealed: system controls came, went, or stand elsewhere in their bar.
   menuBarLayoutChanged,
+  // Other programs began or ended hiding icons.
+  concealersChanged,
 };
 
 class NotificationCenter {

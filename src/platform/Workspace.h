@@ -45,7 +45,13 @@ class Workspace {
   // later turn of the main thread when nothing could be opened, as far as the system tells.
   virtual void openURL(const std::string& url, std::function<void()> failed) = 0;
 
-  // Posts applicationLaunched, applicationTerminated, willSleep, didWake and menuBarHostTerminated.
+  // Names of the programs, this one aside, that have menu bar items hidden now. Empty where the system does not tell.
+  virtual std::vector<std::string> concealers() const { return {}; }
+  // Asks the system to end what they have hidden; concealersChanged tells when it has.
+  virtual void endConcealments() {}
+
+  // Posts applicationLaunched, applicationTerminated, willSleep, didWake, menuBarHostTerminated,
+  // menuBarLayoutChanged and concealersChanged.
   virtual NotificationCenter& notificationCenter() = 0;
 };
 

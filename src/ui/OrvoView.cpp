@@ -132,12 +132,17 @@ OrvoView::StateBadge OrvoView::stateBadge() const {
     case BarState::visible:
       break;
   }
+  if (model_->isConcealing()) return {false, true, "Hidden"};
   return {false, false, "All visible"};
 }
 
 std::optional<std::string> OrvoView::message() const {
   if (notice_() && notice_()->page == page() && notice_()->over == model_->message()) return notice_()->text;
-  return page() == Page::about ? std::nullopt : model_->message();
+  if (page() == Page::about) return std::nullopt;
+  const std::vector<std::string>& concealers = model_->concealers();
+  if (concealers.empty()) return model_->message();
+  const std::string others = concealers.size() == 1 ? " hides" : " and other programs hide";
+  return concealers.front() + others + " icons. Click the arrow to show them.";
 }
 
 OrvoView::Guidance OrvoView::guidance() const {
@@ -239,13 +244,13 @@ std::string OrvoView::actionHint() const {
   if (!model_->backendAvailable) return platform_.words.unsupportedHint;
   if (!model_->nativeMenuBarReady) return "Open the Applications copy to enable hiding.";
   if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
-  if (model_->state() != BarState::visible) return "Click the left arrow to bring your icons back.";
+  if (model_->isConcealing()) return "Click the left arrow to bring your icons back.";
   if (model_->selectedCount() == 0) return "Choose Hide next to an app to get started.";
   return eitherText(model_->canHide(), "Hiding an icon keeps its app running.", platform_.words.noControlsHint);
 }
 
 OrvoView::PrimaryButton OrvoView::primaryButton() const {
-  if (model_->state() == BarState::visible) {
+  if (!model_->isConcealing()) {
     return {"Hide selected", "chevron.right", "Hide selected icons", "Hide selected icons", model_->canHide()};
   }
   return {"", "chevron.left", "Reveal hidden icons", std::string("Reveal hidden icons · ") + platform_.words.shortcut,

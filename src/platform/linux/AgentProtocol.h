@@ -18,6 +18,10 @@
 //   Items() -> a(sus)                     every registered item, concealed or not: its address, its
 //       process identifier (0 where unknown) and the bundle identifier by which the agent allows or
 //       conceals it (empty where unknown: never concealed)
+//   Requesters() -> au                    the processes that have something concealed, each once
+//   EndOthers()                           ends every concealment but those of the calling process; for the
+//       application whose arrow it is, which the agent never conceals; AccessDenied to others
+//   signal RequestersChanged(au)          with what Requesters has; before the panel is told
 //   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has
 //   signal TreeChanged()                  while anything is concealed: windows or controls are not as the
 //       last answer to Tree had them

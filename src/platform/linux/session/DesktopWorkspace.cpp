@@ -24,6 +24,7 @@ DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleId
       trayOwners_(bus, {[this](std::int32_t process) { registry_.add(process, agent_protocol::hostBundleIdentifier); },
                         [this] { center_.post(Notification::menuBarHostTerminated); },
                         [this] { center_.post(Notification::menuBarLayoutChanged); },
+                        [this](const QList<quint32>& processes) { setRequesters(processes); },
                         [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
       clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
       opener_(bus) {
@@ -72,6 +73,17 @@ void DesktopWorkspace::openURL(const std::string& url, std::function<void()> fai
 NotificationCenter& DesktopWorkspace::notificationCenter() {
   if (!std::exchange(following_, true)) follow();
   return center_;
+}
+
+void DesktopWorkspace::setRequesters(const QList<quint32>& processes) {
+  std::vector<std::string> names;
+  for (const quint32 process : processes) {
+    if (process == QCoreApplication::applicationPid()) continue;
+    const auto described = describeProcess(static_cast<std::int32_t>(process), {});
+    names.push_back(described ? described->localizedName.value_or(described->bundleIdentifier.value_or("")) : "");
+    if (names.back().empty()) names.back() = "Another program";
+  }
+  if (std::exchange(concealers_, names) != names) center_.post(Notification::concealersChanged);
 }
 
 void DesktopWorkspace::follow() {

@@ -31,16 +31,21 @@ class DesktopWorkspace : public QObject, public Workspace {
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
   void openURL(const std::string& url, std::function<void()> failed) override;
 
+  std::vector<std::string> concealers() const override { return concealers_; }
+  void endConcealments() override { trayOwners_.endOthers(); }
+
   // The desktop is followed from the first call on: until then this process alone is known, and what
   // is found during that call counts as launched long ago.
   NotificationCenter& notificationCenter() override;
 
  private:
   void follow();
+  void setRequesters(const QList<quint32>& processes);
   std::optional<RunningApplication> ownerOfBusName(const std::string& name) const;
 
   QDBusConnection bus_;
   NotificationCenter center_;
+  std::vector<std::string> concealers_;
   ApplicationRegistry registry_;
   TrayOwners trayOwners_;
   ClientWindows clientWindows_;

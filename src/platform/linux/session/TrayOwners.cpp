@@ -28,6 +28,7 @@ void TrayOwners::begin() {
       bus_.call(session_bus::processQuestion(latin(agent_protocol::service)), QDBus::Block, limit));
   if (!agent) return;
   found_.agent(*agent);
+  askRequesters();
   if (items.type() == QDBusMessage::ReplyMessage) {
     takeItems(items);
   } else {
@@ -41,9 +42,12 @@ void TrayOwners::subscribe() {
                SLOT(itemAdded(QString, quint32, QString)));
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("TreeChanged"),
                this, SLOT(treeChanged()));
+  bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface),
+               QStringLiteral("RequestersChanged"), this, SLOT(requestersChanged(QList<quint32>)));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString& oldOwner, const QString& newOwner) {
+            if (!oldOwner.isEmpty()) found_.requesters({});
             if (!oldOwner.isEmpty()) found_.agentLost();
             if (!newOwner.isEmpty()) agentStarted(newOwner);
           });
@@ -58,6 +62,16 @@ void TrayOwners::agentStarted(const QString& name) {
     if (const auto process = session_bus::processAnswer(reply)) found_.agent(*process);
   });
   askItems();
+  askRequesters();
+}
+
+void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
+
+void TrayOwners::askRequesters() {
+  session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
+    if (reply.type() == QDBusMessage::ReplyMessage)
+      found_.requesters(qdbus_cast<QList<quint32>>(reply.arguments().value(0)));
+  });
 }
 
 void TrayOwners::askItems() {

@@ -1,6 +1,6 @@
-// Tells which processes own tray items, as items come, which process the agent is, and when it says that its
-// tree has changed. Owned by
-// DesktopWorkspace; main thread. Without the agent, nothing can be hidden and no owner matters.
+// Tells which processes own tray items, as items come, which process the agent is, and what it says of its tree
+// and of those who have something concealed. Owned by DesktopWorkspace; main thread. Without the agent, nothing
+// can be hidden and no owner matters.
 #pragma once
 
 #include <QDBusConnection>
@@ -22,6 +22,8 @@ class TrayOwners : public QObject {
     std::function<void(std::int32_t processIdentifier)> agent;
     std::function<void()> agentLost;
     std::function<void()> treeChanged;
+    // All processes that have something concealed, this one included.
+    std::function<void(const QList<quint32>& processes)> requesters;
     // With the agent's word on whose item it is; empty for none.
     std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
@@ -35,14 +37,20 @@ class TrayOwners : public QObject {
   // then on new ones as they come.
   void begin();
 
+  // Has the agent end every concealment that is not this process's.
+  void endOthers();
+
  private:
   Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier, const QString& bundleIdentifier);
 
   Q_SLOT void treeChanged() { found_.treeChanged(); }
 
+  Q_SLOT void requestersChanged(const QList<quint32>& processes) { found_.requesters(processes); }
+
   void subscribe();
   void agentStarted(const QString& name);
   void askItems();
+  void askRequesters();
   void takeItems(const QDBusMessage& reply);
 
   QDBusConnection bus_;
