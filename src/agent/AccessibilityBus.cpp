@@ -1,7 +1,5 @@
 #include "agent/AccessibilityBus.h"
 
-#include <systemd/sd-bus.h>
-
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -54,137 +52,113 @@ bool readExtents(sd_bus_message* answer, Rect& extents) {
   return true;
 }
 
-sd_bus* connectTo(const std::string& address) {
-  sd_bus* bus = nullptr;
-  if (sd_bus_new(&bus) < 0) return nullptr;
+bool readProcess(sd_bus_message* answer, std::int32_t& process) {
+  process = readNumber(answer);
+  return process != 0;
+}
+
+template <typename Value>
+std::function<bool(sd_bus_message*)> reading(bool (*read)(sd_bus_message*, Value&),
+                                             std::function<void(const Value&)> handler) {
+  return [read, handler = std::move(handler)](sd_bus_message* answer) {
+    Value value{};
+    const bool isRead = read(answer, value);
+    if (isRead) handler(value);
+    return isRead;
+  };
+}
+
+BusHandle connectTo(const std::string& address) {
+  sd_bus* made = nullptr;
+  if (sd_bus_new(&made) < 0) return nullptr;
+  BusHandle bus(made);
   const bool isStarted =
-      sd_bus_set_address(bus, address.c_str()) >= 0 && sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
-  return isStarted ? bus : sd_bus_unref(bus);
+      sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_set_bus_client(made, 1) >= 0 && sd_bus_start(made) >= 0;
+  return isStarted ? std::move(bus) : nullptr;
 }
 
 }  // namespace
 
-AccessibilityBus::AccessibilityBus() : bus_(nullptr, sd_bus_close_unref), match_(nullptr, sd_bus_slot_unref) {
-  pause_.setSingleShot(true);
-  pause_.setTimerType(Qt::PreciseTimer);
-  connect(&pause_, &QTimer::timeout, this, &AccessibilityBus::gather);
-}
-
-AccessibilityBus::~AccessibilityBus() = default;
+AccessibilityBus::AccessibilityBus(sd_event* loop) : loop_(loop), pause_(loop, [this] { gather(); }) {}
 
 void AccessibilityBus::begin(const std::string& address) {
-  deadline_.setRemainingTime(limit);
+  deadline_ = Clock::now() + limit;
   if (bus_ && address == address_ && sd_bus_is_open(bus_.get()) > 0) return;
   address_ = address;
   drop();
-  bus_.reset(connectTo(address));
+  bus_ = connectTo(address);
 }
 
 void AccessibilityBus::askChildren(const Accessible& accessible,
                                    std::function<void(const std::vector<Accessible>&)> handler) {
-  ask(
-      accessible, accessibleInterface, "GetChildren",
-      [handler = std::move(handler)](sd_bus_message* answer) {
-        std::vector<Accessible> children;
-        const bool isRead = readChildren(answer, children);
-        if (isRead) handler(children);
-        return isRead;
-      },
-      "");
+  ask(accessible, accessibleInterface, "GetChildren", reading(&readChildren, std::move(handler)), "");
 }
 
-void AccessibilityBus::askIsDock(const Accessible& accessible, std::function<void(bool)> handler) {
-  ask(
-      accessible, accessibleInterface, "GetAttributes",
-      [handler = std::move(handler)](sd_bus_message* answer) {
-        bool isDock = false;
-        const bool isRead = readIsDock(answer, isDock);
-        if (isRead) handler(isDock);
-        return isRead;
-      },
-      "");
+void AccessibilityBus::askIsDock(const Accessible& accessible, std::function<void(const bool&)> handler) {
+  ask(accessible, accessibleInterface, "GetAttributes", reading(&readIsDock, std::move(handler)), "");
 }
 
 void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coordinates,
                                   std::function<void(const Rect&)> handler) {
-  ask(
-      accessible, componentInterface, "GetExtents",
-      [handler = std::move(handler)](sd_bus_message* answer) {
-        Rect extents;
-        const bool isRead = readExtents(answer, extents);
-        if (isRead) handler(extents);
-        return isRead;
-      },
-      "u", static_cast<std::uint32_t>(coordinates));
+  ask(accessible, componentInterface, "GetExtents", reading(&readExtents, std::move(handler)), "u",
+      static_cast<std::uint32_t>(coordinates));
 }
 
-void AccessibilityBus::askProcess(const std::string& service, std::function<void(std::uint32_t)> handler) {
-  ask(
-      {"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-      [handler = std::move(handler)](sd_bus_message* answer) {
-        std::uint32_t process = 0;
-        const bool isRead = sd_bus_message_read(answer, "u", &process) > 0;
-        if (isRead) handler(process);
-        return isRead;
-      },
-      "s", service.c_str());
+void AccessibilityBus::askProcess(const std::string& service, std::function<void(const std::int32_t&)> handler) {
+  ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, std::move(handler)), "s",
+      service.c_str());
 }
 
 template <typename... Arguments>
-void AccessibilityBus::ask(const Accessible& whom, const char* interface, const char* method, Reader reader,
+void AccessibilityBus::ask(const Accessible& whom, const char* interface, const char* method, Reader read,
                            const char* types, Arguments... arguments) {
-  const auto question = open_.insert(open_.end(), {this, std::move(reader)});
-  const bool isSent =
-      bus_ && sd_bus_call_method_async(bus_.get(), nullptr, whom.service.c_str(), whom.path.c_str(), interface, method,
-                                       &AccessibilityBus::answered, &*question, types, arguments...) >= 0;
-  if (isSent) return;
-  open_.erase(question);
-  outcome_ = Outcome::unanswered;
+  const auto answered = [this, read = std::move(read)](sd_bus_message* answer) { take(answer, read); };
+  if (bus_ && call(bus_.get(), whom, interface, method, unlimited, answered, types, arguments...)) {
+    ++open_;
+  } else {
+    outcome_ = Outcome::unanswered;
+  }
 }
 
-int AccessibilityBus::answered(sd_bus_message* answer, void* asked, sd_bus_error* /*error*/) {
-  auto* question = static_cast<Question*>(asked);
-  question->bus->take(answer, *question);
-  return 0;
-}
-
-void AccessibilityBus::take(sd_bus_message* answer, const Question& question) {
+void AccessibilityBus::take(sd_bus_message* answer, const Reader& read) {
   hasProgressed_ = true;
-  const bool isRead = sd_bus_message_is_method_error(answer, nullptr) == 0 && question.read(answer);
+  const bool isRead = !isError(answer) && read(answer);
   if (sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY) > 0) outcome_ = Outcome::unanswered;
   if (!isRead && outcome_ == Outcome::complete) outcome_ = Outcome::refused;
-  open_.remove_if([&](const Question& each) { return &each == &question; });
+  --open_;
 }
 
 void AccessibilityBus::whenSettled(std::function<void(Outcome)> settled) {
   settled_ = std::move(settled);
-  if (open_.empty()) return settle();
-  if (arrivals_) arrivals_->setEnabled(false);
-  pause_.start(expectedPause());
+  if (open_ == 0) return settle();
+  if (arrivals_) arrivals_->stop();
+  pauseFor(expectedPause());
+}
+
+void AccessibilityBus::pauseFor(std::chrono::milliseconds pause) {
+  pauseLength_ = pause;
+  pause_.start(pause);
 }
 
 std::chrono::milliseconds AccessibilityBus::expectedPause() const {
-  return std::chrono::milliseconds(1 + open_.size() / answersInMillisecond);
+  return std::chrono::milliseconds(1 + open_ / answersInMillisecond);
 }
 
 void AccessibilityBus::gather() {
   hasProgressed_ = false;
   int more = 0;
   while ((more = sd_bus_process(bus_.get(), nullptr)) > 0) continue;
-  const bool isLate = !open_.empty() && deadline_.hasExpired();
+  const bool isLate = open_ > 0 && Clock::now() >= deadline_;
   if (more < 0 || isLate) giveUp();
-  if (!open_.empty()) {
-    pause_.start(hasProgressed_ ? expectedPause() : std::min(2 * pause_.intervalAsDuration(), longestPause));
-    return;
-  }
+  if (open_ > 0) return pauseFor(hasProgressed_ ? expectedPause() : std::min(2 * pauseLength_, longestPause));
   if (settled_) settle();
   heed();
 }
 
 // Answers that still come go the way of the connection.
 void AccessibilityBus::giveUp() {
-  if (!open_.empty()) outcome_ = Outcome::unanswered;
-  open_.clear();
+  if (open_ > 0) outcome_ = Outcome::unanswered;
+  open_ = 0;
   drop();
 }
 
@@ -209,14 +183,10 @@ bool AccessibilityBus::listenTo(const std::string& service) {
   if (service.empty()) return false;
   const std::string rule =
       "type='signal',sender='" + service + "',interface='org.a11y.atspi.Event.Object',member='BoundsChanged'";
-  sd_bus_slot* match = nullptr;
-  sd_bus_add_match_async(bus_.get(), &match, rule.c_str(), &AccessibilityBus::moved, nullptr, this);
-  match_.reset(match);
+  match_ = match(bus_.get(), rule, [this](sd_bus_message* event) { moved(event); });
   sendWish("EventListenerRegistered");
-  arrivals_ = std::make_unique<QSocketNotifier>(sd_bus_get_fd(bus_.get()), QSocketNotifier::Read);
-  connect(arrivals_.get(), &QSocketNotifier::activated, this, [this] {
-    arrivals_->setEnabled(false);
-    if (!pause_.isActive()) pause_.start(eventPause);
+  arrivals_.emplace(loop_, sd_bus_get_fd(bus_.get()), [this] {
+    if (!pause_.isActive()) pauseFor(eventPause);
   });
   return true;
 }
@@ -224,35 +194,31 @@ bool AccessibilityBus::listenTo(const std::string& service) {
 // In the form in which the registry passes wishes on. It would pass this one on to every program of the
 // desktop, which would then all tell of what moves in their windows.
 void AccessibilityBus::sendWish(const char* member) {
-  const char* self = nullptr;
-  sd_bus_message* message = nullptr;
-  if (sd_bus_get_unique_name(bus_.get(), &self) >= 0 &&
-      sd_bus_message_new_signal(bus_.get(), &message, registryPath, registryInterface, member) >= 0 &&
-      sd_bus_message_set_destination(message, listened_.c_str()) >= 0 &&
-      sd_bus_message_append(message, "ss", self, boundsEvent) >= 0)
-    sd_bus_send(bus_.get(), message, nullptr);
-  sd_bus_message_unref(message);
+  sd_bus_message* wish = nullptr;
+  if (sd_bus_message_new_signal(bus_.get(), &wish, registryPath, registryInterface, member) < 0) return;
+  const BusMessage owned = taken(wish);
+  if (sd_bus_message_set_destination(wish, listened_.c_str()) >= 0 &&
+      sd_bus_message_append(wish, "ss", uniqueName(bus_.get()).c_str(), boundsEvent) >= 0)
+    sd_bus_send(bus_.get(), wish, nullptr);
 }
 
 // A clock that ticks tells its old bounds anew.
-int AccessibilityBus::moved(sd_bus_message* event, void* listener, sd_bus_error* /*error*/) {
-  auto& self = *static_cast<AccessibilityBus*>(listener);
+void AccessibilityBus::moved(sd_bus_message* event) {
   Rect bounds;
   const char* path = sd_bus_message_get_path(event);
   if (path == nullptr || sd_bus_message_skip(event, "sii") < 0 ||
       sd_bus_message_enter_container(event, 'v', "(iiii)") < 0 || !readExtents(event, bounds))
-    return 0;
-  if (self.bounds_.size() > mostBounds) self.bounds_.clear();
-  const auto [known, isNew] = self.bounds_.try_emplace(path, bounds);
-  if (!isNew && known->second == bounds) return 0;
+    return;
+  if (bounds_.size() > mostBounds) bounds_.clear();
+  const auto [known, isNew] = bounds_.try_emplace(path, bounds);
+  if (!isNew && known->second == bounds) return;
   known->second = bounds;
-  self.isMoved_ = true;
-  return 0;
+  isMoved_ = true;
 }
 
 void AccessibilityBus::heed() {
-  if (arrivals_) arrivals_->setEnabled(true);
-  if (std::exchange(isMoved_, false)) Q_EMIT boundsChanged();
+  if (arrivals_) arrivals_->start();
+  if (std::exchange(isMoved_, false) && onBoundsChanged) onBoundsChanged();
 }
 
 }  // namespace orvo

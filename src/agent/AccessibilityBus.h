@@ -6,34 +6,22 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <QDeadlineTimer>
-#include <QObject>
-#include <QSocketNotifier>
-#include <QTimer>
-
-#include <systemd/sd-bus.h>
-
+#include "agent/BusCall.h"
+#include "agent/ReadWatch.h"
+#include "agent/Timer.h"
 #include "core/Rect.h"
 
 namespace orvo {
 
-// An object of an application's accessible tree.
-struct Accessible {
-  std::string service;  // unique bus name
-  std::string path;
+// An object of an application's accessible tree; its service is a unique name.
+using Accessible = BusObject;
 
-  bool operator==(const Accessible&) const = default;
-};
-
-class AccessibilityBus : public QObject {
-  Q_OBJECT
-
+class AccessibilityBus {
  public:
   enum class Outcome {
     complete,
@@ -45,18 +33,17 @@ class AccessibilityBus : public QObject {
   // short enough that one which was stopped is asked anew soon.
   static constexpr std::chrono::seconds limit{2};
 
-  AccessibilityBus();
-  ~AccessibilityBus() override;
+  explicit AccessibilityBus(sd_event* loop);
 
   // Keeps the connection of before if it is to the same address and whole.
   void begin(const std::string& address);
 
   // Handlers are called for answers of the right form only, never from within, and may ask on.
   void askChildren(const Accessible& accessible, std::function<void(const std::vector<Accessible>&)> handler);
-  void askIsDock(const Accessible& accessible, std::function<void(bool)> handler);
+  void askIsDock(const Accessible& accessible, std::function<void(const bool&)> handler);
   enum class Coordinates : std::uint32_t { screen = 0, window = 1 };  // ATSPI_COORD_TYPE_...
   void askExtents(const Accessible& accessible, Coordinates coordinates, std::function<void(const Rect&)> handler);
-  void askProcess(const std::string& service, std::function<void(std::uint32_t)> handler);
+  void askProcess(const std::string& service, std::function<void(const std::int32_t&)> handler);
 
   // Called once, when every question is answered that was asked since the last such call; at once where
   // none is open.
@@ -67,46 +54,43 @@ class AccessibilityBus : public QObject {
   // until the connection is made anew.
   bool listenTo(const std::string& service);
 
- Q_SIGNALS:
   // Something of the application listened to has other bounds than it last told, or can tell no more.
-  void boundsChanged();
+  std::function<void()> onBoundsChanged;
 
  private:
   using Reader = std::function<bool(sd_bus_message*)>;  // false for an answer of another form
-  struct Question {
-    AccessibilityBus* bus;
-    Reader read;
-  };
+  using Clock = std::chrono::steady_clock;
 
   template <typename... Arguments>
-  void ask(const Accessible& whom, const char* interface, const char* method, Reader reader, const char* types,
+  void ask(const Accessible& whom, const char* interface, const char* method, Reader read, const char* types,
            Arguments... arguments);
-  static int answered(sd_bus_message* answer, void* question, sd_bus_error* error);
 
   void sendWish(const char* member);
-  static int moved(sd_bus_message* event, void* bus, sd_bus_error* error);
+  void moved(sd_bus_message* event);
   void heed();
 
-  void take(sd_bus_message* answer, const Question& question);
+  void take(sd_bus_message* answer, const Reader& read);
   std::chrono::milliseconds expectedPause() const;
   void gather();
   void giveUp();
   void drop();
   void settle();
+  void pauseFor(std::chrono::milliseconds pause);
 
+  sd_event* loop_;
   std::string address_;
-  std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> bus_;
-  std::list<Question> open_;
+  BusHandle bus_;
+  std::size_t open_ = 0;  // questions without an answer
   Outcome outcome_ = Outcome::complete;
   bool hasProgressed_ = false;
   std::function<void(Outcome)> settled_;
-  QDeadlineTimer deadline_;
-  QTimer pause_;
+  Clock::time_point deadline_;
+  Timer pause_;
+  std::chrono::milliseconds pauseLength_{0};
 
-  using Slot = std::unique_ptr<sd_bus_slot, sd_bus_slot* (*)(sd_bus_slot*)>;
   std::string listened_;  // empty for nobody
-  Slot match_;            // goes before its bus
-  std::unique_ptr<QSocketNotifier> arrivals_;
+  BusSlot match_;
+  std::optional<ReadWatch> arrivals_;
   std::map<std::string, Rect> bounds_;  // by path, as last told
   bool isMoved_ = false;
 };

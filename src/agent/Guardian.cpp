@@ -17,8 +17,6 @@
 #include <cstring>
 #include <limits>
 
-#include <QTimer>
-
 namespace orvo {
 
 namespace {
@@ -78,7 +76,10 @@ std::string contents(int memory) {
 
 }  // namespace
 
-Guardian::Guardian() : memory_(raised(memfd_create(processName, MFD_CLOEXEC))) { start(); }
+Guardian::Guardian(sd_event* loop)
+    : loop_(loop), memory_(raised(memfd_create(processName, MFD_CLOEXEC))), successor_(loop, [this] { replace(); }) {
+  start();
+}
 
 Guardian::~Guardian() {
   ended_.reset();
@@ -93,25 +94,21 @@ void Guardian::start() {
     process_ = spawnGuardian(memory_, lifeline);
     close(lifeline);
   }
-  age_.start();
+  started_ = std::chrono::steady_clock::now();
   ending_ = process_ < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
   if (ending_ < 0) std::fprintf(stderr, "orvo-agent: no guardian: %s\n", std::strerror(errno));
-  if (ending_ >= 0) watch();
+  if (ending_ >= 0) ended_.emplace(loop_, ending_, [this] { bury(); });
 }
 
-void Guardian::watch() {
-  ended_ = std::make_unique<QSocketNotifier>(ending_, QSocketNotifier::Read);
-  QObject::connect(ended_.get(), &QSocketNotifier::activated, ended_.get(), [this] {
-    ended_->setEnabled(false);
-    waitpid(process_, nullptr, 0);
-    const std::chrono::milliseconds age(age_.elapsed());
-    QTimer::singleShot(age < shortLife ? shortLife : std::chrono::seconds(0), ended_.get(), [this] { replace(); });
-  });
+void Guardian::bury() {
+  waitpid(process_, nullptr, 0);
+  const bool isYoung = std::chrono::steady_clock::now() - started_ < shortLife;
+  successor_.start(isYoung ? shortLife : std::chrono::seconds(0));
 }
 
 void Guardian::replace() {
   std::fprintf(stderr, "orvo-agent: its guardian has ended; here is another\n");
-  ended_.release()->deleteLater();
+  ended_.reset();
   for (const int descriptor : {ending_, lifeline_}) close(descriptor);
   start();
 }

@@ -5,12 +5,11 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <string>
 
-#include <QElapsedTimer>
-#include <QSocketNotifier>
+#include "agent/ReadWatch.h"
+#include "agent/Timer.h"
 
 namespace orvo {
 
@@ -19,7 +18,7 @@ class Guardian {
   // One that ends sooner than this has its successor only so long after its start: something is wrong.
   static constexpr std::chrono::seconds shortLife{1};
 
-  Guardian();
+  explicit Guardian(sd_event* loop);
   ~Guardian();
   Guardian(const Guardian&) = delete;
   Guardian& operator=(const Guardian&) = delete;
@@ -37,15 +36,17 @@ class Guardian {
 
  private:
   void start();
-  void watch();
+  void bury();
   void replace();
 
+  sd_event* loop_;
   int memory_ = -1;
   int lifeline_ = -1;  // held open by this process alone
   pid_t process_ = -1;
   int ending_ = -1;  // becomes readable at the guardian's end
-  std::unique_ptr<QSocketNotifier> ended_;
-  QElapsedTimer age_;
+  std::optional<ReadWatch> ended_;
+  std::chrono::steady_clock::time_point started_;
+  Timer successor_;
 };
 
 }  // namespace orvo

@@ -2,13 +2,7 @@
 
 #include <chrono>
 #include <utility>
-#include <vector>
 
-#include <QDBusMessage>
-#include <QDBusVariant>
-#include <QTimer>
-
-#include "agent/BusCall.h"
 #include "agent/StatusNotifierWatcher.h"
 #include "agent/rules/KeptItems.h"
 
@@ -21,42 +15,39 @@ constexpr std::chrono::seconds limit{3};
 
 }  // namespace
 
-IconRestorer::IconRestorer(QDBusConnection bus, pid_t agent, std::string kept)
-    : bus_(std::move(bus)),
+IconRestorer::IconRestorer(sd_bus* bus, pid_t agent, std::string kept, std::function<void()> finished)
+    : bus_(bus),
       kept_(std::move(kept)),
-      owner_(watcherName, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
-  QTimer::singleShot(limit, this, &IconRestorer::finished);
-  connect(&owner_, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString&, const QString& owner) {
-            if (!owner.isEmpty()) askWatcher();
-          });
+      finished_(std::move(finished)),
+      late_(sd_bus_get_event(bus), finished_),
+      owner_(watchName(bus, watcherName, [this](const std::string&, const std::string& owner) {
+        if (!owner.empty()) askWatcher();
+      })) {
+  late_.start(limit);
   // The agent's end may be known here before the bus has noticed it.
-  send(bus_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), watcherName), limit, this,
-       [this, agent](const QDBusMessage& answer) {
-         const bool isOwned = answer.type() == QDBusMessage::ReplyMessage;
-         if (isOwned && answer.arguments().value(0).toUInt() != static_cast<uint>(agent)) askWatcher();
-       });
+  askAboutName(bus_, "GetConnectionUnixProcessID", watcherName, limit, [this, agent](sd_bus_message* answer) {
+    if (!isError(answer) && readNumber(answer) != agent) askWatcher();
+  });
 }
 
 void IconRestorer::askWatcher() {
-  send(bus_, propertyOf(watcherName, watcherPath, watcherName, QStringLiteral("RegisteredStatusNotifierItems")), limit,
-       this, [this](const QDBusMessage& answer) {
-         if (answer.type() == QDBusMessage::ReplyMessage)
-           registerMissing(answer.arguments().value(0).value<QDBusVariant>().variant().toStringList());
-       });
+  askProperty(bus_, {watcherName, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
+              [this](sd_bus_message* answer) {
+                if (!isError(answer)) registerMissing(answer);
+              });
 }
 
-void IconRestorer::registerMissing(const QStringList& listed) {
-  std::vector<std::string> known;
-  for (const QString& address : listed) known.push_back(address.toStdString());
-  const auto missing = itemsToRestore(kept_, known);
-  if (missing.empty()) Q_EMIT finished();
+void IconRestorer::registerMissing(sd_bus_message* answer) {
+  const auto missing = itemsToRestore(kept_, readTexts(answer));
+  if (missing.empty()) finished_();
   open_ += missing.size();
   for (const std::string& name : missing) {
-    send(bus_, {watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem", {QString::fromStdString(name)}},
-         limit, this, [this](const QDBusMessage&) {
-           if (--open_ == 0) Q_EMIT finished();
-         });
+    call(
+        bus_, {watcherName, watcherPath}, watcherName, "RegisterStatusNotifierItem", limit,
+        [this](sd_bus_message*) {
+          if (--open_ == 0) finished_();
+        },
+        "s", name.c_str());
   }
 }
 

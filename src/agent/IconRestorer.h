@@ -5,33 +5,30 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <functional>
 #include <string>
 
-#include <QDBusConnection>
-#include <QDBusServiceWatcher>
-#include <QObject>
-#include <QStringList>
+#include "agent/BusCall.h"
+#include "agent/Timer.h"
 
 namespace orvo {
 
-class IconRestorer : public QObject {
-  Q_OBJECT
-
+class IconRestorer {
  public:
-  // `kept` is a text of keptItems().
-  IconRestorer(QDBusConnection bus, pid_t agent, std::string kept);
-
- Q_SIGNALS:
-  // Every item is registered, or no other watcher has come in time.
-  void finished();
+  // `kept` is a text of keptItems(). `finished` is called when every item is registered, or no other watcher has
+  // come in time.
+  IconRestorer(sd_bus* bus, pid_t agent, std::string kept, std::function<void()> finished);
 
  private:
   void askWatcher();
-  void registerMissing(const QStringList& listed);
+  void registerMissing(sd_bus_message* answer);
 
-  QDBusConnection bus_;
+  sd_bus* bus_;
   const std::string kept_;
-  QDBusServiceWatcher owner_;
+  std::function<void()> finished_;
+  Timer late_;
+  BusSlot owner_;
   std::size_t open_ = 0;  // registrations without an answer
 };
 

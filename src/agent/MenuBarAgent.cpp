@@ -2,12 +2,11 @@
 
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <set>
+#include <string>
 #include <utility>
-
-#include <QDBusError>
-#include <QDBusMessage>
-#include <QVariantMap>
 
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
@@ -19,95 +18,143 @@ namespace orvo {
 namespace {
 
 // Far more than can run at once.
-constexpr int mostBundles = 10'000;
+constexpr std::size_t mostBundles = 10'000;
+
+constexpr const char* heldProperty = "WatcherHeld";
+
+const sd_bus_vtable agentTable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_ARGS("Activate", SD_BUS_ARGS("ai", allowedSystemItems, "as", allowedBundleIdentifiers),
+                            SD_BUS_RESULT("u", assertion), &MenuBarAgent::activate, 0),
+    SD_BUS_METHOD_WITH_ARGS("Invalidate", SD_BUS_ARGS("u", assertion), SD_BUS_NO_RESULT, &MenuBarAgent::invalidate, 0),
+    SD_BUS_METHOD("Tree", "", agent_protocol::treeForm, &MenuBarAgent::tree, 0),
+    SD_BUS_METHOD("Items", "", agent_protocol::itemsForm, &MenuBarAgent::items, 0),
+    SD_BUS_PROPERTY(heldProperty, "b", &MenuBarAgent::isWatcherHeld, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_SIGNAL_WITH_ARGS("ItemAdded", SD_BUS_ARGS("s", address, "u", processIdentifier, "s", bundleIdentifier), 0),
+    SD_BUS_SIGNAL("TreeChanged", "", 0),
+    SD_BUS_VTABLE_END,
+};
+
+// An answer of one list, in this form.
+class ListReply {
+ public:
+  ListReply(sd_bus_message* call, const char* form) : elementForm_(form + 1) {
+    sd_bus_message* reply = nullptr;
+    sd_bus_message_new_method_return(call, &reply);
+    reply_ = taken(reply);
+    sd_bus_message_open_container(reply, 'a', elementForm_);
+  }
+
+  // Returns its index.
+  template <typename... Values>
+  std::int32_t add(Values... values) {
+    sd_bus_message_append(reply_.get(), elementForm_, values...);
+    return count_++;
+  }
+
+  void send() {
+    sd_bus_message_close_container(reply_.get());
+    sd_bus_send(nullptr, reply_.get(), nullptr);
+  }
+
+ private:
+  const char* elementForm_;
+  BusMessage reply_;
+  std::int32_t count_ = 0;
+};
+
+std::int32_t addElement(ListReply& tree, std::int32_t parent, const std::string& identifier, const Rect& frame) {
+  return tree.add(parent, ::getpid(), identifier.c_str(), 1, frame.x, frame.y, frame.width, frame.height);
+}
+
+std::int32_t addWithoutFrame(ListReply& tree, std::int32_t parent, std::int32_t process, const char* identifier) {
+  return tree.add(parent, process, identifier, 0, 0.0, 0.0, 0.0, 0.0);
+}
+
+void addDock(ListReply& tree, const DockControls& dock) {
+  const std::int32_t parent = addElement(tree, 0, {}, dock.frame);
+  for (const StatusControl& control : dock.controls) {
+    const std::string identifier = agent_protocol::controlPrefix + control.name;
+    const std::int32_t whole = addElement(tree, parent, identifier, control.frame);
+    const auto cut = pieces(control.frame);
+    if (cut.size() < 2) continue;
+    for (const Rect& piece : cut) addElement(tree, whole, identifier, piece);
+  }
+}
 
 }  // namespace
 
-MenuBarAgent::MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusNotifierWatcher& watcher,
-                           PanelReader& panel)
-    : bus_(std::move(bus)), service_(service), watcher_(watcher), panel_(panel) {
-  registerAgentTypes();
-  connect(&service_, &MenuBarService::itemArrived, this, &MenuBarAgent::ItemAdded);
-  connect(&watcher_, &StatusNotifierWatcher::nameHeld, this, &MenuBarAgent::announceHeld);
-  // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
-  connect(&service_, &MenuBarService::changed, this, [this] { panel_.watch(service_.menuBar().isConcealing()); });
-  connect(&panel_, &PanelReader::looked, this, [this](const std::vector<DockControls>& docks) {
+MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel)
+    : bus_(bus), service_(service), watcher_(watcher), panel_(panel) {
+  service_.onItemArrived = [this](const TrayItem& item) {
+    sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
+                       item.address().c_str(), item.processIdentifier, item.bundle.c_str());
+  };
+  watcher_.onNameHeld = [this] {
+    sd_bus_emit_properties_changed(bus_, agent_protocol::path, agent_protocol::interface, heldProperty, nullptr);
+  };
+  panel_.onLooked = [this](const std::vector<DockControls>& docks) {
     const bool isNew = std::exchange(seen_, docks) != docks;
-    if (isNew || docks != told_) Q_EMIT TreeChanged();
-  });
-  bus_.registerObject(agent_protocol::path, this, QDBusConnection::ExportScriptableContents);
+    if (isNew || docks != told_)
+      sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "TreeChanged", "");
+  };
+  sd_bus_slot* object = nullptr;
+  sd_bus_add_object_vtable(bus_, &object, agent_protocol::path, agent_protocol::interface, agentTable, this);
+  object_.reset(object);
 }
 
-bool MenuBarAgent::claimName() { return bus_.registerService(agent_protocol::service); }
+bool MenuBarAgent::claimName() { return sd_bus_request_name(bus_, agent_protocol::service, 0) >= 0; }
 
-bool MenuBarAgent::isWatcherHeld() const { return watcher_.isNameHeld(); }
+int MenuBarAgent::isWatcherHeld(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
+                                const char* /*property*/, sd_bus_message* reply, void* agent, sd_bus_error* /*error*/) {
+  return sd_bus_message_append(reply, "b", static_cast<MenuBarAgent*>(agent)->watcher_.isNameHeld() ? 1 : 0);
+}
 
 // Which system items a request allows makes no difference here: the panel's own controls always stay.
-uint MenuBarAgent::Activate(const QList<int>& /*allowedSystemItems*/, const QStringList& allowedBundleIdentifiers) {
-  if (!isWatcherHeld()) {
-    sendErrorReply(agent_protocol::watcherNotHeldError, QStringLiteral("Another program watches over the tray."));
-    return 0;
-  }
-  if (allowedBundleIdentifiers.size() > mostBundles) {
-    sendErrorReply(QDBusError::LimitsExceeded, QStringLiteral("Too many applications."));
-    return 0;
-  }
-  setDelayedReply(true);
-  service_.activate(message().service(), allowedBundleIdentifiers, [bus = bus_, call = message()](std::uint32_t id) {
-    bus.send(id != 0 ? call.createReply(QVariant::fromValue(id))
-                     : call.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("Too many requests.")));
-  });
-  return 0;
+int MenuBarAgent::activate(sd_bus_message* call, void* agent, sd_bus_error* error) {
+  auto& self = *static_cast<MenuBarAgent*>(agent);
+  if (!self.watcher_.isNameHeld())
+    return sd_bus_error_set(error, agent_protocol::watcherNotHeldError, "Another program watches over the tray.");
+  sd_bus_message_skip(call, "ai");
+  const auto bundles = readTexts(call, mostBundles + 1);
+  if (bundles.size() > mostBundles)
+    return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many applications.");
+  self.service_.activate(sd_bus_message_get_sender(call), {bundles.begin(), bundles.end()},
+                         [call = kept(call)](std::uint32_t assertion) {
+                           if (assertion != 0) return void(sd_bus_reply_method_return(call.get(), "u", assertion));
+                           sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many requests.");
+                         });
+  return 1;
 }
 
-void MenuBarAgent::Invalidate(uint assertion) {
-  if (!service_.invalidate(assertion, message().service()))
-    sendErrorReply(QDBusError::AccessDenied, QStringLiteral("The connection holds no such assertion."));
-}
-
-QList<TreeElement> MenuBarAgent::Tree() {
-  setDelayedReply(true);
-  panel_.read([this, call = message()](const PanelReader::Reading& panel) {
-    told_ = panel.docks;
-    bus_.send(call.createReply(QVariant::fromValue(tree(panel))));
-  });
-  return {};
+int MenuBarAgent::invalidate(sd_bus_message* call, void* agent, sd_bus_error* error) {
+  const auto assertion = static_cast<std::uint32_t>(readNumber(call));
+  if (static_cast<MenuBarAgent*>(agent)->service_.invalidate(assertion, sd_bus_message_get_sender(call)))
+    return sd_bus_reply_method_return(call, "");
+  return sd_bus_error_set(error, SD_BUS_ERROR_ACCESS_DENIED, "The connection holds no such assertion.");
 }
 
 // Controls come first: whoever looks at so many elements and no more finds them all.
-QList<TreeElement> MenuBarAgent::tree(const PanelReader::Reading& panel) const {
-  const std::int32_t host = ::getpid();
-  QList<TreeElement> elements{{-1, host, panel.isFresh ? "" : agent_protocol::outOfDate, false, {}}};
-  for (const DockControls& dock : panel.docks) {
-    const auto parent = static_cast<std::int32_t>(elements.size());
-    elements.append({0, host, {}, true, dock.frame});
-    for (const StatusControl& control : dock.controls) {
-      const QString identifier = agent_protocol::controlPrefix + QString::fromStdString(control.name);
-      const auto whole = static_cast<std::int32_t>(elements.size());
-      elements.append({parent, host, identifier, true, control.frame});
-      const auto cut = pieces(control.frame);
-      if (cut.size() < 2) continue;
-      for (const Rect& piece : cut) elements.append({whole, host, identifier, true, piece});
-    }
-  }
-  for (const TrayItem& item : service_.menuBar().shownItems())
-    elements.append({0, item.processIdentifier, {}, false, {}});
-  return elements;
+int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<MenuBarAgent*>(agent);
+  self.panel_.read([&self, call = kept(call)](const PanelReader::Reading& panel) {
+    self.told_ = panel.docks;
+    ListReply tree(call.get(), agent_protocol::treeForm);
+    addWithoutFrame(tree, -1, ::getpid(), panel.isFresh ? "" : agent_protocol::outOfDate);
+    for (const DockControls& dock : panel.docks) addDock(tree, dock);
+    for (const TrayItem& item : self.service_.menuBar().shownItems())
+      addWithoutFrame(tree, 0, item.processIdentifier, "");
+    tree.send();
+  });
+  return 1;
 }
 
-QList<ItemRecord> MenuBarAgent::Items() const {
-  QList<ItemRecord> records;
-  for (const TrayItem& item : service_.menuBar().items())
-    records.append({QString::fromStdString(item.address()), static_cast<std::uint32_t>(item.processIdentifier),
-                    QString::fromStdString(item.bundle)});
-  return records;
-}
-
-void MenuBarAgent::announceHeld() {
-  auto signal = QDBusMessage::createSignal(agent_protocol::path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                           QStringLiteral("PropertiesChanged"));
-  signal << agent_protocol::interface << QVariantMap{{QStringLiteral("WatcherHeld"), true}} << QStringList();
-  bus_.send(signal);
+int MenuBarAgent::items(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  ListReply items(call, agent_protocol::itemsForm);
+  for (const TrayItem& item : static_cast<MenuBarAgent*>(agent)->service_.menuBar().items())
+    items.add(item.address().c_str(), item.processIdentifier, item.bundle.c_str());
+  items.send();
+  return 1;
 }
 
 }  // namespace orvo

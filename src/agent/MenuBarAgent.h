@@ -1,54 +1,38 @@
 // The agent's own interface, see platform/linux/AgentProtocol.h. Owned by main; main thread.
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
-#include <QDBusConnection>
-#include <QDBusContext>
-#include <QList>
-#include <QObject>
-#include <QString>
-#include <QStringList>
-
-#include "agent/PanelReader.h"
-#include "agent/TreeElement.h"
+#include "agent/BusCall.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {
 
 class MenuBarService;
+class PanelReader;
 class StatusNotifierWatcher;
 
-class MenuBarAgent : public QObject, protected QDBusContext {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "local.orvo.MenuBarAgent1")
-  Q_PROPERTY(bool WatcherHeld READ isWatcherHeld SCRIPTABLE true)
-
+class MenuBarAgent {
  public:
-  MenuBarAgent(QDBusConnection bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel);
+  MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel);
 
   // False when another agent has it.
   bool claimName();
-  bool isWatcherHeld() const;
 
-  Q_SCRIPTABLE Q_SLOT uint Activate(const QList<int>& allowedSystemItems, const QStringList& allowedBundleIdentifiers);
-  Q_SCRIPTABLE Q_SLOT void Invalidate(uint assertion);
-  Q_SCRIPTABLE Q_SLOT QList<orvo::TreeElement> Tree();
-  Q_SCRIPTABLE Q_SLOT QList<orvo::ItemRecord> Items() const;
-
- Q_SIGNALS:
-  Q_SCRIPTABLE void ItemAdded(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
-  Q_SCRIPTABLE void TreeChanged();
+  // The methods and the property, see sd-bus.h.
+  static int activate(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int invalidate(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int tree(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int items(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int isWatcherHeld(sd_bus* bus, const char* path, const char* interface, const char* property,
+                           sd_bus_message* reply, void* agent, sd_bus_error* error);
 
  private:
-  void announceHeld();
-  QList<TreeElement> tree(const PanelReader::Reading& panel) const;
-
-  QDBusConnection bus_;
+  sd_bus* bus_;
   MenuBarService& service_;
   StatusNotifierWatcher& watcher_;
   PanelReader& panel_;
+  BusSlot object_;
   // With the last tree, whoever asked for it, and when the panel was last looked at.
   std::vector<DockControls> told_;
   std::vector<DockControls> seen_;

@@ -6,27 +6,27 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
-#include <QDBusConnection>
-#include <QDBusServiceWatcher>
-#include <QObject>
-#include <QString>
-#include <QStringList>
-
+#include "agent/BusCall.h"
 #include "agent/PanelViews.h"
 #include "agent/rules/MenuBar.h"
 #include "agent/rules/PanelNews.h"
 
 namespace orvo {
 
-class MenuBarService : public QObject {
-  Q_OBJECT
-
+class MenuBarService {
  public:
-  explicit MenuBarService(QDBusConnection bus);
+  explicit MenuBarService(sd_bus* bus);
+
+  // Set before the first item registers, and called as things happen.
+  std::function<void(const std::string& address)> onItemShown;
+  std::function<void(const std::string& address)> onItemHidden;
+  std::function<void(const TrayItem&)> onItemArrived;
+  std::function<void()> onSettled;  // the panel has been told everything, and has made its views
+  std::function<void()> onChanged;  // after the others, and for a further name of an item alone
 
   const MenuBar& menuBar() const { return menuBar_; }
 
@@ -43,44 +43,37 @@ class MenuBarService : public QObject {
   void protect(const std::string& bundle) { menuBar_.protect(bundle); }
 
   // `done` is called once the item is registered, or cannot be.
-  void registerItem(const QString& text, const QString& sender, std::function<void()> done);
+  void registerItem(const std::string& text, const std::string& sender, std::function<void()> done);
 
   // `done` gets the assertion once the panel has been told all that it can be told now, or 0 when the
-  // requester has too many; it is never called for a
-  // requester that has left the bus meanwhile.
-  void activate(const QString& requester, const QStringList& allowedBundles, std::function<void(std::uint32_t)> done);
+  // requester has too many; it is never called for a requester that has left the bus meanwhile.
+  void activate(const std::string& requester, std::set<std::string> allowedBundles,
+                std::function<void(std::uint32_t)> done);
 
   // False when the requester has no such assertion.
-  bool invalidate(std::uint32_t assertion, const QString& requester);
-
- Q_SIGNALS:
-  void itemShown(const QString& address);
-  void itemHidden(const QString& address);
-  void itemArrived(const QString& address, uint processIdentifier, const QString& bundleIdentifier);
-  void settled();  // the panel has been told everything, and has made its views
-  void changed();  // after the others, and for a further name of an item alone
+  bool invalidate(std::uint32_t assertion, const std::string& requester);
 
  private:
-  void watch(const QString& name);
-  bool answered(const QString& name);  // false when it was lost meanwhile
-  void unwatch(const QString& name);
+  void watch(const std::string& name);
+  bool answered(const std::string& name);  // false when it was lost meanwhile
+  void unwatch(const std::string& name);
   void add(const TrayItem& item);
   void refuse(const std::string& whom, const char* what);
-  void nameLost(const QString& name);
+  void nameLost(const std::string& name);
   void announce(const MenuBarChange& change);
   void tellPanel();
   void tell(const std::vector<News>& news);
   void follow(const std::string& address);
 
-  QDBusConnection bus_;
+  sd_bus* bus_;
   MenuBar menuBar_;
   PanelNews news_;
   PanelViews views_;
-  QDBusServiceWatcher names_;
-  std::multiset<QString> asking_;       // names about which the bus has yet to answer
-  std::set<QString> requesters_;        // watched, and there when the watch began
-  std::map<QString, int> registering_;  // by sender: registrations that the bus has yet to answer
-  std::set<std::string> refused_;       // told on standard error
+  std::map<std::string, BusSlot> watched_;
+  std::multiset<std::string> asking_;       // names about which the bus has yet to answer
+  std::set<std::string> requesters_;        // watched, and there when the watch began
+  std::map<std::string, int> registering_;  // by sender: registrations that the bus has yet to answer
+  std::set<std::string> refused_;           // told on standard error
 };
 
 }  // namespace orvo

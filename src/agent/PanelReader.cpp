@@ -26,17 +26,16 @@ std::vector<DockControls> scaled(std::vector<DockControls> docks, int scale) {
 
 }  // namespace
 
-PanelReader::PanelReader(QDBusConnection session) : settings_(std::move(session)) {
-  late_.setSingleShot(true);
-  connect(&late_, &QTimer::timeout, this, &PanelReader::settleLate);
-  look_.setSingleShot(true);
-  connect(&look_, &QTimer::timeout, this, &PanelReader::look);
-  connect(&settings_, &PanelSettings::changed, this, [this] { lookSoon(layoutPause); });
-  connect(&bus_, &AccessibilityBus::boundsChanged, this, [this] { lookSoon(layoutPause); });
+PanelReader::PanelReader(sd_bus* session)
+    : settings_(session, [this] { lookSoon(layoutPause); }),
+      bus_(sd_bus_get_event(session)),
+      late_(sd_bus_get_event(session), [this] { settleLate(); }),
+      look_(sd_bus_get_event(session), [this] { look(); }) {
+  bus_.onBoundsChanged = [this] { lookSoon(layoutPause); };
 }
 
 void PanelReader::read(Answer answer) {
-  waiting_.push_back({std::move(answer), QDeadlineTimer(limit), readings_ + 1});
+  waiting_.push_back({std::move(answer), Clock::now() + limit, readings_ + 1});
   if (!late_.isActive()) late_.start(limit);
   if (!isReading_) startReading();
 }
@@ -90,11 +89,12 @@ void PanelReader::endReading() {
 }
 
 void PanelReader::settleLate() {
-  while (!waiting_.empty() && waiting_.front().limit.hasExpired()) {
+  while (!waiting_.empty() && waiting_.front().deadline <= Clock::now()) {
     waiting_.front().answer({lastKnown_, false});
     waiting_.pop_front();
   }
-  if (!waiting_.empty()) late_.start(static_cast<int>(waiting_.front().limit.remainingTime()) + 1);
+  if (waiting_.empty()) return;
+  late_.start(std::chrono::ceil<std::chrono::milliseconds>(waiting_.front().deadline - Clock::now()));
 }
 
 void PanelReader::watch(bool watches) {
@@ -120,7 +120,7 @@ void PanelReader::seen(const Reading& reading) {
   if (!reading.isFresh) return;
   // What moved before the panel was listened to is in no event.
   if (bus_.listenTo(tree_.panelService())) lookSoon(layoutPause);
-  Q_EMIT looked(reading.docks);
+  onLooked(reading.docks);
 }
 
 }  // namespace orvo

@@ -8,21 +8,15 @@
 #include <functional>
 #include <vector>
 
-#include <QDBusConnection>
-#include <QDeadlineTimer>
-#include <QObject>
-#include <QTimer>
-
 #include "agent/AccessibilityBus.h"
 #include "agent/PanelSettings.h"
 #include "agent/PanelTree.h"
+#include "agent/Timer.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {
 
-class PanelReader : public QObject {
-  Q_OBJECT
-
+class PanelReader {
  public:
   // A panel that has not answered within the limit gets its last known answer. Below the 0.2 s for
   // which a scan waits for the tree.
@@ -34,7 +28,7 @@ class PanelReader : public QObject {
   };
   using Answer = std::function<void(const Reading&)>;
 
-  explicit PanelReader(QDBusConnection session);
+  explicit PanelReader(sd_bus* session);
 
   // `answer` is called once, with what the panel says from now on. No docks without a panel or an
   // accessibility bus.
@@ -43,14 +37,14 @@ class PanelReader : public QObject {
   // While it watches, it reads whenever the panel may have put something elsewhere, and once at first.
   void watch(bool watches);
 
- Q_SIGNALS:
   // What watching found, the same as before or not.
-  void looked(const std::vector<DockControls>& docks);
+  std::function<void(const std::vector<DockControls>& docks)> onLooked;
 
  private:
+  using Clock = std::chrono::steady_clock;
   struct Waiting {
     Answer answer;
-    QDeadlineTimer limit;
+    Clock::time_point deadline;
     int reading;  // the first that began late enough
   };
 
@@ -71,12 +65,12 @@ class PanelReader : public QObject {
   bool isReading_ = false;
   int readings_ = 0;
   std::deque<Waiting> waiting_;  // in the order in which they become late
-  QTimer late_;
+  Timer late_;
   std::vector<DockControls> lastKnown_;
   bool isFresh_ = false;
   bool isWatching_ = false;
   bool isLooking_ = false;  // in the reading under way, however long it takes
-  QTimer look_;
+  Timer look_;
 };
 
 }  // namespace orvo

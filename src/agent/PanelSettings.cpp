@@ -1,14 +1,15 @@
 #include "agent/PanelSettings.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <cstddef>
+#include <cstdlib>
+#include <map>
+#include <string_view>
+#include <utility>
 
-#include <QByteArray>
-#include <QDBusArgument>
-#include <QDBusMessage>
-#include <QDBusVariant>
-#include <QFile>
-#include <QVariantMap>
+#include "platform/linux/RegularFile.h"
 
 namespace orvo {
 
@@ -26,51 +27,76 @@ constexpr const char* settingsName = "org.xfce.Xfconf";  // of the interface too
 constexpr const char* settingsPath = "/org/xfce/Xfconf";
 constexpr const char* accessibilityName = "org.a11y.Bus";  // of the interface too
 
-// Settings hold lists of variants, which arrive unpacked to no depth.
-QVariantList list(const QVariant& value) {
-  QVariantList values;
-  if (value.userType() != qMetaTypeId<QDBusArgument>()) return values;
-  for (const QVariant& each : qdbus_cast<QVariantList>(value)) {
-    values.append(each.userType() == qMetaTypeId<QDBusVariant>() ? each.value<QDBusVariant>().variant() : each);
+using Words = std::vector<std::string>;
+
+// The texts and numbers of what comes next, however deep they are.
+Words wordsIn(sd_bus_message* answer) {
+  Words words;
+  char type = 0;
+  const char* contents = nullptr;
+  while (sd_bus_message_peek_type(answer, &type, &contents) > 0) {
+    if (contents != nullptr) {
+      if (sd_bus_message_enter_container(answer, type, contents) <= 0) break;
+      const Words inner = wordsIn(answer);
+      words.insert(words.end(), inner.begin(), inner.end());
+      sd_bus_message_exit_container(answer);
+    } else if (type == SD_BUS_TYPE_STRING) {
+      words.push_back(readText(answer));
+    } else if (type == SD_BUS_TYPE_INT32 || type == SD_BUS_TYPE_UINT32) {
+      words.push_back(std::to_string(readNumber(answer)));
+    } else if (sd_bus_message_skip(answer, std::string(1, type).c_str()) < 0) {
+      break;
+    }
   }
-  return values;
+  return words;
 }
 
-PanelLayout layoutOf(const QVariantMap& settings, int panel) {
-  PanelLayout layout;
-  for (const QVariant& number : list(settings.value(QStringLiteral("/panels/panel-%1/plugin-ids").arg(panel)))) {
-    const QString plugin = QStringLiteral("/plugins/plugin-%1").arg(number.toInt());
-    layout.push_back({settings.value(plugin).toString().toStdString(), number.toInt()});
+std::vector<PanelLayout> layoutsIn(sd_bus_message* answer) {
+  std::map<std::string, Words> settings;
+  sd_bus_message_enter_container(answer, 'a', "{sv}");
+  while (sd_bus_message_enter_container(answer, 'e', "sv") > 0) {
+    const std::string name = readText(answer);
+    settings[name] = wordsIn(answer);
+    sd_bus_message_exit_container(answer);
   }
-  return layout;
-}
-
-BusCall settingsCall(const char* method, const QVariantList& arguments) {
-  return {settingsName, settingsPath, settingsName, method, arguments};
+  std::vector<PanelLayout> layouts;
+  for (const std::string& panel : settings["/panels"]) {
+    PanelLayout& layout = layouts.emplace_back();
+    for (const std::string& plugin : settings["/panels/panel-" + panel + "/plugin-ids"]) {
+      const Words& type = settings["/plugins/plugin-" + plugin];
+      layout.push_back({type.empty() ? "" : type.front(), std::atoi(plugin.c_str())});
+    }
+  }
+  return layouts;
 }
 
 // GTK lets its variable overrule the desktop's setting.
-int scaleOf(std::uint32_t process, int setting) {
-  QFile environment(QStringLiteral("/proc/%1/environ").arg(process));
-  if (environment.open(QIODevice::ReadOnly)) {
-    for (const QByteArray& variable : environment.readAll().split('\0'))
-      if (variable.startsWith("GDK_SCALE=")) setting = variable.mid(variable.indexOf('=') + 1).toInt();
+int scaleOf(std::int32_t process, int setting) {
+  constexpr std::size_t longestEnvironment = 2 * 1024 * 1024;
+  const std::string environment =
+      '\0' + contentOf("/proc/" + std::to_string(process) + "/environ", longestEnvironment) + '\0';
+  constexpr std::string_view variable("\0GDK_SCALE=", 11);
+  const auto found = environment.find(variable);
+  if (found != std::string::npos) {
+    setting = 0;
+    std::from_chars(&environment[found + variable.size()], environment.data() + environment.size(), setting);
   }
   return std::clamp(setting, 1, greatestScale);
 }
 
 }  // namespace
 
-PanelSettings::PanelSettings(QDBusConnection session) : session_(std::move(session)) { listen(); }
+void askAccessibilityAddress(sd_bus* session, std::chrono::milliseconds limit, BusHandler answer) {
+  call(session, {accessibilityName, "/org/a11y/bus"}, accessibilityName, "GetAddress", limit, std::move(answer), "");
+}
 
-void PanelSettings::listen() {
-  names_.setConnection(session_);
-  names_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-  for (const char* name : {panelName, settingsName, accessibilityName}) names_.addWatchedService(name);
-  connect(&names_, &QDBusServiceWatcher::serviceOwnerChanged, this, &PanelSettings::heard);
+PanelSettings::PanelSettings(sd_bus* session, std::function<void()> changed)
+    : session_(session), changed_(std::move(changed)) {
+  for (const char* name : {panelName, settingsName, accessibilityName})
+    news_.push_back(watchName(session_, name, [this](const std::string&, const std::string&) { heard(); }));
+  const std::string signals = std::string("type='signal',path='") + settingsPath + "',interface='" + settingsName;
   for (const char* channel : {panelChannel, desktopChannel})
-    for (const char* signal : {"PropertyChanged", "PropertyRemoved"})
-      session_.connect({}, settingsPath, settingsName, signal, {channel}, {}, this, SLOT(heard()));
+    news_.push_back(match(session_, signals + "',arg0='" + channel + '\'', [this](sd_bus_message*) { heard(); }));
 }
 
 void PanelSettings::forget() {
@@ -80,7 +106,7 @@ void PanelSettings::forget() {
 
 void PanelSettings::heard() {
   forget();
-  Q_EMIT changed();
+  changed_();
 }
 
 void PanelSettings::read(Answer answer) {
@@ -88,39 +114,37 @@ void PanelSettings::read(Answer answer) {
   answer_ = std::move(answer);
   facts_ = {};
   isOutdated_ = isFailed_ = false;
-  ask(aboutName(QStringLiteral("GetConnectionUnixProcessID"), panelName), Need::nothing,
-      [this](const QVariantList& reply) { askAboutPanel(reply.value(0).toUInt()); });
+  askAboutName(session_, "GetConnectionUnixProcessID", panelName, callLimit,
+               counted(Need::nothing, [this](sd_bus_message* reply) { askAboutPanel(readNumber(reply)); }));
 }
 
-void PanelSettings::askAboutPanel(std::uint32_t process) {
+void PanelSettings::askAboutPanel(std::int32_t process) {
+  const BusObject settings{settingsName, settingsPath};
   facts_.process = process;
   facts_.scale = scaleOf(process, 1);
-  ask(settingsCall("GetProperty", {desktopChannel, "/Gdk/WindowScalingFactor"}), Need::nothing,
-      [this](const QVariantList& answer) {
-        facts_.scale = scaleOf(facts_.process, answer.value(0).value<QDBusVariant>().variant().toInt());
-      });
-  ask(settingsCall("GetAllProperties", {panelChannel, "/"}), Need::answer,
-      [this](const QVariantList& answer) { readLayouts(answer); });
-  ask({accessibilityName, "/org/a11y/bus", accessibilityName, "GetAddress", {}}, Need::nothing,
-      [this](const QVariantList& answer) { facts_.accessibilityAddress = answer.value(0).toString().toStdString(); });
+  call(session_, settings, settingsName, "GetProperty", callLimit,
+       counted(Need::nothing,
+               [this](sd_bus_message* reply) { facts_.scale = scaleOf(facts_.process, readNumber(reply)); }),
+       "ss", desktopChannel, "/Gdk/WindowScalingFactor");
+  call(session_, settings, settingsName, "GetAllProperties", callLimit,
+       counted(Need::answer, [this](sd_bus_message* reply) { facts_.layouts = layoutsIn(reply); }), "ss", panelChannel,
+       "/");
+  askAccessibilityAddress(session_, callLimit, counted(Need::nothing, [this](sd_bus_message* reply) {
+                            facts_.accessibilityAddress = readText(reply);
+                          }));
 }
 
-void PanelSettings::readLayouts(const QVariantList& answer) {
-  const auto settings = qdbus_cast<QVariantMap>(answer.value(0));
-  for (const QVariant& panel : list(settings.value("/panels")))
-    facts_.layouts.push_back(layoutOf(settings, panel.toInt()));
-}
-
-void PanelSettings::ask(const BusCall& call, Need need, Handler handler) {
+// The last answer ends the reading.
+BusHandler PanelSettings::counted(Need need, BusHandler read) {
   ++open_;
-  send(session_, call, callLimit, this, [=, this, handler = std::move(handler)](const QDBusMessage& answer) {
-    if (answer.type() == QDBusMessage::ReplyMessage) {
-      handler(answer.arguments());
+  return [this, need, read = std::move(read)](sd_bus_message* answer) {
+    if (!isError(answer)) {
+      read(answer);
     } else if (need == Need::answer) {
       isFailed_ = true;
     }
     if (--open_ == 0) finish();
-  });
+  };
 }
 
 // Without an address the accessibility bus may still be starting.

@@ -3,17 +3,11 @@
 // Owned by PanelReader; main thread.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
-
-#include <QDBusConnection>
-#include <QDBusServiceWatcher>
-#include <QObject>
-#include <QVariantList>
 
 #include "agent/BusCall.h"
 #include "agent/rules/StatusControls.h"
@@ -21,43 +15,39 @@
 namespace orvo {
 
 struct PanelFacts {
-  std::uint32_t process = 0;  // 0 for no panel
-  int scale = 1;              // the desktop's; GTK tells extents divided by its scale
+  std::int32_t process = 0;  // 0 for no panel
+  int scale = 1;             // the desktop's; GTK tells extents divided by its scale
   std::vector<PanelLayout> layouts{};
   std::string accessibilityAddress{};  // empty without an accessibility bus
 };
 
-class PanelSettings : public QObject {
-  Q_OBJECT
+// Where the session's accessibility bus is: a text.
+void askAccessibilityAddress(sd_bus* session, std::chrono::milliseconds limit, BusHandler answer);
 
+class PanelSettings {
  public:
   // Null when somebody did not answer.
   using Answer = std::function<void(const PanelFacts*)>;
 
-  explicit PanelSettings(QDBusConnection session);
+  // `changed` is called when the bus told of something that may have changed the facts.
+  PanelSettings(sd_bus* session, std::function<void()> changed);
 
   // At once where the facts are known. Not to be called again before the answer.
   void read(Answer answer);
 
   void forget();
 
- Q_SIGNALS:
-  // The bus told of something that may have changed the facts.
-  void changed();
-
  private:
-  using Handler = std::function<void(const QVariantList&)>;
   enum class Need { answer, nothing };  // whether an error spoils the reading
 
-  Q_SLOT void heard();
-  void listen();
-  void ask(const BusCall& call, Need need, Handler handler);
-  void askAboutPanel(std::uint32_t process);
-  void readLayouts(const QVariantList& answer);
+  void heard();
+  BusHandler counted(Need need, BusHandler read);
+  void askAboutPanel(std::int32_t process);
   void finish();
 
-  QDBusConnection session_;
-  QDBusServiceWatcher names_;
+  sd_bus* session_;
+  std::function<void()> changed_;
+  std::vector<BusSlot> news_;
   PanelFacts facts_;
   bool isKnown_ = false;
   bool isOutdated_ = false;  // since this reading began

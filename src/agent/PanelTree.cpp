@@ -17,7 +17,7 @@ const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/access
 
 }  // namespace
 
-void PanelTree::read(std::uint32_t panelProcess, Answer answer) {
+void PanelTree::read(std::int32_t panelProcess, Answer answer) {
   process_ = panelProcess;
   answer_ = std::move(answer);
   finds_ = 0;
@@ -40,7 +40,7 @@ void PanelTree::find() {
 // The bus knows whose process is whose: no other application is asked anything.
 void PanelTree::findPanel(const std::vector<Accessible>& applications) {
   for (const Accessible& application : applications) {
-    bus_.askProcess(application.service, [this, application](std::uint32_t process) {
+    bus_.askProcess(application.service, [this, application](std::int32_t process) {
       if (process != process_ || !known_.panel.service.empty()) return;
       known_.panel = application;
       findDocks();

@@ -24,7 +24,7 @@ class PanelTree {
   explicit PanelTree(AccessibilityBus& bus) : bus_(bus) {}
 
   // To be called once the bus has begun, and not again before the answer.
-  void read(std::uint32_t panelProcess, Answer answer);
+  void read(std::int32_t panelProcess, Answer answer);
 
   void forget() { known_ = {}; }
 
@@ -38,7 +38,7 @@ class PanelTree {
     std::vector<Accessible> plugins;
   };
   struct Structure {
-    std::uint32_t process = 0;  // 0 for none
+    std::int32_t process = 0;  // 0 for none
     Accessible panel{};
     std::vector<Accessible> windows{};
     std::map<std::size_t, DockTree> docks{};  // by their place among the windows
@@ -56,7 +56,7 @@ class PanelTree {
 
   AccessibilityBus& bus_;
   Structure known_;
-  std::uint32_t process_ = 0;
+  std::int32_t process_ = 0;
   int finds_ = 0;  // in this reading
   bool isOutdated_ = false;
   std::map<std::size_t, Dock> docks_;

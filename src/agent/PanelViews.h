@@ -4,60 +4,57 @@
 // whoever is slow, busy or stopped. Owned by MenuBarService; main thread.
 #pragma once
 
-#include <cstdint>
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
-
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QObject>
-#include <QString>
-#include <QStringList>
-#include <QTimer>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "agent/BusCall.h"
+#include "agent/Timer.h"
 #include "agent/rules/ItemRegistry.h"
 
 namespace orvo {
 
-BusCall propertyOfItem(const TrayItem& item, const QString& name);
+// What the item's program says of it.
+void askItem(sd_bus* bus, const TrayItem& item, const char* property, std::chrono::milliseconds limit,
+             BusHandler answer);
 
-class PanelViews : public QObject {
-  Q_OBJECT
-
+class PanelViews {
  public:
-  explicit PanelViews(QDBusConnection bus) : bus_(std::move(bus)) {}
+  using Tell = std::function<void(const std::string& address)>;
+
+  PanelViews(sd_bus* bus, Tell made, Tell delayed) : bus_(bus), made_(std::move(made)), delayed_(std::move(delayed)) {}
 
   // To be called when the panel has just been told of the item.
   void follow(const TrayItem& item);
-  void forget(const QString& address) { open_.erase(address); }
-
-  // The item's own word; empty where it has none. Never called for an item whose program does not answer.
-  void ask(const TrayItem& item, const QString& property, std::function<void(const QString&)> answer);
-
- Q_SIGNALS:
-  void made(const QString& address);
-  void delayed(const QString& address);
+  void forget(const std::string& address) { open_.erase(address); }
 
  private:
   struct Following {
-    TrayItem item{};
-    QStringList panels{};  // unique names
+    Following(TrayItem itsItem, sd_event* loop, std::function<void()> late)
+        : item(std::move(itsItem)), patience(loop, std::move(late)) {}
+
+    TrayItem item;
+    Timer patience;
+    std::vector<std::string> panels{};  // unique names
     int rounds = 0;
-    int answers = 0;  // still to come from the panels in this round
-    QTimer patience{};
+    std::size_t answers = 0;  // still to come from the panels in this round
   };
 
   void askPanels(Following& following);
-  void askItem(Following& following);
+  void askProgram(Following& following);
   void proceed(Following& following);
   // Nothing for one that was forgotten, or followed anew, in the meantime.
-  std::function<void(const QDBusMessage&)> ifStill(const Following& following,
-                                                   std::function<void(Following&, const QDBusMessage&)> step);
+  BusHandler ifStill(const Following& following, std::function<void(Following&, sd_bus_message*)> step);
 
-  QDBusConnection bus_;
-  std::map<QString, std::unique_ptr<Following>> open_;
+  sd_bus* bus_;
+  Tell made_;
+  Tell delayed_;
+  std::map<std::string, std::unique_ptr<Following>> open_;  // by address
 };
 
 }  // namespace orvo

@@ -1,16 +1,12 @@
 #include "agent/StatusNotifierWatcher.h"
 
-#include <chrono>
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <type_traits>
 #include <utility>
 
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QTimer>
-#include <QVariantMap>
-
 #include "agent/MenuBarService.h"
-#include "agent/TrayHeir.h"
 
 namespace orvo {
 
@@ -20,28 +16,62 @@ namespace {
 constexpr std::chrono::seconds unrest{2};
 constexpr std::chrono::milliseconds answerPause{300};
 
-}  // namespace
+constexpr const char* listProperty = "RegisteredStatusNotifierItems";
 
-StatusNotifierWatcher::StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service)
-    : bus_(std::move(bus)), service_(service) {
-  connect(&service_, &MenuBarService::itemShown, this, &StatusNotifierWatcher::StatusNotifierItemRegistered);
-  connect(&service_, &MenuBarService::itemHidden, this, &StatusNotifierWatcher::StatusNotifierItemUnregistered);
-  bus_.registerObject(watcherPath, this, QDBusConnection::ExportScriptableContents);
+template <char type, int value>
+int constant(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*, sd_bus_error*) {
+  return sd_bus_message_append_basic(reply, type, &std::integral_constant<int, value>::value);
 }
 
-StatusNotifierWatcher::~StatusNotifierWatcher() = default;
+// Qt programs that hear "no" once do without an icon for the rest of the session, so the panel is taken for granted.
+constexpr auto isHostRegistered = &constant<SD_BUS_TYPE_BOOLEAN, 1>;
+constexpr auto protocolVersion = &constant<SD_BUS_TYPE_INT32, 0>;
+
+const sd_bus_vtable watcherTable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_ARGS("RegisterStatusNotifierItem", SD_BUS_ARGS("s", service), SD_BUS_NO_RESULT,
+                            &StatusNotifierWatcher::registerItem, 0),
+    SD_BUS_METHOD_WITH_ARGS("RegisterStatusNotifierHost", SD_BUS_ARGS("s", service), SD_BUS_NO_RESULT,
+                            &StatusNotifierWatcher::registerHost, 0),
+    SD_BUS_PROPERTY(listProperty, "as", &StatusNotifierWatcher::items, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY("IsStatusNotifierHostRegistered", "b", isHostRegistered, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY("ProtocolVersion", "i", protocolVersion, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_SIGNAL_WITH_ARGS("StatusNotifierItemRegistered", SD_BUS_ARGS("s", service), 0),
+    SD_BUS_SIGNAL_WITH_ARGS("StatusNotifierItemUnregistered", SD_BUS_ARGS("s", service), 0),
+    SD_BUS_SIGNAL("StatusNotifierHostRegistered", "", 0),
+    SD_BUS_SIGNAL("StatusNotifierHostUnregistered", "", 0),
+    SD_BUS_VTABLE_END,
+};
+
+}  // namespace
+
+StatusNotifierWatcher::StatusNotifierWatcher(sd_bus* bus, MenuBarService& service)
+    : bus_(bus), service_(service), answering_(sd_bus_get_event(bus), [this] { answerLate(); }) {
+  const auto announce = [this](const char* signal) {
+    return [this, signal](const std::string& item) {
+      sd_bus_emit_signal(bus_, watcherPath, watcherName, signal, "s", item.c_str());
+    };
+  };
+  service_.onItemShown = announce("StatusNotifierItemRegistered");
+  service_.onItemHidden = announce("StatusNotifierItemUnregistered");
+  sd_bus_slot* object = nullptr;
+  sd_bus_add_object_vtable(bus_, &object, watcherPath, watcherName, watcherTable, this);
+  object_.reset(object);
+}
 
 bool StatusNotifierWatcher::claimName() {
-  connect(bus_.interface(), &QDBusConnectionInterface::serviceRegistered, this, [this](const QString& name) {
-    if (name == watcherName) takeName();
-  });
-  const QDBusConnectionInterface::RegisterServiceReply answer = bus_.interface()->registerService(
-      watcherName, QDBusConnectionInterface::QueueService, QDBusConnectionInterface::DontAllowReplacement);
-  if (answer == QDBusConnectionInterface::ServiceNotRegistered) return false;
-  if (answer == QDBusConnectionInterface::ServiceRegistered) takeName();
+  acquired_ =
+      match(bus_,
+            std::string(
+                "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',member='NameAcquired',") +
+                "arg0='" + watcherName + '\'',
+            [this](sd_bus_message*) { takeName(); });
+  const int claimed = sd_bus_request_name(bus_, watcherName, SD_BUS_NAME_QUEUE);
+  if (claimed < 0) return false;
+  if (claimed > 0) takeName();
   if (held_) return true;
   std::fprintf(stderr, "orvo-agent: another program holds %s; waiting for it\n", watcherName);
-  heir_ = std::make_unique<TrayHeir>(bus_);
+  heir_.emplace(bus_);
   return true;
 }
 
@@ -49,42 +79,53 @@ bool StatusNotifierWatcher::claimName() {
 void StatusNotifierWatcher::takeName() {
   if (std::exchange(held_, true)) return;
   std::fprintf(stderr, "orvo-agent: holds %s\n", watcherName);
-  Q_EMIT nameHeld();
+  onNameHeld();
   if (heir_) inherit();
 }
 
 void StatusNotifierWatcher::inherit() {
-  unrest_.setRemainingTime(unrest);
-  for (const QString& item : heir_->items().mid(0, ItemRegistry::most)) service_.registerItem(item, {}, [] {});
-  heir_.release()->deleteLater();
-}
-
-QStringList StatusNotifierWatcher::toldItems() const {
-  QStringList addresses;
-  for (const std::string& address : service_.toldItems()) addresses.append(QString::fromStdString(address));
-  service_.toldItemsRead();
-  return addresses;
+  unrestEnd_ = Clock::now() + unrest;
+  const auto& items = heir_->inherit();
+  for (std::size_t item = 0; item < std::min(items.size(), ItemRegistry::most); ++item)
+    service_.registerItem(items[item], {}, [] {});
 }
 
 void StatusNotifierWatcher::announceList() {
-  auto signal = QDBusMessage::createSignal(watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                           QStringLiteral("PropertiesChanged"));
-  signal << watcherName << QVariantMap{{QStringLiteral("RegisteredStatusNotifierItems"), toldItems()}} << QStringList();
-  bus_.send(signal);
+  sd_bus_emit_properties_changed(bus_, watcherPath, watcherName, listProperty, nullptr);
 }
 
-void StatusNotifierWatcher::RegisterStatusNotifierItem(const QString& service) {
-  setDelayedReply(true);
-  const auto pause = unrest_.hasExpired() ? std::chrono::milliseconds(0) : answerPause;
-  service_.registerItem(service, message().service(), [this, pause, answer = message().createReply()] {
-    if (pause.count() == 0) return void(bus_.send(answer));
-    QTimer::singleShot(pause, this, [this, answer] { bus_.send(answer); });
+int StatusNotifierWatcher::items(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
+                                 const char* /*property*/, sd_bus_message* reply, void* watcher,
+                                 sd_bus_error* /*error*/) {
+  MenuBarService& service = static_cast<StatusNotifierWatcher*>(watcher)->service_;
+  int result = sd_bus_message_open_container(reply, 'a', "s");
+  for (const std::string& address : service.toldItems())
+    if (result >= 0) result = sd_bus_message_append(reply, "s", address.c_str());
+  service.toldItemsRead();
+  return result < 0 ? result : sd_bus_message_close_container(reply);
+}
+
+int StatusNotifierWatcher::registerItem(sd_bus_message* call, void* watcher, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<StatusNotifierWatcher*>(watcher);
+  const bool isLate = Clock::now() < self.unrestEnd_;
+  self.service_.registerItem(readText(call), sd_bus_message_get_sender(call), [&self, isLate, call = kept(call)] {
+    if (!isLate) return void(sd_bus_reply_method_return(call.get(), ""));
+    self.late_.push_back(call);
+    self.answering_.start(answerPause);
   });
+  return 1;
+}
+
+void StatusNotifierWatcher::answerLate() {
+  for (const BusMessage& call : std::exchange(late_, {})) sd_bus_reply_method_return(call.get(), "");
 }
 
 // The announcement reaches items that came before the panel; who the panel is makes no difference to us.
-void StatusNotifierWatcher::RegisterStatusNotifierHost(const QString& /*service*/) {
-  Q_EMIT StatusNotifierHostRegistered();
+int StatusNotifierWatcher::registerHost(sd_bus_message* call, void* watcher, sd_bus_error* /*error*/) {
+  sd_bus_emit_signal(static_cast<StatusNotifierWatcher*>(watcher)->bus_, watcherPath, watcherName,
+                     "StatusNotifierHostRegistered", "");
+  sd_bus_reply_method_return(call, "");
+  return 1;
 }
 
 }  // namespace orvo

@@ -2,68 +2,57 @@
 // Owned by main; main thread.
 #pragma once
 
-#include <memory>
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include <QDBusConnection>
-#include <QDBusContext>
-#include <QDeadlineTimer>
-#include <QObject>
-#include <QString>
-#include <QStringList>
+#include "agent/BusCall.h"
+#include "agent/Timer.h"
+#include "agent/TrayHeir.h"
 
 namespace orvo {
 
 class MenuBarService;
-class TrayHeir;
 
 inline constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";  // of the interface too
 inline constexpr const char* watcherPath = "/StatusNotifierWatcher";
 
-class StatusNotifierWatcher : public QObject, protected QDBusContext {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-  Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ toldItems SCRIPTABLE true)
-  Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered SCRIPTABLE true)
-  Q_PROPERTY(int ProtocolVersion READ protocolVersion SCRIPTABLE true)
-
+class StatusNotifierWatcher {
  public:
-  StatusNotifierWatcher(QDBusConnection bus, MenuBarService& service);
-  ~StatusNotifierWatcher() override;
+  StatusNotifierWatcher(sd_bus* bus, MenuBarService& service);
 
   // Waits in the queue where another program has the name; false when the bus refuses even that.
   bool claimName();
   bool isNameHeld() const { return held_; }
-
-  QStringList toldItems() const;
+  std::function<void()> onNameHeld;
 
   // Panels that follow the property take in what they have missed, and nothing else.
   void announceList();
 
-  // Qt programs that hear "no" once do without an icon for the rest of the session, so the panel is
-  // taken for granted.
-  bool isHostRegistered() const { return true; }
-  int protocolVersion() const { return 0; }
-
-  Q_SCRIPTABLE Q_SLOT void RegisterStatusNotifierItem(const QString& service);
-  Q_SCRIPTABLE Q_SLOT void RegisterStatusNotifierHost(const QString& service);
-
- Q_SIGNALS:
-  Q_SCRIPTABLE void StatusNotifierItemRegistered(const QString& service);
-  Q_SCRIPTABLE void StatusNotifierItemUnregistered(const QString& service);
-  Q_SCRIPTABLE void StatusNotifierHostRegistered();
-  Q_SCRIPTABLE void StatusNotifierHostUnregistered();
-
-  void nameHeld();
+  // What panels and items ask for, see sd-bus.h.
+  static int registerItem(sd_bus_message* call, void* watcher, sd_bus_error* error);
+  static int registerHost(sd_bus_message* call, void* watcher, sd_bus_error* error);
+  static int items(sd_bus* bus, const char* path, const char* interface, const char* property, sd_bus_message* reply,
+                   void* watcher, sd_bus_error* error);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   void takeName();
   void inherit();
+  void answerLate();
 
-  QDBusConnection bus_;
+  sd_bus* bus_;
   MenuBarService& service_;
   bool held_ = false;
-  std::unique_ptr<TrayHeir> heir_;  // while another program has the name
-  QDeadlineTimer unrest_;           // after a takeover
+  BusSlot object_;
+  BusSlot acquired_;
+  std::optional<TrayHeir> heir_;  // of the program that had the name before
+  Clock::time_point unrestEnd_;   // after a takeover
+  std::vector<BusMessage> late_;  // calls
+  Timer answering_;
 };
 
 }  // namespace orvo

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <utility>
-
-#include <QDBusMessage>
-#include <QDBusVariant>
 
 #include "agent/BusCall.h"
 #include "agent/MenuBarService.h"
+#include "agent/PanelSettings.h"
 #include "agent/PanelViews.h"
 #include "agent/StatusNotifierWatcher.h"
 
@@ -32,41 +31,38 @@ constexpr const char* plugPath = "/org/a11y/atspi/accessible/1";
 // What xfce4-panel 4.18 puts side by side: icons of the older kind, the items, the arrow for hidden ones.
 constexpr std::size_t placeOfItems = 1;
 
-bool isShowing(const QDBusMessage& answer) {
-  return answer.type() == QDBusMessage::ReplyMessage &&
-         answer.arguments().value(0).value<QDBusVariant>().variant().toString() != QStringLiteral("Passive");
-}
+bool isShowing(sd_bus_message* answer) { return !isError(answer) && readText(answer) != "Passive"; }
 
 }  // namespace
 
-TrayCensus::TrayCensus(QDBusConnection session, MenuBarService& service)
-    : session_(std::move(session)), service_(service) {
-  rest_.setSingleShot(true);
-  connect(&service_, &MenuBarService::settled, this, [this] {
+TrayCensus::TrayCensus(sd_bus* session, MenuBarService& service, std::function<void()> listDoubted)
+    : session_(session),
+      service_(service),
+      listDoubted_(std::move(listDoubted)),
+      bus_(sd_bus_get_event(session)),
+      rest_(sd_bus_get_event(session), [this] { begin(); }) {
+  service_.onSettled = [this] {
     misses_ = 0;
     rest_.start(restAfterNews);
-  });
-  connect(&rest_, &QTimer::timeout, this, &TrayCensus::begin);
+  };
 }
 
 void TrayCensus::begin() {
-  send(session_, aboutName(QStringLiteral("ListQueuedOwners"), watcherName), limit, this,
-       [this](const QDBusMessage& answer) { askProcesses(answer.arguments().value(0).toStringList()); });
+  askAboutName(session_, "ListQueuedOwners", watcherName, limit,
+               [this](sd_bus_message* answer) { askProcesses(readTexts(answer)); });
 }
 
-void TrayCensus::askProcesses(const QStringList& panels) {
+void TrayCensus::askProcesses(const std::vector<std::string>& panels) {
   processes_.clear();
-  for (const QString& panel : panels) {
-    if (panel == session_.baseService()) continue;
-    send(session_, aboutName(QStringLiteral("GetConnectionUnixProcessID"), panel), limit, this,
-         [this](const QDBusMessage& answer) { processes_.insert(answer.arguments().value(0).toUInt()); });
+  for (const std::string& panel : panels) {
+    if (panel == uniqueName(session_)) continue;
+    askAboutName(session_, "GetConnectionUnixProcessID", panel, limit,
+                 [this](sd_bus_message* answer) { processes_.insert(readNumber(answer)); });
   }
   // The bus answers in order.
-  send(session_, {"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", {}}, limit, this,
-       [this](const QDBusMessage& answer) {
-         if (answer.type() == QDBusMessage::ReplyMessage && !processes_.empty())
-           count(answer.arguments().value(0).toString().toStdString());
-       });
+  askAccessibilityAddress(session_, limit, [this](sd_bus_message* answer) {
+    if (!isError(answer) && !processes_.empty()) count(readText(answer));
+  });
 }
 
 void TrayCensus::count(const std::string& accessibilityAddress) {
@@ -75,7 +71,7 @@ void TrayCensus::count(const std::string& accessibilityAddress) {
   bus_.begin(accessibilityAddress);
   bus_.askChildren(registryRoot, [this](const std::vector<Accessible>& applications) {
     for (const Accessible& application : applications) {
-      bus_.askProcess(application.service, [this, application](std::uint32_t process) {
+      bus_.askProcess(application.service, [this, application](std::int32_t process) {
         if (processes_.contains(process)) descend({application.service, plugPath});
       });
     }
@@ -114,11 +110,10 @@ void TrayCensus::askStatuses() {
   const auto tally = std::make_shared<Tally>();
   for (const TrayItem& item : service_.menuBar().shownItems()) {
     ++tally->open;
-    send(session_, propertyOfItem(item, QStringLiteral("Status")), limit, this,
-         [this, tally](const QDBusMessage& answer) {
-           if (isShowing(answer)) ++tally->expected;
-           if (--tally->open == 0 && !rest_.isActive()) judge(tally->expected);
-         });
+    askItem(session_, item, "Status", limit, [this, tally](sd_bus_message* answer) {
+      if (isShowing(answer)) ++tally->expected;
+      if (--tally->open == 0 && !rest_.isActive()) judge(tally->expected);
+    });
   }
 }
 
@@ -127,7 +122,7 @@ void TrayCensus::judge(std::size_t expected) {
     isBelieved_ = isBelieved_ || (*shown_ == expected && expected > 0);
     isListTold_ = isRenewed_ = false;
   } else if (!std::exchange(isListTold_, true)) {
-    Q_EMIT listDoubted();
+    listDoubted_();
     rest_.start(restAfterNews);
   } else if (std::exchange(isRenewed_, isBelieved_)) {
     isBelieved_ = false;

@@ -4,46 +4,42 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
-
-#include <QDBusConnection>
-#include <QObject>
-#include <QTimer>
+#include <string>
+#include <vector>
 
 #include "agent/AccessibilityBus.h"
+#include "agent/Timer.h"
 
 namespace orvo {
 
 class MenuBarService;
 
-class TrayCensus : public QObject {
-  Q_OBJECT
-
+class TrayCensus {
  public:
-  TrayCensus(QDBusConnection session, MenuBarService& service);
-
- Q_SIGNALS:
-  void listDoubted();
+  TrayCensus(sd_bus* session, MenuBarService& service, std::function<void()> listDoubted);
 
  private:
   void begin();
-  void askProcesses(const QStringList& panels);
+  void askProcesses(const std::vector<std::string>& panels);
   void count(const std::string& accessibilityAddress);
   void descend(const Accessible& accessible);
   void compare();
   void askStatuses();
   void judge(std::size_t expected);
 
-  QDBusConnection session_;
+  sd_bus* session_;
   MenuBarService& service_;
+  std::function<void()> listDoubted_;
   AccessibilityBus bus_;
-  QTimer rest_;
+  Timer rest_;
   bool isCounting_ = false;
-  int misses_ = 0;                     // counts without a result since the last news
-  std::set<std::uint32_t> processes_;  // of the panels' trays
-  std::optional<std::size_t> shown_;   // by the tray that shows least
+  int misses_ = 0;                    // counts without a result since the last news
+  std::set<std::int32_t> processes_;  // of the panels' trays
+  std::optional<std::size_t> shown_;  // by the tray that shows least
   // The count is taken from where one panel keeps its icons: nobody is troubled for one that has never been right.
   bool isBelieved_ = false;
   bool isListTold_ = false;  // since the last time that it was right

@@ -1,11 +1,8 @@
 #include "agent/TrayHeir.h"
 
+#include <algorithm>
 #include <chrono>
-#include <utility>
 
-#include <QDBusVariant>
-
-#include "agent/BusCall.h"
 #include "agent/StatusNotifierWatcher.h"
 
 namespace orvo {
@@ -16,40 +13,39 @@ constexpr std::chrono::seconds limit{25};
 
 }  // namespace
 
-TrayHeir::TrayHeir(QDBusConnection bus)
-    : bus_(std::move(bus)), owners_(watcherName, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
-  connect(&owners_, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString&, const QString& owner) { follow(owner); });
-  bus_.connect({}, watcherPath, watcherName, QStringLiteral("StatusNotifierItemRegistered"), this,
-               SLOT(itemRegistered(QString, QDBusMessage)));
-  bus_.connect({}, watcherPath, watcherName, QStringLiteral("StatusNotifierItemUnregistered"), this,
-               SLOT(itemUnregistered(QString, QDBusMessage)));
-  askOwner();
-}
-
-void TrayHeir::askOwner() {
-  send(bus_, aboutName(QStringLiteral("GetNameOwner"), watcherName), limit, this, [this](const QDBusMessage& answer) {
-    if (answer.type() == QDBusMessage::ReplyMessage) follow(answer.arguments().value(0).toString());
+TrayHeir::TrayHeir(sd_bus* bus)
+    : bus_(bus),
+      owners_(watchName(bus, watcherName, [this](const std::string&, const std::string& owner) { follow(owner); })),
+      signals_(match(bus, std::string("type='signal',path='") + watcherPath + "',interface='" + watcherName + '\'',
+                     [this](sd_bus_message* signal) { heard(signal); })) {
+  askAboutName(bus_, "GetNameOwner", watcherName, limit, [this](sd_bus_message* answer) {
+    if (!isError(answer)) follow(readText(answer));
   });
 }
 
 // What the last one knew counts until another one tells.
-void TrayHeir::follow(const QString& owner) {
-  owner_ = owner == bus_.baseService() ? QString() : owner;
-  if (owner_.isEmpty()) return;
-  send(bus_, propertyOf(owner_, watcherPath, watcherName, QStringLiteral("RegisteredStatusNotifierItems")), limit, this,
-       [this, owner](const QDBusMessage& answer) {
-         if (answer.type() == QDBusMessage::ReplyMessage && owner == owner_)
-           items_ = answer.arguments().value(0).value<QDBusVariant>().variant().toStringList();
-       });
+void TrayHeir::follow(const std::string& owner) {
+  owner_ = owner == uniqueName(bus_) ? "" : owner;
+  if (owner_.empty()) return;
+  askProperty(bus_, {owner_, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
+              [this, owner](sd_bus_message* answer) {
+                if (!isError(answer) && owner == owner_) items_ = readTexts(answer);
+              });
 }
 
-void TrayHeir::itemRegistered(const QString& item, const QDBusMessage& signal) {
-  if (signal.service() == owner_ && !items_.contains(item)) items_.append(item);
+const std::vector<std::string>& TrayHeir::inherit() {
+  owners_.reset();
+  signals_.reset();
+  return items_;
 }
 
-void TrayHeir::itemUnregistered(const QString& item, const QDBusMessage& signal) {
-  if (signal.service() == owner_) items_.removeAll(item);
+void TrayHeir::heard(sd_bus_message* signal) {
+  if (sd_bus_message_get_sender(signal) != owner_) return;
+  const std::string member = sd_bus_message_get_member(signal);
+  const std::string item = readText(signal);
+  if (member == "StatusNotifierItemUnregistered") std::erase(items_, item);
+  if (member == "StatusNotifierItemRegistered" && std::ranges::find(items_, item) == items_.end())
+    items_.push_back(item);
 }
 
 }  // namespace orvo

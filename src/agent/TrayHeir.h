@@ -3,35 +3,29 @@
 // StatusNotifierWatcher; main thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusServiceWatcher>
-#include <QObject>
-#include <QString>
-#include <QStringList>
+#include <string>
+#include <vector>
+
+#include "agent/BusCall.h"
 
 namespace orvo {
 
-class TrayHeir : public QObject {
-  Q_OBJECT
-
+class TrayHeir {
  public:
-  explicit TrayHeir(QDBusConnection bus);
+  explicit TrayHeir(sd_bus* bus);
 
-  // As items register, in the watcher's own order.
-  const QStringList& items() const { return items_; }
+  // As items register, in the watcher's own order. Follows nobody from then on.
+  const std::vector<std::string>& inherit();
 
  private:
-  Q_SLOT void itemRegistered(const QString& item, const QDBusMessage& signal);
-  Q_SLOT void itemUnregistered(const QString& item, const QDBusMessage& signal);
+  void heard(sd_bus_message* signal);
+  void follow(const std::string& owner);
 
-  void askOwner();
-  void follow(const QString& owner);
-
-  QDBusConnection bus_;
-  QDBusServiceWatcher owners_;
-  QString owner_;  // unique; empty for nobody, or the agent itself
-  QStringList items_;
+  sd_bus* bus_;
+  BusSlot owners_;
+  BusSlot signals_;
+  std::string owner_;  // unique; empty for nobody, or the agent itself
+  std::vector<std::string> items_;
 };
 
 }  // namespace orvo

@@ -1,10 +1,8 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
-
-#include <QCoreApplication>
-#include <QDBusConnection>
+#include <filesystem>
 
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
@@ -14,7 +12,6 @@
 #include "agent/StatusNotifierWatcher.h"
 #include "agent/TrayCensus.h"
 #include "agent/rules/KeptItems.h"
-#include "platform/linux/AgentProtocol.h"
 #include "platform/linux/ApplicationIdentity.h"
 
 namespace {
@@ -24,46 +21,56 @@ int fail(const char* reason) {
   return EXIT_FAILURE;
 }
 
-// Without the bus nobody can reach the agent, and the panel has the icons back.
-void quitWithBus(QDBusConnection& bus, QCoreApplication& application) {
-  bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"), QStringLiteral("org.freedesktop.DBus.Local"),
-              QStringLiteral("Disconnected"), &application, SLOT(quit()));
+orvo::EventLoop newLoop() {
+  sd_event* loop = nullptr;
+  sd_event_new(&loop);
+  return orvo::EventLoop(loop);
+}
+
+// Null without one. Its end ends the loop: nobody can reach the agent then, and the panel has the icons back.
+orvo::BusHandle connectToSession(sd_event* loop) {
+  sd_bus* bus = nullptr;
+  if (sd_bus_open_user(&bus) < 0) return nullptr;
+  orvo::BusHandle connected(bus);
+  sd_bus_set_exit_on_disconnect(bus, 1);
+  const bool isWhole = sd_bus_attach_event(bus, loop, SD_EVENT_PRIORITY_NORMAL) >= 0 && !orvo::uniqueName(bus).empty();
+  return isWhole ? std::move(connected) : nullptr;
 }
 
 // In the process that outlives the agent.
-int restore(const orvo::Guardian::Bequest& bequest, int count, char** arguments) {
+int restore(const orvo::Guardian::Bequest& bequest) {
   if (bequest.kept.empty()) return EXIT_SUCCESS;
-  QCoreApplication application(count, arguments);
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return EXIT_FAILURE;
-  quitWithBus(bus, application);
-  orvo::IconRestorer restorer(bus, bequest.agent, bequest.kept);
-  QObject::connect(&restorer, &orvo::IconRestorer::finished, &application, &QCoreApplication::quit);
-  return QCoreApplication::exec();
+  const auto loop = newLoop();
+  const auto bus = connectToSession(loop.get());
+  if (!bus) return EXIT_FAILURE;
+  orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
+  return sd_event_loop(loop.get());
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (const auto bequest = orvo::Guardian::outlive(count, arguments)) return restore(*bequest, count, arguments);
-  QCoreApplication application(count, arguments);
-  const orvo::Guardian guardian;
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return fail("there is no session bus");
-  quitWithBus(bus, application);
+  if (const auto bequest = orvo::Guardian::outlive(count, arguments)) return restore(*bequest);
+  std::signal(SIGPIPE, SIG_IGN);  // whoever read our standard error may be gone
+  const auto loop = newLoop();
+  orvo::Guardian guardian(loop.get());
+  const auto bus = connectToSession(loop.get());
+  if (!bus) return fail("there is no session bus");
 
-  orvo::MenuBarService service(bus);
+  orvo::MenuBarService service(bus.get());
   // The arrow that brings the icons back belongs to the bundle that the agent is part of.
-  service.protect(orvo::bundleOfExecutable(QCoreApplication::applicationFilePath().toStdString()));
-  QObject::connect(&service, &orvo::MenuBarService::changed, &service,
-                   [&] { guardian.keep(orvo::keptItems(service.menuBar().items())); });
-  orvo::TrayCensus census(bus, service);
-  orvo::PanelReader panel(bus);
-  orvo::StatusNotifierWatcher watcher(bus, service);
-  QObject::connect(&census, &orvo::TrayCensus::listDoubted, &watcher, &orvo::StatusNotifierWatcher::announceList);
-  orvo::MenuBarAgent agent(bus, service, watcher, panel);
+  service.protect(orvo::bundleOfExecutable(std::filesystem::read_symlink("/proc/self/exe")));
+  orvo::StatusNotifierWatcher watcher(bus.get(), service);
+  orvo::TrayCensus census(bus.get(), service, [&] { watcher.announceList(); });
+  orvo::PanelReader panel(bus.get());
+  orvo::MenuBarAgent agent(bus.get(), service, watcher, panel);
+  service.onChanged = [&] {
+    guardian.keep(orvo::keptItems(service.menuBar().items()));
+    // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
+    panel.watch(service.menuBar().isConcealing());
+  };
   if (!agent.claimName()) return fail("another agent is running");
   if (!watcher.claimName()) return fail("the bus refuses the watcher's name");
-  const int status = QCoreApplication::exec();
-  return bus.isConnected() ? status : fail("the session bus is gone");
+  sd_event_loop(loop.get());
+  return fail("the session bus is gone");
 }

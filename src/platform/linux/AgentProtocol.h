@@ -34,6 +34,10 @@ inline constexpr const char* path = "/local/orvo/MenuBarAgent";
 inline constexpr const char* interface = "local.orvo.MenuBarAgent1";
 inline constexpr const char* watcherNotHeldError = "local.orvo.MenuBarAgent1.Error.WatcherNotHeld";
 
+// On the wire, what Tree and Items answer.
+inline constexpr const char* treeForm = "a(iisb(dddd))";
+inline constexpr const char* itemsForm = "a(sus)";
+
 inline constexpr const char* controlPrefix = "com.apple.menuextra.";
 inline constexpr const char* outOfDate = "local.orvo.OutOfDate";
 

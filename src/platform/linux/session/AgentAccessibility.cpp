@@ -51,11 +51,11 @@ AccessibilityElementRef AgentAccessibility::applicationElement(std::int32_t proc
   const auto note = [this](const std::vector<AgentTree::Element>& elements) {
     places_.note(AgentTree::controls(elements));
   };
-  return rootElement(std::make_shared<AgentTree>(bus_, processIdentifier, note));
+  return rootElement(std::make_shared<AgentTree>(agent_, processIdentifier, note));
 }
 
 std::optional<std::vector<ControlPlace>> AgentAccessibility::controlsNow() const {
-  const auto elements = AgentTree::ask(bus_, treeLimit);
+  const auto elements = AgentTree::ask(*agent_, treeLimit);
   if (elements.empty() || elements.front().identifier == agent_protocol::outOfDate) return std::nullopt;
   return AgentTree::controls(elements);
 }

@@ -5,6 +5,7 @@
 
 #include "platform/Accessibility.h"
 #include "platform/linux/ControlPlaces.h"
+#include "platform/linux/session/AgentConnection.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -14,6 +15,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -46,6 +48,7 @@ class AgentAccessibility : public QObject, public Accessibility {
   std::optional<std::vector<ControlPlace>> controlsNow() const;
 
   QDBusConnection bus_;
+  std::shared_ptr<AgentConnection> agent_ = std::make_shared<AgentConnection>();
   ControlPlaces places_{[this] { return controlsNow(); }};
   std::atomic<bool> trusted_ = false;
 };

@@ -1,7 +1,6 @@
 #include "platform/linux/session/AgentTree.h"
 
 #include "platform/linux/AgentProtocol.h"
-#include "platform/linux/session/SessionBus.h"
 
 #include <algorithm>
 #include <array>
@@ -56,7 +55,7 @@ class TreeElement : public AccessibilityElement {
 };
 
 struct Row {
-  int parent = -1;
+  std::int32_t parent = -1;
   AgentTree::Element element;
 };
 
@@ -67,59 +66,52 @@ bool isOnScreen(const Rect& frame) {
                              [](double value) { return std::fabs(value) <= limit; });
 }
 
-Row readRow(const QDBusArgument& list) {
-  Row row;
-  QString identifier;
-  bool hasFrame = false;
+// As sd-bus reads: 0 at the end, negative for what is no row.
+int readRow(sd_bus_message* reply, Row& row) {
+  const char* identifier = nullptr;
+  int hasFrame = 0;
   Rect frame;
-  list.beginStructure();
-  list >> row.parent >> row.element.process >> identifier >> hasFrame;
-  list.beginStructure();
-  list >> frame.x >> frame.y >> frame.width >> frame.height;
-  list.endStructure();
-  list.endStructure();
-  row.element.identifier = identifier.toStdString();
-  if (hasFrame && isOnScreen(frame)) row.element.frame = frame;
-  return row;
+  const int read = sd_bus_message_read(reply, agent_protocol::treeForm + 1, &row.parent, &row.element.process,
+                                       &identifier, &hasFrame, &frame.x, &frame.y, &frame.width, &frame.height);
+  if (read <= 0) return read;
+  row.element.identifier = identifier;
+  if (hasFrame != 0 && isOnScreen(frame)) row.element.frame = frame;
+  return read;
 }
 
 }  // namespace
 
-AgentTree::AgentTree(QDBusConnection bus, std::int32_t processIdentifier,
+AgentTree::AgentTree(std::shared_ptr<AgentConnection> agent, std::int32_t processIdentifier,
                      std::function<void(const std::vector<Element>&)> noted)
-    : bus_(std::move(bus)), process_(processIdentifier), noted_(std::move(noted)), limit_(defaultLimit) {}
+    : agent_(std::move(agent)), process_(processIdentifier), noted_(std::move(noted)), limit_(defaultLimit) {}
 
 const std::vector<AgentTree::Element>& AgentTree::elements() {
   if (elements_) return *elements_;
-  elements_ = ask(bus_, limit_);
+  elements_ = ask(*agent_, limit_);
   if (!elements_->empty() && elements_->front().process != process_) elements_->clear();
   if (noted_) noted_(*elements_);
   return *elements_;
 }
 
-std::vector<AgentTree::Element> AgentTree::ask(const QDBusConnection& bus, std::chrono::milliseconds limit) {
-  QDBusMessage question = session_bus::agentCall("Tree");
-  question.setAutoStartService(false);
-  return decode(bus.call(question, QDBus::Block, static_cast<int>(limit.count())));
+std::vector<AgentTree::Element> AgentTree::ask(AgentConnection& agent, std::chrono::milliseconds limit) {
+  return decode(agent.ask("Tree", limit).get());
 }
 
-std::vector<AgentTree::Element> AgentTree::decode(const QDBusMessage& reply) {
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(iisb(dddd))")) return {};
+std::vector<AgentTree::Element> AgentTree::decode(sd_bus_message* reply) {
   std::vector<Element> elements;
-  // Read to its end: Qt leaks a list that is left in the middle.
-  bool isTree = true;
-  const auto list = reply.arguments().constFirst().value<QDBusArgument>();
-  for (list.beginArray(); !list.atEnd();) {
-    Row row = readRow(list);
+  if (reply == nullptr || sd_bus_message_has_signature(reply, agent_protocol::treeForm) <= 0 ||
+      sd_bus_message_is_method_error(reply, nullptr) > 0 ||
+      sd_bus_message_enter_container(reply, 'a', agent_protocol::treeForm + 1) <= 0)
+    return elements;
+  int read = 0;
+  for (Row row; elements.size() < mostElements && (read = readRow(reply, row)) > 0; row = {}) {
     const std::size_t index = elements.size();
     const auto parent = static_cast<std::size_t>(row.parent);  // huge for a negative one
-    isTree = isTree && (index == 0 ? row.parent == -1 : parent < index);
-    if (!isTree || index == mostElements) continue;
+    if (index == 0 ? row.parent != -1 : parent >= index) return {};
     if (index > 0) elements[parent].children.push_back(index);
     elements.push_back(std::move(row.element));
   }
-  list.endArray();
-  return isTree ? elements : std::vector<Element>();
+  return read < 0 ? std::vector<Element>() : elements;
 }
 
 std::vector<ControlPlace> AgentTree::controls(const std::vector<Element>& elements) {

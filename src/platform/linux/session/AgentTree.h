@@ -4,9 +4,7 @@
 
 #include "platform/Accessibility.h"
 #include "platform/linux/ControlPlaces.h"
-
-#include <QDBusConnection>
-#include <QDBusMessage>
+#include "platform/linux/session/AgentConnection.h"
 
 #include <chrono>
 #include <cstddef>
@@ -29,7 +27,7 @@ class AgentTree {
   };
 
   // Answers no elements unless the root belongs to this process. `noted` is told of what came, once.
-  AgentTree(QDBusConnection bus, std::int32_t processIdentifier,
+  AgentTree(std::shared_ptr<AgentConnection> agent, std::int32_t processIdentifier,
             std::function<void(const std::vector<Element>&)> noted = {});
 
   void setLimit(std::chrono::milliseconds limit) { limit_ = limit; }
@@ -41,16 +39,16 @@ class AgentTree {
   const std::vector<Element>& elements();
 
   // What the agent answers now; as elements() where it does not. Waits for at most so long.
-  static std::vector<Element> ask(const QDBusConnection& bus, std::chrono::milliseconds limit);
+  static std::vector<Element> ask(AgentConnection& agent, std::chrono::milliseconds limit);
 
-  // Empty for a reply of any other form, or one whose parents do not come before their children.
-  static std::vector<Element> decode(const QDBusMessage& reply);
+  // Empty for a reply of any other form, one whose parents do not come before their children, and none.
+  static std::vector<Element> decode(sd_bus_message* reply);
 
   // The system controls among them, pieces left out.
   static std::vector<ControlPlace> controls(const std::vector<Element>& elements);
 
  private:
-  QDBusConnection bus_;
+  std::shared_ptr<AgentConnection> agent_;
   std::int32_t process_;
   std::function<void(const std::vector<Element>&)> noted_;
   std::chrono::milliseconds limit_;

@@ -2,7 +2,7 @@
 // may block while it is silent. Any thread.
 #pragma once
 
-#include "agent/TreeElement.h"
+#include "platform/linux/busSupport/TreeElement.h"
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/busSupport/TestSession.h"
 

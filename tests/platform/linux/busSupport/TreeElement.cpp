@@ -1,4 +1,4 @@
-#include "agent/TreeElement.h"
+#include "platform/linux/busSupport/TreeElement.h"
 
 #include <QDBusMetaType>
 
