@@ -2,12 +2,15 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <set>
 #include <string>
 #include <utility>
 
+#include "agent/LegacyTray.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
 #include "agent/StatusNotifierWatcher.h"
@@ -20,6 +23,9 @@ namespace {
 // Far more than can run at once.
 constexpr std::size_t mostBundles = 10'000;
 
+// Of the bus itself.
+constexpr std::chrono::seconds busLimit{25};
+
 constexpr const char* heldProperty = "WatcherHeld";
 
 const sd_bus_vtable agentTable[] = {
@@ -29,6 +35,9 @@ const sd_bus_vtable agentTable[] = {
     SD_BUS_METHOD_WITH_ARGS("Invalidate", SD_BUS_ARGS("u", assertion), SD_BUS_NO_RESULT, &MenuBarAgent::invalidate, 0),
     SD_BUS_METHOD("Tree", "", agent_protocol::treeForm, &MenuBarAgent::tree, 0),
     SD_BUS_METHOD("Items", "", agent_protocol::itemsForm, &MenuBarAgent::items, 0),
+    SD_BUS_METHOD("Requesters", "", agent_protocol::requestersForm, &MenuBarAgent::requesters, 0),
+    SD_BUS_METHOD("EndOthers", "", "", &MenuBarAgent::endOthers, 0),
+    SD_BUS_SIGNAL("RequestersChanged", agent_protocol::requestersForm, 0),
     SD_BUS_PROPERTY(heldProperty, "b", &MenuBarAgent::isWatcherHeld, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_ARGS("ItemAdded", SD_BUS_ARGS("s", address, "u", processIdentifier, "s", bundleIdentifier), 0),
     SD_BUS_SIGNAL("TreeChanged", "", 0),
@@ -63,6 +72,18 @@ class ListReply {
   std::int32_t count_ = 0;
 };
 
+std::string addressOf(const LegacyIcon& icon) {
+  char text[16];
+  std::snprintf(text, sizeof text, "x11:0x%x", icon.window);
+  return text;
+}
+
+void appendRequesters(sd_bus_message* message, const std::set<std::int32_t>& processes) {
+  sd_bus_message_open_container(message, 'a', "u");
+  for (const std::int32_t process : processes) sd_bus_message_append(message, "u", process);
+  sd_bus_message_close_container(message);
+}
+
 std::int32_t addElement(ListReply& tree, std::int32_t parent, const std::string& identifier, const Rect& frame) {
   return tree.add(parent, ::getpid(), identifier.c_str(), 1, frame.x, frame.y, frame.width, frame.height);
 }
@@ -84,12 +105,20 @@ void addDock(ListReply& tree, const DockControls& dock) {
 
 }  // namespace
 
-MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel)
-    : bus_(bus), service_(service), watcher_(watcher), panel_(panel) {
+MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel,
+                           LegacyTray* legacy)
+    : bus_(bus), service_(service), watcher_(watcher), panel_(panel), legacy_(legacy) {
   service_.onItemArrived = [this](const TrayItem& item) {
     sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
                        item.address().c_str(), item.processIdentifier, item.bundle.c_str());
   };
+  service_.onRequestersChanged = [this] { announceRequesters(); };
+  if (legacy_ != nullptr) {
+    legacy_->onDocked = [this](const LegacyIcon& icon) {
+      sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
+                         addressOf(icon).c_str(), icon.process, icon.bundle.c_str());
+    };
+  }
   watcher_.onNameHeld = [this] {
     sd_bus_emit_properties_changed(bus_, agent_protocol::path, agent_protocol::interface, heldProperty, nullptr);
   };
@@ -144,17 +173,58 @@ int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*
     for (const DockControls& dock : panel.docks) addDock(tree, dock);
     for (const TrayItem& item : self.service_.menuBar().shownItems())
       addWithoutFrame(tree, 0, item.processIdentifier, "");
+    for (const LegacyIcon& icon : self.legacyIcons())
+      if (icon.isWanted) addWithoutFrame(tree, 0, icon.process, "");
     tree.send();
   });
   return 1;
 }
 
 int MenuBarAgent::items(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  const auto& self = *static_cast<MenuBarAgent*>(agent);
   ListReply items(call, agent_protocol::itemsForm);
-  for (const TrayItem& item : static_cast<MenuBarAgent*>(agent)->service_.menuBar().items())
+  for (const TrayItem& item : self.service_.menuBar().items())
     items.add(item.address().c_str(), item.processIdentifier, item.bundle.c_str());
+  for (const LegacyIcon& icon : self.legacyIcons())
+    items.add(addressOf(icon).c_str(), icon.process, icon.bundle.c_str());
   items.send();
   return 1;
+}
+
+int MenuBarAgent::requesters(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  sd_bus_message* reply = nullptr;
+  sd_bus_message_new_method_return(call, &reply);
+  const BusMessage owned = taken(reply);
+  appendRequesters(reply, static_cast<MenuBarAgent*>(agent)->service_.requesters());
+  return sd_bus_send(nullptr, reply, nullptr);
+}
+
+// Others could keep the person from hiding anything.
+int MenuBarAgent::endOthers(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<MenuBarAgent*>(agent);
+  askAboutName(self.bus_, "GetConnectionUnixProcessID", sd_bus_message_get_sender(call), busLimit,
+               [&self, call = kept(call)](sd_bus_message* answer) {
+                 const std::int32_t process = readNumber(answer);
+                 if (!self.service_.isProtected(process)) {
+                   sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_ACCESS_DENIED, "The arrow is not the caller's.");
+                   return;
+                 }
+                 self.service_.endOthers(process);
+                 sd_bus_reply_method_return(call.get(), "");
+               });
+  return 1;
+}
+
+void MenuBarAgent::announceRequesters() {
+  sd_bus_message* signal = nullptr;
+  sd_bus_message_new_signal(bus_, &signal, agent_protocol::path, agent_protocol::interface, "RequestersChanged");
+  const BusMessage owned = taken(signal);
+  appendRequesters(signal, service_.requesters());
+  sd_bus_send(bus_, signal, nullptr);
+}
+
+std::vector<LegacyIcon> MenuBarAgent::legacyIcons() const {
+  return legacy_ == nullptr ? std::vector<LegacyIcon>() : legacy_->icons();
 }
 
 }  // namespace orvo

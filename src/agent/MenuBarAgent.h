@@ -4,17 +4,21 @@
 #include <vector>
 
 #include "agent/BusCall.h"
+#include "agent/rules/LegacyIcons.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {
 
+class LegacyTray;
 class MenuBarService;
 class PanelReader;
 class StatusNotifierWatcher;
 
 class MenuBarAgent {
  public:
-  MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel);
+  // `legacy` may be null.
+  MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel,
+               LegacyTray* legacy);
 
   // False when another agent has it.
   bool claimName();
@@ -24,14 +28,20 @@ class MenuBarAgent {
   static int invalidate(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int tree(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int items(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int requesters(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int endOthers(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int isWatcherHeld(sd_bus* bus, const char* path, const char* interface, const char* property,
                            sd_bus_message* reply, void* agent, sd_bus_error* error);
 
  private:
+  void announceRequesters();
+  std::vector<LegacyIcon> legacyIcons() const;
+
   sd_bus* bus_;
   MenuBarService& service_;
   StatusNotifierWatcher& watcher_;
   PanelReader& panel_;
+  LegacyTray* legacy_;
   BusSlot object_;
   // With the last tree, whoever asked for it, and when the panel was last looked at.
   std::vector<DockControls> told_;

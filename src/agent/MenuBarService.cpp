@@ -72,13 +72,21 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
   if (requesters_.contains(requester)) return conceal();
   watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
-  askAboutName(bus_, "GetNameOwner", requester, busLimit,
+  askAboutName(bus_, "GetConnectionUnixProcessID", requester, busLimit,
                [=, this, conceal = std::move(conceal)](sd_bus_message* answer) {
                  answered(requester);
                  if (isError(answer)) return unwatch(requester);
-                 requesters_.insert(requester);
+                 requesters_[requester] = readNumber(answer);
                  conceal();
                });
+}
+
+bool MenuBarService::isProtected(std::int32_t process) const { return menuBar_.isProtected(bundleOf(process)); }
+
+void MenuBarService::endOthers(std::int32_t process) {
+  for (const std::string& requester : menuBar_.requesters()) {
+    if (requesters_.at(requester) != process) announce(menuBar_.endRequests(requester));
+  }
 }
 
 bool MenuBarService::invalidate(std::uint32_t assertion, const std::string& requester) {
@@ -111,8 +119,9 @@ void MenuBarService::unwatch(const std::string& name) {
 void MenuBarService::nameLost(const std::string& name) {
   asking_.erase(name);
   unwatch(name);
+  const MenuBarChange change = menuBar_.nameLost(name);
   requesters_.erase(name);
-  announce(menuBar_.nameLost(name));
+  announce(change);
 }
 
 void MenuBarService::add(const TrayItem& item) {
@@ -136,6 +145,9 @@ void MenuBarService::refuse(const std::string& whom, const char* what) {
 }
 
 void MenuBarService::announce(const MenuBarChange& change) {
+  std::set<std::int32_t> requesters;
+  for (const std::string& requester : menuBar_.requesters()) requesters.insert(requesters_.at(requester));
+  if (std::exchange(told_, requesters) != requesters) onRequestersChanged();
   for (const std::string& address : change.left) {
     views_.forget(address);
     tell(news_.forget(address));

@@ -25,8 +25,9 @@ class MenuBarService {
   std::function<void(const std::string& address)> onItemShown;
   std::function<void(const std::string& address)> onItemHidden;
   std::function<void(const TrayItem&)> onItemArrived;
-  std::function<void()> onSettled;  // the panel has been told everything, and has made its views
-  std::function<void()> onChanged;  // after the others, and for a further name of an item alone
+  std::function<void()> onRequestersChanged;  // before the panel is told
+  std::function<void()> onSettled;            // the panel has been told everything, and has made its views
+  std::function<void()> onChanged;            // after the others, and for a further name of an item alone
 
   const MenuBar& menuBar() const { return menuBar_; }
 
@@ -41,6 +42,8 @@ class MenuBarService {
   void renewViews();
 
   void protect(const std::string& bundle) { menuBar_.protect(bundle); }
+  // Whether the process belongs to the protected application.
+  bool isProtected(std::int32_t process) const;
 
   // `done` is called once the item is registered, or cannot be.
   void registerItem(const std::string& text, const std::string& sender, std::function<void()> done);
@@ -49,6 +52,12 @@ class MenuBarService {
   // requester has too many; it is never called for a requester that has left the bus meanwhile.
   void activate(const std::string& requester, std::set<std::string> allowedBundles,
                 std::function<void(std::uint32_t)> done);
+
+  // The processes that have something concealed, each once.
+  const std::set<std::int32_t>& requesters() const { return told_; }
+
+  // Ends what all others have concealed.
+  void endOthers(std::int32_t process);
 
   // False when the requester has no such assertion.
   bool invalidate(std::uint32_t assertion, const std::string& requester);
@@ -70,8 +79,9 @@ class MenuBarService {
   PanelNews news_;
   PanelViews views_;
   std::map<std::string, BusSlot> watched_;
-  std::multiset<std::string> asking_;       // names about which the bus has yet to answer
-  std::set<std::string> requesters_;        // watched, and there when the watch began
+  std::multiset<std::string> asking_;               // names about which the bus has yet to answer
+  std::map<std::string, std::int32_t> requesters_;  // watched, and there when the watch began; their processes
+  std::set<std::int32_t> told_;
   std::map<std::string, int> registering_;  // by sender: registrations that the bus has yet to answer
   std::set<std::string> refused_;           // told on standard error
 };

@@ -1,4 +1,5 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -6,6 +7,7 @@
 
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
+#include "agent/LegacyTray.h"
 #include "agent/MenuBarAgent.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
@@ -37,13 +39,19 @@ orvo::BusHandle connectToSession(sd_event* loop) {
   return isWhole ? std::move(connected) : nullptr;
 }
 
+// Until all icons of the older kind are drawn.
+constexpr std::chrono::milliseconds drawing{300};
+
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
-  if (bequest.kept.empty()) return EXIT_SUCCESS;
   const auto loop = newLoop();
+  // Its icons are back by the X server's hand, some of them blank.
+  const auto legacy = orvo::LegacyTray::open(loop.get());
+  if (legacy) legacy->follow();
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
-  orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
+  orvo::Timer end(loop.get(), [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
+  const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { end.start(drawing); });
   return sd_event_loop(loop.get());
 }
 
@@ -63,14 +71,17 @@ int main(int count, char** arguments) {
   orvo::StatusNotifierWatcher watcher(bus.get(), service);
   orvo::TrayCensus census(bus.get(), service, [&] { watcher.announceList(); });
   orvo::PanelReader panel(bus.get());
-  orvo::MenuBarAgent agent(bus.get(), service, watcher, panel);
+  const auto legacy = orvo::LegacyTray::open(loop.get());
+  orvo::MenuBarAgent agent(bus.get(), service, watcher, panel, legacy.get());
   service.onChanged = [&] {
     guardian.keep(orvo::keptItems(service.menuBar().items()));
     // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
     panel.watch(service.menuBar().isConcealing());
+    if (legacy) legacy->apply([&](const std::string& bundle) { return service.menuBar().shows(bundle); });
   };
   if (!agent.claimName()) return fail("another agent is running");
   if (!watcher.claimName()) return fail("the bus refuses the watcher's name");
+  if (legacy) legacy->follow();
   sd_event_loop(loop.get());
   return fail("the session bus is gone");
 }

@@ -24,6 +24,12 @@ void Concealment::requesterLost(const std::string& requester) {
   std::erase_if(requests_, [&](const auto& request) { return request.second.requester == requester; });
 }
 
+std::set<std::string> Concealment::requesters() const {
+  std::set<std::string> names;
+  for (const auto& [assertion, request] : requests_) names.insert(request.requester);
+  return names;
+}
+
 bool Concealment::shows(const std::string& bundle) const {
   return bundle.empty() || bundle == protected_ ||
          std::all_of(requests_.begin(), requests_.end(),

@@ -28,6 +28,10 @@ class Concealment {
   void requesterLost(const std::string& requester);
 
   bool isEmpty() const { return requests_.empty(); }
+  // Those who have a request in force.
+  std::set<std::string> requesters() const;
+
+  bool isProtected(const std::string& bundle) const { return !bundle.empty() && bundle == protected_; }
 
   // With several requests an item shows only if each allows its owner. An owner that cannot be told,
   // an empty one, is not one that the person chose to hide.

@@ -37,6 +37,13 @@ std::optional<MenuBarChange> MenuBar::invalidate(std::uint32_t assertion, const 
   return change;
 }
 
+MenuBarChange MenuBar::endRequests(const std::string& requester) {
+  concealment_.requesterLost(requester);
+  MenuBarChange change;
+  announce(change);
+  return change;
+}
+
 std::vector<TrayItem> MenuBar::shownItems() const {
   std::vector<TrayItem> shown;
   std::copy_if(items().begin(), items().end(), std::back_inserter(shown),

@@ -44,6 +44,13 @@ class MenuBar {
   // Absent when the requester has no such request.
   std::optional<MenuBarChange> invalidate(std::uint32_t assertion, const std::string& requester);
 
+  // Ends whatever it has requested.
+  MenuBarChange endRequests(const std::string& requester);
+
+  std::set<std::string> requesters() const { return concealment_.requesters(); }
+  bool isProtected(const std::string& bundle) const { return concealment_.isProtected(bundle); }
+  bool shows(const std::string& bundle) const { return concealment_.shows(bundle); }
+
   const std::vector<TrayItem>& items() const { return registry_.items(); }
   std::vector<TrayItem> shownItems() const;
   bool isConcealing() const { return !concealment_.isEmpty(); }

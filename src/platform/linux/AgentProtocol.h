@@ -17,7 +17,8 @@
 //       and below a tall control its pieces, with the same identifier. Then the items
 //   Items() -> a(sus)                     every registered item, concealed or not: its address, its
 //       process identifier (0 where unknown) and the bundle identifier by which the agent allows or
-//       conceals it (empty where unknown: never concealed)
+//       conceals it (empty where unknown: never concealed). The address of an icon of the older kind is none
+//       of a bus, but "x11:" and its window
 //   Requesters() -> au                    the processes that have something concealed, each once
 //   EndOthers()                           ends every concealment but those of the calling process; for the
 //       application whose arrow it is, which the agent never conceals; AccessDenied to others
@@ -37,6 +38,7 @@ inline constexpr const char* watcherNotHeldError = "local.orvo.MenuBarAgent1.Err
 // On the wire, what Tree and Items answer.
 inline constexpr const char* treeForm = "a(iisb(dddd))";
 inline constexpr const char* itemsForm = "a(sus)";
+inline constexpr const char* requestersForm = "au";
 
 inline constexpr const char* controlPrefix = "com.apple.menuextra.";
 inline constexpr const char* outOfDate = "local.orvo.OutOfDate";

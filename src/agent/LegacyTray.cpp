@@ -1,0 +1,280 @@
+#include "agent/LegacyTray.h"
+
+#include <xcb/res.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <utility>
+
+#include "platform/linux/ApplicationIdentity.h"
+
+namespace orvo {
+
+namespace {
+
+// GTK 2 and Tk draw nothing when asked at once after they were mapped: found by trying.
+constexpr std::chrono::milliseconds repaintPause{50};
+// A panel puts its tray into place after it has told of it.
+constexpr std::chrono::milliseconds searchPause{200};
+constexpr int searches = 10;
+// Of windows, on the way from the root to the tray.
+constexpr std::size_t mostSearched = 5000;
+constexpr int deepest = 5;
+
+constexpr std::uint32_t mappedFlag = 1;  // of _XEMBED_INFO
+
+}  // namespace
+
+std::unique_ptr<LegacyTray> LegacyTray::open(sd_event* loop) {
+  if (!XConnection::canOpen()) return nullptr;
+  auto connection = XConnection::open({}, "icons of the older kind");
+  if (!connection || !connection->hasExtension(xcb_res_id)) return nullptr;
+  return std::unique_ptr<LegacyTray>(new LegacyTray(std::move(connection), loop));
+}
+
+LegacyTray::LegacyTray(std::unique_ptr<XConnection> connection, sd_event* loop)
+    : connection_(std::move(connection)),
+      selection_(connection_->atom("_NET_SYSTEM_TRAY_S0")),
+      manager_(connection_->atom("MANAGER")),
+      embedding_(connection_->atom("_XEMBED_INFO")),
+      mark_(connection_->atom("_ORVO_OVERRIDE_REDIRECT")),
+      search_(loop, [this] { findTray(), dispatch(); }),
+      repaint_(loop, [this] { repaint(), dispatch(); }),
+      events_(loop, xcb_get_file_descriptor(connection_->get()), [this] { dispatch(); }) {}
+
+void LegacyTray::follow() {
+  set(connection_->root(), XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  searchesLeft_ = searches;
+  findTray();
+  for (const LegacyIcon& icon : icons()) blank_.insert(icon.window);
+  repaint_.start(repaintPause);
+  dispatch();
+}
+
+// Whoever has waited for an answer looks here too: events may have come with it.
+void LegacyTray::dispatch() {
+  while (const auto event = owned(xcb_poll_for_event(connection_->get()))) handle(*event);
+  xcb_flush(connection_->get());
+  if (connection_->works()) events_.start();
+}
+
+void LegacyTray::apply(LegacyIcons::Shows shows) {
+  shows_ = std::move(shows);
+  for (const LegacyIcons::Order& order : icons_.apply(shows_)) carryOut(order);
+  dispatch();
+}
+
+// The sockets stand in the window of the tray's own program that the panel has embedded.
+void LegacyTray::findTray() {
+  const auto owner = owned(xcb_get_selection_owner_reply(
+      connection_->get(), xcb_get_selection_owner(connection_->get(), selection_), nullptr));
+  if (!owner || owner->owner == XCB_WINDOW_NONE) return;
+  tray_ = trayWindow(owner->owner);
+  if (tray_ == XCB_WINDOW_NONE) {
+    if (--searchesLeft_ > 0) search_.start(searchPause);
+    return;
+  }
+  set(tray_, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  for (const xcb_window_t socket : children(tray_)) watchSocket(socket);
+}
+
+xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
+  const std::uint32_t mask = xcb_get_setup(connection_->get())->resource_id_mask;
+  const auto isTrays = [=](xcb_window_t window) { return (window & ~mask) == (owner & ~mask); };
+  std::vector<xcb_window_t> level = children(connection_->root());
+  std::erase_if(level, isTrays);
+  std::size_t searched = level.size();
+  for (int depth = 1; depth < deepest && searched <= mostSearched; ++depth) {
+    std::vector<xcb_query_tree_cookie_t> asked;
+    for (const xcb_window_t window : level) asked.push_back(xcb_query_tree(connection_->get(), window));
+    level.clear();
+    for (const auto cookie : asked) {
+      const auto reply = owned(xcb_query_tree_reply(connection_->get(), cookie, nullptr));
+      if (!reply) continue;
+      const xcb_window_t* const first = xcb_query_tree_children(reply.get());
+      level.insert(level.end(), first, first + reply->children_len);
+    }
+    const auto found = std::find_if(level.begin(), level.end(), isTrays);
+    if (found != level.end()) return *found;
+    searched += level.size();
+  }
+  return XCB_WINDOW_NONE;
+}
+
+// Watched before it is looked into, so that nothing can come in between.
+void LegacyTray::watchSocket(xcb_window_t socket) {
+  if (!sockets_.insert(socket).second) return;
+  set(socket, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  for (const xcb_window_t window : children(socket)) dock(window, socket);
+}
+
+void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
+  const auto attributes = owned(xcb_get_window_attributes_reply(
+      connection_->get(), xcb_get_window_attributes(connection_->get(), window), nullptr));
+  if (!attributes || icons_.find(window) != nullptr) return;
+  const bool wasLeft = takeMark(window);
+  if (wasLeft) restore(window, true);
+  LegacyIcon icon{.window = window, .socket = socket, .process = processOf(window)};
+  if (const auto identity = identifyProcess(icon.process)) icon.bundle = identity->bundleIdentifier;
+  icon.overridesRedirect = attributes->override_redirect != 0 || wasLeft;
+  icon.isMapped = attributes->map_state != XCB_MAP_STATE_UNMAPPED;
+  if (const auto order = icons_.dock(icon, shows_)) carryOut(*order);
+  if (icons_.find(window) == nullptr) return;
+  if (onDocked) onDocked(icon);
+  if (onChanged) onChanged();
+}
+
+void LegacyTray::undock(xcb_window_t window) {
+  const auto left = icons_.undock(window);
+  if (!left) return;
+  if (left->isHeld) restore(window, left->overridesRedirect);
+  if (onChanged) onChanged();
+}
+
+void LegacyTray::socketLost(xcb_window_t socket) {
+  sockets_.erase(socket);
+  for (const LegacyIcon& left : icons_.socketLost(socket)) {
+    if (left.isHeld) restore(left.window, left.overridesRedirect);
+    if (onChanged) onChanged();
+  }
+}
+
+void LegacyTray::forgetAll() {
+  while (!sockets_.empty()) socketLost(*sockets_.begin());
+  tray_ = XCB_WINDOW_NONE;
+}
+
+void LegacyTray::handle(const xcb_generic_event_t& event) {
+  switch (eventCode(event)) {
+    case XCB_CLIENT_MESSAGE:
+      return managerCame(reinterpret_cast<const xcb_client_message_event_t&>(event));
+    case XCB_CREATE_NOTIFY: {
+      const auto& made = reinterpret_cast<const xcb_create_notify_event_t&>(event);
+      if (made.parent == tray_) watchSocket(made.window);
+      return;
+    }
+    case XCB_REPARENT_NOTIFY: {
+      const auto& moved = reinterpret_cast<const xcb_reparent_notify_event_t&>(event);
+      if (sockets_.contains(moved.parent)) return dock(moved.window, moved.parent);
+      return undock(moved.window);
+    }
+    case XCB_DESTROY_NOTIFY: {
+      const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+      return sockets_.contains(gone) ? socketLost(gone) : undock(gone);
+    }
+    case XCB_MAP_NOTIFY:
+      return mapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+    case XCB_UNMAP_NOTIFY:
+      return icons_.unmapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
+    case XCB_PROPERTY_NOTIFY:
+      return propertyChanged(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+    default:
+      return;  // among them the errors of windows that have gone
+  }
+}
+
+void LegacyTray::mapped(xcb_window_t window) {
+  if (const auto order = icons_.mapped(window)) carryOut(*order);
+  const LegacyIcon* const icon = icons_.find(window);
+  if (icon == nullptr || icon->isHeld) return;
+  blank_.insert(window);
+  repaint_.start(repaintPause);
+}
+
+// A tray has started: what stood in another one before has to dock again.
+void LegacyTray::managerCame(const xcb_client_message_event_t& message) {
+  if (message.type != manager_ || message.data.data32[1] != selection_) return;
+  forgetAll();
+  searchesLeft_ = searches;
+  findTray();
+}
+
+void LegacyTray::propertyChanged(const xcb_property_notify_event_t& event) {
+  if (event.atom == embedding_ && !wantsToBeMapped(event.window)) withdrawn(event.window);
+}
+
+void LegacyTray::carryOut(const LegacyIcons::Order& order) {
+  switch (order.kind) {
+    case LegacyIcons::Order::Kind::hide:
+      return hide(order.icon);
+    case LegacyIcons::Order::Kind::show:
+      xcb_map_window(connection_->get(), order.icon.window);
+      return;
+    case LegacyIcons::Order::Kind::settle:
+      return restore(order.icon.window, order.icon.overridesRedirect);
+  }
+}
+
+// The socket has to be asked when the X server maps the window at our end: without that it would take up no room.
+void LegacyTray::hide(const LegacyIcon& icon) {
+  xcb_change_save_set(connection_->get(), XCB_SET_MODE_INSERT, icon.window);
+  set(icon.window, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  if (icon.overridesRedirect) {
+    constexpr std::uint32_t yes = 1;
+    xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, icon.window, mark_, XCB_ATOM_CARDINAL, 32, 1, &yes);
+    set(icon.window, XCB_CW_OVERRIDE_REDIRECT, 0);
+  }
+  xcb_unmap_window(connection_->get(), icon.window);
+  // Its program may have withdrawn it a moment ago, unheard.
+  if (!wantsToBeMapped(icon.window)) withdrawn(icon.window);
+}
+
+void LegacyTray::withdrawn(xcb_window_t window) {
+  if (const auto order = icons_.withdrawn(window)) carryOut(*order);
+}
+
+void LegacyTray::restore(xcb_window_t window, bool overridesRedirect) {
+  set(window, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_NO_EVENT);
+  if (overridesRedirect) {
+    set(window, XCB_CW_OVERRIDE_REDIRECT, 1);
+    xcb_delete_property(connection_->get(), window, mark_);
+  }
+  xcb_change_save_set(connection_->get(), XCB_SET_MODE_DELETE, window);
+}
+
+void LegacyTray::repaint() {
+  for (const xcb_window_t window : std::exchange(blank_, {})) {
+    xcb_clear_area(connection_->get(), 1, window, 0, 0, 0, 0);
+    for (const xcb_window_t child : children(window)) xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
+  }
+}
+
+std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window) const {
+  const auto reply =
+      owned(xcb_query_tree_reply(connection_->get(), xcb_query_tree(connection_->get(), window), nullptr));
+  if (!reply) return {};
+  const xcb_window_t* const first = xcb_query_tree_children(reply.get());
+  return {first, first + reply->children_len};
+}
+
+// As the X server knows it: what a window claims may be anything, and Tk's claims nothing.
+std::int32_t LegacyTray::processOf(xcb_window_t window) const {
+  const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+  const auto reply = owned(xcb_res_query_client_ids_reply(
+      connection_->get(), xcb_res_query_client_ids(connection_->get(), 1, &wanted), nullptr));
+  if (!reply) return 0;
+  const auto id = xcb_res_query_client_ids_ids_iterator(reply.get());
+  if (id.rem == 0 || xcb_res_client_id_value_value_length(id.data) < 1) return 0;
+  return static_cast<std::int32_t>(*xcb_res_client_id_value_value(id.data));
+}
+
+bool LegacyTray::wantsToBeMapped(xcb_window_t window) const {
+  const auto cookie = xcb_get_property(connection_->get(), 0, window, embedding_, XCB_GET_PROPERTY_TYPE_ANY, 0, 2);
+  const auto reply = owned(xcb_get_property_reply(connection_->get(), cookie, nullptr));
+  if (!reply || reply->format != 32 || reply->value_len < 2) return true;
+  return (static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()))[1] & mappedFlag) != 0;
+}
+
+// Left on the window by an agent that could not finish.
+bool LegacyTray::takeMark(xcb_window_t window) {
+  const auto cookie = xcb_get_property(connection_->get(), 0, window, mark_, XCB_ATOM_CARDINAL, 0, 1);
+  const auto reply = owned(xcb_get_property_reply(connection_->get(), cookie, nullptr));
+  return reply && reply->value_len == 1;
+}
+
+void LegacyTray::set(xcb_window_t window, std::uint32_t attribute, std::uint32_t value) {
+  xcb_change_window_attributes(connection_->get(), window, attribute, &value);
+}
+
+}  // namespace orvo
