@@ -24,20 +24,11 @@ class Books {
   void step() {
     const std::string item = ":1." + std::to_string(pick(8));
     const std::string requester = ":2." + std::to_string(pick(3));
-    switch (pick(5)) {
-      case 0:
-        return arrive(item);
-      case 1:
-        std::erase_if(items_, [&](const auto& each) { return each.first == item + "/i"; });
-        return hear(bar_.nameLost(item));
-      case 2:
-        return request(requester);
-      case 3:
-        return withdraw(requester);
-      default:
-        std::erase_if(requests_, [&](const auto& request) { return request.second.first == requester; });
-        return hear(bar_.nameLost(requester));
-    }
+    const unsigned choice = pick(5);
+    if (choice == 0) arrive(item);
+    if (choice == 1) request(requester);
+    if (choice == 2) withdraw(requester);
+    if (choice > 2) lose(choice == 3 ? item : requester);
   }
 
   void check() const {
@@ -76,6 +67,12 @@ class Books {
     const auto change = bar_.add({owner, "/i", 1, {owner}, bundle});
     EXPECT_EQ(change.has_value(), !known);
     if (change) hear(*change);
+  }
+
+  void lose(const std::string& name) {
+    std::erase_if(items_, [&](const auto& each) { return each.first == name + "/i"; });
+    std::erase_if(requests_, [&](const auto& request) { return request.second.first == name; });
+    hear(bar_.nameLost(name));
   }
 
   void request(const std::string& requester) {
