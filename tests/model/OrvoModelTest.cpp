@@ -24,10 +24,11 @@ constexpr const char* notStarted = "The menu bar API could not start. All icons 
 constexpr const char* unguarded = "The system controls could not be found. All icons are visible.";
 constexpr const char* notKept = "Login item could not be changed: full";
 
-// V, A or H for visible, applying or hidden; "+" while controls are guarded; "!" while hiding is offered.
+// V, A or H for visible, applying or hidden; "+" while controls are guarded; "!" while hiding is offered; "*" while
+// somebody else hides icons.
 std::string told(const OrvoModel& model) {
   return "VAH"[static_cast<std::size_t>(model.state())] + std::string(model.systemClickProtection() ? "+" : "-") +
-         (model.canHide() ? "!" : "");
+         (model.canHide() ? "!" : "") + (model.concealers().empty() ? "" : "*");
 }
 
 // What is told at once, on the main queue's next turn and when all is done; the list; how often the system was
@@ -107,6 +108,11 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes onlytwo refresh", "H+! H+! H+! One two 1/2", false, ""},
       {"", "hide yes onequits onlytwo refresh", "H+! H+! H+ two 1/2", false, ""},
       {"", "hide yes refresh settle reveal onlytwo refresh", "V+! V+! V+ two 1/3", false, ""},
+      // Somebody else hides icons.
+      {"", "otherhides", "V+! V+!* V+!* One Two 0/2", false, ""},
+      {"", "otherhides settle onlytwo refresh", "V+!* V+!* V+!* One two 0/3", false, ""},
+      {"", "otherhides settle press", "V+!* V+! V+! One Two 0/3", true, ""},
+      {"", "otherhides settle hide yes reveal", "V+!* V+! V+! One Two 1/3", false, ""},
       // Controls that are missing for a while, and scans that the layout outran.
       {"", "hide yes nocontrols layout settle 1600ms controls 400ms", "H+! H+! H+! One Two 1/7", false, ""},
       {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false, unguarded},

@@ -37,6 +37,8 @@ struct MemoryWorkspace : Workspace {
   std::map<std::string, std::string> registered;
   std::vector<std::string> openedURLs;
   bool opensNothing = false;
+  // Other programs that hide icons.
+  std::vector<std::string> others;
   NotificationCenter center;
 
   void launch(const std::string& bundle, std::int32_t pid) { running.push_back({bundle, pid, {}, {}}); }
@@ -50,6 +52,12 @@ struct MemoryWorkspace : Workspace {
   void openURL(const std::string& url, std::function<void()> failed) override {
     openedURLs.push_back(url);
     if (opensNothing && failed) failed();
+  }
+  std::vector<std::string> concealers() const override { return others; }
+  void endConcealments() override { tellOthers({}); }
+  void tellOthers(const std::vector<std::string>& names) {
+    others = names;
+    center.post(Notification::concealersChanged);
   }
   NotificationCenter& notificationCenter() override { return center; }
 };

@@ -42,6 +42,7 @@ const std::map<std::string, void (*)(M&)> platformSteps{
     {"hostends", [](M& m) { m.workspace.center.post(Notification::menuBarHostTerminated); }},
     {"layout", [](M& m) { m.workspace.center.post(Notification::menuBarLayoutChanged); }},
     {"screens", [](M& m) { m.application.center.post(Notification::screenParametersChanged); }},
+    {"otherhides", [](M& m) { m.workspace.tellOthers({"Other"}); }},
     {"task", [](M& m) { m.mainQueue.runOne(); }},
     {"turn", [](M& m) { m.mainQueue.runPosted(); }},
     {"scan", [](M& m) { m.scanExecutor.runOne(); }},
