@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
-extern "C" bool bridgeFromC(void);
+extern "C" QLAssertionRef createFromC(const char* const* bundles, std::size_t count, QLCompletion completion);
 
 namespace orvo {
 namespace {
@@ -49,13 +49,16 @@ class MenuBarBackendTest : public testing::Test {
   MemoryFramework framework_;
 };
 
-TEST_F(MenuBarBackendTest, ServesACallerWrittenInC) {
-  framework_.onActivate = [this](std::size_t activation) { framework_.answer(activation); };
-  EXPECT_TRUE(bridgeFromC());
+TEST_F(MenuBarBackendTest, ServesACallerWrittenInCThatNeedsNoAnswer) {
+  const char* const bundles[]{"first", "second"};
+  QLReleaseMenuBarAssertion(createFromC(bundles, 2, {}));
+  QLReleaseMenuBarAssertion(createFromC(nullptr, 0, {}));
+  QLReleaseMenuBarAssertion(nullptr);
   ASSERT_EQ(framework_.activations.size(), 2U);
   EXPECT_THAT(framework_.activations[0].allowedBundleIdentifiers, ElementsAre("first", "second"));
   EXPECT_THAT(framework_.activations[1].allowedBundleIdentifiers, IsEmpty());
   EXPECT_THAT(framework_.activations[1].allowedSystemItems, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
+  framework_.answer(0);
   EXPECT_EQ(framework_.liveObjects(), 0U);
 }
 

@@ -20,23 +20,6 @@ std::string lower(std::string_view text) {
 
 }  // namespace
 
-std::optional<RunningApplication> MemoryWorkspace::runningApplication(std::int32_t pid) const {
-  const auto found =
-      std::find_if(running.begin(), running.end(), [pid](const auto& each) { return each.processIdentifier == pid; });
-  return found == running.end() ? std::nullopt : std::optional(*found);
-}
-
-std::vector<RunningApplication> MemoryWorkspace::runningApplications(const std::string& bundle) const {
-  std::vector<RunningApplication> found = running;
-  std::erase_if(found, [&](const auto& each) { return each.bundleIdentifier != bundle; });
-  return found;
-}
-
-std::optional<std::string> MemoryWorkspace::applicationPath(const std::string& bundle) const {
-  const auto found = registered.find(bundle);
-  return found == registered.end() ? std::nullopt : std::optional(found->second);
-}
-
 int AsciiText::standardCompare(std::string_view left, std::string_view right) const {
   return strverscmp(lower(left).c_str(), lower(right).c_str());
 }

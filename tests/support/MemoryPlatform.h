@@ -26,6 +26,13 @@
 
 namespace orvo {
 
+// What a map holds under a key, if anything.
+template <typename Map>
+auto found(const Map& map, std::string_view key) {
+  const auto at = map.find(key);
+  return at == map.end() ? std::nullopt : std::optional(at->second);
+}
+
 struct ManualExecutor : SerialExecutor, ManualTasks {
   void post(std::function<void()> task) override { add(std::move(task)); }
 };
@@ -34,7 +41,7 @@ struct ManualExecutor : SerialExecutor, ManualTasks {
 struct MemoryWorkspace : Workspace {
   // In the system's order.
   std::vector<RunningApplication> running;
-  std::map<std::string, std::string> registered;
+  std::map<std::string, std::string, std::less<>> registered;
   std::vector<std::string> openedURLs;
   bool opensNothing = false;
   // Other programs that hide icons.
@@ -46,9 +53,19 @@ struct MemoryWorkspace : Workspace {
     std::erase_if(running, [&](const auto& each) { return each.bundleIdentifier == bundle; });
   }
   std::vector<RunningApplication> runningApplications() const override { return running; }
-  std::optional<RunningApplication> runningApplication(std::int32_t pid) const override;
-  std::vector<RunningApplication> runningApplications(const std::string& bundle) const override;
-  std::optional<std::string> applicationPath(const std::string& bundle) const override;
+  std::optional<RunningApplication> runningApplication(std::int32_t pid) const override {
+    const auto at =
+        std::find_if(running.begin(), running.end(), [=](auto& each) { return each.processIdentifier == pid; });
+    return at == running.end() ? std::nullopt : std::optional(*at);
+  }
+  std::vector<RunningApplication> runningApplications(const std::string& bundle) const override {
+    std::vector<RunningApplication> all = running;
+    std::erase_if(all, [&](const auto& each) { return each.bundleIdentifier != bundle; });
+    return all;
+  }
+  std::optional<std::string> applicationPath(const std::string& bundle) const override {
+    return found(registered, bundle);
+  }
   void openURL(const std::string& url, std::function<void()> failed) override {
     openedURLs.push_back(url);
     if (opensNothing && failed) failed();
@@ -100,13 +117,10 @@ struct MemoryUserDefaults : UserDefaults {
   std::map<std::string, bool, std::less<>> booleans;
   std::optional<std::string> failure;
 
-  std::optional<Bytes> data(std::string_view key) const override {
-    const auto found = datas.find(key);
-    return found == datas.end() ? std::nullopt : std::optional(found->second);
-  }
+  std::optional<Bytes> data(std::string_view key) const override { return found(datas, key); }
   void setData(std::string_view key, const Bytes& value) override { datas[std::string(key)] = value; }
   std::optional<std::string> storageFailure() const override { return failure; }
-  bool boolean(std::string_view key) const override { return booleans.contains(key) && booleans.find(key)->second; }
+  bool boolean(std::string_view key) const override { return found(booleans, key).value_or(false); }
   void setBoolean(std::string_view key, bool value) override { booleans[std::string(key)] = value; }
 };
 
@@ -116,10 +130,7 @@ struct MemoryBundle : Bundle {
   std::string bundlePath = "/Applications/Orvo.app";
 
   std::optional<std::string> identifier() const override { return bundleIdentifier; }
-  std::optional<InfoValue> infoValue(std::string_view key) const override {
-    const auto found = info.find(key);
-    return found == info.end() ? std::nullopt : std::optional(found->second);
-  }
+  std::optional<InfoValue> infoValue(std::string_view key) const override { return found(info, key); }
   std::string path() const override { return bundlePath; }
 };
 
