@@ -13,12 +13,12 @@
 #include "platform/Pasteboard.h"
 #include "platform/Platform.h"
 #include "platform/ProcessInfo.h"
-#include "platform/SerialExecutor.h"
 #include "platform/StatusBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/Window.h"
 #include "platform/Words.h"
 #include "platform/Workspace.h"
+#include "support/ManualExecutor.h"
 #include "support/ManualMainQueue.h"
 #include "support/MemoryAccessibility.h"
 #include "support/MemoryEventTaps.h"
@@ -32,10 +32,6 @@ auto found(const Map& map, std::string_view key) {
   const auto at = map.find(key);
   return at == map.end() ? std::nullopt : std::optional(at->second);
 }
-
-struct ManualExecutor : SerialExecutor, ManualTasks {
-  void post(std::function<void()> task) override { add(std::move(task)); }
-};
 
 // Notifications are posted by hand on its center.
 struct MemoryWorkspace : Workspace {
