@@ -1,5 +1,4 @@
-# One static library a room. Link lines say which arrows exist; a wrong include is a build error
-# wherever the room does not link what it includes.
+# One static library a room. Link lines say which arrows exist; scripts/lint holds the includes to them.
 set(ORVO_BUNDLE ${CMAKE_BINARY_DIR}/Orvo.app)
 
 function(orvo_warnings target)

@@ -1,7 +1,4 @@
-#include "app/AppDelegate.h"
-
-#include "model/OrvoModel.h"
-#include "support/MemoryPlatform.h"
+#include "support/World.h"
 
 #include <gtest/gtest.h>
 
@@ -10,33 +7,14 @@
 namespace orvo {
 namespace {
 
-using enum BarState;
 using enum EventType;
 
-constexpr const char* one = "org.example.One";
-constexpr const char* openedKey = "Orvo.HasOpenedSettings";
+struct App : World {
+  using World::World;
 
-// A later launch, at which nothing is missing, over a menu bar with one application marked to be hidden.
-class AppDelegateTest : public testing::Test {
- protected:
-  AppDelegateTest() {
-    memory.showItems({one});
-    memory.userDefaults.setData("Quillet.Preferences.v1",
-                                R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
-    memory.userDefaults.setBoolean(openedKey, true);
-  }
-
-  void launch() {
-    delegate = AppDelegate::make(memory.platform);
-    memory.application.setDelegate(delegate.get());
-    delegate->applicationDidFinishLaunching();
-    memory.settle();
-  }
-  void reach(BarState state, bool canHide = true) {
-    model().reveal(false);
-    model().setRule(canHide ? IconRule::hidden : IconRule::visible, one);
-    if (state != visible) model().hideSelected();
-    if (state == hidden) memory.framework.answer(memory.framework.activations.size() - 1);
+  // Plays from a bar that shows everything and a window that nobody has asked for.
+  void from(const char* steps) {
+    play(std::string("reveal pickone ") + steps);
     memory.settle();
     memory.windows.shown = 0;
     memory.statusBar.menu.reset();
@@ -45,148 +23,117 @@ class AppDelegateTest : public testing::Test {
     memory.application.currentEvent = event;
     memory.statusBar.action();
   }
-  static void choose(const Menu& menu, std::size_t index) {
-    std::get<std::function<void()>>(menu.items.at(index).action)();
-  }
   const Menu& contextMenu() {
     click(rightMouseUp);
     return *memory.statusBar.menu;
   }
-  bool rehideWaits() const {
-    const auto& waiting = memory.mainQueue.waiting();
-    return std::any_of(waiting.begin(), waiting.end(),
-                       [&](const auto& task) { return task.due == memory.mainQueue.now() + std::chrono::seconds(7); });
+  static void choose(const Menu& menu, std::size_t index) {
+    std::get<std::function<void()>>(menu.items.at(index).action)();
   }
-  OrvoModel& model() { return delegate->model(); }
-
-  MemoryPlatform memory;
-  std::shared_ptr<AppDelegate> delegate;
 };
 
-TEST_F(AppDelegateTest, TheSettingsOpenAtLaunchUnlessNothingIsMissing) {
-  using Case = std::tuple<const char*, bool, bool, const char*>;
-  for (const auto& [name, opened, trusted, path] : {Case{"the first launch", false, true, "/Applications/Orvo.app"},
-                                                    Case{"no permission", true, false, "/Applications/Orvo.app"},
-                                                    Case{"another folder", true, true, "/Downloads/Orvo.app"},
-                                                    Case{"nothing is missing", true, true, "/Applications/Orvo.app"}}) {
-    SCOPED_TRACE(name);
-    memory.userDefaults.setBoolean(openedKey, opened);
-    memory.accessibility.trusted = trusted;
-    memory.bundle.bundlePath = path;
-    memory.windows.shown = 0;
-    launch();
-    EXPECT_EQ(memory.windows.shown == 0, name == std::string("nothing is missing"));
-    EXPECT_TRUE(memory.userDefaults.boolean(openedKey));
-    EXPECT_EQ(memory.application.policy, ActivationPolicy::accessory);
+TEST(AppDelegateTest, TheSettingsOpenAtLaunchUnlessNothingIsMissing) {
+  for (const char* missing : {"", "untrusted", "elsewhere", "first"}) {
+    const bool first = missing == std::string("first");
+    const App app([&](MemoryPlatform& m) { first ? m.userDefaults.booleans.clear() : World::play(m, missing); });
+    EXPECT_EQ(app.memory.windows.shown == 0, missing == std::string()) << missing;
+    EXPECT_TRUE(app.memory.userDefaults.boolean(openedSettingsKey)) << missing;
+    EXPECT_EQ(app.memory.application.policy, ActivationPolicy::accessory);
   }
 }
 
-TEST_F(AppDelegateTest, TheArrowStandsInTheBarBeforeTheModelStarts) {
-  delegate = AppDelegate::make(memory.platform);
-  model().willChange.observe([this] { EXPECT_EQ(memory.statusBar.items, 1); });
+TEST(AppDelegateTest, TheArrowStandsInTheBarBeforeTheModelStarts) {
+  MemoryPlatform memory;
+  const auto delegate = AppDelegate::make(memory.platform);
+  delegate->model().willChange.observe([&] { EXPECT_EQ(memory.statusBar.items.use_count(), 2); });
   delegate->applicationDidFinishLaunching();
   EXPECT_EQ(memory.statusBar.autosaveName, "Quillet.Toggle");
   EXPECT_EQ(memory.statusBar.eventMask, 20U);
   EXPECT_EQ(memory.statusBar.label, "Orvo menu bar manager");
   EXPECT_EQ(memory.statusBar.identifier, "Orvo.NativeMenuBarToggle");
-  EXPECT_EQ(memory.statusBar.image, "chevron.right");
 }
 
-TEST_F(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
-  launch();
-  using Case = std::tuple<BarState, bool, BarState, const char*, bool>;
-  for (const auto& [from, canHide, to, firstItem, enabled] :
-       {Case{visible, true, applying, "Hide selected icons", true},
-        Case{visible, false, visible, "Hide selected icons", false},
-        Case{applying, true, visible, "Show all icons", true}, Case{hidden, true, visible, "Show all icons", true}}) {
-    SCOPED_TRACE(firstItem);
-    const bool reveals = from != visible;
-    reach(from, canHide);
-    const Menu menu = contextMenu();
-    EXPECT_EQ(model().state(), from) << "the right button only opens the menu";
-    EXPECT_EQ(memory.statusBar.image, reveals ? "chevron.left" : "chevron.right");
-    EXPECT_EQ(memory.statusBar.toolTip,
-              reveals ? "Show hidden icons · ⌃⌥⌘B" : "Hide selected icons · Right-click for settings");
-    EXPECT_EQ(menu.items.at(0).title, firstItem);
+TEST(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
+  App app;
+  const auto& bar = app.memory.statusBar;
+  using Case = std::tuple<const char*, BarState, bool>;
+  for (const auto& [from, to, enabled] :
+       {Case{"", BarState::applying, true}, Case{"dropone", BarState::visible, false},
+        Case{"hide", BarState::visible, true}, Case{"hide yes", BarState::visible, true}}) {
+    SCOPED_TRACE(from);
+    app.from(from);
+    const BarState before = app.model->state();
+    const bool reveals = before != BarState::visible;
+    const Menu menu = app.contextMenu();
+    EXPECT_EQ(app.model->state(), before) << "the right button only opens the menu";
+    EXPECT_EQ(menu.items.at(0).title, reveals ? "Show all icons" : "Hide selected icons");
+    EXPECT_EQ(bar.image, reveals ? "chevron.left" : "chevron.right");
+    EXPECT_EQ(bar.toolTip, reveals ? "Show hidden icons · ⌃⌥⌘B" : "Hide selected icons · Right-click for settings");
     EXPECT_EQ(menu.items.at(0).enabled, enabled);
     EXPECT_TRUE(!menu.autoenablesItems && menu.items.at(1).enabled && menu.items.at(3).enabled);
-    EXPECT_EQ(memory.statusBar.menuPoint, (Point{0, 3}));
-    for (const auto& event : {std::optional(leftMouseUp), std::optional<EventType>()}) {
-      reach(from, canHide);
-      click(event);
-      EXPECT_EQ(model().state(), to);
-      EXPECT_EQ(rehideWaits(), reveals);
-      EXPECT_EQ(memory.windows.shown, from == to ? 1 : 0);
-      EXPECT_FALSE(memory.statusBar.menu);
+    EXPECT_EQ(bar.menuPoint, (Point{0, 3}));
+    for (const int way : {0, 1, 2}) {
+      app.from(from);
+      if (way == 0) App::choose(menu, 0);
+      if (way > 0) app.click(way == 1 ? std::optional(leftMouseUp) : std::nullopt);
+      EXPECT_EQ(app.model->state(), to);
+      EXPECT_EQ(app.memory.windows.shown, before == to && way > 0 ? 1 : 0);
+      EXPECT_FALSE(bar.menu);
+      EXPECT_EQ(app.hidesAgain(), reveals);
     }
-    reach(from, canHide);
-    choose(menu, 0);
-    EXPECT_EQ(model().state(), to);
-    EXPECT_EQ(rehideWaits(), reveals);
   }
 }
 
-TEST_F(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
-  launch();
-  const Menu& orvoMenu = memory.application.mainMenu->items.at(0).submenu.at(0);
+TEST(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
+  App app;
   for (int time = 1; time <= 4; ++time) {
-    reach(hidden);
-    const std::size_t scans = memory.accessibility.asked.size();
-    const bool answer = time % 2 == 0 || delegate->applicationShouldHandleReopen(true);
-    if (time % 2 == 0) choose(orvoMenu, 0);
-    EXPECT_TRUE(answer);
-    EXPECT_EQ(model().state(), visible);
-    EXPECT_FALSE(rehideWaits() || model().isScanning());
-    EXPECT_EQ(memory.windows.shown, 1);
-    EXPECT_EQ(memory.application.activations, time);
-    memory.settle();
-    EXPECT_EQ(memory.accessibility.asked.size(), scans + 1);
+    app.from("hide yes");
+    const std::size_t scans = app.scans();
+    if (time % 2 == 0) App::choose(app.memory.application.mainMenu->items.at(0).submenu.at(0), 0);
+    EXPECT_TRUE(time % 2 == 0 || app.delegate->applicationShouldHandleReopen(true));
+    EXPECT_TRUE(app.model->state() == BarState::visible && !app.model->isScanning());
+    EXPECT_TRUE(app.memory.windows.shown == 1 && app.memory.application.activations == time);
+    app.memory.settle();
+    EXPECT_EQ(app.scans(), scans + 1);
+    EXPECT_FALSE(app.hidesAgain());
   }
-  EXPECT_EQ(memory.windows.made, 1);
-  EXPECT_EQ(memory.windows.centered, 1);
-  EXPECT_FALSE(delegate->applicationShouldTerminateAfterLastWindowClosed());
+  EXPECT_TRUE(app.memory.windows.made == 1 && app.memory.windows.centered == 1);
+  EXPECT_FALSE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
 }
 
-TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndSoDoesEveryOtherEnd) {
-  launch();
-  for (const int alreadyEnded : {1, 0}) {
-    reach(hidden);
+TEST(AppDelegateTest, EveryEndRevealsAndWhatOutlivesItDoesNothing) {
+  for (const bool byMenu : {true, false}) {
+    App app;
+    app.from("hide yes");
     // Nobody is told of the end a second time.
-    memory.application.terminations = alreadyEnded;
-    if (alreadyEnded == 1) choose(contextMenu(), 3);
-    if (alreadyEnded == 0) memory.application.terminate();
-    EXPECT_EQ(memory.application.terminations, alreadyEnded + 1);
-    EXPECT_TRUE(memory.framework.active().empty());
-    EXPECT_FALSE(memory.eventTaps.tap()->valid);
-    model().refresh();
-    memory.settle();
+    app.memory.application.terminations = byMenu ? 1 : 0;
+    const Menu menu = app.contextMenu();
+    if (byMenu) App::choose(menu, 3);
+    if (!byMenu) app.memory.application.terminate();
+    EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
+    EXPECT_TRUE(app.memory.framework.active().empty() && !app.memory.eventTaps.valid);
+    app.delegate.reset();
+    app.memory.statusBar.action();
+    for (const std::size_t index : {0U, 1U, 3U}) App::choose(menu, index);
+    EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
+    EXPECT_EQ(app.memory.windows.shown, 0);
+    EXPECT_EQ(app.memory.statusBar.items.use_count(), 1);
   }
 }
 
-TEST_F(AppDelegateTest, ASystemThatGrantsNothingLeavesEverythingElseWorking) {
-  memory.statusBar.grantsButtons = memory.windows.grantsWindows = false;
-  launch();
-  reach(hidden);
-  delegate->applicationShouldHandleReopen(false);
-  EXPECT_EQ(model().state(), visible);
-  memory.windows.grantsWindows = true;
-  delegate->applicationShouldHandleReopen(false);
-  EXPECT_EQ(memory.windows.shown, 1);
-  memory.statusBar.grantsItems = false;
-  launch();
-  reach(hidden);
-  EXPECT_EQ(model().state(), hidden);
-}
-
-TEST_F(AppDelegateTest, WhatOutlivesTheDelegateDoesNothing) {
-  launch();
-  const Menu menu = contextMenu();
-  delegate.reset();
-  memory.statusBar.action();
-  for (const std::size_t index : {0U, 1U, 3U}) choose(menu, index);
-  EXPECT_EQ(memory.application.terminations, 0);
-  EXPECT_EQ(memory.windows.shown, 0);
-  EXPECT_EQ(memory.statusBar.items, 0);
+TEST(AppDelegateTest, ASystemThatGrantsNothingLeavesEverythingElseWorking) {
+  for (const bool grantsItems : {true, false}) {
+    App app([=](MemoryPlatform& m) {
+      m.statusBar.grantsItems = grantsItems, m.statusBar.grantsButtons = m.windows.grantsWindows = false;
+    });
+    app.from("hide yes");
+    EXPECT_EQ(app.model->state(), BarState::hidden);
+    app.delegate->applicationShouldHandleReopen(false);
+    EXPECT_EQ(app.model->state(), BarState::visible);
+    app.memory.windows.grantsWindows = true;
+    app.delegate->applicationShouldHandleReopen(false);
+    EXPECT_EQ(app.memory.windows.shown, 1);
+  }
 }
 
 }  // namespace

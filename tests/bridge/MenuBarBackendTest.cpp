@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
-extern "C" bool bridgeFromC(void);
+extern "C" QLAssertionRef createFromC(const char* const* bundles, std::size_t count, QLCompletion completion);
 
 namespace orvo {
 namespace {
@@ -17,24 +17,26 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Step = MemoryFramework::Step;
+using Reason = std::optional<std::string>;
 
 // What a caller sees of its completion.
 struct Caller {
   std::vector<std::optional<FrameworkError>> answers;
   int releases = 0;
   // Runs inside the completion.
-  std::function<void()> inside;
+  std::function<void()> inside = [] {};
 
-  QLAssertionRef create() { return QLCreateMenuBarAssertion(nullptr, 0, {&Caller::invoke, &Caller::release, this}); }
-  static void invoke(void* context, const QLError* error) {
-    auto& caller = *static_cast<Caller*>(context);
-    std::optional<FrameworkError> told;
-    if (error != nullptr) told = {error->domain, error->code, error->localizedDescription};
-    caller.answers.push_back(told);
-    if (caller.inside) caller.inside();
-    EXPECT_EQ(caller.releases, 0) << "released before or while it was invoked";
+  QLAssertionRef create() {
+    const auto invoke = [](void* context, const QLError* error) {
+      auto& caller = *static_cast<Caller*>(context);
+      caller.answers.emplace_back();
+      if (error != nullptr) caller.answers.back() = {error->domain, error->code, error->localizedDescription};
+      caller.inside();
+      EXPECT_EQ(caller.releases, 0) << "released before or while it was invoked";
+    };
+    const auto release = [](void* context) { ++static_cast<Caller*>(context)->releases; };
+    return QLCreateMenuBarAssertion(nullptr, 0, {invoke, release, this});
   }
-  static void release(void* context) { ++static_cast<Caller*>(context)->releases; }
 };
 
 class MenuBarBackendTest : public testing::Test {
@@ -47,13 +49,16 @@ class MenuBarBackendTest : public testing::Test {
   MemoryFramework framework_;
 };
 
-TEST_F(MenuBarBackendTest, ServesACallerWrittenInC) {
-  framework_.onActivate = [this](std::size_t activation) { framework_.answer(activation); };
-  EXPECT_TRUE(bridgeFromC());
+TEST_F(MenuBarBackendTest, ServesACallerWrittenInCThatNeedsNoAnswer) {
+  const char* const bundles[]{"first", "second"};
+  QLReleaseMenuBarAssertion(createFromC(bundles, 2, {}));
+  QLReleaseMenuBarAssertion(createFromC(nullptr, 0, {}));
+  QLReleaseMenuBarAssertion(nullptr);
   ASSERT_EQ(framework_.activations.size(), 2U);
   EXPECT_THAT(framework_.activations[0].allowedBundleIdentifiers, ElementsAre("first", "second"));
   EXPECT_THAT(framework_.activations[1].allowedBundleIdentifiers, IsEmpty());
   EXPECT_THAT(framework_.activations[1].allowedSystemItems, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
+  framework_.answer(0);
   EXPECT_EQ(framework_.liveObjects(), 0U);
 }
 
@@ -80,23 +85,20 @@ TEST_F(MenuBarBackendTest, CallsNobodyWhereTheFrameworkIsIncompleteOrYieldsNull)
       lacks("invalidate"),
       [](auto&) { setConcealmentFramework(nullptr); }};
   for (std::size_t i = 0; i < faults.size(); ++i) {
+    SCOPED_TRACE(i);
     MemoryFramework framework;
     Caller caller;
     setConcealmentFramework(&framework);
     faults[i](framework);
-    EXPECT_STREQ(QLMenuBarBackendDescription(),
-                 i < 2 ? "macOS 27 native concealment protocol is available."
-                       : "This macOS build does not expose the expected menu bar protocol. Icons will remain visible.");
-    EXPECT_EQ(caller.create(), nullptr) << i;
-    EXPECT_THAT(caller.answers, IsEmpty()) << i;
-    EXPECT_EQ(caller.releases, 1) << i;
-    EXPECT_EQ(framework.liveObjects(), 0U) << i;
+    EXPECT_STREQ(QLMenuBarBackendDescription(), i < 2 ? macWords.backendAvailable : macWords.backendMissing);
+    EXPECT_EQ(caller.create(), nullptr);
+    EXPECT_TRUE(caller.answers.empty() && caller.releases == 1 && framework.liveObjects() == 0);
   }
 }
 
 TEST_F(MenuBarBackendTest, TurnsTheFrameworksExceptionsIntoOneErrorAndLetsOthersPass) {
   for (const Step step : {Step::makeConfiguration, Step::makeAssertion, Step::activate}) {
-    for (const auto& reason : {std::optional<std::string>("out of order"), std::optional<std::string>()}) {
+    for (const auto& reason : {Reason("out of order"), Reason()}) {
       framework_.raises = {{step, MemoryFramework::raising(reason)}};
       Caller caller;
       EXPECT_EQ(caller.create(), nullptr);
@@ -107,43 +109,36 @@ TEST_F(MenuBarBackendTest, TurnsTheFrameworksExceptionsIntoOneErrorAndLetsOthers
     framework_.raises = {{step, [] { throw std::runtime_error("not the framework's own"); }}};
     Caller caller;
     EXPECT_THROW(caller.create(), std::runtime_error);
-    EXPECT_THAT(caller.answers, IsEmpty());
-    EXPECT_EQ(caller.releases, 1);
-    EXPECT_EQ(framework_.liveObjects(), 0U);
+    EXPECT_TRUE(caller.answers.empty() && caller.releases == 1 && framework_.liveObjects() == 0);
   }
 }
 
-TEST_F(MenuBarBackendTest, PassesOneAnswerOnHoweverOftenAndFromWhereverTheFrameworkAnswers) {
+TEST_F(MenuBarBackendTest, PassesOneAnswerOnFromWhereverItComesAndSurvivesThatItsHandlerGoesMeanwhile) {
   const FrameworkError error{"Elsewhere", 7, "No."};
   QLAssertionRef assertion = caller_.create();
+  const auto handler = framework_.activations[0].completion;
   std::thread([&] { framework_.answer(0, error); }).join();
-  framework_.answer(0);
+  handler(std::nullopt);
   EXPECT_THAT(caller_.answers, ElementsAre(error));
-  EXPECT_EQ(framework_.active().size(), 1U);
   QLReleaseMenuBarAssertion(assertion);
   EXPECT_THAT(framework_.active(), IsEmpty());
-}
-
-TEST_F(MenuBarBackendTest, SurvivesAHandlerThatIsDroppedWhileItRuns) {
-  QLAssertionRef assertion = caller_.create();
-  caller_.inside = [this] { framework_.activations[0].completion = nullptr; };
-  framework_.activations[0].completion(std::nullopt);
-  EXPECT_EQ(caller_.releases, 1);
+  Caller last;
+  assertion = last.create();
+  last.inside = [this] { framework_.activations[1].completion = nullptr; };
+  framework_.activations[1].completion(std::nullopt);
+  EXPECT_EQ(last.releases, 1);
   QLReleaseMenuBarAssertion(assertion);
 }
 
 TEST_F(MenuBarBackendTest, EndsAnAssertionOrSaysWhyNotInTheLog) {
-  framework_.raises = {{Step::respondsTo, MemoryFramework::raising("gone")}};
-  QLReleaseMenuBarAssertion(caller_.create());
-  for (const auto& reason : {std::optional<std::string>("busy"), std::optional<std::string>()}) {
-    framework_.raises = {{Step::invalidate, MemoryFramework::raising(reason)}};
+  for (const auto& [step, reason] : {std::pair{Step::respondsTo, Reason("gone")}, {Step::invalidate, Reason()}}) {
+    framework_.raises = {{step, MemoryFramework::raising(reason)}};
     QLReleaseMenuBarAssertion(caller_.create());
   }
   QLAssertionRef mute = caller_.create();
   framework_.missing = {"invalidate"};
   QLReleaseMenuBarAssertion(mute);
   EXPECT_THAT(framework_.logged, ElementsAre("Orvo: could not release menu bar assertion: gone",
-                                             "Orvo: could not release menu bar assertion: busy",
                                              "Orvo: could not release menu bar assertion: (null)"));
   EXPECT_EQ(framework_.liveObjects(), 0U);
 }

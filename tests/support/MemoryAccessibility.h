@@ -10,12 +10,16 @@
 namespace orvo {
 
 // An attribute that was not given fails to be read; one of another kind is given as it is.
-class MemoryElement : public AccessibilityElement, public std::enable_shared_from_this<MemoryElement> {
- public:
-  explicit MemoryElement(std::optional<std::int32_t> process) : pid_(process) {}
+struct MemoryElement : AccessibilityElement, std::enable_shared_from_this<MemoryElement> {
+  explicit MemoryElement(std::optional<std::int32_t> process) : pid(process) {}
+
+  std::optional<std::int32_t> pid;
+  std::map<std::string, AttributeValue, std::less<>> attributes;
+  std::optional<float> messagingTimeout;
+  int reads = 0;
 
   std::shared_ptr<MemoryElement> with(const char* name, AttributeValue value) {
-    attributes_[name] = std::move(value);
+    attributes[name] = std::move(value);
     return shared_from_this();
   }
   std::shared_ptr<MemoryElement> withFrame(const Rect& frame) { return with("AXFrame", frame); }
@@ -25,19 +29,11 @@ class MemoryElement : public AccessibilityElement, public std::enable_shared_fro
   }
 
   void setMessagingTimeout(float seconds) override { messagingTimeout = seconds; }
-  std::optional<std::int32_t> processIdentifier() override { return pid_; }
+  std::optional<std::int32_t> processIdentifier() override { return pid; }
   std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
-    ++reads;
-    const auto found = attributes_.find(name);
-    return found == attributes_.end() ? std::nullopt : std::optional(found->second);
+    const auto found = attributes.find(name);
+    return ++reads, found == attributes.end() ? std::nullopt : std::optional(found->second);
   }
-
-  std::optional<float> messagingTimeout;
-  int reads = 0;
-
- private:
-  std::optional<std::int32_t> pid_;
-  std::map<std::string, AttributeValue, std::less<>> attributes_;
 };
 
 // A bare element; without a process, the request for it fails.
@@ -45,8 +41,7 @@ inline std::shared_ptr<MemoryElement> element(std::optional<std::int32_t> pid) {
   return std::make_shared<MemoryElement>(pid);
 }
 
-class MemoryAccessibility : public Accessibility {
- public:
+struct MemoryAccessibility : Accessibility {
   bool trusted = true;
   int prompts = 0;
   std::map<std::int32_t, AccessibilityElementRef> trees;
@@ -54,13 +49,10 @@ class MemoryAccessibility : public Accessibility {
   std::vector<std::int32_t> asked;
 
   bool isProcessTrusted() const override { return trusted; }
-  bool isProcessTrusted(bool prompt) override {
-    prompts += prompt ? 1 : 0;
-    return trusted;
-  }
-  AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override {
-    asked.push_back(processIdentifier);
-    return trees.contains(processIdentifier) ? trees.at(processIdentifier) : element(processIdentifier);
+  bool isProcessTrusted(bool prompt) override { return prompts += prompt ? 1 : 0, trusted; }
+  AccessibilityElementRef applicationElement(std::int32_t pid) override {
+    asked.push_back(pid);
+    return trees.contains(pid) ? trees.at(pid) : element(pid);
   }
 };
 

@@ -11,8 +11,7 @@
 
 namespace orvo {
 
-class MemoryFramework : public ConcealmentFramework {
- public:
+struct MemoryFramework : ConcealmentFramework {
   enum class Step { makeConfiguration, makeAssertion, activate, respondsTo, invalidate };
 
   // One request that reached activation.
@@ -25,9 +24,8 @@ class MemoryFramework : public ConcealmentFramework {
     std::weak_ptr<void> concealing;
   };
 
-  // Faults.
+  // Faults. Names are of classes and messages.
   bool loads = true;
-  // Names of classes and messages.
   std::set<std::string> missing;
   bool configurationIsNull = false;
   bool assertionIsNull = false;
@@ -45,57 +43,63 @@ class MemoryFramework : public ConcealmentFramework {
   std::string loadedPath;
   std::vector<Activation> activations;
   std::vector<std::string> logged;
+  // Has as many owners as there are assertion and configuration objects, and one more.
+  const std::shared_ptr<void> alive = std::make_shared<int>();
+  std::size_t liveObjects() const { return static_cast<std::size_t>(alive.use_count()) - 1; }
   // Those of `activations` that conceal now, in order.
   std::vector<Activation> active() const {
     std::vector<Activation> all = activations;
     std::erase_if(all, [](const Activation& each) { return each.concealing.expired(); });
     return all;
   }
-  // Assertion and configuration objects that exist now.
-  std::size_t liveObjects() const { return static_cast<std::size_t>(alive_.use_count()) - 1; }
-
   // Calls a request's completion, on this thread; may be done again, also after the release.
   void answer(std::size_t activation, const std::optional<FrameworkError>& error = std::nullopt) {
     const CompletionHandler completion = activations.at(activation).completion;
     if (completion) completion(error);
   }
 
-  bool load(const char* path) override {
-    ++loadings;
-    loadedPath = path;
-    return loads;
-  }
+  struct Object : FrameworkObject {
+    explicit Object(std::shared_ptr<void> token) : alive(std::move(token)) {}
+    std::shared_ptr<void> alive;
+    // A configuration's.
+    Activation wanted;
+    // An assertion's, from activation until it is invalidated or goes.
+    std::shared_ptr<void> concealment;
+  };
+  // By class. Class objects are opaque to everybody else, so these sets stand for them.
+  const std::map<std::string, std::set<std::string>> messages{
+      {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
+      {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
+
+  bool load(const char* path) override { return ++loadings, loadedPath = path, loads; }
   FrameworkClassRef classNamed(const char* name) override {
-    const auto known = messages_.find(name);
-    if (known == messages_.end() || missing.contains(name)) return nullptr;
+    const auto known = messages.find(name);
+    if (known == messages.end() || missing.contains(name)) return nullptr;
     return reinterpret_cast<FrameworkClassRef>(&known->second);
   }
   bool instancesRespondTo(FrameworkClassRef type, const char* message) override {
-    const auto& known = *reinterpret_cast<const std::set<std::string>*>(type);
-    return known.contains(message) && !missing.contains(message);
+    return reinterpret_cast<const std::set<std::string>*>(type)->contains(message) && !missing.contains(message);
   }
   bool respondsTo(const FrameworkObject&, const char* message) override {
     raiseIn(Step::respondsTo);
     return !missing.contains(message);
   }
-  FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> allowedSystemItems,
-                                       const std::vector<std::string>& allowedBundleIdentifiers) override {
+  FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> items,
+                                       const std::vector<std::string>& bundles) override {
     raiseIn(Step::makeConfiguration);
-    const auto made = std::make_shared<Object>(alive_);
-    made->wanted.allowedSystemItems.assign(allowedSystemItems.begin(), allowedSystemItems.end());
-    made->wanted.allowedBundleIdentifiers = allowedBundleIdentifiers;
+    const auto made = std::make_shared<Object>(alive);
+    made->wanted = {nullptr, {items.begin(), items.end()}, bundles, {}, {}};
     return configurationIsNull ? nullptr : made;
   }
   FrameworkObjectRef makeAssertion(FrameworkClassRef) override {
     raiseIn(Step::makeAssertion);
-    return assertionIsNull ? nullptr : std::make_shared<Object>(alive_);
+    return assertionIsNull ? nullptr : std::make_shared<Object>(alive);
   }
-  void activate(FrameworkObject& assertion, const FrameworkObjectRef& configuration,
-                CompletionHandler completion) override {
+  void activate(FrameworkObject& assertion, const FrameworkObjectRef& with, CompletionHandler completion) override {
     raiseIn(Step::activate);
     auto& concealer = dynamic_cast<Object&>(assertion);
     concealer.concealment = std::make_shared<int>();
-    Activation& request = activations.emplace_back(dynamic_cast<const Object&>(*configuration).wanted);
+    Activation& request = activations.emplace_back(dynamic_cast<const Object&>(*with).wanted);
     request.assertion = &assertion;
     request.completion = std::move(completion);
     request.concealing = concealer.concealment;
@@ -106,26 +110,9 @@ class MemoryFramework : public ConcealmentFramework {
     dynamic_cast<Object&>(assertion).concealment.reset();
   }
   void log(const std::string& line) override { logged.push_back(line); }
-
- private:
-  struct Object : FrameworkObject {
-    explicit Object(std::shared_ptr<void> token) : alive(std::move(token)) {}
-    std::shared_ptr<void> alive;
-    // A configuration's.
-    Activation wanted;
-    // An assertion's, from activation until it is invalidated or goes.
-    std::shared_ptr<void> concealment;
-  };
-
   void raiseIn(Step step) const {
     if (raises.contains(step)) raises.at(step)();
   }
-
-  // By class. Class objects are opaque to everybody else, so these sets stand for them.
-  const std::map<std::string, std::set<std::string>> messages_{
-      {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
-      {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
-  const std::shared_ptr<void> alive_ = std::make_shared<int>();
 };
 
 }  // namespace orvo

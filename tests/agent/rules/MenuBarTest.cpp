@@ -13,29 +13,22 @@
 namespace orvo {
 namespace {
 
+const std::vector<std::string> bundles{"one", "two", "three", ""};
+
 // Plays random operations and keeps the books as simply as possible: what a panel that hears every
 // announcement shows has to be what the requests in force allow, and no announcement may be idle.
 class Books {
  public:
-  explicit Books(unsigned seed) : random_(seed) {}
+  explicit Books(unsigned seed) : random_(seed) { bar_.protect("three"); }
 
   void step() {
     const std::string item = ":1." + std::to_string(pick(8));
     const std::string requester = ":2." + std::to_string(pick(3));
-    switch (pick(5)) {
-      case 0:
-        return arrive(item);
-      case 1:
-        std::erase_if(items_, [&](const auto& each) { return each.first == item + "/i"; });
-        return hear(bar_.nameLost(item));
-      case 2:
-        return request(requester);
-      case 3:
-        return withdraw(requester);
-      default:
-        std::erase_if(requests_, [&](const auto& request) { return request.second.first == requester; });
-        return hear(bar_.nameLost(requester));
-    }
+    const unsigned choice = pick(5);
+    if (choice == 0) arrive(item);
+    if (choice == 1) request(requester);
+    if (choice == 2) withdraw(requester);
+    if (choice > 2) lose(choice == 3 ? item : requester);
   }
 
   void check() const {
@@ -46,15 +39,17 @@ class Books {
     for (const TrayItem& item : bar_.shownItems()) shown.push_back(item.address());
     EXPECT_EQ(shown, expected);
     EXPECT_EQ(panel_, std::set<std::string>(expected.begin(), expected.end()));
+    EXPECT_EQ(bar_.isConcealing(), !requests_.empty());
   }
 
  private:
-  unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
+  unsigned pick(std::size_t count) { return static_cast<unsigned>(random_() % count); }
 
-  // Nobody hides what nobody can tell.
+  // Nobody hides what nobody can tell, or what is protected.
   bool allowed(const std::string& bundle) const {
-    return bundle.empty() || std::all_of(requests_.begin(), requests_.end(),
-                                         [&](const auto& each) { return each.second.second.contains(bundle); });
+    return bundle.empty() || bundle == "three" ||
+           std::all_of(requests_.begin(), requests_.end(),
+                       [&](const auto& each) { return each.second.second.contains(bundle); });
   }
 
   void hear(const MenuBarChange& change) {
@@ -64,27 +59,34 @@ class Books {
   }
 
   void arrive(const std::string& owner) {
-    const std::string bundle = bundles_[owner.back() % bundles_.size()];
+    const std::string bundle = bundles[owner.back() % bundles.size()];
     const bool known =
         std::any_of(items_.begin(), items_.end(), [&](const auto& item) { return item.first == owner + "/i"; });
+    EXPECT_TRUE(bar_.isNamed(owner) == known && (bar_.find(owner + "/i") != nullptr) == known);
     if (!known) items_.emplace_back(owner + "/i", bundle);
     const auto change = bar_.add({owner, "/i", 1, {owner}, bundle});
     EXPECT_EQ(change.has_value(), !known);
     if (change) hear(*change);
   }
 
+  void lose(const std::string& name) {
+    std::erase_if(items_, [&](const auto& each) { return each.first == name + "/i"; });
+    std::erase_if(requests_, [&](const auto& request) { return request.second.first == name; });
+    hear(bar_.nameLost(name));
+  }
+
   void request(const std::string& requester) {
-    std::set<std::string> allowed;
-    for (const std::string& bundle : bundles_)
-      if (pick(2) == 0) allowed.insert(bundle);
-    const auto [assertion, change] = bar_.activate(requester, allowed);
-    EXPECT_TRUE(requests_.emplace(assertion, std::pair(requester, allowed)).second);
+    std::set<std::string> all;
+    for (const std::string& bundle : bundles)
+      if (pick(2) == 0) all.insert(bundle);
+    const auto [assertion, change] = bar_.activate(requester, all);
+    EXPECT_TRUE(requests_.emplace(assertion, std::pair(requester, all)).second);
     hear(change);
   }
 
   void withdraw(const std::string& requester) {
     if (requests_.empty()) return;
-    const auto request = std::next(requests_.begin(), pick(static_cast<unsigned>(requests_.size())));
+    const auto request = std::next(requests_.begin(), pick(requests_.size()));
     const auto change = bar_.invalidate(request->first, requester);
     EXPECT_EQ(change.has_value(), request->second.first == requester);
     if (!change) return;
@@ -92,7 +94,6 @@ class Books {
     hear(*change);
   }
 
-  const std::vector<std::string> bundles_{"one", "two", "three", ""};
   std::mt19937 random_;
   MenuBar bar_;
   std::set<std::string> panel_;
@@ -104,11 +105,22 @@ TEST(MenuBar, AnnouncesExactlyTheDifferenceWhateverHappens) {
   for (unsigned seed = 1; seed <= 50 && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE(seed);
     Books books(seed);
-    for (int count = 0; count < 200; ++count) {
-      books.step();
-      books.check();
-    }
+    for (int count = 0; count < 200; ++count) books.step(), books.check();
   }
+}
+
+TEST(MenuBar, HasRoomForSoManyItemsOfAProcessAndRequestsOfARequester) {
+  MenuBar bar;
+  for (std::size_t count = 0; count <= ItemRegistry::mostOfProcess; ++count) {
+    const std::string path = "/" + std::to_string(count);
+    EXPECT_EQ(bar.add({":1.1", path, 1, {":1.1"}}).has_value(), count < ItemRegistry::mostOfProcess) << count;
+  }
+  for (std::size_t count = 0; count <= Concealment::mostOfRequester; ++count)
+    EXPECT_EQ(bar.activate(":2.1", {}).assertion != 0, count < Concealment::mostOfRequester) << count;
+  // An item goes with the last of its names.
+  EXPECT_TRUE(bar.add({":1.2", "/", 2, {"a.b"}}) && !bar.add({":1.2", "/", 2, {"c.d"}}));
+  EXPECT_TRUE(bar.nameLost("a.b").left.empty() && bar.isNamed("c.d"));
+  EXPECT_EQ(bar.nameLost("c.d").left, std::vector<std::string>{":1.2/"});
 }
 
 }  // namespace

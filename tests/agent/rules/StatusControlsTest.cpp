@@ -1,6 +1,7 @@
 #include "agent/rules/StatusControls.h"
 
 #include <cmath>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,72 +10,68 @@
 namespace orvo {
 namespace {
 
-constexpr Rect panelFrame{100, 700, 1000, 26};
-const PanelPlugin tray{"systray", 1};
-const PanelPlugin clockPlugin{"clock", 2};
-const PanelPlugin actions{"actions", 3};
+// What `read` makes of each part between bars.
+template <typename Part>
+std::vector<Part> parts(const std::string& text, Part (*read)(std::istream&)) {
+  std::vector<Part> all;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, '|');) {
+    std::istringstream words(part);
+    all.push_back(read(words));
+  }
+  return all;
+}
+
+// Types, which are numbered from one on.
+PanelLayout layout(std::istream& words) {
+  PanelLayout plugins;
+  for (std::string type; words >> type;) plugins.push_back({type, static_cast<int>(plugins.size()) + 1});
+  return plugins;
+}
+
+// The frame, then the places, each four numbers.
+Dock dock(std::istream& words) {
+  Dock read;
+  words >> read.frame.x >> read.frame.y >> read.frame.width >> read.frame.height;
+  for (Rect place; words >> place.x >> place.y >> place.width >> place.height;) read.places.push_back(place);
+  return read;
+}
 
 // "name@x,y+width" of each, a bar behind each dock.
 std::string told(const std::vector<DockControls>& docks) {
-  std::string text;
-  for (const DockControls& dock : docks) {
-    for (const auto& [name, frame] : dock.controls)
-      text += name + '@' + std::to_string(int(frame.x)) + ',' + std::to_string(int(frame.y)) + '+' +
-              std::to_string(int(frame.width)) + ' ';
-    text += '|';
+  std::ostringstream text;
+  for (const DockControls& each : docks) {
+    for (const auto& [name, frame] : each.controls)
+      text << name << '@' << frame.x << ',' << frame.y << '+' << frame.width << ' ';
+    text << '|';
   }
-  return text;
+  return text.str();
 }
 
 TEST(StatusControls, TakesEveryControlOfEveryPanelWhereItStandsNow) {
-  constexpr double hidden = -2147483648.0;
-  const Rect none{hidden, hidden, 1, 1};
-  const PanelPlugin menu{"applicationsmenu", 8};
-  const Dock helper{{-9999, -9999, 3, 3}, {}};
+  constexpr const char* three = "systray clock actions";
   const struct {
-    const char* what;
-    std::vector<PanelLayout> layouts;
-    std::vector<Dock> docks;
-    const char* expected;
+    const char *what, *layouts, *docks, *expected;
   } cases[] = {
-      {"programs, windows and trays are none",
-       {{menu, {"tasklist", 7}, {"statusnotifier", 6}, {"genmon", 5}, {"separator", 4}, tray, clockPlugin}},
-       {{panelFrame,
-         {{0, 0, 9, 26},
-          {9, 0, 9, 26},
-          {18, 0, 9, 26},
-          {27, 0, 9, 26},
-          {36, 0, 9, 26},
-          {45, 0, 9, 26},
-          {54, 0, 9, 26}}}},
-       "genmon-5@127,700+9 clock-2@154,700+9 |"},
-      {"the tray is on another panel",
-       {{menu, tray}, {clockPlugin}},
-       {{panelFrame, {{0, 0, 20, 26}, {20, 0, 20, 26}}}, helper, {{0, 0, 30, 26}, {{5, 0, 20, 26}}}},
-       "||clock-2@5,0+20 |"},
-      {"moved by the person after they were made",
-       {{tray, clockPlugin, actions}},
-       {{panelFrame, {{20, 0, 60, 26}, {80, 0, 30, 26}, {0, 0, 20, 26}}}},
+      {"programs, windows and trays are none", "tasklist statusnotifier genmon separator systray clock",
+       "100 700 900 26  0 0 9 26  9 0 9 26  18 0 9 26  27 0 9 26  36 0 9 26  45 0 9 26",
+       "genmon-3@118,700+9 clock-6@145,700+9 |"},
+      {"the tray is on another panel, between them a helper's window", "pager systray|clock",
+       "100 700 900 26  0 0 20 26  20 0 20 26|-9999 -9999 3 3|0 0 30 26  5 0 20 26", "||clock-1@5,0+20 |"},
+      {"moved by the person after they were made", three, "100 700 900 26  20 0 60 26  80 0 30 26  0 0 20 26",
        "clock-2@120,700+60 actions-3@180,700+30 |"},
-      {"hidden",
-       {{tray, clockPlugin, actions}},
-       {{panelFrame, {{0, 0, 20, 26}, none, {80, 0, 30, 26}}}},
-       "actions-3@180,700+30 |"},
-      {"with nothing to show",
-       {{tray, clockPlugin, actions}},
-       {{panelFrame, {{0, 0, 20, 26}, {20, 0, 1, 26}, {80, 0, 30, 26}}}},
-       "actions-3@180,700+30 |"},
-      {"standing, two in a row",
-       {{tray, clockPlugin, actions}},
-       {{{0, 0, 52, 1000}, {{0, 0, 52, 20}, {26, 20, 26, 20}, {0, 20, 26, 20}}}},
+      {"hidden", three, "100 700 900 26  0 0 20 26  -2147483648 -2147483648 1 1  80 0 30 26", "actions-3@180,700+30 |"},
+      {"nothing to show", three, "100 700 900 26  0 0 20 26  20 0 3 26  80 0 4 4", "actions-3@180,700+4 |"},
+      {"wider than the panel", three, "0 0 50 26  0 0 60 26  60 0 60 26  120 0 9 26",
+       "clock-2@60,0+50 actions-3@120,0+9 |"},
+      {"standing, two in a row", three, "0 0 52 1000  0 0 52 20  26 20 26 20  0 20 26 20",
        "clock-2@0,20+26 actions-3@26,20+26 |"},
-      {"lying, two in a column",
-       {{tray, clockPlugin, actions}},
-       {{{0, 0, 1000, 52}, {{0, 0, 20, 52}, {20, 26, 30, 26}, {20, 0, 30, 26}}}},
+      {"lying, two in a column", three, "0 0 1000 52  0 0 20 52  20 26 30 26  20 0 30 26",
        "clock-2@20,0+30 actions-3@20,26+30 |"},
-      {"settings and windows out of step", {{tray, clockPlugin}}, {{panelFrame, {{0, 0, 20, 26}}}}, "|"},
+      {"settings and windows out of step", three, "0 0 900 26  0 0 20 26  20 0 20 26", "|"},
   };
-  for (const auto& each : cases) EXPECT_EQ(told(statusControls(each.layouts, each.docks)), each.expected) << each.what;
+  for (const auto& each : cases)
+    EXPECT_EQ(told(statusControls(parts(each.layouts, layout), parts(each.docks, dock))), each.expected) << each.what;
 }
 
 TEST(StatusControls, CutsWhatIsTallerThanAControlAndLosesNoRowOfIt) {
@@ -89,6 +86,7 @@ TEST(StatusControls, CutsWhatIsTallerThanAControlAndLosesNoRowOfIt) {
     }
     EXPECT_GE(next, 5 + std::floor(height));
   }
+  EXPECT_EQ(pieces({0, 0, 1, 1e9}).size(), 128U);
 }
 
 }  // namespace

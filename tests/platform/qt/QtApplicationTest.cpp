@@ -14,32 +14,21 @@
 namespace orvo {
 namespace {
 
-struct LoggingDelegate final : ApplicationDelegate {
-  void applicationDidFinishLaunching() override {
-    log += "launched ";
-    onLaunch();
-  }
-  bool applicationShouldHandleReopen(bool) override {
-    log += "reopen ";
-    return true;
-  }
+struct Program final : ApplicationDelegate {
+  Program() { application.setDelegate(this); }
+
+  void applicationDidFinishLaunching() override { log += "launched ", onLaunch(); }
+  bool applicationShouldHandleReopen(bool) override { return log += "reopen ", true; }
   void applicationWillTerminate() override { log += "end "; }
   bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
 
   std::string log;
   std::function<void()> onLaunch = [] {};
+  QtMainQueue queue;
+  QtApplication application{qGuiApp};
 };
 
-class QtApplicationTest : public ::testing::Test {
- protected:
-  QtApplicationTest() { application_.setDelegate(&delegate_); }
-
-  LoggingDelegate delegate_;
-  QtMainQueue queue_;
-  QtApplication application_{qGuiApp};
-};
-
-TEST(QtApplicationEndTest, EveryWayOutTellsTheDelegateExactlyOnce) {
+TEST(QtApplicationTest, EveryWayOutTellsTheDelegateExactlyOnce) {
   const std::function<void(QtApplication&)> ways[]{
       [](QtApplication& application) { application.terminate(), application.terminate(); },
       [](QtApplication&) { raise(SIGINT); },
@@ -49,45 +38,47 @@ TEST(QtApplicationEndTest, EveryWayOutTellsTheDelegateExactlyOnce) {
   for (const auto& end : ways) {
     for (const bool whileLaunching : {false, true}) {
       if (whileLaunching && &end == &ways[3]) continue;  // without a loop there is nothing to quit
-      LoggingDelegate delegate;
-      QtMainQueue queue;
-      QtApplication application(qGuiApp);
-      application.setDelegate(&delegate);
-      delegate.onLaunch = [&] { whileLaunching ? end(application) : queue.post([&] { end(application); }); };
-      application.run();
-      EXPECT_EQ(delegate.log, "launched end ") << &end - &ways[0];
+      Program program;
+      program.onLaunch = [&] {
+        whileLaunching ? end(program.application) : program.queue.post([&] { end(program.application); });
+      };
+      program.application.run();
+      EXPECT_EQ(program.log, "launched end ") << &end - &ways[0];
     }
   }
 }
 
-TEST_F(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndAClosedLastWindowEndsNothing) {
-  application_.setAdmission([] { return false; });
-  application_.run();
-  EXPECT_EQ(delegate_.log, "") << "not admitted";
-  application_.setAdmission([] { return true; });
+TEST(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndAClosedLastWindowEndsNothing) {
+  Program program;
+  QtApplication& application = program.application;
+  application.setAdmission([] { return false; });
+  application.run();
+  EXPECT_EQ(program.log, "") << "not admitted";
+  application.setAdmission([] { return true; });
   QWindow window;
   window.show();
-  application_.reopen();
-  delegate_.onLaunch = [&] { queue_.post([&] { window.close(); }); };
-  queue_.runAfter(std::chrono::milliseconds(50), [this] {
-    delegate_.log += "runs ";
-    application_.terminate();
-    application_.reopen();
+  application.reopen();
+  program.onLaunch = [&] { program.queue.post([&] { window.close(); }); };
+  program.queue.runAfter(std::chrono::milliseconds(50), [&] {
+    program.log += "runs ";
+    application.terminate();
+    application.reopen();
   });
-  application_.run();
-  EXPECT_EQ(delegate_.log, "launched reopen runs end ");
+  application.run();
+  EXPECT_EQ(program.log, "launched reopen runs end ");
 }
 
-TEST_F(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
+TEST(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
+  Program program;
   const auto item = [](const char* key, MenuAction action) {
     return MenuItem{.title = "", .action = std::move(action), .keyEquivalent = key, .submenu = {}};
   };
   auto top = item("", {});
-  top.submenu.emplace_back().items = {item("q", [this] { delegate_.log += "quit "; }),
+  top.submenu.emplace_back().items = {item("q", [&] { program.log += "quit "; }),
                                       item("c", FirstResponderAction{"copy:"})};
   Menu menu;
   menu.items = {top};
-  application_.setMainMenu(menu);
+  program.application.setMainMenu(menu);
   struct Receiver final : QWindow {
     void keyPressEvent(QKeyEvent* event) override { keys += static_cast<char>(event->key()); }
     std::string keys;
@@ -100,7 +91,7 @@ TEST_F(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers);
     QCoreApplication::sendEvent(&window, &event);
   }
-  EXPECT_EQ(delegate_.log, "quit ");
+  EXPECT_EQ(program.log, "quit ");
   EXPECT_EQ(window.keys, "CQQ");
 }
 
