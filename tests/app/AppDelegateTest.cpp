@@ -104,6 +104,7 @@ TEST(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
 TEST(AppDelegateTest, EveryEndRevealsAndWhatOutlivesItDoesNothing) {
   for (const bool byMenu : {true, false}) {
     App app;
+    app.delegate->applicationShouldHandleReopen(false);
     app.from("hide yes");
     // Nobody is told of the end a second time.
     app.memory.application.terminations = byMenu ? 1 : 0;
@@ -112,11 +113,12 @@ TEST(AppDelegateTest, EveryEndRevealsAndWhatOutlivesItDoesNothing) {
     if (!byMenu) app.memory.application.terminate();
     EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
     EXPECT_TRUE(app.memory.framework.active().empty() && !app.memory.eventTaps.valid);
+    EXPECT_EQ(app.memory.windows.open.use_count(), byMenu ? 2 : 1);
     app.delegate.reset();
     app.memory.statusBar.action();
     for (const std::size_t index : {0U, 1U, 3U}) App::choose(menu, index);
     EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
-    EXPECT_EQ(app.memory.windows.shown, 0);
+    EXPECT_EQ(app.memory.windows.shown, 1);
     EXPECT_EQ(app.memory.statusBar.items.use_count(), 1);
   }
 }

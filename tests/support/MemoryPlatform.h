@@ -229,12 +229,15 @@ struct MemoryWindows : Windows {
   int made = 0;
   int centered = 0;
   int shown = 0;
+  // Has as many owners as there are windows, and one more.
+  std::shared_ptr<void> open = std::make_shared<int>();
 
   struct Recorder : Window {
-    explicit Recorder(MemoryWindows& all) : windows(all) { ++windows.made; }
+    explicit Recorder(MemoryWindows& all) : windows(all), alive(all.open) { ++windows.made; }
     void center() override { ++windows.centered; }
     void makeKeyAndOrderFront() override { ++windows.shown; }
     MemoryWindows& windows;
+    std::shared_ptr<void> alive;
   };
   std::unique_ptr<Window> make(const WindowDescription& description, WindowContent& newContent) override {
     if (!grantsWindows) return nullptr;
