@@ -3,6 +3,8 @@
 #include "platform/linux/LinuxWords.h"
 #include "ui/settings/SettingsWorld.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
@@ -31,6 +33,10 @@ const std::vector<NamedApp> longNames{
     {"org.example.th", "แอปพลิเคชันบันทึกย่อ"},
     {"org.example.mixed", "Mixed عربي and English"},
     {"org.example.dev", "देवनागरी अनुप्रयोग"}};
+
+const std::vector<NamedApp> rightToLeft{{"org.example.ar", "تطبيق الملاحظات السريعة"},
+                                        {"org.example.he", "לוח גזירים"},
+                                        {"org.example.fa", "یادداشت‌ها"}};
 
 // A stand-in for an application's icon.
 Picture drawnIcon(int pid, int size) {
@@ -68,6 +74,8 @@ void withoutFramework(SettingsWorld& world) { world.memory.framework.loads = fal
 void notInstalled(SettingsWorld& world) { world.memory.bundle.bundlePath = "/home/user/Downloads/Orvo.app"; }
 void notTrusted(SettingsWorld& world) { world.memory.accessibility.trusted = false; }
 void shortcutTaken(SettingsWorld& world) { world.memory.hotKeys.registerStatus = -9878; }
+void opensNothing(SettingsWorld& world) { world.memory.workspace.opensNothing = true; }
+void inDejaVu(SettingsWorld&) { QGuiApplication::setFont(QFont(QStringLiteral("DejaVu Sans"))); }
 void loginRefused(SettingsWorld& world) { world.memory.loginItem.failure = "Operation not permitted"; }
 void delayOf45Seconds(SettingsWorld& world) {
   world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
@@ -90,20 +98,40 @@ void say(SettingsWorld& world) {
 Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
-void pressKeys(SettingsWorld& world) {
-  for (const int key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Down}) world.key(key);
+void pressKeys(SettingsWorld& world) { world.press("Tab Tab Down"); }
+void perform(SettingsWorld& world, const char* action, int argument = 0) { world.view->perform(action, argument); }
+// Qt takes the first place of a pointer for where it has always been.
+void pointAt(SettingsWorld& world, const QString& name, QPoint within) {
+  QTest::mouseMove(&world.quickView(), {1, 1});
+  QTest::mouseMove(&world.quickView(), world.item(name)->mapToScene(within).toPoint());
 }
-void pointAtHide(SettingsWorld& world) {
-  QTest::mouseMove(&world.quickView(), world.item("Visibility for Clipboard Shelf")->mapToScene({100, 13}).toPoint());
+Step point(const QString& name, QPoint within = {10, 10}) {
+  return [=](SettingsWorld& world) { pointAt(world, name, within); };
 }
+Step press(const QString& name, QPoint within = {10, 10}) {
+  return [=](SettingsWorld& world) {
+    pointAt(world, name, within);
+    QTest::mousePress(&world.quickView(), Qt::LeftButton, {}, world.item(name)->mapToScene(within).toPoint());
+  };
+}
+// Until a tool tip has come.
+void rest(SettingsWorld&) { QTest::qWait(1000); }
 void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
-void openDelays(SettingsWorld& world) { world.click(world.control("rehidePicker")); }
+void openDelays(SettingsWorld& world) { world.click(world.item("rehidePicker")); }
 void openAtLogin(SettingsWorld& world) { world.model->setLoginItem(true); }
 void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about; }
-void copy(SettingsWorld& world) { world.view->copyDiagnostics(); }
+void copy(SettingsWorld& world) { perform(world, "copyDiagnostics"); }
+void setUp(SettingsWorld& world) { perform(world, "setup"); }
+void openLink(SettingsWorld& world) { perform(world, "openLink", 1); }
 
 constexpr QSize usual(880, 680);
 constexpr QSize smallest(850, 630);
+// 1280 by 800 pixels at 144 dots per inch.
+constexpr QSize magnified(853, 533);
+constexpr QSize wide(1600, 900);
+const QString clipboard(QStringLiteral("Visibility for Clipboard Shelf"));
+const QString refresh(QStringLiteral("Refresh menu bar icons"));
+const QString hideSelected(QStringLiteral("Hide selected icons"));
 
 struct State {
   const char* name;
@@ -131,8 +159,24 @@ const std::vector<State>& states() {
       {"shortcut-taken", {shortcutTaken}},
       {"many", {}, {}, manyApps(400)},
       {"long-names", {}, {}, longNames},
+      {"right-to-left", {}, {search("ا"), say}, rightToLeft},
+      {"dejavu", {inDejaVu}, {selectTwo, say}},
+      {"dejavu-not-installed", {inDejaVu, notInstalled, notTrusted}},
       {"keyboard", {}, {pressKeys}},
-      {"pointer", {}, {pointAtHide}},
+      {"pointer", {}, {point(clipboard, {100, 13})}},
+      {"pointer-row", {}, {point("Clipboard Shelf", {200, 20})}},
+      {"pointer-button", {}, {selectTwo, point(hideSelected)}},
+      {"pressed", {}, {press(clipboard, {100, 13})}},
+      {"pressed-row", {}, {press("Clipboard Shelf", {200, 20})}},
+      {"pressed-button", {}, {selectTwo, press(hideSelected)}},
+      {"pressed-refresh", {}, {press(refresh)}},
+      {"pressed-page", {}, {press("Behavior")}},
+      {"tool-tip", {}, {point(refresh), rest}},
+      {"tool-tip-button", {}, {selectTwo, hide, confirm, point("Reveal hidden icons"), rest}},
+      {"not-opened", {notInstalled, notTrusted, opensNothing}, {setUp}},
+      {"wide", {}, {selectTwo, say}, everyday, wide},
+      {"magnified", {}, {selectTwo, say}, everyday, magnified},
+      {"magnified-not-installed", {notInstalled, notTrusted}, {}, everyday, magnified},
       {"small", {}, {selectTwo, say}, everyday, {640, 400}},
       {"behavior", {}, {openBehavior}},
       {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
@@ -145,17 +189,25 @@ const std::vector<State>& states() {
        everyday,
        smallest},
       {"about-copied", {}, {openAbout, copy}},
+      {"about-not-opened", {opensNothing}, {openAbout, openLink}},
+      {"about-magnified", {}, {openAbout}, everyday, magnified},
+      {"about-wide", {}, {openAbout}, everyday, wide},
+      {"about-dejavu", {inDejaVu}, {openAbout}, everyday, smallest},
+      {"behavior-dejavu", {inDejaVu}, {openBehavior}, everyday, smallest},
+      {"behavior-pressed", {}, {openBehavior, press("Automatically hide again")}},
   };
   return all;
 }
 
 QImage picture(const State& state, bool dark) {
+  static const QFont usualFont = QGuiApplication::font();
+  QGuiApplication::setFont(usualFont);
   SettingsWorld world;
   world.memory.words = linuxWords;
+  world.memory.processInfo.version = "Debian GNU/Linux 12 (bookworm)";
   world.setApps(state.apps);
   for (const Step& step : state.before) step(world);
-  world.start();
-  world.appearance->current = {.dark = dark, .reducesMotion = true};
+  world.setLook(dark);
   world.show();
   world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(state.size);
@@ -166,7 +218,9 @@ QImage picture(const State& state, bool dark) {
   }
   answerIcons(world);
   world.turn();
-  return world.quickView().grabWindow();
+  const QImage shown = world.quickView().grabWindow();
+  QTest::mouseRelease(&world.quickView(), Qt::LeftButton, {}, {1, 1});
+  return shown;
 }
 
 }  // namespace

@@ -82,11 +82,11 @@ void measureRescans(SettingsWorld& world) {
 }
 
 void measureKeys(SettingsWorld& world) {
-  world.key(Qt::Key_F, Qt::ControlModifier);
+  world.press("Ctrl+F");
   std::vector<Cost> keys;
   for (int round = 0; round < 10; ++round) {
-    for (const int key : {Qt::Key_1, Qt::Key_2, Qt::Key_Backspace, Qt::Key_Backspace}) {
-      keys.push_back(costOf([&] { world.key(key); }));
+    for (const char* key : {"1", "2", "Backspace", "Backspace"}) {
+      keys.push_back(costOf([&] { world.press(key); }));
     }
   }
   print("key typed into the search, 400 rows", keys);
@@ -102,8 +102,8 @@ int main(int argc, char** argv) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   orvo::SettingsWorld world;
   world.setApps(orvo::manyApps(400));
-  world.start();
-  world.appearance->current.reducesMotion = false;
+  world.setLook(false, false);
+  world.launch();
   orvo::measureShowing(world);
   orvo::measureRescans(world);
   orvo::measureKeys(world);

@@ -89,7 +89,7 @@ class WithoutAgent(DesktopCase):
         shutil.rmtree(os.path.join(desktop.bundle, "System"))
         self.assertEqual(desktop.run([desktop.program, "--diagnose"]).stdout, report)
         desktop.start_orvo(ready=False)
-        desktop.expect_told("This desktop is not supported")
+        desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
         self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
 
