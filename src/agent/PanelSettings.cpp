@@ -72,7 +72,7 @@ std::vector<PanelLayout> layoutsIn(sd_bus_message* answer) {
 
 // GTK lets its variable overrule the desktop's setting.
 int scaleOf(std::int32_t process, int setting) {
-  constexpr std::size_t longestEnvironment = 2 * 1024 * 1024;
+  constexpr std::size_t longestEnvironment = std::size_t{2} * 1024 * 1024;
   const std::string environment =
       '\0' + contentOf("/proc/" + std::to_string(process) + "/environ", longestEnvironment) + '\0';
   constexpr std::string_view variable("\0GDK_SCALE=", 11);
