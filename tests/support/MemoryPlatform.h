@@ -213,7 +213,9 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   std::unique_ptr<StatusItem> statusItem(double) override {
     return grantsItems ? std::make_unique<Item>(*this) : nullptr;
   }
-  void setAction(std::function<void()> newAction, std::uint32_t mask) override { action = newAction, eventMask = mask; }
+  void setAction(std::function<void()> newAction, std::uint32_t mask) override {
+    action = std::move(newAction), eventMask = mask;
+  }
   void setAccessibilityLabel(const std::string& text) override { label = text; }
   void setAccessibilityIdentifier(const std::string& text) override { identifier = text; }
   void setImage(const std::string& symbolName, const std::string&) override { image = symbolName; }
