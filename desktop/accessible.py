@@ -27,15 +27,14 @@ class Accessible:
         return call(self._bus, self.name_of_bus, self.path, method, *arguments, limit=2)[0]
 
     def children(self):
-        return [Accessible(self._bus, *child) for child in _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetChildren"), [])]
+        children = _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetChildren"), [])
+        return [Accessible(self._bus, *child) for child in children]
 
-    @property
-    def name(self):
-        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, "Name"), "")
+    def _text(self, name):
+        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, name), "")
 
-    @property
-    def description(self):
-        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, "Description"), "")
+    name = property(lambda self: self._text("Name"))
+    description = property(lambda self: self._text("Description"))
 
     @property
     def role(self):

@@ -6,8 +6,8 @@ DBUS = "org.freedesktop.DBus"
 
 
 def connect(address):
-    connection = Gio.DBusConnection.new_for_address_sync(
-        address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+    flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+    connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
     connection.set_exit_on_close(False)
     return connection
 
@@ -19,6 +19,11 @@ def call(bus, service, path, method, signature="()", *arguments, limit=5.0):
                          Gio.DBusCallFlags.NONE, round(limit * 1000), None).unpack()
 
 
+def call_bus(bus, method, signature, *arguments):
+    """A method of the bus itself."""
+    return call(bus, DBUS, "/org/freedesktop/DBus", f"{DBUS}.{method}", signature, *arguments)
+
+
 def property_of(bus, service, path, interface, name):
     return call(bus, service, path, DBUS + ".Properties.Get", "(ss)", interface, name, limit=2)[0]
 
@@ -26,6 +31,6 @@ def property_of(bus, service, path, interface, name):
 def owner(bus, name):
     """The unique name behind a well-known one, or None."""
     try:
-        return call(bus, DBUS, "/org/freedesktop/DBus", DBUS + ".GetNameOwner", "(s)", name, limit=2)[0]
+        return call_bus(bus, "GetNameOwner", "(s)", name)[0]
     except GLib.Error:
         return None

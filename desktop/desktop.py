@@ -60,57 +60,63 @@ KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.V
          list: lambda value: GLib.Variant("av", [GLib.Variant("i", number) for number in value])}
 
 
+@contextlib.contextmanager
+def stopped(process):
+    os.kill(process, signal.SIGSTOP)
+    try:
+        yield
+    finally:
+        os.kill(process, signal.SIGCONT)
+
+
+def center(frame):
+    x, y, width, height = frame
+    return x + width // 2, y + height // 2
+
+
 class Desktop:
     """Starts in the order that a session does; stop() ends every process that stands below it."""
 
-    def __init__(self, folder=None, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True,
+    def __init__(self, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True,
                  panels=(({}, tuple(PLUGINS)),), scale=1):
         """Each panel: what is other than PANEL has it, and its plug-ins; `scale` is that of the panel's toolkit."""
         self.panels, self.scale = panels, scale
-        self.folder = folder or tempfile.mkdtemp(prefix="orvo-desktop-")
+        self.folder = tempfile.mkdtemp(prefix="orvo-desktop-")
         self.size, self.dark, self.server, self.bundle, self.with_logind = size, dark, server, bundle, with_logind
         self.identity = uuid.uuid4().hex
-        self.processes = {}
-        self.icons = {}
-        self.signals = []
-        self._connections = []
-        self._accessibility_buses = {}
-        self._tray = None
-        self.display_name = None
-        self.home = self._folder("home")
-        self.logs = self._folder("logs")
-        self.applications = os.path.join(self.home, "Applications")
-        self.environment = self._environment()
+        self.processes, self.icons, self.signals, self._connections = {}, {}, [], {}
+        self.display_name = self._tray = None
+        self.home = self.folder_for("home")
+        self.logs = self.folder_for("logs")
+        keep = ("PATH", "LANG", "USER", "LOGNAME", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS")
+        self.environment = {name: os.environ[name] for name in keep if name in os.environ}
+        self.data = self.folder_for("home", ".local", "share")
+        self.environment.update(
+            HOME=self.home, XDG_RUNTIME_DIR=self.folder_for("run", mode=0o700), XDG_DATA_HOME=self.data,
+            XDG_CONFIG_HOME=self.folder_for("home", ".config"), XDG_CACHE_HOME=self.folder_for("home", ".cache"),
+            XDG_STATE_HOME=self.folder_for("home", ".local", "state"), XDG_CURRENT_DESKTOP="XFCE",
+            XDG_SESSION_TYPE="x11", TMPDIR=self.folder_for("tmp"), LC_ALL="C.UTF-8", TZ="UTC", NO_AT_BRIDGE="0",
+            GTK_MODULES="", LIBGL_ALWAYS_SOFTWARE="1", ORVO_DESKTOP_MARK=self.identity)
+        if scale > 1:
+            self.environment["GDK_SCALE"] = str(scale)
 
-    # Life
-
-    def _folder(self, *parts, mode=0o755):
+    def folder_for(self, *parts, mode=0o755):
         path = os.path.join(self.folder, *parts)
         os.makedirs(path, mode=mode, exist_ok=True)
         return path
 
-    def _environment(self):
-        keep = ("PATH", "LANG", "USER", "LOGNAME", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS")
-        environment = {name: os.environ[name] for name in keep if name in os.environ}
-        environment.update(
-            HOME=self.home, XDG_RUNTIME_DIR=self._folder("run", mode=0o700), XDG_CONFIG_HOME=self._folder("home", ".config"),
-            XDG_DATA_HOME=self._folder("home", ".local", "share"), XDG_CACHE_HOME=self._folder("home", ".cache"),
-            XDG_STATE_HOME=self._folder("home", ".local", "state"), XDG_CURRENT_DESKTOP="XFCE", XDG_SESSION_TYPE="x11",
-            TMPDIR=self._folder("tmp"), LC_ALL="C.UTF-8", TZ="UTC", NO_AT_BRIDGE="0", GTK_MODULES="",
-            LIBGL_ALWAYS_SOFTWARE="1", GDK_SCALE=str(self.scale), ORVO_DESKTOP_MARK=self.identity)
-        return environment
+    # Life
 
     def start(self, agent=True, accessibility=True, panel=True):
         """Everything but Orvo and the tray programs."""
         try:
-            self._start_server()
+            self.start_server()
             self.run(["xsetroot", "-solid", BACKGROUND])
             self.run(["setxkbmap", "us,de"])
-            self._start_buses(accessibility)
+            self.start_buses(accessibility)
             self.start_window_manager()
             if self.dark:
                 self.start_settings("Adwaita-dark")
-            self._watch_signals()
             if agent:
                 self.start_agent()
             if panel:
@@ -135,9 +141,9 @@ class Desktop:
                 stdout=log, stderr=log, start_new_session=True)
         return self.processes[name]
 
-    def run(self, command, limit=20, **options):
+    def run(self, command, limit=20):
         return subprocess.run(command, env=self.environment, cwd=self.home, capture_output=True, text=True,
-                              timeout=limit, check=False, **options)
+                              timeout=limit, check=False)
 
     def log(self, name):
         with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
@@ -145,7 +151,8 @@ class Desktop:
 
     def sanitizer_reports(self):
         """What sanitizers have written into the logs, where the bundle is built with them."""
-        return [line for file in os.listdir(self.logs) if file.endswith(".log") for line in self.log(file[:-4]).splitlines()
+        names = [file[:-4] for file in os.listdir(self.logs) if file.endswith(".log")]
+        return [line for name in names for line in self.log(name).splitlines()
                 if "Sanitizer:" in line or "runtime error:" in line]
 
     def end(self, name, number=signal.SIGTERM, limit=5.0):
@@ -153,24 +160,22 @@ class Desktop:
         process = self.processes.pop(name, None)
         if process is None:
             return None
-        with contextlib.suppress(ProcessLookupError):
-            os.kill(process.pid, number)
-            os.kill(process.pid, signal.SIGCONT)
+        process.send_signal(number)
+        process.send_signal(signal.SIGCONT)
         try:
-            return process.wait(limit)
+            process.communicate(timeout=limit)
         except subprocess.TimeoutExpired:
             process.kill()
-            return process.wait()
+            process.communicate()
+        return process.returncode
 
     def stop(self):
-        for connection in self._connections:
+        for connection in self._connections.values():
             with contextlib.suppress(GLib.Error):
                 connection.close_sync(None)
-        self._connections = []
-        for name in [n for n in reversed(self.processes) if n not in ("server", "bus", "system-bus")]:
-            self.end(name, limit=1.5)
-        for name in ("system-bus", "bus", "server"):
-            self.end(name, limit=3)
+        self._connections = {}
+        for name in sorted(reversed(self.processes), key=lambda name: name in ("server", "bus", "system-bus")):
+            self.end(name, limit=2)
         for process in self.strays():
             with contextlib.suppress(ProcessLookupError):
                 os.kill(process, signal.SIGKILL)
@@ -179,14 +184,11 @@ class Desktop:
 
     def strays(self):
         """Processes that the desktop's own programs started: they carry its mark."""
-        mark = f"ORVO_DESKTOP_MARK={self.identity}".encode()
-        found = []
-        for entry in os.listdir("/proc"):
-            with contextlib.suppress(OSError):
-                if entry.isdigit() and int(entry) != os.getpid():
-                    with open(f"/proc/{entry}/environ", "rb") as file:
-                        if mark in file.read().split(b"\0"):
-                            found.append(int(entry))
+        mark, found = f"ORVO_DESKTOP_MARK={self.identity}".encode(), []
+        for entry in filter(str.isdigit, os.listdir("/proc")):
+            with contextlib.suppress(OSError), open(f"/proc/{entry}/environ", "rb") as file:
+                if mark in file.read().split(b"\0"):
+                    found.append(int(entry))
         return found
 
     def forget(self):
@@ -195,7 +197,7 @@ class Desktop:
 
     # Parts of the session
 
-    def _start_server(self):
+    def start_server(self):
         """The server takes a free number, and tells it once it is ready."""
         width, height = self.size
         options = {"Xvfb": ["-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp"],
@@ -208,15 +210,18 @@ class Desktop:
         self.root = self.display.screen().root
         self.person = Person(self.display_name)
 
-    def _start_buses(self, accessibility):
+    def start_buses(self, accessibility):
         if self.with_logind:
             self.system_bus = self._start_bus("system-bus", "DBUS_SYSTEM_BUS_ADDRESS")
             self.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
         if not accessibility:
-            with open(os.path.join(self._folder("home", ".local", "share", "dbus-1", "services"), "org.a11y.Bus.service"),
-                      "w", encoding="ascii") as file:
+            services = self.folder_for(self.data, "dbus-1", "services")
+            with open(f"{services}/org.a11y.Bus.service", "w", encoding="ascii") as file:
                 file.write("[D-BUS Service]\nName=org.a11y.Bus\nExec=/bin/false\n")
         self.bus = self._start_bus("bus", "DBUS_SESSION_BUS_ADDRESS")
+        self.bus.signal_subscribe(
+            None, WATCHER, None, None, None, Gio.DBusSignalFlags.NONE,
+            lambda *signal: self.signals.append((time.monotonic(), signal[4], signal[5].unpack())))
         if accessibility:
             self.set_accessibility(True)
         if self.with_logind:
@@ -229,8 +234,9 @@ class Desktop:
         return self._connect(address)
 
     def _connect(self, address):
-        self._connections.append(bus.connect(address))
-        return self._connections[-1]
+        if address not in self._connections:
+            self._connections[address] = bus.connect(address)
+        return self._connections[address]
 
     def set_accessibility(self, enabled):
         bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", bus.DBUS + ".Properties.Set", "(ssv)", "org.a11y.Status",
@@ -238,7 +244,7 @@ class Desktop:
 
     def start_window_manager(self):
         self.spawn("openbox", ["openbox", "--sm-disable"])
-        wait(lambda: self._property(self.root, "_NET_SUPPORTING_WM_CHECK"), what="the window manager")
+        wait(lambda: self.property(self.root, "_NET_SUPPORTING_WM_CHECK"), what="the window manager")
 
     def start_settings(self, theme):
         self.store("xsettings", "/Net/", {"ThemeName": theme})
@@ -252,16 +258,16 @@ class Desktop:
                      prefix + name, KINDS[type(value)](value), limit=20)
 
     def _store_panel(self):
-        numbers = range(1, len(self.panels) + 1)
-        self.store("xfce4-panel", "/", {"configver": GLib.Variant("i", 2), "panels": list(numbers), "panels/dark-mode": self.dark})
-        first = 1
-        for number, (settings, plugins) in zip(numbers, self.panels):
-            places = list(range(first, first + len(plugins)))
-            self.store("xfce4-panel", f"/panels/panel-{number}/", {**PANEL, **settings, "plugin-ids": places})
-            for place, name in zip(places, plugins):
-                self.store("xfce4-panel", f"/plugins/plugin-{place}", {"": name.partition(":")[0]})
-                self.store("xfce4-panel", f"/plugins/plugin-{place}/", PLUGINS.get(name, {}))
-            first += len(plugins)
+        values = {"configver": GLib.Variant("i", 2), "panels": list(range(1, len(self.panels) + 1)),
+                  "panels/dark-mode": self.dark}
+        count = 0
+        for number, (settings, plugins) in enumerate(self.panels, 1):
+            values.update((f"panels/panel-{number}/{name}", value) for name, value in {**PANEL, **settings}.items())
+            values[f"panels/panel-{number}/plugin-ids"] = list(range(count + 1, count + len(plugins) + 1))
+            for count, name in enumerate(plugins, count + 1):
+                values[f"plugins/plugin-{count}"] = name.partition(":")[0]
+                values.update((f"plugins/plugin-{count}/{key}", value) for key, value in PLUGINS.get(name, {}).items())
+        self.store("xfce4-panel", "/", values)
 
     def start_agent(self):
         self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])
@@ -278,44 +284,47 @@ class Desktop:
         return bus.owner(self.bus, name)
 
     def process_of(self, name):
-        return bus.call(self.bus, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".GetConnectionUnixProcessID", "(s)", name)[0]
+        return bus.call_bus(self.bus, "GetConnectionUnixProcessID", "(s)", name)[0]
 
     def call_agent(self, method, *arguments):
         """The first value of the answer; None where there is none."""
         path, interface = "/local/orvo/MenuBarAgent", "local.orvo.MenuBarAgent1."
         return next(iter(bus.call(self.bus, AGENT, path, interface + method, *arguments)), None)
 
+    def told_items(self):
+        """The items that the panel has been told of."""
+        return self.watcher_property("RegisteredStatusNotifierItems")
+
     def watcher_property(self, name):
         return bus.property_of(self.bus, WATCHER, "/StatusNotifierWatcher", WATCHER, name)
 
-    def _watch_signals(self):
-        def arrived(_bus, _sender, _path, _interface, name, parameters):
-            self.signals.append((time.monotonic(), name, parameters.unpack()))
-        self.bus.signal_subscribe(None, WATCHER, None, None, None, Gio.DBusSignalFlags.NONE, arrived)
+    def sleep_is_delayed(self):
+        return bool(bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", LOGIND + ".Manager.ListInhibitors")[0])
 
     def sleep_announced(self, starts):
         """What logind says before the machine sleeps (True) and after it woke (False)."""
         bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "(sssav)",
                  LOGIND + ".Manager", "PrepareForSleep", "b", [GLib.Variant("b", starts)])
 
+    def accessibility_address(self):
+        return bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")[0]
+
     def accessibility(self, program):
         """The accessible application of this name, or None."""
-        address = bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")[0]
-        if address not in self._accessibility_buses:
-            self._accessibility_buses[address] = self._connect(address)
-        root = Accessible(self._accessibility_buses[address], "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        root = Accessible(self._connect(self.accessibility_address()), "org.a11y.atspi.Registry",
+                          "/org/a11y/atspi/accessible/root")
         return next((application for application in root.children() if application.name == program), None)
 
     # Windows
 
-    def _property(self, window, name):
+    def property(self, window, name):
         """The value of a window's property; None where there is none."""
         with contextlib.suppress(error.XError):
             value = window.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
             return value and value.value
         return None
 
-    def _window(self, identifier):
+    def window(self, identifier):
         return self.display.create_resource_object("window", identifier)
 
     def _tree(self, window):
@@ -326,17 +335,17 @@ class Desktop:
 
     def windows(self):
         """Every window that the window manager manages, by identifier."""
-        return list(self._property(self.root, "_NET_CLIENT_LIST") or [])
+        return list(self.property(self.root, "_NET_CLIENT_LIST") or [])
 
     def title(self, window):
-        names = [self._property(self._window(window), name) for name in ("_NET_WM_NAME", "WM_NAME")]
+        names = [self.property(self.window(window), name) for name in ("_NET_WM_NAME", "WM_NAME")]
         return next((name.decode(errors="replace") for name in names if isinstance(name, bytes)), "")
 
     def window_titled(self, title):
         return next((window for window in self.windows() if self.title(window) == title), None)
 
     def frame_of(self, window):
-        resource = window if hasattr(window, "id") else self._window(window)
+        resource = window if hasattr(window, "id") else self.window(window)
         with contextlib.suppress(error.XError):
             geometry = resource.get_geometry()
             origin = self.root.translate_coords(resource, 0, 0)
@@ -349,26 +358,21 @@ class Desktop:
             return attributes.map_state == X.IsViewable and attributes.win_class == kind
         return False
 
-    def input_only_windows(self):
-        return [window for window in self._tree(self.root) if self._is_viewable(window, X.InputOnly)]
-
-    def _seen(self, *kinds):
-        """Windows on the screen that tell to be of such a kind."""
-        for window in self._tree(self.root):
-            told = self._property(window, "_NET_WM_WINDOW_TYPE")
-            if told and any(self.display.get_atom_name(atom).endswith(kinds) for atom in told) and self._is_viewable(window):
-                yield window
+    def input_only_windows(self, below=None):
+        return [window for window in self._tree(below or self.root) if self._is_viewable(window, X.InputOnly)]
 
     def pop_ups(self):
-        """Menus and calendars: what a click opens."""
-        return list(self._seen("_MENU", "_UTILITY", "_DIALOG"))
-
-    def panel_window(self):
-        return next((window for window in self._seen("_DOCK") if "xfce4-panel" in (window.get_wm_class() or ())), None)
+        """Windows of the kinds that a click opens: menus and calendars."""
+        kinds, found = ("_MENU", "_UTILITY", "_DIALOG"), []
+        for window in self._tree(self.root):
+            told = [self.display.get_atom_name(atom) for atom in self.property(window, "_NET_WM_WINDOW_TYPE") or ()]
+            if any(name.endswith(kinds) for name in told) and self._is_viewable(window):
+                found.append(window)
+        return found
 
     def owner_of(self, window):
         """The process that a window tells to belong to."""
-        return next(iter(self._property(window, "_NET_WM_PID") or ()), None)
+        return next(iter(self.property(window, "_NET_WM_PID") or ()), None)
 
     def close_window(self, window):
         self.run(["wmctrl", "-i", "-c", hex(window)])
@@ -385,8 +389,8 @@ class Desktop:
         return Picture(self.root, 0, 0, geometry.width, geometry.height)
 
     def resize_screen(self, width, height):
-        """Up to the first size; a size that the server does not list is made known to it. The panel follows
-        later and in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
+        """Up to the first size; a size that the server does not list is made known to it. The panel follows later and
+        in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
         trailing = self.tray_trailing()
         mode = f"{width}x{height}"
         if mode not in self.run(["xrandr"]).stdout.split():
@@ -401,9 +405,6 @@ class Desktop:
         x, _, width, _ = self.tray_frame()
         return self.root.get_geometry().width - x - width
 
-    def screenshot(self, path):
-        self.screen().save(path)
-
     # The panel's tray
 
     def tray_frame(self):
@@ -412,7 +413,7 @@ class Desktop:
         if not frame:
             self._tray = self.plug_in("libsystray.so")[1]
             frame = self._tray and self.frame_of(self._tray)
-        return frame if frame and self._is_viewable(self._window(self._tray)) else None
+        return frame if frame and self._is_viewable(self.window(self._tray)) else None
 
     def plug_in(self, library):
         """Process of a plug-in of the panel, and the window that it was told to sit in; (None, None) without one."""
@@ -426,13 +427,6 @@ class Desktop:
                     if arguments[1:] and arguments[1].endswith(library.encode()):
                         return int(child), int(arguments[3])
         return None, None
-
-    def layout_control(self):
-        """Frame of the panel's keyboard layout control: each click on it and each notch of the wheel switches."""
-        def placed():
-            frame = self.frame_of(self.plug_in("libxkb.so")[1] or 0)
-            return frame if frame and frame[2] > 1 else None
-        return wait(placed, what="the panel's keyboard layout control")
 
     def cells(self):
         """The pictures of the tray's icons as the screen shows them now, from left to right."""
@@ -452,11 +446,10 @@ class Desktop:
         by_picture = {picture: name for name, picture in self.icons.items()}
         return [by_picture.get(cell, "?") for cell in self.cells()]
 
-    def start_item(self, name, command=None, limit=20):
+    def start_item(self, name):
         """Starts a program with a tray icon and learns what its icon looks like."""
-        known = set(self.cells()) | set(self.icons.values())
-        known.discard(self.icons.get(name))
-        self.spawn_item(name, command or PROGRAMS[name], lambda: self.learn(name, known, limit))
+        known = {*self.cells(), *self.icons.values()} - {self.icons.get(name)}
+        self.spawn_item(name, PROGRAMS[name], lambda: self.learn(name, known, 20))
 
     def spawn_item(self, name, command, arrive):
         """Starts a program and has its icon arrive. Diodon comes up without its bus now and then, says so, and never
@@ -471,16 +464,12 @@ class Desktop:
             self.spawn(name, command)
             arrive()
 
-    def learn(self, name, known=None, limit=5):
+    def learn(self, name, known, limit=5):
         """Takes the one icon that is not known for that of the program, once the panel is at rest."""
-        known = set(self.icons.values()) if known is None else known
-
         def one_new():
-            cells = self.cells()
-            return cells if sum(cell not in known for cell in cells) == 1 else None
-
-        cells = settled(one_new, 0.5, limit, f"the picture of {name} alone being new")
-        self.icons[name] = next(cell for cell in cells if cell not in known)
+            new = [cell for cell in self.cells() if cell not in known]
+            return len(new) == 1 and new[0]
+        self.icons[name] = settled(one_new, 0.5, limit, f"the picture of {name} alone being new")
 
     def icon_center(self, *names):
         """Centre of the first icon with one of these names, once the panel shows one and has done moving it."""
@@ -492,13 +481,9 @@ class Desktop:
         return x + (width - width // CELL * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
 
     def clock(self):
-        """Frame of the panel's clock."""
-        return self._clock().frame
-
-    def _clock(self):
-        """The last button of the panel: its name is the text it shows."""
+        """Frame of the panel's clock, its last button."""
         elements = self.accessibility("xfce4-panel").walk()
-        return [element for element in elements if element.role == "toggle button"][-1]
+        return [element for element in elements if element.role == "toggle button"][-1].frame
 
     def away(self):
         """Takes the pointer where it changes no picture."""

@@ -217,7 +217,7 @@ class Faults:
             desktop.run(["wmctrl", "-a", "Plugin Restart"])
             desktop.person.key("Return")
             hold(0.5)
-        desktop.dismiss(self.clock)
+        desktop.dismiss(lambda: self.clock)
         if any(self.grabs()):
             desktop.person.key("Escape")
         owners = [desktop.owner_of(window) for window in desktop.pop_ups()]
@@ -292,7 +292,7 @@ def run(desktop, seed, seconds, spared):
         try:
             faults.step()
         except Exception as failure:
-            desktop.screenshot(os.path.join(desktop.logs, "failure.png"))
+            desktop.screen().save(os.path.join(desktop.logs, "failure.png"))
             print(f"\nseed {seed}, fault {number}: {type(failure).__name__}: {failure}. Logs: {desktop.logs}", flush=True)
             return 1
         print(flush=True)

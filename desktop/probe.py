@@ -1,52 +1,52 @@
-"""A window that writes down every event it gets: probe.py window|dock TITLE. A dock stands at the bottom
-of the screen with a toggle button at its trailing end and nothing else, as a panel of another maker would."""
+"""A window of our own that writes down every press and release it gets."""
 
 import sys
 import time
 
-import gi
-
-gi.require_version("Gdk", "3.0")
-gi.require_version("Gtk", "3.0")
-from gi.repository import Gdk, GLib, Gtk  # noqa: E402
-
-NAMES = {Gdk.EventType.BUTTON_PRESS: "press", Gdk.EventType.BUTTON_RELEASE: "release", Gdk.EventType.SCROLL: "scroll",
-         Gdk.EventType.KEY_PRESS: "key"}
+from waiting import wait
 
 
-def note(_widget, event):
-    if event.type in NAMES:
-        detail = event.button.button if event.type in (Gdk.EventType.BUTTON_PRESS, Gdk.EventType.BUTTON_RELEASE) else 0
-        print(f"{time.monotonic():.6f} {NAMES[event.type]} {detail}", flush=True)
-    return False
+class Probe:
+    """A window of this title, or a dock at the bottom of the screen, as a panel of another maker would be."""
+
+    def __init__(self, desktop, kind, title):
+        self.desktop, self.name = desktop, title
+        desktop.spawn(title, ["/usr/bin/python3", __file__, kind, title])
+        wait(lambda: "ready" in desktop.log(title), 20, title)
+
+    def events(self):
+        """Moment, kind and button of each."""
+        lines = [line.split() for line in self.desktop.log(self.name).splitlines()]
+        return [(float(line[0]), line[1], int(line[2])) for line in lines if len(line) == 3 and line[0][0].isdigit()]
+
+    def kinds(self, since=0.0):
+        return [event[1:] for event in self.events() if event[0] >= since]
 
 
 def main(kind, title):
+    import gi
+    gi.require_version("Gtk", "3.0")
+    from gi.repository import Gdk, GLib, Gtk
+    names = {Gdk.EventType.BUTTON_PRESS: "press", Gdk.EventType.BUTTON_RELEASE: "release"}
+
+    def note(_widget, event):
+        if event.type in names:
+            print(f"{time.monotonic():.6f} {names[event.type]} {event.button.button}", flush=True)
     GLib.set_prgname(title)
-    window = Gtk.Window(title=title)
-    widget = Gtk.ToggleButton(label=title) if kind == "dock" else Gtk.EventBox()
-    widget.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK | Gdk.EventMask.SCROLL_MASK |
-                      Gdk.EventMask.KEY_PRESS_MASK)
-    widget.connect("event", note)
+    window, content = Gtk.Window(title=title), Gtk.EventBox()
+    content.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK)
+    content.connect("event", note)
+    window.add(content)
+    window.set_default_size(300, 200)
     if kind == "dock":
-        geometry = Gdk.Display.get_default().get_monitor(0).get_geometry()
+        screen = Gdk.Display.get_default().get_monitor(0).get_geometry()
         window.set_type_hint(Gdk.WindowTypeHint.DOCK)
-        window.set_default_size(geometry.width, 30)
-        window.move(0, geometry.height - 30)
-        box = Gtk.Box()
-        empty = Gtk.EventBox()
-        empty.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK)
-        empty.connect("event", note)
-        box.pack_start(empty, True, True, 0)
-        box.pack_end(widget, False, False, 0)
-        window.add(box)
-    else:
-        window.set_default_size(300, 200)
-        window.connect("key-press-event", note)
-        window.add(widget)
+        window.set_default_size(screen.width, 30)
+        window.move(0, screen.height - 30)
     window.connect("map-event", lambda *_: print("ready", flush=True))
     window.show_all()
     Gtk.main()
 
 
-main(*sys.argv[1:])
+if __name__ == "__main__":
+    main(*sys.argv[1:])

@@ -11,7 +11,7 @@ from gi.repository import GLib
 
 import bus
 from accessible import STATE_SHOWING
-from desktop import AGENT, ORVO, PROGRAMS, SETTINGS_KEY, Desktop
+from desktop import AGENT, ORVO, PROGRAMS, SETTINGS_KEY, Desktop, center, stopped
 from waiting import Timeout, hold, wait
 
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
@@ -27,12 +27,9 @@ class OrvoDesktop(Desktop):
 
     # Installation and stored choices
 
-    def install(self, folder=None):
-        """Copies the bundle as a person would, into ~/Applications unless told otherwise."""
-        target = os.path.join(folder or self.applications, "Orvo.app")
-        shutil.copytree(self.bundle, target, symlinks=False)
-        self.bundle = target
-        return target
+    def install(self, folder="Applications"):
+        """Copies the bundle as a person would."""
+        self.bundle = shutil.copytree(self.bundle, os.path.join(self.home, folder, "Orvo.app"))
 
     @property
     def program(self):
@@ -42,13 +39,12 @@ class OrvoDesktop(Desktop):
     def settings_file(self):
         return os.path.join(self.environment["XDG_CONFIG_HOME"], "orvo", "settings.json")
 
-    def remember(self, hidden=(), rehide=0, opened=True):
+    def remember(self, hidden):
         """Stores choices as a former run would have left them."""
-        record = {"rules": {name: "hidden" for name in hidden}, "autoRehideSeconds": rehide}
-        data = base64.b64encode(json.dumps(record).encode()).decode()
+        data = base64.b64encode(json.dumps({"rules": dict.fromkeys(hidden, "hidden")}).encode()).decode()
         os.makedirs(os.path.dirname(self.settings_file), exist_ok=True)
         with open(self.settings_file, "w", encoding="utf-8") as file:
-            json.dump({SETTINGS_KEY: {"base64": data}, "Orvo.HasOpenedSettings": opened}, file)
+            json.dump({SETTINGS_KEY: {"base64": data}, "Orvo.HasOpenedSettings": True}, file)
 
     def remembered(self):
         """The rules that the settings file holds now."""
@@ -58,25 +54,23 @@ class OrvoDesktop(Desktop):
 
     # Orvo running
 
-    def start_orvo(self, ready=True, limit=20, **environment):
+    def start_orvo(self, ready=True):
         """Starts Orvo and waits for its arrow; with `ready` also until hiding is offered."""
-        wait(lambda: not {"orvo", "orvo-hidden"} & set(self.shown()), limit, "the former arrow leaving")
-        known = set(self.icons.values())
-        self.spawn("orvo", [self.program], **environment)
+        wait(lambda: not {"orvo", "orvo-hidden"} & set(self.shown()), 20, "the former arrow leaving")
+        self.spawn("orvo", [self.program])
         if "orvo" not in self.icons:
-            self.learn("orvo", known, limit)
-        wait(lambda: "orvo" in self.shown() or self.orvo.poll() is not None, limit, "the arrow")
-        if self.orvo.poll() is not None:
-            raise AssertionError("Orvo ended at once: " + self.log("orvo"))
+            self.learn("orvo", self.icons.values(), 20)
+        wait(lambda: "orvo" in self.shown() or self.orvo.poll() is not None, 20, "the arrow")
+        assert self.orvo.poll() is None, "Orvo ended at once: " + self.log("orvo")
         if ready:
-            wait(self.can_hide, limit, "hiding being offered")
+            wait(self.can_hide, 20, "hiding being offered")
 
-    def start_all(self, hidden=(), programs=None, **options):
+    def start_all(self, hidden, programs=tuple(PROGRAMS)[:4], ready=True):
         """The tray programs, then Orvo with these marked to be hidden."""
-        for name in programs or list(PROGRAMS)[:4]:
+        for name in programs:
             self.start_item(name)
         self.remember(hidden)
-        self.start_orvo(**options)
+        self.start_orvo(ready)
 
     @property
     def orvo(self):
@@ -90,18 +84,14 @@ class OrvoDesktop(Desktop):
         """Ends Orvo in the middle of a scan: the agent, held back so long, answers when Orvo's parts are going."""
         if "orvo" not in self.processes or self.orvo.poll() is not None or not self.owner(AGENT):
             return
-        orvo, item, agent = self.orvo, self._item, self.process_of(AGENT)
-        os.kill(agent, signal.SIGSTOP)
-        try:
+        orvo, item = self.orvo, self._item
+        with stopped(self.process_of(AGENT)):
             for _ in range(2):  # The scan that the first one asks for has begun when the second is answered.
-                bus.call(self.bus, ORVO, "/" + ORVO.replace(".", "/"), "org.freedesktop.Application.Activate", "(a{sv})", {})
+                bus.call(self.bus, ORVO, "/local/orvo/Orvo", "org.freedesktop.Application.Activate", "(a{sv})", {})
             os.kill(orvo.pid, signal.SIGTERM)
             wait(lambda: not self.owner(item), 5, "the arrow leaving")
-        finally:
-            os.kill(agent, signal.SIGCONT)
         wait(lambda: orvo.poll() is not None, 10, "the end of Orvo")
-        if orvo.returncode != 0:
-            raise AssertionError(f"Orvo ended with {orvo.returncode} while it scanned: {self.log('orvo')}")
+        assert orvo.returncode == 0, f"Orvo ended with {orvo.returncode} while it scanned: {self.log('orvo')}"
 
     def item_property(self, name):
         return bus.property_of(self.bus, self._item, "/StatusNotifierItem", ITEM, name)
@@ -118,7 +108,8 @@ class OrvoDesktop(Desktop):
         return self.tool_tip().startswith("Show")
 
     def _call_menu(self, method, *arguments):
-        return bus.call(self.bus, self._item, "/StatusNotifierItem/Menu", f"com.canonical.dbusmenu.{method}", *arguments)
+        return bus.call(self.bus, self._item, "/StatusNotifierItem/Menu", f"com.canonical.dbusmenu.{method}",
+                        *arguments)
 
     def menu(self):
         """The fresh menu of a right click: (identifier, label, enabled) of each item."""
@@ -129,8 +120,7 @@ class OrvoDesktop(Desktop):
     def choose(self, label):
         """Chooses an item of the menu as the panel does."""
         identifier = next(item[0] for item in self.menu() if item[1] == label)
-        event = (identifier, "clicked", GLib.Variant("i", 0), 0)
-        self._call_menu("EventGroup", "(a(isvu))", [event])
+        self._call_menu("EventGroup", "(a(isvu))", [(identifier, "clicked", GLib.Variant("i", 0), 0)])
 
     def can_hide(self):
         with contextlib.suppress(GLib.Error, IndexError):
@@ -177,15 +167,20 @@ class OrvoDesktop(Desktop):
         hold(CLICK_LENGTH)
         self.away()
 
-    def dismiss(self, clock):
-        """Closes what clicks have opened; only a click on the clock, given by its place, closes the calendar."""
-        for close in (lambda: self.person.key("Escape"), lambda: self.person.click(*clock)) * 2:
+    def dismiss(self, clock=None):
+        """Closes what clicks have opened; only a click on the clock, whose place `clock` tells, closes the calendar."""
+        clock = clock or (lambda: center(self.clock()))
+        for close in (lambda: self.person.key("Escape"), lambda: self.person.click(*clock())) * 2:
             if not self.pop_ups():
                 return
             close()
             self.away()
             with contextlib.suppress(Timeout):
                 wait(lambda: not self.pop_ups(), 0.5)
+
+    def without(self, hidden):
+        """What the panel shows once these are hidden."""
+        return ["orvo-hidden" if name == "orvo" else name for name in self.shown() if name not in hidden]
 
     def click_arrow(self, button=1):
         self.click(self.arrow(), button)
@@ -197,20 +192,19 @@ class OrvoDesktop(Desktop):
         except Timeout:
             raise AssertionError(f"{what or 'the panel'} shows {self.shown()}, not {list(names)}") from None
 
-    def hide(self, limit=5.0):
+    def hide(self):
         """Hides by a click on the arrow and waits for the panel; learns the turned arrow at first."""
         self.click_arrow()
-        wait(self.is_hidden, limit, "the arrow saying hidden")
+        wait(self.is_hidden, 5, "the arrow saying hidden")
         if "orvo-hidden" not in self.icons:
-            known = set(self.icons.values())
-            wait(lambda: len(self.cells()) < len(self.icons), limit, "icons leaving the panel")
-            self.learn("orvo-hidden", known)
+            wait(lambda: len(self.cells()) < len(self.icons), 5, "icons leaving the panel")
+            self.learn("orvo-hidden", self.icons.values())
 
     def reveal(self):
         """Reveals by a click on the arrow."""
         self.click_arrow()
         wait(lambda: not self.is_hidden(), 5, "the arrow saying visible")
 
-    def hide_and_expect(self, names, limit=5.0):
-        self.hide(limit)
-        self.expect_shown(names, limit, "hidden, the panel")
+    def hide_and_expect(self, names):
+        self.hide()
+        self.expect_shown(names, what="hidden, the panel")

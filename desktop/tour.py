@@ -12,7 +12,7 @@ import tempfile
 
 from Xlib import display, error
 
-from desktop import PROGRAMS, REPOSITORY, WATCHER
+from desktop import PROGRAMS, REPOSITORY, WATCHER, center
 from session import OrvoDesktop
 from waiting import hold, wait
 
@@ -69,7 +69,7 @@ def here():
     programs = os.path.expanduser("~/Applications/Orvo.app/bin")
     agent = subprocess.Popen([os.path.join(programs, "orvo-agent")])
     try:
-        print("Orvo runs on this desktop. Its arrow is in the tray; quit it by its menu or with Ctrl-C here.", flush=True)
+        print("Orvo runs on this desktop. Quit it by its arrow's menu in the tray, or with Ctrl-C here.", flush=True)
         orvo = subprocess.Popen([os.path.join(programs, "orvo")])
         try:
             return orvo.wait()
@@ -108,49 +108,46 @@ class Tour:
     def __init__(self, desktop, pictures):
         self.desktop, self.pictures, self.number = desktop, pictures, 0
 
-    def step(self, text):
+    def step(self, text, icons=False):
         self.number += 1
         name = f"{self.number:02}.png"
-        self.desktop.screenshot(os.path.join(self.pictures, name))
-        print(f"{name}  {text}", flush=True)
+        self.desktop.rest()
+        self.desktop.screen().save(os.path.join(self.pictures, name))
+        print(f"{name}  {text}" + (": " + ", ".join(self.desktop.shown()) if icons else ""), flush=True)
 
     def run(self):
         desktop = self.desktop
         for name in list(PROGRAMS)[:4]:
             desktop.start_item(name)
-        self.step("A panel with the icons of four programs: " + ", ".join(desktop.shown()))
+        self.step("A panel with the icons of four programs", icons=True)
         desktop.start_orvo(ready=False)
         window = wait(desktop.settings_window, what="the settings window")
         desktop.control("Hide selected icons", 10)
-        desktop.rest()
         self.step("Orvo starts for the first time: its arrow is in the tray and its window is open")
         for title in MARKED.values():
             desktop.mark(title)
         wait(desktop.can_hide, what="hiding being offered")
-        desktop.rest()
+        wait(lambda: desktop.remembered() == dict.fromkeys(MARKED, "hidden"), what="the stored choices")
         self.step("Two applications are marked Hide: " + ", ".join(MARKED.values()))
-        for page in ("Behavior", "About Orvo", "Menu bar"):
+        for page in ("Behavior", "About Orvo"):
             desktop.click(desktop.control(page).center())
-            desktop.rest()
-            if page != "Menu bar":
-                self.step(f"The page {page}")
+            self.step(f"The page {page}")
+        desktop.click(desktop.control("Menu bar").center())
         desktop.close_window(window)
-        everything = desktop.shown()
-        rest = ["orvo-hidden" if name == "orvo" else name for name in everything if name not in MARKED]
+        everything, rest = desktop.shown(), desktop.without(MARKED)
         desktop.hide_and_expect(rest)
-        self.step("A click on the arrow hides them: " + ", ".join(desktop.shown()))
+        self.step("A click on the arrow hides them", icons=True)
         desktop.click_arrow()
         desktop.expect_shown(everything)
-        self.step("Another brings them back in their places: " + ", ".join(desktop.shown()))
+        self.step("Another brings them back in their places", icons=True)
         desktop.hide_and_expect(rest)
-        x, y, width, height = desktop.clock()
-        desktop.person.click(x + width // 2, y + height // 2)
+        clock = center(desktop.clock())
+        desktop.person.click(*clock)
         wait(desktop.pop_ups, what="the clock's calendar")
         desktop.away()
         desktop.expect_shown(everything)
-        desktop.rest()
         self.step("A click on the clock while they are hidden: first the icons are back, then the calendar opens")
-        desktop.person.click(x + width // 2, y + height // 2)
+        desktop.person.click(*clock)
         wait(lambda: not desktop.pop_ups(), what="the calendar being closed")
         desktop.away()
         desktop.person.key(*SHORTCUT)
@@ -158,17 +155,14 @@ class Tour:
         self.step("Control-Alt-Super-B hides them from anywhere")
         desktop.click_arrow(button=3)
         wait(desktop.pop_ups, what="the arrow's menu")
-        desktop.rest()
         self.step("A right click on the arrow opens its menu")
         desktop.person.key("Escape")
         wait(lambda: not desktop.pop_ups(), what="the menu being closed")
         print(desktop.run([desktop.program, "--diagnose"]).stdout.rstrip())
-        orvo = desktop.orvo
         desktop.choose("Quit Orvo")
-        wait(lambda: orvo.poll() is not None, what="the end of Orvo")
-        others = [name for name in everything if name != "orvo"]
-        desktop.expect_shown(others)
-        self.step("Orvo is quit: every icon is back: " + ", ".join(desktop.shown()))
+        wait(lambda: desktop.orvo.poll() is not None, what="the end of Orvo")
+        desktop.expect_shown([name for name in everything if name != "orvo"])
+        self.step("Orvo is quit: every icon is back", icons=True)
 
 
 def tour(dark):

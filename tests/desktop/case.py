@@ -3,12 +3,70 @@
 Imported first, it makes the modules of desktop/ known."""
 
 import contextlib
+import json
 import os
+import shutil
+import subprocess
 import sys
 import unittest
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "desktop"))
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "desktop"))
+from bus import DBUS, call, connect  # noqa: E402
+from desktop import center, stopped  # noqa: E402, F401
 from session import OrvoDesktop  # noqa: E402
+from waiting import wait  # noqa: E402
+
+COPYQ, PASYSTRAY = "com.github.hluk.copyq", "pasystray"
+MARKED = [COPYQ, PASYSTRAY]
+
+
+class Peer:
+    """A program on the session bus that the agent takes for the application of this name (see peer.py)."""
+
+    def __init__(self, desktop, name, interpreter="/usr/bin/python3", **environment):
+        script = shutil.copy(f"{HERE}/peer.py", os.path.join(desktop.folder, name))
+        self.process = desktop.processes[f"peer-{name}"] = subprocess.Popen(
+            [interpreter, script], env={**desktop.environment, "PYTHONPATH": sys.path[0], **environment},
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.bus = self.ask("bus.get_unique_name()")
+
+    def order(self, expression):
+        self.process.stdin.write(expression + "\n")
+        self.process.stdin.flush()
+
+    def ask(self, expression):
+        """The value of an expression in the program, or the name of the error that the bus answered it."""
+        self.order(expression)
+        return json.loads(self.process.stdout.readline())
+
+    def last(self, expression):
+        """One that the program does not survive."""
+        self.order(expression)
+        self.process.communicate()
+
+    def __getattr__(self, command):
+        return lambda *arguments: self.ask(f"{command}{arguments}")
+
+    def stopped(self):
+        return stopped(self.process.pid)
+
+    def kill(self):
+        self.process.kill()
+        self.process.communicate()
+
+
+def overheard(address, rule):
+    """A list that grows by the name of each method call on the bus that the rule matches."""
+    monitor, heard = connect(address), []
+    call(monitor, DBUS, "/org/freedesktop/DBus", f"{DBUS}.Monitoring.BecomeMonitor", "(asu)",
+         [f"type='method_call',{rule}"], 0)
+
+    def hear(_connection, message, incoming):
+        if incoming:
+            heard.append(message.get_member())
+    monitor.add_filter(hear)
+    return heard
 
 
 class DesktopCase(unittest.TestCase):
@@ -43,14 +101,10 @@ class DesktopCase(unittest.TestCase):
                 cls.failed = False
         finally:
             cls.desktop.stop()
-            cls.keep_or_forget()
-
-    @classmethod
-    def keep_or_forget(cls):
-        if cls.failed:
-            print(f"logs are kept in {cls.desktop.logs}", file=sys.stderr)
-        else:
-            cls.desktop.forget()
+            if cls.failed:
+                print(f"logs are kept in {cls.desktop.logs}", file=sys.stderr)
+            else:
+                cls.desktop.forget()
 
     def run(self, result=None):
         before = len(result.failures) + len(result.errors)
@@ -58,5 +112,33 @@ class DesktopCase(unittest.TestCase):
         if len(result.failures) + len(result.errors) > before:
             type(self).failed = True
             with contextlib.suppress(Exception):  # The server may be what the test took away.
-                self.desktop.screenshot(f"{self.desktop.logs}/{self.id()}.png")
+                self.desktop.screen().save(f"{self.desktop.logs}/{self.id()}.png")
         return result
+
+
+class HidingCase(DesktopCase):
+    """Four programs, two of them marked; each test begins with every icon shown and hiding offered."""
+
+    @classmethod
+    def prepare(cls):
+        cls.desktop.start_all(hidden=MARKED)
+        cls.all = cls.desktop.shown()
+        cls.others = {name for name in cls.all if name != "orvo"}
+        cls.rest = cls.desktop.without(MARKED)
+
+    def setUp(self):
+        desktop = self.desktop
+        if desktop.orvo.poll() is not None:
+            desktop.start_orvo()
+        desktop.dismiss()
+        if desktop.is_hidden():
+            desktop.choose("Show all icons")
+        wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
+        wait(desktop.can_hide, what="hiding being offered")
+
+    def hide(self):
+        self.desktop.hide_and_expect(self.rest)
+
+    def reveal(self):
+        self.desktop.reveal()
+        self.desktop.expect_shown(self.all, what="revealed, the panel")

@@ -1,38 +1,19 @@
 """Hiding and revealing on the real panel with real tray programs."""
 
+import os
+import signal
 import time
 import unittest
 
-from case import DesktopCase
+from case import COPYQ, PASYSTRAY, HidingCase, center
 from desktop import PROGRAMS
 from waiting import stays, wait
 
-COPYQ, PASYSTRAY = "com.github.hluk.copyq", "pasystray"
-MARKED = [COPYQ, PASYSTRAY]
+FLAMESHOT = "org.flameshot.Flameshot"
 CYCLES = 20
 
 
-class Hiding(DesktopCase):
-    @classmethod
-    def prepare(cls):
-        cls.desktop.start_all(hidden=MARKED)
-        cls.all = cls.desktop.shown()
-        cls.loads_early = cls.desktop.has_loaded("libQt6Quick")
-        cls.rest = ["orvo-hidden" if name == "orvo" else name for name in cls.all if name not in MARKED]
-
-    def setUp(self):
-        if self.desktop.is_hidden():
-            self.reveal()
-        self.desktop.expect_shown(self.all)
-        wait(self.desktop.can_hide, what="hiding being offered")
-
-    def hide(self):
-        self.desktop.hide_and_expect(self.rest)
-
-    def reveal(self):
-        self.desktop.reveal()
-        self.desktop.expect_shown(self.all, what="revealed, the panel")
-
+class Hiding(HidingCase):
     def test_a_click_hides_the_marked_icons_alone_and_another_brings_them_back_in_order(self):
         for _ in range(CYCLES):
             self.hide()
@@ -44,35 +25,31 @@ class Hiding(DesktopCase):
         self.desktop.expect_shown(self.rest)
         self.desktop.choose("Show all icons")
         self.desktop.expect_shown(self.all)
-
-    def test_the_panel_offers_the_menu_of_the_arrow_at_a_right_click(self):
         self.desktop.click_arrow(button=3)
-        wait(self.desktop.pop_ups, what="the menu")
+        wait(self.desktop.pop_ups, what="the menu that the panel offers")
         self.desktop.person.key("Down")
         self.desktop.person.key("Return")
         self.desktop.expect_shown(self.rest)
 
     def test_a_new_tray_program_reveals_so_that_its_icon_can_load(self):
+        loads_early = self.desktop.has_loaded("libQt6Quick")
         self.hide()
-        self.desktop.start_item("org.flameshot.Flameshot")
+        self.desktop.start_item(FLAMESHOT)
         try:
             wait(lambda: not self.desktop.is_hidden(), what="the reveal")
-            wait(lambda: set(self.desktop.shown()) == set(self.all) | {"org.flameshot.Flameshot"}, what="every icon")
+            wait(lambda: set(self.desktop.shown()) == {*self.all, FLAMESHOT}, what="every icon")
             self.desktop.expect_told("A new app opened. Icons are shown so its menu bar item can load.")
             self.assertTrue(self.desktop.has_loaded("libQt6Quick"))
-            self.assertFalse(self.loads_early, "before the window was first shown")
+            self.assertFalse(loads_early, "before the window was first shown")
             self.desktop.close_window(self.desktop.settings_window())
+            with self.subTest("one that ends while hidden leaves the others hidden"):
+                wait(self.desktop.can_hide, what="hiding being offered")
+                self.desktop.hide()
+                self.desktop.end(FLAMESHOT)
+                self.desktop.expect_shown(self.rest)
+                stays(lambda: self.desktop.is_hidden() and COPYQ not in self.desktop.shown(), 1.0, "hidden")
         finally:
-            self.desktop.end("org.flameshot.Flameshot")
-        self.desktop.expect_shown(self.all)
-
-    def test_a_program_that_ends_while_hidden_leaves_the_others_hidden(self):
-        self.desktop.start_item("org.flameshot.Flameshot")
-        wait(self.desktop.can_hide, what="hiding being offered")
-        self.desktop.hide()
-        self.desktop.end("org.flameshot.Flameshot")
-        self.desktop.expect_shown(self.rest)
-        stays(lambda: self.desktop.is_hidden() and COPYQ not in self.desktop.shown(), 1.0, "hidden")
+            self.desktop.end(FLAMESHOT)
 
     def test_a_hidden_program_that_ends_and_comes_back_is_shown(self):
         self.hide()
@@ -81,12 +58,37 @@ class Hiding(DesktopCase):
         self.desktop.spawn(COPYQ, PROGRAMS[COPYQ])
         wait(lambda: set(self.desktop.shown()) == set(self.all), 20, "every icon")
 
-    def test_the_icons_are_back_before_the_machine_sleeps(self):
+    def test_the_machine_sleeps_once_the_icons_are_back(self):
+        for _ in range(2):
+            wait(self.desktop.sleep_is_delayed, what="sleep waiting for Orvo")
+            self.hide()
+            self.desktop.sleep_announced(True)
+            wait(lambda: not self.desktop.sleep_is_delayed(), 2, "the machine sleeping")
+            self.assertEqual(len(self.desktop.told_items()), len(self.all))
+            self.desktop.sleep_announced(False)
+            wait(self.desktop.can_hide, what="hiding being offered after the wake-up")
+
+    def test_a_killed_orvo_leaves_no_icon_hidden(self):
         self.hide()
-        self.desktop.sleep_announced(True)
-        self.desktop.expect_shown(self.all, 2)
-        self.desktop.sleep_announced(False)
-        wait(self.desktop.can_hide, what="hiding being offered after the wake-up")
+        os.kill(self.desktop.orvo.pid, signal.SIGKILL)
+        wait(lambda: set(self.desktop.shown()) == self.others, 2, "every icon of the others")
+
+    def test_a_panel_that_dies_comes_back_as_it_was_and_its_clock_is_guarded(self):
+        desktop = self.desktop
+        self.hide()
+        trailing = desktop.tray_trailing()
+        desktop.end("panel", signal.SIGKILL)
+        desktop.start_panel()
+        desktop.expect_shown(self.rest, 10)
+        # Its controls come one by one and push the icons about.
+        wait(lambda: desktop.tray_trailing() == trailing, what="the panel's layout of before")
+        self.reveal()
+        wait(desktop.can_hide, what="hiding being offered")
+        self.hide()
+        desktop.person.click(*center(desktop.clock()))
+        wait(desktop.pop_ups, what="the clock's calendar")
+        desktop.away()
+        desktop.expect_shown(self.all)
 
     def test_a_changed_screen_brings_the_icons_back(self):
         self.hide()
@@ -96,7 +98,6 @@ class Hiding(DesktopCase):
             wait(self.desktop.can_hide, what="hiding being offered on the new screen")
         finally:
             self.desktop.resize_screen(*self.desktop.size)
-        wait(self.desktop.can_hide, what="hiding being offered on the old screen")
 
     def test_switching_accessibility_off_brings_the_icons_back_within_the_poll(self):
         self.hide()

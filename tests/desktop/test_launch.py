@@ -1,87 +1,70 @@
 """The ways of starting Orvo."""
 
 import os
-import re
 import shutil
 import unittest
 
-from case import DesktopCase
-import bus
+from case import DesktopCase, HidingCase, Peer
+from bus import call_bus
 from desktop import AGENT, ORVO, WATCHER
 from waiting import stays, wait
 
-INSTALL = os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install")
-MARKED = ["com.github.hluk.copyq"]
+INSTALL = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install"))
 
 
-class Launch(DesktopCase):
-    @classmethod
-    def prepare(cls):
-        cls.desktop.start_all(hidden=MARKED, programs=["org.rncbc.qmidinet", "com.github.hluk.copyq"])
-        cls.all = cls.desktop.shown()
+class Launch(HidingCase):
+    def setUp(self):
+        if self.desktop.orvo.poll() is not None:
+            self.desktop.start_orvo()
 
-    def diagnose(self, program, *arguments):
-        answer = self.desktop.run([program, *arguments])
+    def diagnose(self, *command):
+        answer = self.desktop.run([*command, "--diagnose"])
         self.assertEqual(answer.returncode, 0, answer.stderr)
         return answer.stdout.splitlines()
 
-    def test_the_report_of_a_bundle_has_seven_lines(self):
-        for arguments in (["--diagnose"], ["--other", "--diagnose", "more"]):
-            lines = self.diagnose(self.desktop.program, *arguments)
-            self.assertEqual(len(lines), 7, lines)
-            labels = ["Orvo ", "OS: ", "Backend: ", "Accessibility: ", "Bundle: ", "Application path: ", "Desktop entry path: "]
-            for line, label in zip(lines, labels):
-                self.assertTrue(line.startswith(label), line)
-            self.assertRegex(lines[0], r"^Orvo \d+\.\d+\.\d+$")
-            self.assertEqual(lines[3:6], ["Accessibility: enabled", "Bundle: local.orvo.Orvo",
-                                          f"Application path: {self.desktop.bundle}"])
+    def test_the_report_tells_of_bundle_desktop_and_accessibility_and_needs_no_display(self):
+        program, bundle = self.desktop.program, self.desktop.bundle
+        lines = self.diagnose("env", "DISPLAY=:32001", program)
+        labels = ["Orvo 0.2.0", "OS: ", "Backend: ", "Accessibility: enabled", "Bundle: local.orvo.Orvo",
+                  f"Application path: {bundle}", "Desktop entry path: "]
+        self.assertEqual([line[:len(label)] for line, label in zip(lines, labels)], labels)
+        self.assertEqual(len(lines), len(labels))
+        bare = shutil.copy(program, self.desktop.folder_for("home", "bare", "bin"))
+        self.assertEqual(self.diagnose(bare)[4:], ["Bundle: unbundled command line process",
+                                              f"Application path: {os.path.dirname(bare)}"])
+        self.desktop.set_accessibility(False)
+        try:
+            self.assertIn("Accessibility: switched off", self.diagnose(program))
+        finally:
+            self.desktop.set_accessibility(True)
 
     def test_an_installed_copy_is_known_to_the_desktop(self):
         home = os.path.join(self.desktop.home, "installed")
         own = ["env", f"HOME={home}", f"XDG_DATA_HOME={home}/data", f"XDG_CONFIG_HOME={home}/config"]
         bundle = f"{home}/Applications/Orvo.app"
         for _ in range(2):  # over nothing, then over itself
-            answer = self.desktop.run([*own, os.path.abspath(INSTALL), self.desktop.bundle])
+            answer = self.desktop.run([*own, INSTALL, self.desktop.bundle])
             self.assertEqual(answer.returncode, 0, answer.stderr)
-        report = self.desktop.run([*own, f"{bundle}/bin/orvo", "--diagnose"]).stdout
-        self.assertIn(f"Desktop entry path: {bundle}\n", report)
+        self.assertIn(f"Desktop entry path: {bundle}", self.diagnose(*own, f"{bundle}/bin/orvo"))
         for file in ("data/dbus-1/services/local.orvo.MenuBarAgent.service", "config/systemd/user/orvo-agent.service"):
             with open(f"{home}/{file}", encoding="utf-8") as text:
                 self.assertIn(f"{bundle}/bin/orvo-agent", text.read())
         self.assertEqual(os.listdir(f"{home}/Applications"), ["Orvo.app"])
 
-    def test_the_report_of_a_bare_program_has_six_lines(self):
-        folder = os.path.join(self.desktop.home, "bare", "bin")
-        os.makedirs(folder, exist_ok=True)
-        program = shutil.copy(self.desktop.program, folder)
-        lines = self.diagnose(program, "--diagnose")
-        self.assertEqual(len(lines), 6, lines)
-        self.assertEqual(lines[0], "Orvo 0.2.0")
-        self.assertEqual(lines[4], "Bundle: unbundled command line process")
-
-    def test_the_report_tells_a_desktop_without_accessibility(self):
-        self.desktop.set_accessibility(False)
-        try:
-            self.assertIn("Accessibility: switched off", self.diagnose(self.desktop.program, "--diagnose"))
-        finally:
-            self.desktop.set_accessibility(True)
-
-    def test_without_a_display_orvo_says_so_and_ends_and_its_report_needs_none(self):
-        own = ["env", "DISPLAY=:32001"]
-        self.diagnose(*own, self.desktop.program, "--diagnose")
+    def test_where_orvo_cannot_run_it_says_so_and_ends(self):
         self.desktop.end("orvo")
         try:
-            answer = self.desktop.run([*own, self.desktop.program])
-            self.assertEqual((answer.returncode, answer.stderr), (1, "Orvo: there is no X server to run on; Orvo ends.\n"))
-            with self.subTest("another program holds Orvo's name"):
-                holder = bus.connect(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
-                bus.call(holder, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".RequestName", "(su)", ORVO, 0)
-                answer = self.desktop.run([self.desktop.program])
-                self.assertEqual((answer.returncode, answer.stderr),
-                                 (1, "Orvo: another program holds Orvo's name on the session bus; Orvo ends.\n"))
-                holder.close_sync(None)
+            self.expect_refused("there is no X server to run on", "env", "DISPLAY=:32001")
+            holder = Peer(self.desktop, "holder")
+            holder.own(ORVO)
+            self.expect_refused("another program holds Orvo's name on the session bus")
+            holder.kill()
         finally:
             self.desktop.start_orvo()
+
+    def expect_refused(self, reason, *prefix):
+        answer = self.desktop.run([*prefix, self.desktop.program])
+        self.assertEqual((answer.returncode, answer.stderr), (1, f"Orvo: {reason}; Orvo ends.\n"))
 
     def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
         desktop = self.desktop
@@ -93,46 +76,22 @@ class Launch(DesktopCase):
         wait(lambda: not desktop.is_hidden(), 2, "the reveal")
         stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
 
-    def test_a_copy_outside_the_applications_folders_hides_nothing(self):
-        desktop = self.desktop
-        installed = desktop.bundle
-        desktop.end("orvo")
-        try:
-            desktop.install(os.path.join(desktop.home, "Downloads"))
-            desktop.start_orvo(ready=False)
-            wait(desktop.settings_window, what="the settings window")
-            stays(lambda: not desktop.can_hide(), 1.0, "hiding not being offered")
-        finally:
-            desktop.end("orvo")
-            desktop.bundle = installed
-            desktop.start_orvo()
 
-
-class WithoutParts(DesktopCase):
+class WithoutAgent(DesktopCase):
     start = {"agent": False}
 
-    def expect_harmless(self):
-        """Orvo runs, says what is missing, and every icon stays."""
+    def test_orvo_says_what_is_missing_and_every_icon_stays(self):
         desktop = self.desktop
+        desktop.start_item("org.rncbc.qmidinet")
         report = desktop.run([desktop.program, "--diagnose"]).stdout
         self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
                       "Icons will remain visible.\n", report)
+        shutil.rmtree(os.path.join(desktop.bundle, "System"))
+        self.assertEqual(desktop.run([desktop.program, "--diagnose"]).stdout, report)
         desktop.start_orvo(ready=False)
-        try:
-            desktop.expect_told("This desktop is not supported")
-            self.assertFalse(desktop.can_hide())
-            self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
-        finally:
-            desktop.end("orvo")
-
-    def test_without_the_agent_or_the_framework_orvo_starts_and_every_icon_stays(self):
-        desktop = self.desktop
-        desktop.start_item("org.rncbc.qmidinet")
-        with self.subTest("no agent"):
-            self.expect_harmless()
-        with self.subTest("no framework"):
-            shutil.rmtree(os.path.join(desktop.bundle, "System"))
-            self.expect_harmless()
+        desktop.expect_told("This desktop is not supported")
+        self.assertFalse(desktop.can_hide())
+        self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
 
 
 class AgentStart(DesktopCase):
@@ -140,8 +99,8 @@ class AgentStart(DesktopCase):
 
     def test_the_bus_starts_an_installed_agent_and_a_second_one_says_so_and_ends(self):
         desktop = self.desktop
-        self.assertEqual(desktop.run([os.path.abspath(INSTALL), desktop.bundle]).returncode, 0)
-        bus.call(desktop.bus, bus.DBUS, "/org/freedesktop/DBus", bus.DBUS + ".StartServiceByName", "(su)", AGENT, 0)
+        self.assertEqual(desktop.run([INSTALL, desktop.bundle]).returncode, 0)
+        call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)
         self.assertTrue(desktop.owner(AGENT))
         self.assertEqual(desktop.owner(AGENT), desktop.owner(WATCHER))
         second = desktop.run([os.path.join(desktop.bundle, "bin", "orvo-agent")])

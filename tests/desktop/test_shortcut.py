@@ -4,64 +4,86 @@ import unittest
 
 from Xlib import X, XK, display
 
-from case import DesktopCase
-from waiting import wait
+from case import HidingCase, center
+from person import Person
+from waiting import stays, wait
 
-MARKED = ["com.github.hluk.copyq", "pasystray"]
 COMBINATION = ("Control_L", "Alt_L", "Super_L", "b")
+MODIFIERS = X.ControlMask | X.Mod1Mask | X.Mod4Mask
 
 
-class Shortcut(DesktopCase):
+class Shortcut(HidingCase):
     @classmethod
     def prepare(cls):
         cls.desktop.spawn("xterm", ["xterm", "-title", "terminal"])
         cls.desktop.spawn("mousepad", ["mousepad"])
         wait(lambda: len(cls.desktop.windows()) >= 3, 20, "two windows beside the panel")
-        cls.desktop.start_all(hidden=MARKED)
+        super().prepare()
 
-    def toggled(self):
+    def expect_toggled(self, keys=COMBINATION, held=0.0):
         before = self.desktop.is_hidden()
-        self.desktop.person.key(*COMBINATION)
+        Person(self.desktop.display_name).key(*keys, held=held)  # One who knows the keyboard as it is now.
         wait(lambda: self.desktop.is_hidden() != before, 2, "the shortcut toggling")
-        if self.desktop.is_hidden():
-            wait(lambda: len(self.desktop.cells()) == 3, 2, "icons leaving the panel")
+        if not before:
+            wait(lambda: len(self.desktop.cells()) == len(self.rest), 2, "icons leaving the panel")
 
     def test_the_shortcut_toggles_whatever_is_focused_and_locked(self):
-        terminal = self.desktop.window_titled("terminal")
         editor = next(w for w in self.desktop.windows() if "Mousepad" in self.desktop.title(w))
         for locks in ((), ("Caps_Lock",), ("Num_Lock",), ("Caps_Lock", "Num_Lock")):
-            for window in (terminal, editor):
+            for window in (self.desktop.window_titled("terminal"), editor):
                 with self.subTest(locks=locks, window=self.desktop.title(window)):
-                    self.desktop.person.click(*self.center(window))
+                    self.desktop.run(["wmctrl", "-i", "-a", hex(window)])
+                    self.desktop.person.click(*center(self.desktop.frame_of(window)))
                     for lock in locks:
                         self.desktop.person.key(lock)
                     try:
-                        self.toggled()
-                        self.toggled()
+                        self.expect_toggled()
+                        self.expect_toggled()
                     finally:
                         for lock in locks:
                             self.desktop.person.key(lock)
 
-    def center(self, window):
-        self.desktop.run(["wmctrl", "-i", "-a", hex(window)])
-        x, y, width, height = self.desktop.frame_of(window)
-        return x + width // 2, y + height // 2
+    def test_a_press_that_is_held_counts_once_and_one_with_other_modifiers_never(self):
+        self.desktop.person.key("Control_L", "Super_L", "b")
+        self.desktop.person.key("Shift_L", *COMBINATION)
+        stays(lambda: not self.desktop.is_hidden(), 0.3, "visible")
+        self.expect_toggled(held=0.9)  # Longer than until the server repeats it (0.66 s) several times.
+        stays(self.desktop.is_hidden, 0.3, "hidden")
 
-    def test_without_the_shortcut_everything_else_works(self):
-        self.desktop.end("orvo")
-        holder = display.Display(self.desktop.display_name)
-        try:
-            root = holder.screen().root
-            key = holder.keysym_to_keycode(XK.XK_b)
-            root.grab_key(key, X.ControlMask | X.Mod1Mask | X.Mod4Mask, True, X.GrabModeAsync, X.GrabModeAsync)
+    def test_without_the_shortcut_everything_else_works_and_another_layout_brings_it_back(self):
+        desktop = self.desktop
+        desktop.end("orvo")
+        holder = display.Display(desktop.display_name)
+        root, refused = holder.screen().root, []
+        holder.set_error_handler(lambda error, _request: refused.append(error))
+        b, q = (holder.keysym_to_keycode(XK.string_to_keysym(name)) for name in "bq")
+
+        def grab(key, locks=0):
+            root.grab_key(key, MODIFIERS | locks, True, X.GrabModeAsync, X.GrabModeAsync)
             holder.sync()
-            self.desktop.start_orvo()
-            self.desktop.hide()
-            self.desktop.click_arrow()
-            wait(lambda: not self.desktop.is_hidden(), 2, "the reveal")
-            self.desktop.choose("Settings…")
-            self.desktop.click(self.desktop.control("Behavior").center())
-            self.desktop.control("This shortcut is in use. Orvo’s menu bar arrow is still available.")
+        try:
+            grab(b, X.LockMask)
+            desktop.start_orvo()
+            desktop.hide()
+            desktop.reveal()
+            desktop.choose("Settings…")
+            desktop.click(desktop.control("Behavior").center())
+            told = "This shortcut is in use. Orvo’s menu bar arrow is still available."
+            desktop.control(told)
+            grab(b)
+            self.assertEqual(refused, [], "the rest stayed taken")
+            holder.ungrab_key(b, X.AnyModifier, root)
+            desktop.end("orvo")
+            desktop.start_orvo()
+            grab(q)
+            was = [holder.get_keyboard_mapping(key, 1)[0] for key in (b, q)]
+            holder.change_keyboard_mapping(b, [was[1]])
+            holder.change_keyboard_mapping(q, [was[0]])
+            desktop.control(told)
+            root.ungrab_key(q, X.AnyModifier)
+            holder.sync()
+            wait(lambda: not desktop.shown_control(told), 8, "the shortcut being had")
+            self.expect_toggled()
         finally:
             holder.close()
 
