@@ -1,0 +1,131 @@
+// Holds the event tap on DISPLAY and does what its standard input says: one command a line, each answered by a line
+// for every event that the callback got meanwhile (type, place and mark), then "done". Its main queue stands still
+// between "hang" and "go".
+#include "platform/linux/x11/X11EventTaps.h"
+
+#include "support/ManualMainQueue.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <mutex>
+#include <optional>
+#include <sstream>
+#include <string>
+
+namespace orvo {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int turn = 2;  // milliseconds
+
+Rect readRect(std::istream& words) {
+  Rect rect;
+  words >> rect.x >> rect.y >> rect.width >> rect.height;
+  return rect;
+}
+
+class TapProgram {
+ public:
+  TapProgram() : port_(makeTap()) {
+    port_->addToMainRunLoop();
+    port_->enable();
+  }
+
+  void obey(const std::string& line) {
+    std::istringstream words(line);
+    std::string command;
+    words >> command;
+    if (command == "regions") port_->setRegionsOfInterest({readRect(words)});
+    if (command == "passes") words >> passes_;
+    if (command == "enable") port_->enable();
+    if (command == "invalidate") port_->invalidate();
+    if (command == "remove") port_.reset();
+    if (command == "makes-another") std::cout << (makeTap() ? "1\n" : "0\n");
+    if (command == "note") places_.note(readControls(words));
+    if (command == "find") find(words);
+    if (command == "hang") hangs_ = true;
+    if (command == "go") hangs_ = false;
+    if (command == "wait") std::cout << queue_.waitUntilPosted(std::chrono::seconds(5)) << '\n';
+    if (command == "end") taps_.reset();
+    if (command == "post") post(words);
+    std::cout << "done" << std::endl;
+  }
+
+  void runQueue() {
+    const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - last_);
+    last_ += passed;
+    if (!hangs_) queue_.advance(passed);
+  }
+
+ private:
+  std::unique_ptr<EventTapPort> makeTap() {
+    return taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter, 0x1E,
+                         &callback, this);
+  }
+
+  static Event* callback(EventType type, Event* event, void* userInfo) {
+    auto& self = *static_cast<TapProgram*>(userInfo);
+    const Point place = event->location();
+    std::cout << static_cast<std::uint32_t>(type) << ' ' << place.x << ' ' << place.y << ' '
+              << event->integerValueField(eventSourceUserData) << '\n';
+    if (self.passes_) return event;
+    if (type == EventType::leftMouseDown) self.pressed_ = event->copy();
+    return nullptr;
+  }
+
+  // The last left press that did not pass.
+  void post(std::istream& words) {
+    std::int64_t mark = 0;
+    words >> mark;
+    pressed_->setIntegerValueField(eventSourceUserData, mark);
+    taps_->post(EventTapLocation::session, *pressed_);
+  }
+
+  // A control's name, frame and window.
+  static ControlPlaces::List readControls(std::istream& words) {
+    std::string name;
+    words >> name;
+    const Rect frame = readRect(words);
+    return {{name, frame, {readRect(words), 0}}};
+  }
+
+  // Without words, nobody knows.
+  void find(std::istream& words) {
+    const std::lock_guard lock(mutex_);
+    controls_.reset();
+    if (!(words >> std::ws).eof()) controls_ = readControls(words);
+  }
+
+  ManualMainQueue queue_;
+  Clock::time_point last_ = Clock::now();
+  std::mutex mutex_;
+  std::optional<ControlPlaces::List> controls_;  // under mutex_
+  ControlPlaces places_{[this] {
+    const std::lock_guard lock(mutex_);
+    return controls_;
+  }};
+  std::unique_ptr<X11EventTaps> taps_ = std::make_unique<X11EventTaps>(
+      queue_, [] { return true; }, places_);
+  std::unique_ptr<EventTapPort> port_;
+  std::unique_ptr<Event> pressed_;
+  bool passes_ = false;
+  bool hangs_ = false;
+};
+
+}  // namespace
+}  // namespace orvo
+
+int main() {
+  orvo::TapProgram program;
+  for (pollfd input{STDIN_FILENO, POLLIN, 0}; poll(&input, 1, orvo::turn) >= 0; program.runQueue()) {
+    std::string line;
+    if (input.revents == 0) continue;
+    if (!std::getline(std::cin, line)) break;
+    program.obey(line);
+  }
+  return 0;
+}

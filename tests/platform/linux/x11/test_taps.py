@@ -1,0 +1,319 @@
+"""The event tap on an X server with a window manager: which clicks it sees, and that each of the others, and each that
+is given back, arrives where it was meant to, once."""
+
+import os
+import subprocess
+import sys
+import time
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "..", "..", "desktop"))
+from Xlib import X, Xatom, display  # noqa: E402
+from Xlib.protocol import event  # noqa: E402
+
+from desktop import Desktop, stopped  # noqa: E402
+from waiting import hold, wait  # noqa: E402
+
+LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP, TIMED_OUT = 1, 2, 3, 4, 0xFFFFFFFE
+DOCK = (0, 560, 800, 40)
+REGION = (600, 562, 100, 36)
+ON_REGION, BESIDE_REGION, ON_DESKTOP = (650, 580), (300, 580), (200, 200)
+CLICK_LIMIT, VERDICT_LIMIT = 2.0, 1.0
+
+
+def click(button, place):
+    return [("down", button, place), ("up", button, place)]
+
+
+class Dock:
+    """A dock of a program of its own, or a plug-in inside one, that notes the button events it gets."""
+
+    def __init__(self, desktop, frame=DOCK, inside=None):
+        self._desktop, self._display, self._buttons = desktop, display.Display(desktop.display_name), []
+        parent = inside.window.id if inside else self._display.screen().root.id
+        self.window = self._display.create_resource_object("window", parent).create_window(
+            *frame, 0, X.CopyFromParent, event_mask=X.ButtonPressMask | X.ButtonReleaseMask)
+        if not inside:
+            kind = self._display.intern_atom("_NET_WM_WINDOW_TYPE_DOCK")
+            self.window.change_property(self._display.intern_atom("_NET_WM_WINDOW_TYPE"), Xatom.ATOM, 32, [kind])
+            self.window.set_wm_normal_hints(flags=4 | 8)  # The program asks for this place and size.
+
+        def shown():
+            self.window.map()  # A window manager that is only starting may miss the wish.
+            return self.window.get_attributes().map_state == X.IsViewable
+        wait(shown, what="the dock")
+
+    def buttons(self):
+        while self._display.pending_events():
+            got = self._display.next_event()
+            if got.type in (X.ButtonPress, X.ButtonRelease):
+                kind = "down" if got.type == X.ButtonPress else "up"
+                self._buttons.append((kind, got.detail, (got.root_x, got.root_y)))
+        return self._buttons
+
+    def covers(self):
+        return self._desktop.input_only_windows(self._desktop.window(self.window.id))
+
+    def forget(self):
+        self._buttons = []
+
+    def close(self):
+        self._display.close()
+
+
+class TapProgram:
+    def __init__(self, desktop):
+        self.process = subprocess.Popen([os.environ["ORVO_TAP_PROGRAM"]], env=desktop.environment, text=True,
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self._seen = []
+        self.say("regions", *REGION)
+
+    def say(self, *words):
+        self.process.stdin.write(" ".join(map(str, words)) + "\n")
+        self.process.stdin.flush()
+        lines = []
+        while (line := self.process.stdout.readline()) != "done\n":
+            assert line, f"the program ended: {self.process.wait()}"
+            lines.append([int(word) for word in line.split()])
+        self._seen += [line for line in lines if len(line) > 1]
+        return [line[0] for line in lines if len(line) == 1]
+
+    def seen(self):
+        """Type, place and mark of each event so far."""
+        self.say("nothing")
+        return [(kind, (x, y), mark) for kind, x, y, mark in self._seen]
+
+    def types(self):
+        return [kind for kind, _, _ in self.seen()]
+
+    def forget(self):
+        self.say("nothing")
+        self._seen = []
+
+    def end(self):
+        self.process.communicate()
+        return self.process.returncode
+
+
+class Taps(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop(size=(800, 600))
+        cls.addClassCleanup(cls.desktop.forget)
+        cls.addClassCleanup(cls.desktop.stop)
+        cls.desktop.start_server()
+        cls.desktop.start_window_manager()
+        cls.person = cls.desktop.person
+
+    def setUp(self):
+        self.dock, self.tap = Dock(self.desktop), TapProgram(self.desktop)
+        self.addCleanup(lambda: self.dock.close())
+        self.addCleanup(lambda: self.assertEqual(self.tap.end(), 0))
+
+    def expect_covered(self, dock=None):
+        wait(lambda: len((dock or self.dock).covers()) == 1, 5, "the cover")
+
+    def expect_seen(self, *types):
+        wait(lambda: len(self.tap.types()) >= len(types), 5, f"{len(types)} events")
+        self.assertEqual(self.tap.types(), list(types))
+
+    def expect_clicks(self, expected, dock=None):
+        dock = dock or self.dock
+        wait(lambda: len(dock.buttons()) >= len(expected), 5, f"{expected} after {dock.buttons()}")
+        self.assertEqual(dock.buttons(), expected)
+
+    def expect_no_more_than(self, expected):
+        """A click of the person beside all regions comes behind everything that was given before it."""
+        self.person.click(*BESIDE_REGION)
+        self.expect_clicks([*expected, *click(1, BESIDE_REGION)])
+        self.dock.forget()
+
+    def catch(self):
+        """A click of which the tap has the press."""
+        self.expect_covered()
+        self.person.click(*ON_REGION)
+        self.expect_seen(LEFT_DOWN, LEFT_UP)
+
+    def test_no_click_that_is_given_ends_on_a_cover_that_is_wanted_back_at_once(self):
+        for turn in range(40):
+            self.catch()
+            self.tap.say("passes", 1)
+            if turn % 8:
+                self.tap.say("post")  # Covers are wanted all the while.
+            else:  # A window manager sees each click first, and may be slow to hand it on.
+                self.person.move(*ON_DESKTOP)
+                with stopped(self.desktop.processes["openbox"].pid):
+                    self.tap.say("post")
+                    hold(0.06)
+            self.expect_clicks(click(1, ON_REGION))
+            self.dock.forget()
+            self.tap.forget()
+            self.tap.say("passes", 0)
+
+    def test_only_the_two_buttons_over_the_region_concern_the_tap(self):
+        # A plug-in of another program inside the panel: what falls through must fall to it.
+        plugin = Dock(self.desktop, (590, 0, 120, 40), self.dock)
+        self.addCleanup(plugin.close)
+        self.expect_covered(plugin)
+        # One by one: of clicks without a pause the server may lose some while a window manager looks at them.
+        for button, place in ((2, ON_REGION), (1, (599, 580)), (1, (700, 580)), (3, (650, 561)), (1, (650, 598))):
+            self.person.click(*place, button)
+            self.expect_clicks(click(button, place), plugin)
+            plugin.forget()
+        self.assertEqual(self.tap.seen(), [])
+        self.person.click(*ON_REGION, 3)
+        self.expect_seen(RIGHT_DOWN, RIGHT_UP)
+        self.assertEqual(self.tap.seen()[0][1], ON_REGION)
+
+    def test_what_the_callback_lets_through_arrives_and_posted_events_come_by_it_with_their_mark(self):
+        self.tap.say("passes", 1)
+        for button in (1, 3):
+            self.expect_covered()
+            self.person.click(*ON_REGION, button)
+            self.expect_clicks(click(button, ON_REGION))
+            self.expect_no_more_than(click(button, ON_REGION))
+        self.expect_seen(LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP)
+        self.tap.forget()
+        self.tap.say("passes", 0)
+        self.catch()
+        self.tap.say("post", 42)
+        self.expect_seen(LEFT_DOWN, LEFT_UP, LEFT_DOWN)
+        self.assertEqual(self.tap.seen()[-1][2], 42)
+        self.expect_no_more_than([])  # It was dropped.
+        for word in ("hang", "post", "invalidate", "go"):  # Nobody is left to be asked.
+            self.tap.say(word)
+        self.expect_clicks(click(1, ON_REGION))
+
+    def test_a_click_may_be_held_for_long_but_comes_out_of_nowhere_for_nobody(self):
+        self.expect_covered()
+        self.person.move(*ON_REGION)
+        self.person.button(1, True)
+        self.expect_seen(LEFT_DOWN)
+        self.tap.say("passes", 1)
+        self.tap.say("post")
+        hold(CLICK_LIMIT + 0.1)
+        self.assertEqual(self.dock.buttons(), [])
+        self.person.button(1, False)
+        self.expect_clicks(click(1, ON_REGION))
+        self.dock.forget()
+        hold(CLICK_LIMIT + 0.1)
+        self.tap.say("post")  # As after a stop.
+        self.expect_seen(LEFT_DOWN, LEFT_DOWN, LEFT_UP, LEFT_DOWN)
+        self.expect_no_more_than([])
+
+    def test_a_click_that_nobody_has_decided_when_the_tap_ends_is_given(self):
+        self.expect_covered()
+        self.tap.say("hang")
+        self.person.click(*ON_REGION)
+        self.assertEqual(self.tap.say("wait"), [1])
+        self.tap.say("end")
+        self.expect_clicks(click(1, ON_REGION))
+
+    def test_a_hung_main_thread_loses_no_click_and_hears_of_the_time_out(self):
+        self.expect_covered()
+        self.tap.say("hang")
+        pressed = self.person.click(*ON_REGION)
+        self.expect_clicks(click(1, ON_REGION))
+        self.assertGreaterEqual(time.monotonic() - pressed, VERDICT_LIMIT)
+        self.assertEqual(self.dock.covers(), [])
+        self.tap.say("go")
+        self.expect_seen(TIMED_OUT)
+        self.person.click(*ON_REGION)  # Disabled: passes without asking.
+        self.expect_clicks(click(1, ON_REGION) * 2)
+        self.tap.say("enable")
+        self.expect_covered()
+        self.person.click(*ON_REGION)
+        self.expect_seen(TIMED_OUT, LEFT_DOWN, LEFT_UP)
+        self.expect_no_more_than(click(1, ON_REGION) * 2)
+
+    def test_covers_follow_the_panel(self):
+        self.expect_covered()
+        self.person.move(*ON_REGION)
+        self.person.button(1, True)
+        self.expect_seen(LEFT_DOWN)
+        self.dock.close()  # With a button held on its cover, whose release nobody is told.
+        self.person.button(1, False)
+        self.expect_seen(LEFT_DOWN, LEFT_UP)
+        self.tap.forget()
+        self.dock = Dock(self.desktop)
+        self.catch()
+        for region, count in (((10, 10, 50, 50), 0), ((650, 562, -50, 36), 1)):
+            self.tap.say("regions", *region)
+            wait(lambda n=count: len(self.dock.covers()) == n, 5, f"{count} covers")
+        self.assertEqual(self.tap.say("makes-another"), [0])
+        self.tap.say("remove")
+        wait(lambda: not self.dock.covers(), 5, "the covers leaving")
+
+    def test_a_click_on_a_control_is_told_where_it_was_and_given_where_it_is_or_to_nobody(self):
+        out_of_sight = (0, -40, 800, 40)
+
+        def clock(x, window=DOCK, name="clock"):
+            return name, window[0] + x, window[1] + 2, 100, 36, *window
+        cases = {  # Where the reading had the dock, what is found, whether behind another window, and what is given.
+            "stays": (DOCK, clock(600), False, click(1, (610, 570))),
+            "moved": (DOCK, clock(300), False, click(1, (310, 570))),
+            "read while out of sight": (out_of_sight, clock(200, out_of_sight), False, click(1, (210, 570))),
+            "gone": (DOCK, clock(600, name="another"), False, []),
+            "behind another window": (DOCK, clock(600), True, []),
+            "in a window that is gone": (DOCK, clock(600, (0, 0, 30, 400)), False, []),
+        }
+        for name, (read, found, behind, given) in cases.items():
+            with self.subTest(name):
+                self.doCleanups()
+                self.setUp()
+                self.tap.say("note", *clock(600, read))
+                self.tap.say("regions", *clock(600, read)[1:5])
+                self.expect_covered()
+                self.person.click(610, 570)
+                self.expect_seen(LEFT_DOWN, LEFT_UP)
+                self.assertEqual(self.tap.seen()[0][1], (610, read[1] + 10))
+                self.tap.say("find")  # Nobody knows at first.
+                if behind:
+                    before = self.window_at(610, 570)
+                    other = Dock(self.desktop, (600, 560, 200, 40))
+                    self.addCleanup(other.close)
+                    wait(lambda: self.window_at(610, 570) != before, 5, "another window in front")
+                self.tap.say("passes", 1)
+                self.tap.say("post")
+                self.expect_seen(LEFT_DOWN, LEFT_UP, LEFT_DOWN)
+                hold(0.05)
+                self.assertEqual(self.dock.buttons(), [])
+                self.tap.say("find", *found)
+                self.expect_clicks(given)
+                hold(0.05)  # The tap puts the pointer back, and the next click brings the dock to the front again.
+                self.expect_no_more_than(given)
+                self.assertTrue(not behind or other.buttons() == [])
+
+    def window_at(self, x, y):
+        return self.desktop.root.translate_coords(self.desktop.root, x, y).child
+
+    def test_nobody_else_presses_or_takes_the_cover_away(self):
+        self.expect_covered()
+        cover, root = self.dock.covers()[0], self.desktop.root
+        cover.send_event(event.ButtonPress(detail=1, time=0, root=root, window=cover, same_screen=1, child=0,
+                                           root_x=650, root_y=580, event_x=1, event_y=1, state=0))
+        for take_away in (lambda cover: cover.configure(x=0, y=0), lambda cover: cover.unmap()):
+            take_away(self.dock.covers()[0])
+            self.desktop.display.sync()
+            before = len(self.tap.types())
+
+            def caught():
+                self.person.click(*ON_REGION, 3)
+                return len(self.tap.types()) > before
+            wait(caught, 5, "a click on the cover")
+        self.assertNotIn(LEFT_DOWN, self.tap.types())
+
+    def test_a_stopped_tap_holds_up_no_other_click_and_repeats_nothing_once_it_goes_on(self):
+        self.expect_covered()
+        with stopped(self.tap.process.pid):
+            self.person.click(*ON_REGION)
+            self.expect_no_more_than([])
+            hold(CLICK_LIMIT + 0.1)
+        wait(lambda: not self.dock.covers(), 5, "the covers leaving")
+        self.person.click(*ON_REGION, 3)
+        self.expect_clicks(click(3, ON_REGION))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
