@@ -10,8 +10,10 @@ import subprocess
 import sys
 import tempfile
 
+from gi.repository import Gio, GLib
 from Xlib import display, error
 
+import bus
 from desktop import PROGRAMS, REPOSITORY, WATCHER, center
 from session import OrvoDesktop
 from waiting import hold, wait
@@ -57,35 +59,31 @@ def has_screen():
 
 def watcher_is_free():
     """Whether this session has a bus on which nobody holds the name that the agent needs."""
-    answer = subprocess.run(
-        ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
-         "org.freedesktop.DBus.NameHasOwner", f"string:{WATCHER}"], capture_output=True, text=True, check=False)
-    return answer.returncode == 0 and "false" in answer.stdout
+    with contextlib.suppress(GLib.Error):
+        return not bus.owner(Gio.bus_get_sync(Gio.BusType.SESSION), WATCHER)
+    return False
 
 
 def here():
     """Installs for this person and runs on their own desktop until they quit Orvo."""
     subprocess.run([os.path.join(REPOSITORY, "packaging", "linux", "install")], check=True)
-    programs = os.path.expanduser("~/Applications/Orvo.app/bin")
-    agent = subprocess.Popen([os.path.join(programs, "orvo-agent")])
-    try:
+    with running("orvo-agent"), running("orvo") as orvo:
         print("Orvo runs on this desktop. Quit it by its arrow's menu in the tray, or with Ctrl-C here.", flush=True)
-        orvo = subprocess.Popen([os.path.join(programs, "orvo")])
-        try:
-            return orvo.wait()
-        finally:
-            end(orvo)
-    finally:
-        end(agent)
+        return orvo.wait()
 
 
-def end(process):
-    process.terminate()
+@contextlib.contextmanager
+def running(program):
+    process = subprocess.Popen([os.path.expanduser("~/Applications/Orvo.app/bin/" + program)])
     try:
-        process.wait(5)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
+        yield process
+    finally:
+        process.terminate()
+        try:
+            process.wait(5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
 
 
 def in_a_window(dark):

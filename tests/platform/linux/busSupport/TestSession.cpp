@@ -6,27 +6,10 @@
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
-#include <dlfcn.h>
 #include <sys/prctl.h>
 
 #include <csignal>
-#include <cstdarg>
 #include <optional>
-
-#ifdef __SANITIZE_THREAD__
-// QProcess starts a child on shared memory. The thread sanitizer's own clone() counts such a call as ended twice and
-// sees none of the thread's locks from then on, so QProcess gets the C library's instead.
-extern "C" __attribute__((visibility("default"))) int clone(int (*child)(void*), void* stack, int flags, void* argument,
-                                                            ...) noexcept {
-  using Clone = int (*)(int (*)(void*), void*, int, void*, void*);
-  static const auto real = reinterpret_cast<Clone>(dlsym(dlopen("libc.so.6", RTLD_LAZY | RTLD_NOLOAD), "clone"));
-  va_list rest;
-  va_start(rest, argument);
-  void* const descriptor = va_arg(rest, void*);
-  va_end(rest);
-  return real(child, stack, flags, argument, descriptor);
-}
-#endif
 
 namespace orvo::test {
 
@@ -43,7 +26,8 @@ class TestSession final : public ::testing::Environment {
     for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home().path().toUtf8());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("GSETTINGS_BACKEND", "memory");
-    static Program bus("dbus-daemon", {"--config-file=" ORVO_BUS_SUPPORT "/bus.conf", "--nofork", "--print-address"});
+    static Program bus("dbus-daemon", {"--config-file=" ORVO_SOURCE "/tests/platform/linux/busSupport/bus.conf",
+                                       "--nofork", "--print-address"});
     qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().toUtf8());
     application_.emplace(count_, &arguments_[0]);
   }
@@ -61,13 +45,8 @@ const auto* const environment = ::testing::AddGlobalTestEnvironment(new TestSess
 
 Program::Program(const QString& program, const QStringList& arguments) {
   process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+  process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   process_.start(program, arguments);
-}
-
-Program::Program(const QStringList& peerArguments)
-    : Program("/usr/bin/python3", QStringList{ORVO_BUS_SUPPORT "/busPeer.py"} + peerArguments) {
-  busName_ = readLine();
-  EXPECT_FALSE(busName_.isEmpty()) << process_.readAllStandardError().toStdString();
 }
 
 QString Program::readLine() {
@@ -75,6 +54,25 @@ QString Program::readLine() {
   while (!process_.canReadLine() && process_.state() != QProcess::NotRunning && !deadline.hasExpired())
     process_.waitForReadyRead(100);
   return QString::fromUtf8(process_.readLine()).trimmed();
+}
+
+QString Program::ask(const QString& expression) {
+  process_.write(expression.toUtf8() + '\n');
+  return readLine();
+}
+
+std::unique_ptr<Program> agent() {
+  auto started = std::make_unique<Program>(QStringLiteral(ORVO_AGENT), QStringList());
+  const auto* bus = QDBusConnection::sessionBus().interface();
+  for (const char* name : {"local.orvo.MenuBarAgent", "org.kde.StatusNotifierWatcher"})
+    EXPECT_TRUE(runUntil([&] { return bus->isServiceRegistered(name).value(); }));
+  return started;
+}
+
+std::unique_ptr<Program> peer(const QString& name) {
+  qputenv("PYTHONPATH", ORVO_SOURCE "/desktop");
+  QFile::copy(ORVO_SOURCE "/tests/desktop/peer.py", inHome(name));
+  return std::make_unique<Program>("/usr/bin/python3", QStringList{inHome(name)});
 }
 
 std::shared_ptr<QDBusConnection> otherConnection() {

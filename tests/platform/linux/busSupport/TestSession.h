@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <memory>
 
 #include "support/QtEventLoop.h"
@@ -19,8 +20,6 @@ namespace orvo::test {
 class Program {
  public:
   Program(const QString& program, const QStringList& arguments);
-  // busPeer.py on the session bus; ready when it is made.
-  explicit Program(const QStringList& peerArguments);
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
   ~Program() { end(); }
@@ -29,20 +28,25 @@ class Program {
     process_.kill();
     process_.waitForFinished();
   }
+  void signal(int number) { ::kill(pid(), number); }
   int pid() {
     process_.waitForStarted();
     return static_cast<int>(process_.processId());
   }
   // Waits for the next line that it prints; empty when it ends instead.
   QString readLine();
-  const QString& busName() const { return busName_; }
+  // Waits for its answer, a line.
+  QString ask(const QString& expression);
 
  private:
   QProcess process_;
-  QString busName_;
 };
 
 inline std::unique_ptr<Program> sleeper() { return std::make_unique<Program>("sleep", QStringList{"600"}); }
+// The agent, once it is on the bus and there is a tray.
+std::unique_ptr<Program> agent();
+// peer.py, which the agent takes for the application of this name.
+std::unique_ptr<Program> peer(const QString& name);
 
 // A connection to the bus as another process would have; closed with the last reference.
 std::shared_ptr<QDBusConnection> otherConnection();

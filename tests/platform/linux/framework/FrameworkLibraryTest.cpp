@@ -1,45 +1,42 @@
 #include "platform/linux/framework/FrameworkLibrary.h"
 
-#include "platform/linux/busSupport/ScriptedAgent.h"
+#include "platform/linux/busSupport/TestSession.h"
 #include "platform/linux/framework/client/AgentClient.h"
+
+#include <QDBusVariant>
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
-#include <mutex>
 #include <thread>
+#include <utility>
 
 namespace orvo {
 namespace {
 
 using test::runUntil;
-using test::ScriptedAgent;
 
 constexpr const char* frameworkPath = "/System/Library/PrivateFrameworks/MenuBarClientCore.framework/MenuBarClientCore";
 constexpr const char* activateMessage = "activateWithConfiguration:completionHandler:";
+constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
 constexpr std::array<int, 9> systemItems{0, 1, 2, 3, 4, 5, 6, 7, 8};
 
-struct Answers {
-  std::mutex mutex;
-  std::vector<std::string> list;
+// The agent with one item.
+struct Tray {
+  Tray() { peer->ask("register('/item')"); }
 
-  ConcealmentFramework::CompletionHandler handler() {
-    return [this, caller = std::this_thread::get_id()](const std::optional<FrameworkError>& error) {
-      const std::lock_guard lock(mutex);
-      EXPECT_NE(std::this_thread::get_id(), caller);
-      list.push_back(error ? error->localizedDescription : "granted");
-    };
+  // Once the agent has carried out what had reached it.
+  static bool isHidden() {
+    auto question =
+        QDBusMessage::createMethodCall(watcher, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get");
+    question << watcher << "RegisteredStatusNotifierItems";
+    const auto told = QDBusConnection::sessionBus().call(question).arguments().value(0);
+    return told.value<QDBusVariant>().variant().toStringList().isEmpty();
   }
-  std::vector<std::string> get() {
-    const std::lock_guard lock(mutex);
-    return list;
-  }
-  std::string awaited() {
-    EXPECT_TRUE(runUntil([&] { return !get().empty(); }));
-    EXPECT_EQ(get().size(), 1U);
-    return get().front();
-  }
+
+  std::unique_ptr<test::Program> agent = test::agent();
+  std::unique_ptr<test::Program> peer = test::peer("ünï.ço");
 };
 
 class FrameworkLibraryTest : public ::testing::Test {
@@ -54,110 +51,118 @@ class FrameworkLibraryTest : public ::testing::Test {
     EXPECT_FALSE(framework_.instancesRespondTo(configurationType_, activateMessage));
     return framework_.instancesRespondTo(assertionType_, activateMessage);
   }
-
-  FrameworkObjectRef activate(Answers& answers, const std::vector<std::string>& allowed = {"a.b", "c"}) {
-    const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, allowed);
-    auto assertion = framework_.makeAssertion(assertionType_);
-    framework_.activate(*assertion, configuration, answers.handler());
+  // Notes the answer, an empty one for a grant, on the main thread.
+  ConcealmentFramework::CompletionHandler handler() {
+    return [this, caller = std::this_thread::get_id()](const std::optional<FrameworkError>& error) {
+      EXPECT_NE(std::this_thread::get_id(), caller);
+      QMetaObject::invokeMethod(
+          &notes_, [this, text = error ? error->localizedDescription : ""] { answers_.push_back(text); },
+          Qt::QueuedConnection);
+    };
+  }
+  FrameworkObjectRef activate(FrameworkLibrary& framework, const std::vector<std::string>& allowed = {}) {
+    auto assertion = framework.makeAssertion(assertionType_);
+    framework.activate(*assertion, framework.makeConfiguration(configurationType_, systemItems, allowed), handler());
+    return assertion;
+  }
+  // The one answer since the last.
+  std::string answer() {
+    EXPECT_TRUE(runUntil([&] { return !answers_.empty(); }));
+    EXPECT_EQ(answers_.size(), 1U);
+    return std::exchange(answers_, {}).front();
+  }
+  FrameworkObjectRef granted(const std::vector<std::string>& allowed = {}) {
+    auto assertion = activate(framework_, allowed);
+    EXPECT_EQ(answer(), "");
     return assertion;
   }
 
+  QObject notes_;
+  std::vector<std::string> answers_;
   FrameworkLibrary framework_{ORVO_BUNDLE};
   FrameworkClassRef configurationType_ = nullptr;
   FrameworkClassRef assertionType_ = nullptr;
 };
 
-TEST_F(FrameworkLibraryTest, IsUnusableWhileTheAgentIsAbsentSilentOrWithoutTheWatcher) {
-  EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  ScriptedAgent agent;
+TEST_F(FrameworkLibraryTest, IsUsableWhileTheAgentIsThereAnswersAndHoldsTheWatcher) {
+  EXPECT_FALSE(usable());
+  auto agent = test::agent();
+  EXPECT_TRUE(runUntil([&] { return usable(); }));
   EXPECT_TRUE(runUntil([&] {
-    const auto before = agent.count("");
-    return usable() && agent.count("") == before;
+    agent->signal(SIGSTOP);
+    const bool known = usable();
+    agent->signal(SIGCONT);
+    return known;
   })) << "one that is known is not asked again";
-  agent.setHeld(false);
+  agent.reset();
   EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  agent.setHeld(true);
-  EXPECT_TRUE(usable());
-  agent.vanish();
-  EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  ScriptedAgent mute(ScriptedAgent::Mood::silent);
-  EXPECT_TRUE(runUntil([&] { return !usable(); }));
+  auto holder = test::otherConnection();
+  holder->interface()->registerService(watcher);
+  agent = test::agent();
+  EXPECT_FALSE(usable());
+  holder.reset();
+  EXPECT_TRUE(runUntil([&] { return usable(); }));
+  agent.reset();
+  const auto mute = test::peer("mute");
+  mute->ask("own('local.orvo.MenuBarAgent')");
+  mute->signal(SIGSTOP);
+  EXPECT_FALSE(usable());
 }
 
-TEST_F(FrameworkLibraryTest, PassesTheRequestUnchangedAndAnswersOnceOnAnotherThreadAndNeverRunsTheCallersLoop) {
-  EXPECT_TRUE(runUntil([&] { return !usable(); }));
-  QObject caller;
+TEST_F(FrameworkLibraryTest, PassesTheRequestAndNeverRunsTheCallersLoop) {
   bool ran = false;
   QMetaObject::invokeMethod(
-      &caller, [&] { ran = true; }, Qt::QueuedConnection);
+      &notes_, [&] { ran = true; }, Qt::QueuedConnection);
   EXPECT_FALSE(usable()) << "asks, and waits for the answer";
-  ScriptedAgent agent;
-  Answers answers;
-  const auto assertion = activate(answers, {"org.example.A", "", "ünï.ço"});
   EXPECT_FALSE(ran);
-  EXPECT_EQ(answers.awaited(), "granted");
-  EXPECT_EQ(agent.count("Activate org.example.A  ünï.ço"), 1);
+  const Tray tray;
+  auto assertion = granted({"org.example.A", "", "ünï.ço"});
+  EXPECT_FALSE(Tray::isHidden());
+  assertion = granted({"ünï.çö"});
+  EXPECT_TRUE(Tray::isHidden());
 }
 
-TEST_F(FrameworkLibraryTest, InvalidationRightAfterActivationEndsTheConcealmentThoughTheAnswerIsLate) {
-  ScriptedAgent agent(ScriptedAgent::Mood::silent);
-  Answers answers;
-  const auto assertion = activate(answers);
-  framework_.invalidate(*assertion);
-  ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
-  agent.catchUp();
-  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 1") == 1; }));
-  EXPECT_EQ(answers.awaited(), "The request ended before it took effect.");
-}
-
-TEST_F(FrameworkLibraryTest, TheLastReferenceEndsTheConcealmentOnce) {
-  ScriptedAgent agent;
-  Answers answers;
-  auto assertion = activate(answers);
-  answers.awaited();
-  framework_.invalidate(*assertion);
-  framework_.invalidate(*assertion);
+TEST_F(FrameworkLibraryTest, AConcealmentEndsWithItsLastReferenceOrBeforeItsAnswerHasCome) {
+  const Tray tray;
+  auto assertion = granted();
+  EXPECT_TRUE(Tray::isHidden());
   assertion.reset();
-  Answers later;
-  auto next = activate(later);
-  later.awaited();
-  EXPECT_EQ(agent.count("Invalidate 1"), 1);
-  next.reset();
-  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 2") == 1; }));
+  EXPECT_TRUE(runUntil([] { return !Tray::isHidden(); }));
+  tray.agent->signal(SIGSTOP);
+  assertion = activate(framework_);
+  framework_.invalidate(*assertion);
+  framework_.invalidate(*assertion);
+  tray.agent->signal(SIGCONT);
+  EXPECT_EQ(answer(), "The request ended before it took effect.");
+  EXPECT_TRUE(runUntil([] { return !Tray::isHidden(); }));
 }
 
 TEST_F(FrameworkLibraryTest, AnAssertionOfAnEarlierAgentNeverEndsOneOfItsSuccessor) {
-  auto first = std::make_unique<ScriptedAgent>();
-  Answers before;
-  const auto old = activate(before);
-  before.awaited();
+  auto first = std::make_unique<Tray>();
+  const auto old = granted();
   first.reset();
-  ScriptedAgent second;
-  Answers after;
-  const auto current = activate(after);
-  after.awaited();
+  const Tray second;
+  const auto current = granted();
   framework_.invalidate(*old);
+  granted().reset();  // behind it
+  EXPECT_TRUE(Tray::isHidden());
   framework_.invalidate(*current);
-  ASSERT_TRUE(runUntil([&] { return second.count("Invalidate 1") > 0; }));
-  EXPECT_EQ(second.count("Invalidate 1"), 1);
+  EXPECT_TRUE(runUntil([] { return !Tray::isHidden(); }));
 }
 
 TEST_F(FrameworkLibraryTest, EveryFailureOfTheAgentIsAnErrorGivenOnce) {
-  Answers absent;
-  const auto first = activate(absent);
-  EXPECT_EQ(absent.awaited(), "The menu bar agent is not running.");
-  Answers refused;
-  Answers deserted;
-  {
-    ScriptedAgent agent(ScriptedAgent::Mood::refuses);
-    const auto second = activate(refused);
-    EXPECT_EQ(refused.awaited(), "Another program manages the status icons.");
-  }
-  ScriptedAgent agent(ScriptedAgent::Mood::silent);
-  const auto third = activate(deserted);
-  ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
-  agent.vanish();
-  EXPECT_EQ(deserted.awaited(), "The menu bar agent is not running.");
+  const auto first = activate(framework_);
+  EXPECT_EQ(answer(), "The menu bar agent is not running.");
+  const auto holder = test::otherConnection();
+  holder->interface()->registerService(watcher);
+  const auto agent = test::agent();
+  const auto second = activate(framework_);
+  EXPECT_EQ(answer(), "Another program manages the status icons.");
+  agent->signal(SIGSTOP);
+  const auto third = activate(framework_);
+  EXPECT_FALSE(usable()) << "asked behind the request";
+  agent->end();
+  EXPECT_EQ(answer(), "The menu bar agent is not running.");
 }
 
 TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
@@ -171,37 +176,29 @@ TEST_F(FrameworkLibraryTest, WhatTheLibraryRaisesArrivesAsFrameworkException) {
   };
   EXPECT_EQ(reasonOf([&] { framework_.makeConfiguration(configurationType_, systemItems, {"caf\xe9"}); }),
             "A bundle identifier is not valid UTF-8.");
-  ScriptedAgent agent;
-  Answers answers;
-  const auto assertion = activate(answers);
+  const auto assertion = activate(framework_);
   const auto configuration = framework_.makeConfiguration(configurationType_, systemItems, {});
-  EXPECT_EQ(reasonOf([&] { framework_.activate(*assertion, configuration, answers.handler()); }),
+  EXPECT_EQ(reasonOf([&] { framework_.activate(*assertion, configuration, handler()); }),
             "The assertion has been activated before.");
-  answers.awaited();
+  EXPECT_EQ(answer(), "The menu bar agent is not running.");
 }
 
 TEST_F(FrameworkLibraryTest, NoCompletionComesAfterTheLoaderIsGone) {
-  ScriptedAgent agent(ScriptedAgent::Mood::silent);
-  Answers answers;
+  const auto agent = test::agent();
+  agent->signal(SIGSTOP);
   {
     FrameworkLibrary passing(ORVO_BUNDLE);
     ASSERT_TRUE(passing.load(frameworkPath));
-    const auto configuration = passing.makeConfiguration(configurationType_, systemItems, {});
-    const auto assertion = passing.makeAssertion(assertionType_);
-    passing.activate(*assertion, configuration, answers.handler());
-    ASSERT_TRUE(runUntil([&] { return agent.count("Activate") > 0; }));
+    const auto assertion = activate(passing);
   }
-  agent.catchUp();
-  // The invalidation that follows the late answer is sent before its completion would run.
-  Answers later;
-  const auto next = activate(later);
-  later.awaited();
-  EXPECT_TRUE(answers.get().empty());
+  agent->signal(SIGCONT);
+  granted();
 }
 
 // The client behind the library, with a limit that a test can wait for.
 TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
-  ScriptedAgent agent(ScriptedAgent::Mood::silent);
+  const Tray tray;
+  tray.agent->signal(SIGSTOP);
   AgentClient client(*test::otherConnection(), std::chrono::milliseconds(50));
   std::atomic<int> errors = 0;
   const auto concealment = std::make_shared<Concealment>();
@@ -210,8 +207,8 @@ TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
   };
   client.activate(concealment, {});
   ASSERT_TRUE(runUntil([&] { return errors == 1; }));
-  agent.catchUp();
-  EXPECT_TRUE(runUntil([&] { return agent.count("Invalidate 1") == 1; }));
+  tray.agent->signal(SIGCONT);
+  EXPECT_TRUE(runUntil([] { return !Tray::isHidden(); }));
   EXPECT_EQ(errors, 1);
 }
 

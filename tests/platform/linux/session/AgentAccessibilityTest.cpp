@@ -1,75 +1,64 @@
 #include "platform/linux/session/AgentAccessibility.h"
 
-#include "platform/linux/busSupport/ScriptedAgent.h"
+#include "platform/linux/busSupport/TestSession.h"
 
 #include <QElapsedTimer>
 
 namespace orvo {
 namespace {
 
-using test::Program;
 using test::runUntil;
-using test::ScriptedAgent;
 
 constexpr int host = 4242;
 
 using Elements = std::vector<AccessibilityElementRef>;
 
-int walk(const AccessibilityElementRef& element) {
-  int count = 1;
-  for (const char* name : {"AXFrame", "AXIdentifier"}) element->copyAttributeValue(name);
+// What a tree tells, in pre-order.
+std::string walk(const AccessibilityElementRef& element) {
+  std::string told = std::to_string(element->processIdentifier().value_or(0));
+  if (const auto name = element->copyAttributeValue("AXIdentifier")) told += ' ' + std::get<std::string>(*name);
+  if (const auto frame = element->copyAttributeValue("AXFrame")) {
+    const auto& rect = std::get<Rect>(*frame);
+    for (const double value : {rect.x, rect.y, rect.width, rect.height})
+      told += ' ' + std::to_string(std::lround(value));
+  }
+  EXPECT_FALSE(element->copyAttributeValue("AXTitle"));
   const auto children = element->copyAttributeValue("AXChildren");
-  for (const auto& child : children ? std::get<Elements>(*children) : Elements()) count += walk(child);
-  return count;
+  for (const auto& child : children ? std::get<Elements>(*children) : Elements()) told += " (" + walk(child) + ')';
+  return told;
 }
 
-AccessibilityElementRef rootOf(AgentAccessibility& accessibility) {
-  auto root = accessibility.applicationElement(host);
-  root->setMessagingTimeout(0.2F);
-  return root;
-}
-
-TEST(AgentAccessibilityTest, TheTreeIsReadAsTheAgentTellsIt) {
-  ScriptedAgent agent;
-  agent.setTree({{-1, host, "", false},
-                 {0, 77, "", true, {1, 2, 3, 4}},
-                 {0, host, "com.apple.menuextra.clock", true, {-5.5, 0, 0, 24}},
-                 {2, host, "", false}});
-  AgentAccessibility accessibility;
-  const auto root = rootOf(accessibility);
-  EXPECT_EQ(root->processIdentifier(), host);
-  EXPECT_FALSE(root->copyAttributeValue("AXFrame"));
-  EXPECT_FALSE(root->copyAttributeValue("AXTitle"));
-  const auto children = std::get<Elements>(*root->copyAttributeValue("AXChildren"));
-  ASSERT_EQ(children.size(), 2U);
-  EXPECT_EQ(children[0]->processIdentifier(), 77);
-  EXPECT_EQ(std::get<Rect>(*children[0]->copyAttributeValue("AXFrame")), (Rect{1, 2, 3, 4}));
-  EXPECT_FALSE(children[0]->copyAttributeValue("AXIdentifier"));
-  EXPECT_EQ(std::get<std::string>(*children[1]->copyAttributeValue("AXIdentifier")), "com.apple.menuextra.clock");
-  EXPECT_EQ(std::get<Rect>(*children[1]->copyAttributeValue("AXFrame")), (Rect{-5.5, 0, 0, 24}));
-  EXPECT_EQ(walk(root), 4);
-  EXPECT_EQ(agent.count("Tree"), 1);
-}
-
-TEST(AgentAccessibilityTest, ATreeThatIsNotTheHostsOrNotATreeHasNoAttributes) {
-  struct Case {
-    std::string name;
-    QList<TreeElement> tree;
-    bool silent = false;
+TEST(AgentAccessibilityTest, ATreeIsReadOnceAsItIsToldAndOneThatIsNotTheHostsOrNoneHasNoAttributes) {
+  const QString root = "(-1, 4242, '', false, (0.0, 0.0, 0.0, 0.0))";
+  const QString child = ", (0, 7, '', true, (1.0, 2.0, 3.0, 4.0))";
+  const struct {
+    QString tree;
+    std::string told;
+  } cases[]{
+      {root + child + ", (0, 4242, 'clock', true, (-5.0, 0.0, 0.0, 24.0)), (2, 8, '', false, (0.0, 0.0, 0.0, 0.0))",
+       "4242 (7 1 2 3 4) (4242 clock -5 0 0 24 (8))"},
+      {root + QString(child).replace("4.0", "40000.0"), "4242 (7)"},
+      {"(-1, 4243, '', true, (0.0, 0.0, 0.0, 0.0))" + child, "4242"},
+      {"(0, 4242, '', true, (0.0, 0.0, 0.0, 0.0))", "4242"},
+      {root + ", (2, 1, '', true, (0.0, 0.0, 0.0, 0.0))" + child, "4242"},
+      {root + ", " + root, "4242"},
+      {"'no tree'", "4242"},
+      {"", "4242"},
   };
-  for (const Case& one : {Case{"another process", {{-1, host + 1, "", true}}}, Case{"no element", {}},
-                          Case{"a root with a parent", {{0, host, "", true}}},
-                          Case{"a child before its parent", {{-1, host, "", true}, {2, 1, "", true}, {0, 1, "", true}}},
-                          Case{"a second root", {{-1, host, "", true}, {-1, host, "", true}}},
-                          Case{"a silent agent", {{-1, host, "", true}}, true}}) {
-    ScriptedAgent agent(one.silent ? ScriptedAgent::Mood::silent : ScriptedAgent::Mood::answers);
-    agent.setTree(one.tree);
-    AgentAccessibility accessibility;
+  const auto agent = test::peer("forger");
+  agent->ask("own('local.orvo.MenuBarAgent')");
+  agent->ask("serve(Tree=lambda: items.pop('tree', None))");
+  AgentAccessibility accessibility;
+  for (const auto& [tree, told] : cases) {
+    agent->ask("items.update(tree=\"(@as [],)\")");
+    if (!tree.isEmpty()) agent->ask("items.update(tree=\"([" + tree + "],)\")");
+    if (tree.isEmpty()) agent->signal(SIGSTOP);
+    const auto element = accessibility.applicationElement(host);
+    element->setMessagingTimeout(0.2F);
     QElapsedTimer clock;
     clock.start();
-    EXPECT_EQ(walk(rootOf(accessibility)), 1) << one.name;
-    EXPECT_LT(clock.elapsed(), 1500) << one.name;
-    EXPECT_EQ(agent.count("Tree"), 1) << one.name;
+    EXPECT_EQ(walk(element), told) << tree.toStdString();
+    EXPECT_LT(clock.elapsed(), 1500);
   }
 }
 
@@ -78,16 +67,13 @@ TEST(AgentAccessibilityTest, TrustFollowsTheSessionsAccessibilityAndThePromptSwi
   AgentAccessibility accessibility;
   EXPECT_FALSE(accessibility.isProcessTrusted());
   EXPECT_NE(::testing::internal::GetCapturedStderr().find("accessibility bus does not answer"), std::string::npos);
-  const auto busIsThere = [] {
-    return QDBusConnection::sessionBus().interface()->isServiceRegistered(QStringLiteral("org.a11y.Bus")).value();
-  };
   {
-    Program launcher(QStringLiteral("/usr/libexec/at-spi-bus-launcher"), {});
-    ASSERT_TRUE(runUntil(busIsThere));
+    const test::Program launcher(QStringLiteral("/usr/libexec/at-spi-bus-launcher"), {});
+    const auto* bus = QDBusConnection::sessionBus().interface();
+    ASSERT_TRUE(runUntil([&] { return bus->isServiceRegistered(QStringLiteral("org.a11y.Bus")).value(); }));
     EXPECT_FALSE(accessibility.isProcessTrusted(true));
     EXPECT_TRUE(runUntil([&] { return accessibility.isProcessTrusted(); }));
-    AgentAccessibility later;
-    EXPECT_TRUE(later.isProcessTrusted());
+    EXPECT_TRUE(AgentAccessibility().isProcessTrusted());
   }
   EXPECT_TRUE(runUntil([&] { return !accessibility.isProcessTrusted(); }));
 }

@@ -1,12 +1,12 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 
-#include "platform/linux/busSupport/ScriptedAgent.h"
+#include "platform/linux/AgentProtocol.h"
+#include "platform/linux/busSupport/TestSession.h"
 #include "platform/linux/x11/XConnection.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,30 +14,27 @@ namespace orvo {
 namespace {
 
 using test::inHome;
-using test::Program;
 using test::runUntil;
-using test::ScriptedAgent;
 using test::sleeper;
 using test::writeFile;
 
 constexpr const char* ownIdentifier = "local.orvo.Orvo";
 
-class DesktopWorkspaceTest : public ::testing::Test {
- protected:
-  struct Follower {
-    explicit Follower(DesktopWorkspace& workspace) {
-      auto& center = workspace.notificationCenter();
-      center.addObserver(Notification::applicationLaunched, [this](Notification) { ++launches; });
-      center.addObserver(Notification::applicationTerminated, [this](Notification) { ++exits; });
-    }
-    int launches = 0;
-    int exits = 0;
-  };
-
-  static ItemRecord item(int pid, const char* bundle = "") { return {":1.1", static_cast<quint32>(pid), bundle}; }
-
-  static bool runs(const DesktopWorkspace& workspace, int pid) { return workspace.runningApplication(pid).has_value(); }
+struct Follower {
+  explicit Follower(DesktopWorkspace& workspace) {
+    auto& center = workspace.notificationCenter();
+    center.addObserver(Notification::applicationLaunched, [this](Notification) { ++launches; });
+    center.addObserver(Notification::applicationTerminated, [this](Notification) { ++exits; });
+  }
+  int launches = 0;
+  int exits = 0;
 };
+
+// Its bundle identifier; empty when it is not running.
+std::string identifierOf(const DesktopWorkspace& workspace, int process) {
+  const auto application = workspace.runningApplication(process);
+  return application ? application->bundleIdentifier.value_or("") : "";
+}
 
 // The screen as a window manager keeps it: a list of client windows on the root.
 class Screen {
@@ -63,67 +60,57 @@ class Screen {
                         static_cast<std::uint32_t>(values.size()), values.data());
   }
 
-  Program server_{"Xvfb", {"-displayfd", "1", "-nolisten", "tcp"}};
+  test::Program server_{"Xvfb", {"-displayfd", "1", "-nolisten", "tcp"}};
   QByteArray display_ = ':' + server_.readLine().toUtf8();
   std::unique_ptr<XConnection> x_ = XConnection::open(display_.toStdString(), "test");
   std::vector<std::uint32_t> windows_;
 };
 
-TEST_F(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountUntilTheyExit) {
+TEST(DesktopWorkspaceTest, ProgramsFoundAtStartAreNoLaunchesAndLaterOnesCountUntilTheyExit) {
   Screen screen;
-  ScriptedAgent agent;
-  auto withItem = sleeper();
-  auto withWindow = sleeper();
-  auto late = sleeper();
-  agent.setItems({item(withItem->pid()), item(0), item(4194305)});
+  const auto agent = test::agent();
+  const auto withItem = test::peer("with-item");
+  const auto withWindow = sleeper();
+  withItem->ask("register('/item')");
   screen.addWindow(withWindow->pid());
   DesktopWorkspace workspace{std::string(ownIdentifier)};
   EXPECT_EQ(workspace.runningApplications().size(), 1U);
   Follower follower(workspace);
-  ASSERT_TRUE(runs(workspace, withItem->pid()));
-  EXPECT_EQ(workspace.runningApplication(withItem->pid())->bundleIdentifier, "sleep");
-  EXPECT_TRUE(runs(workspace, withWindow->pid()));
-  EXPECT_EQ(workspace.runningApplication(static_cast<int>(::getpid()))->bundleIdentifier, ownIdentifier);
-  EXPECT_EQ(workspace.runningApplications().size(), 3U);
+  EXPECT_EQ(identifierOf(workspace, withItem->pid()), "with-item");
+  EXPECT_EQ(identifierOf(workspace, withWindow->pid()), "sleep");
+  EXPECT_EQ(identifierOf(workspace, static_cast<int>(::getpid())), ownIdentifier);
+  EXPECT_EQ(identifierOf(workspace, agent->pid()), agent_protocol::hostBundleIdentifier);
+  EXPECT_EQ(workspace.runningApplications().size(), 4U);
   EXPECT_EQ(follower.launches, 0);
 
+  const auto late = test::peer("late");
   screen.addWindow(late->pid());
-  ASSERT_TRUE(runUntil([&] { return runs(workspace, late->pid()); }));
-  agent.addItem(item(late->pid()));
-  auto last = sleeper();
-  agent.addItem(item(last->pid()));
-  ASSERT_TRUE(runUntil([&] { return runs(workspace, last->pid()); }));
+  ASSERT_TRUE(runUntil([&] { return identifierOf(workspace, late->pid()) == "late"; }));
+  late->ask("register('/item')");
+  const auto last = test::peer("last");
+  last->ask("register('/item')");
+  ASSERT_TRUE(runUntil([&] { return identifierOf(workspace, last->pid()) == "last"; }));
   EXPECT_EQ(follower.launches, 2);
-
   const int ended = withItem->pid();
   withItem->end();
   EXPECT_TRUE(runUntil([&] { return follower.exits == 1; }));
-  EXPECT_FALSE(runs(workspace, ended));
-  EXPECT_EQ(workspace.runningApplications().size(), 4U);
+  EXPECT_EQ(identifierOf(workspace, ended), "");
+  EXPECT_EQ(workspace.runningApplications().size(), 5U);
 }
 
-// What the agent conceals by has to be what Orvo allows.
-TEST_F(DesktopWorkspaceTest, TheAgentsWordOnWhoseItemItIsHoldsForAKnownProgramToo) {
-  Screen screen;
-  ScriptedAgent agent;
-  const auto first = sleeper();
-  const auto second = sleeper();
-  agent.setItems({item(first->pid(), "org.example.First")});
-  screen.addWindow(second->pid());
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
-  EXPECT_EQ(workspace.runningApplication(first->pid())->bundleIdentifier, "org.example.First");
-  EXPECT_EQ(workspace.runningApplication(second->pid())->bundleIdentifier, "sleep");
-  agent.addItem(item(second->pid(), "org.example.Second"));
-  EXPECT_TRUE(
-      runUntil([&] { return workspace.runningApplication(second->pid())->bundleIdentifier == "org.example.Second"; }));
-  EXPECT_EQ(follower.launches, 0);
-}
-
-TEST_F(DesktopWorkspaceTest, ANumberWhoseProcessHasEndedIsNotTakenForItBeforeTheEndIsHeardOf) {
+TEST(ApplicationRegistryTest, AWordOnWhoItIsHoldsForAKnownProcessTooAndNoNumberStandsForOneThatHasEnded) {
   ApplicationRegistry registry;
+  int launches = 0;
   int ends = 0;
+  QObject::connect(&registry, &ApplicationRegistry::launched, [&] { ++launches; });
   QObject::connect(&registry, &ApplicationRegistry::terminated, [&] { ++ends; });
+  // What the agent conceals by has to be what Orvo allows.
+  const auto known = sleeper();
+  for (const char* name : {"", "org.example.Known", ""}) EXPECT_TRUE(registry.add(known->pid(), name));
+  EXPECT_EQ(registry.application(known->pid())->bundleIdentifier, "org.example.Known");
+  EXPECT_EQ(launches, 1);
+  for (const int nobody : {0, -1, 4194305}) EXPECT_FALSE(registry.add(nobody)) << nobody;
+
   const pid_t child = ::fork();
   if (child == 0)
     for (;;) ::pause();
@@ -131,13 +118,13 @@ TEST_F(DesktopWorkspaceTest, ANumberWhoseProcessHasEndedIsNotTakenForItBeforeThe
   ::kill(child, SIGKILL);
   siginfo_t zombie;
   ::waitid(P_PID, static_cast<id_t>(child), &zombie, WEXITED | WNOWAIT);
-  EXPECT_FALSE(registry.add(child));
+  EXPECT_FALSE(registry.add(child)) << "before its end is heard of";
   ::waitpid(child, nullptr, 0);
   QCoreApplication::processEvents();
   EXPECT_EQ(ends, 1);
 }
 
-TEST_F(DesktopWorkspaceTest, WindowsOfApplicationsAloneBelongToWhomTheyClaimElseToWhoeverIsConnected) {
+TEST(ClientWindowsTest, WindowsOfApplicationsAloneBelongToWhomTheyClaimElseToWhoeverIsConnected) {
   Screen screen;
   constexpr int insideItsSandbox = 4194305;
   std::vector<int> told;
@@ -157,27 +144,8 @@ TEST_F(DesktopWorkspaceTest, WindowsOfApplicationsAloneBelongToWhomTheyClaimElse
   EXPECT_EQ(told, (std::vector<int>{10, 11, 12, insideItsSandbox, connected, connected}));
 }
 
-TEST_F(DesktopWorkspaceTest, TheAgentIsTheHostFromItsStartToItsEndWhateverItAnswers) {
-  DesktopWorkspace workspace(std::nullopt);
-  Follower follower(workspace);
-  const auto host = [&]() -> int {
-    for (const auto& application : workspace.runningApplications()) {
-      if (application.bundleIdentifier == agent_protocol::hostBundleIdentifier) return application.processIdentifier;
-    }
-    return 0;
-  };
-  EXPECT_EQ(host(), 0);
-  Program agent({QString::fromLatin1(agent_protocol::service)});
-  EXPECT_TRUE(runUntil([&] { return host() == agent.pid(); }));
-  DesktopWorkspace later(std::nullopt);
-  Follower laterFollower(later);
-  EXPECT_TRUE(runs(later, agent.pid()));
-  agent.end();
-  EXPECT_TRUE(runUntil([&] { return host() == 0 && follower.exits == 1; }));
-}
-
 // Where programs of the desktop would open something, scripts note what they were given.
-class OpeningTest : public DesktopWorkspaceTest {
+class OpeningTest : public ::testing::Test {
  protected:
   OpeningTest() {
     const auto note = [](const QString& program) {
@@ -204,48 +172,45 @@ class OpeningTest : public DesktopWorkspaceTest {
   DesktopWorkspace workspace_{std::nullopt};
 };
 
-TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsIt) {
+TEST_F(OpeningTest, EachPlaceGoesToTheProgramOfTheDesktopThatShowsItAndWhatNothingOpensIsTold) {
   constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+  writeFile("failing/xdg-open", "#!/bin/sh\nexit 3\n", true);
+  const QByteArray all = qgetenv("PATH");
+  const QByteArray failing = inHome("failing:").toUtf8() + all;
   const struct {
     std::string url;
     const char* desktop;
+    QByteArray path;
     std::string opened;
-  } cases[]{{page, "XFCE", "xfce4-accessibility-settings \n"},
-            {page, "ubuntu:GNOME", "gnome-control-center universal-access\n"},
-            {page, "Other", "xfce4-accessibility-settings \n"},
-            {fileURL("/Applications", true), "XFCE", "xdg-open file:///Applications/\n"},
-            {"https://example.org/a?b=c%20d", "XFCE", "xdg-open https://example.org/a?b=c%20d\n"}};
-  for (const auto& [url, desktop, expected] : cases) {
+  } cases[]{{page, "XFCE", all, "xfce4-accessibility-settings \n"},
+            {page, "ubuntu:GNOME", all, "gnome-control-center universal-access\n"},
+            {page, "Other", all, "xfce4-accessibility-settings \n"},
+            {page, "XFCE", "/nowhere", ""},
+            {fileURL("/Applications", true), "XFCE", all, "xdg-open file:///Applications/\n"},
+            {"https://example.org/a?b=c%20d", "XFCE", all, "xdg-open https://example.org/a?b=c%20d\n"},
+            {"https://example.org/", "XFCE", failing, ""},
+            {"https://example.org/", "XFCE", "/nowhere", ""}};
+  for (const auto& [url, desktop, path, expected] : cases) {
     QFile::remove(inHome("opened"));
     qputenv("XDG_CURRENT_DESKTOP", desktop);
-    workspace_.openURL(url, {});
-    EXPECT_TRUE(runUntil(opened)) << url;
-    EXPECT_EQ(test::readFile("opened").toStdString(), expected);
-  }
-}
-
-TEST_F(OpeningTest, WhatNothingOpensIsTold) {
-  writeFile("bin/xdg-open", "#!/bin/sh\nexit 3\n", true);
-  const QByteArray path = qgetenv("PATH");
-  constexpr const char* page = "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-  int failures = 0;
-  for (const auto& [url, programs] : {std::pair{"https://example.org/", path.constData()},
-                                      {"https://example.org/", "/nowhere"},
-                                      {page, "/nowhere"}}) {
-    qputenv("PATH", programs);
-    const int before = failures;
+    qputenv("PATH", path);
+    int failures = 0;
     workspace_.openURL(url, [&] { ++failures; });
-    EXPECT_EQ(failures, before) << "told inside the call";
-    EXPECT_TRUE(runUntil([&] { return failures > before; })) << url << " with " << programs;
+    EXPECT_EQ(failures, 0) << "told inside the call";
+    EXPECT_TRUE(runUntil([&] { return failures > 0 || opened(); })) << url;
+    EXPECT_EQ(test::readFile("opened").toStdString(), expected);
+    EXPECT_EQ(failures, expected.empty() ? 1 : 0) << url << " with " << path.toStdString();
   }
-  EXPECT_EQ(failures, 3);
 }
 
 TEST_F(OpeningTest, ABundleThatRunsIsReopenedAndAnotherIsLaunched) {
   for (const bool hung : {false, true}) {
-    Program copy(QStringList{ownIdentifier} + (hung ? QStringList{"--silent"} : QStringList()));
+    const auto copy = test::peer("copy");
+    copy->ask("own('local.orvo.Orvo')");
+    copy->ask("serve(Activate=lambda *_: print('reopened', flush=True) or '()')");
+    if (hung) copy->signal(SIGSTOP);
     workspace_.openURL(fileURL(bundle_, true), {});
-    EXPECT_EQ(hung ? "" : copy.readLine().toStdString(), hung ? "" : "Activate");
+    EXPECT_EQ(hung ? "reopened" : copy->readLine(), "reopened");
     EXPECT_FALSE(opened());
   }
   const auto* bus = QDBusConnection::sessionBus().interface();
