@@ -19,7 +19,7 @@ class Running : public Workspace {
   }
   std::vector<RunningApplication> runningApplications(const std::string&) const override { return {}; }
   std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
-  void openURL(const std::string&) override {}
+  void openURL(const std::string&, std::function<void()>) override {}
   NotificationCenter& notificationCenter() override { return center_; }
 
  private:
