@@ -87,7 +87,10 @@ void SettingsWindow::center() { centered_ = true; }
 
 void SettingsWindow::makeKeyAndOrderFront() {
   if (!quickView_) open();
-  if (!quickView_->isVisible()) applyFrame();
+  if (!quickView_->isVisible()) {
+    dress();
+    applyFrame();
+  }
   quickView_->setWindowStates(quickView_->windowStates() & ~Qt::WindowMinimized);
   quickView_->show();
   dress();
