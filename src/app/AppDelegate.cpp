@@ -76,7 +76,11 @@ bool AppDelegate::applicationShouldHandleReopen(bool) {
   return true;
 }
 
-void AppDelegate::applicationWillTerminate() { model_->stop(); }
+// The process may end inside this message, so the window goes while its toolkit is still whole.
+void AppDelegate::applicationWillTerminate() {
+  model_->stop();
+  window_.reset();
+}
 
 bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() { return false; }
 

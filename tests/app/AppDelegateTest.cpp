@@ -150,6 +150,7 @@ TEST_F(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
 TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndSoDoesEveryOtherEnd) {
   launch();
   for (const int alreadyEnded : {1, 0}) {
+    delegate->applicationShouldHandleReopen(false);
     reach(hidden);
     // Nobody is told of the end a second time.
     memory.application.terminations = alreadyEnded;
@@ -158,6 +159,7 @@ TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndSoDoesEveryOtherEnd) {
     EXPECT_EQ(memory.application.terminations, alreadyEnded + 1);
     EXPECT_TRUE(memory.framework.active().empty());
     EXPECT_FALSE(memory.eventTaps.tap()->valid);
+    EXPECT_EQ(memory.windows.open, alreadyEnded);
     model().refresh();
     memory.settle();
   }

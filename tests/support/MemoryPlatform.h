@@ -157,11 +157,15 @@ class MemoryPlatform {
   struct MemoryWindows : Windows {
     bool grantsWindows = true;
     int made = 0;
+    int open = 0;
     int centered = 0;
     int shown = 0;
 
     struct Recorder : Window {
-      explicit Recorder(MemoryWindows& all) : windows(all) { ++windows.made; }
+      explicit Recorder(MemoryWindows& all) : windows(all) { ++windows.made, ++windows.open; }
+      Recorder(const Recorder&) = delete;
+      Recorder& operator=(const Recorder&) = delete;
+      ~Recorder() override { --windows.open; }
       void center() override { ++windows.centered; }
       void makeKeyAndOrderFront() override { ++windows.shown; }
       MemoryWindows& windows;
