@@ -23,6 +23,10 @@ void TerminationSignals::handle(Handled& handled) {
   if (std::signal(handled.signal, SIG_IGN) == SIG_IGN) return;
   handled.source = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<std::uintptr_t>(handled.signal), 0,
                                           dispatch_get_main_queue());
+  if (handled.source == nullptr) {
+    std::signal(handled.signal, SIG_DFL);
+    return;
+  }
   dispatch_set_context(handled.source, &handled);
   dispatch_source_set_event_handler_f(handled.source, [](void* context) {
     const Handled& received = *static_cast<const Handled*>(context);

@@ -22,7 +22,7 @@ class TerminationSignals {
   struct Handled {
     TerminationSignals* owner;
     int signal;
-    dispatch_source_t source;  // null for one that stays ignored
+    dispatch_source_t source;  // null for one that is not handled
   };
 
   void handle(Handled& handled);
