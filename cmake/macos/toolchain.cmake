@@ -13,8 +13,9 @@ set(CMAKE_OBJCXX_COMPILER ${tools}/zig-c++)
 set(CMAKE_AR ${tools}/zig-ar)
 set(CMAKE_RANLIB ${tools}/zig-ranlib)
 
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ORVO_MACOS_MINIMUM)
 # Zig would instrument everything for undefined behaviour.
-set(flags "-target aarch64-macos.13.0 -fno-sanitize=undefined -isystem ${CMAKE_CURRENT_LIST_DIR}/declarations")
+set(flags "-target aarch64-macos.${ORVO_MACOS_MINIMUM} -fno-sanitize=undefined -isystem ${CMAKE_CURRENT_LIST_DIR}/declarations")
 set(CMAKE_C_FLAGS_INIT "${flags}")
 set(CMAKE_CXX_FLAGS_INIT "${flags}")
 # CMake says twice that the language is Objective-C++.
