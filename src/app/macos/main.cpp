@@ -17,6 +17,7 @@
 #include "platform/macos/foundation/FoundationProcessInfo.h"
 #include "platform/macos/foundation/FoundationText.h"
 #include "platform/macos/foundation/FoundationUserDefaults.h"
+#include "platform/macos/foundation/PooledExecutor.h"
 #include "platform/macos/foundation/SystemFramework.h"
 #include "platform/macos/quartz/AxAccessibility.h"
 #include "platform/macos/quartz/CarbonHotKeys.h"
@@ -46,7 +47,6 @@ struct Adapters {
   DispatchMainQueue mainQueue;
   CocoaApplication application;
   TerminationSignals signals{[this] { application.terminate(); }};
-  ThreadExecutor scanExecutor;
   FoundationUserDefaults userDefaults;
   FoundationFileSystem fileSystem;
   QuartzEventTaps eventTaps;
@@ -57,6 +57,9 @@ struct Adapters {
   SettingsWindows windows{early.bundle.path() + "/Contents/PlugIns/orvo-settings.dylib"};
   CocoaPasteboard pasteboard;
   CocoaIcons applicationIcons{mainQueue};
+  // After what a scan asks, so that its thread ends first.
+  ThreadExecutor scanThread;
+  PooledExecutor scanExecutor{scanThread};
   Platform platform{mainQueue,       scanExecutor,        userDefaults, early.bundle, early.processInfo, fileSystem,
                     early.workspace, early.accessibility, eventTaps,    hotKeys,      loginItem,         localizedText,
                     application,     statusBar,           windows,      pasteboard,   applicationIcons,  macWords};

@@ -24,6 +24,7 @@ typedef NSUInteger NSStatusItemBehavior;
 FOUNDATION_EXPORT NSString* const NSApplicationDidChangeScreenParametersNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceDidLaunchApplicationNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceDidTerminateApplicationNotification;
+FOUNDATION_EXPORT NSString* const NSWorkspaceApplicationKey;
 FOUNDATION_EXPORT NSString* const NSWorkspaceWillSleepNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceDidWakeNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification;
@@ -142,6 +143,7 @@ typedef NS_ENUM(NSInteger, NSWindowTitleVisibility) { NSWindowTitleVisible = 0, 
 @property(readonly, copy) NSString* localizedName;
 @property(readonly, copy) NSURL* bundleURL;
 @property(readonly) pid_t processIdentifier;
+@property(readonly) NSApplicationActivationPolicy activationPolicy;
 @property(readonly, strong) NSImage* icon;
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier;

@@ -31,9 +31,11 @@ static inline NSPoint NSMakePoint(CGFloat x, CGFloat y) {
 - (void)addObserver:(NSObject*)observer forKeyPath:(NSString*)path options:(NSUInteger)options context:(void*)context;
 - (void)removeObserver:(NSObject*)observer forKeyPath:(NSString*)path;
 - (void)observeValueForKeyPath:(NSString*)path ofObject:(id)object change:(NSDictionary*)change context:(void*)context;
+- (void)performSelectorOnMainThread:(SEL)selector withObject:(id)argument waitUntilDone:(BOOL)wait;
 @end
 
 enum { NSKeyValueObservingOptionNew = 1, NSKeyValueObservingOptionOld = 2 };
+FOUNDATION_EXPORT NSString* const NSKeyValueChangeNewKey;
 FOUNDATION_EXPORT NSString* const NSKeyValueChangeOldKey;
 
 typedef struct {
@@ -83,6 +85,12 @@ enum { NSUTF8StringEncoding = 4 };
 @interface NSMutableArray<ObjectType> : NSArray<ObjectType>
 + (instancetype)arrayWithCapacity:(NSUInteger)capacity;
 - (void)addObject:(ObjectType)object;
+@end
+
+@interface NSMutableSet<ObjectType> : NSObject
+- (BOOL)containsObject:(ObjectType)object;
+- (void)addObject:(ObjectType)object;
+- (void)removeObject:(ObjectType)object;
 @end
 
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
@@ -135,6 +143,7 @@ enum { NSUTF8StringEncoding = 4 };
 @end
 
 @interface NSNotification : NSObject
+@property(readonly, copy) NSDictionary* userInfo;
 @end
 
 @interface NSOperationQueue : NSObject

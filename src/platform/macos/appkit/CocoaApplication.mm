@@ -42,8 +42,8 @@ NSApplication* shared() { return [NSApplication sharedApplication]; }
 
 struct CocoaApplication::Held {
   explicit Held(NotificationCenter& to)
-      : screens([NSNotificationCenter defaultCenter], NSApplicationDidChangeScreenParametersNotification, to,
-                Notification::screenParametersChanged) {}
+      : screens([NSNotificationCenter defaultCenter], NSApplicationDidChangeScreenParametersNotification,
+                [&to](NSNotification*) { to.post(Notification::screenParametersChanged); }) {}
 
   NotificationObserver screens;
   Retained<OrvoApplicationDelegate*> delegate;  // the application does not keep it

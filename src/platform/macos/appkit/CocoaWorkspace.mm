@@ -1,10 +1,13 @@
 #include "platform/macos/appkit/CocoaWorkspace.h"
 
+#include "platform/macos/appkit/ActionTarget.h"
 #include "platform/macos/appkit/KeyValueObserver.h"
 #include "platform/macos/appkit/NotificationObserver.h"
 #include "platform/macos/foundation/NsText.h"
 
 #import <AppKit/AppKit.h>
+
+#include <utility>
 
 namespace orvo {
 
@@ -24,40 +27,76 @@ std::vector<RunningApplication> listOf(NSArray* applications) {
   return list;
 }
 
-// A change holds the applications that were taken out, or the whole list as it was before.
-bool removedMenuBarHost(NSDictionary* change) {
-  id const before = [change objectForKey:NSKeyValueChangeOldKey];
-  if (![before isKindOfClass:[NSArray class]]) return false;
-  NSString* const host = nsText(menuBarHostBundle);
-  NSArray* const now = [[NSWorkspace sharedWorkspace] runningApplications];
-  for (NSRunningApplication* application in before) {
-    if ([[application bundleIdentifier] isEqualToString:host] && ![now containsObject:application]) return true;
-  }
-  return false;
+// What came or went, or the whole list after or before the change; nil where the change tells of neither.
+NSArray* listIn(NSDictionary* change, NSString* key) {
+  id const list = [change objectForKey:key];
+  return [list isKindOfClass:[NSArray class]] ? list : nil;
+}
+
+bool isAccessory(NSRunningApplication* application) {
+  return [application activationPolicy] == NSApplicationActivationPolicyAccessory;
+}
+
+bool isMenuBarHost(NSRunningApplication* application) {
+  return [[application bundleIdentifier] isEqualToString:nsText(menuBarHostBundle)];
 }
 
 }  // namespace
 
-// The workspace says nothing of the launch or end of background programs, and the menu bar's host is
-// one; the list of running applications does hold it.
+// The workspace's notifications leave out accessory programs, which most programs with an icon in the menu bar
+// are, and the menu bar's host; the list of running applications holds them.
 struct CocoaWorkspace::Observers {
-  Observers(NSWorkspace* workspace, NotificationCenter& to)
-      : launch([workspace notificationCenter], NSWorkspaceDidLaunchApplicationNotification, to,
-               Notification::applicationLaunched),
-        termination([workspace notificationCenter], NSWorkspaceDidTerminateApplicationNotification, to,
-                    Notification::applicationTerminated),
-        sleep([workspace notificationCenter], NSWorkspaceWillSleepNotification, to, Notification::willSleep),
-        wake([workspace notificationCenter], NSWorkspaceDidWakeNotification, to, Notification::didWake),
-        runningApplications(workspace, @"runningApplications", [&to](NSDictionary* change) {
-          if (removedMenuBarHost(change)) to.post(Notification::menuBarHostTerminated);
-        }) {}
+  Observers(NSWorkspace* workspace, NotificationCenter& ours);
 
-  NotificationObserver launch;
-  NotificationObserver termination;
-  NotificationObserver sleep;
-  NotificationObserver wake;
-  KeyValueObserver runningApplications;
+  NotificationObserver::Received posting(Notification name) {
+    return [this, name](NSNotification*) { to.post(name); };
+  }
+  void launched(NSNotification* notification) const;
+  void listChanged(NSDictionary* change);
+
+  NotificationCenter& to;
+  // Those that run and whose launch the list has told: should one turn to the Dock, the workspace tells it too.
+  const Retained<NSMutableSet*> told = Retained<NSMutableSet*>::owning([[NSMutableSet alloc] init]);
+  const NotificationObserver launch;
+  const NotificationObserver termination;
+  const NotificationObserver sleep;
+  const NotificationObserver wake;
+  const KeyValueObserver runningApplications;
 };
+
+CocoaWorkspace::Observers::Observers(NSWorkspace* workspace, NotificationCenter& ours)
+    : to(ours),
+      launch([workspace notificationCenter], NSWorkspaceDidLaunchApplicationNotification,
+             [this](NSNotification* notification) { launched(notification); }),
+      termination([workspace notificationCenter], NSWorkspaceDidTerminateApplicationNotification,
+                  posting(Notification::applicationTerminated)),
+      sleep([workspace notificationCenter], NSWorkspaceWillSleepNotification, posting(Notification::willSleep)),
+      wake([workspace notificationCenter], NSWorkspaceDidWakeNotification, posting(Notification::didWake)),
+      runningApplications(workspace, @"runningApplications", [this](NSDictionary* change) { listChanged(change); }) {}
+
+void CocoaWorkspace::Observers::launched(NSNotification* notification) const {
+  id const application = [[notification userInfo] objectForKey:NSWorkspaceApplicationKey];
+  if (![told.get() containsObject:application]) to.post(Notification::applicationLaunched);
+}
+
+void CocoaWorkspace::Observers::listChanged(NSDictionary* change) {
+  NSArray* const before = listIn(change, NSKeyValueChangeOldKey);
+  NSArray* const now = listIn(change, NSKeyValueChangeNewKey);
+  for (NSRunningApplication* application in now) {
+    if ([before containsObject:application] || !isAccessory(application)) continue;
+    [told.get() addObject:application];
+    to.post(Notification::applicationLaunched);
+  }
+  for (NSRunningApplication* application in before) {
+    if ([now containsObject:application]) continue;
+    [told.get() removeObject:application];
+    if (isMenuBarHost(application)) {
+      to.post(Notification::menuBarHostTerminated);
+    } else if (isAccessory(application)) {
+      to.post(Notification::applicationTerminated);
+    }
+  }
+}
 
 CocoaWorkspace::CocoaWorkspace() {
   @autoreleasepool {
@@ -95,10 +134,12 @@ std::optional<std::string> CocoaWorkspace::applicationPath(const std::string& bu
   }
 }
 
-// What could not be opened goes unsaid on macOS.
-void CocoaWorkspace::openURL(const std::string& url, std::function<void()>) {
+void CocoaWorkspace::openURL(const std::string& url, std::function<void()> failed) {
   @autoreleasepool {
-    if (NSURL* const address = [NSURL URLWithString:nsText(url)]) [[NSWorkspace sharedWorkspace] openURL:address];
+    NSURL* const address = [NSURL URLWithString:nsText(url)];
+    if (address != nil && [[NSWorkspace sharedWorkspace] openURL:address]) return;
+    OrvoActionTarget* const later = [OrvoActionTarget targetWithAction:std::move(failed)];
+    [later performSelectorOnMainThread:@selector(send:) withObject:nil waitUntilDone:NO];
   }
 }
 

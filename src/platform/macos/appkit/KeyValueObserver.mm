@@ -19,7 +19,9 @@
                       ofObject:(id)__attribute__((unused))object
                         change:(NSDictionary*)change
                        context:(void*)__attribute__((unused))context {
-  (*changed)(change);
+  @autoreleasepool {
+    (*changed)(change);
+  }
 }
 
 @end

@@ -1,16 +1,18 @@
-// Passes one of the system's notifications on to one of Orvo's. For Objective-C++ only; main thread
+// Calls a function on the main thread for each notification of one name. For Objective-C++ only; main thread
 // only. The observation ends with the object.
 #pragma once
 
-#include "platform/NotificationCenter.h"
 #include "platform/macos/foundation/Retained.h"
+
+#include <functional>
 
 namespace orvo {
 
 class NotificationObserver {
  public:
-  // `to` outlives the observer.
-  NotificationObserver(NSNotificationCenter* from, NSString* name, NotificationCenter& to, Notification as);
+  using Received = std::function<void(NSNotification* notification)>;
+
+  NotificationObserver(NSNotificationCenter* from, NSString* name, Received received);
   ~NotificationObserver();
   NotificationObserver(const NotificationObserver&) = delete;
   NotificationObserver& operator=(const NotificationObserver&) = delete;

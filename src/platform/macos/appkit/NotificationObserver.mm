@@ -1,17 +1,16 @@
-#include "platform/macos/appkit/NotificationObserver.h"
+#import "platform/macos/appkit/NotificationObserver.h"
 
 #include <utility>
 
 namespace orvo {
 
-NotificationObserver::NotificationObserver(NSNotificationCenter* from, NSString* name, NotificationCenter& to,
-                                           Notification as)
+NotificationObserver::NotificationObserver(NSNotificationCenter* from, NSString* name, Received received)
     : center_(Retained<NSNotificationCenter*>::retaining(from)) {
   @autoreleasepool {
-    NotificationCenter* const center = &to;
+    const Received call = std::move(received);
     id const token = [from addObserverForName:name object:nil queue:[NSOperationQueue mainQueue]
-                                   usingBlock:^(NSNotification*) {
-                                     center->post(as);
+                                   usingBlock:^(NSNotification* notification) {
+                                     call(notification);
                                    }];
     token_ = Retained<id>::retaining(token);
   }

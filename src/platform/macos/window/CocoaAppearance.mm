@@ -1,7 +1,7 @@
 #include "platform/Appearance.h"
 
 #include "platform/macos/appkit/KeyValueObserver.h"
-#include "platform/macos/foundation/Retained.h"
+#include "platform/macos/appkit/NotificationObserver.h"
 
 #import <AppKit/AppKit.h>
 
@@ -14,7 +14,6 @@ namespace {
 class CocoaAppearance final : public Appearance {
  public:
   CocoaAppearance();
-  ~CocoaAppearance() override;
   CocoaAppearance(const CocoaAppearance&) = delete;
   CocoaAppearance& operator=(const CocoaAppearance&) = delete;
 
@@ -27,29 +26,14 @@ class CocoaAppearance final : public Appearance {
   }
 
   std::function<void()> observer_;
-  KeyValueObserver appearance_;
-  Retained<id> options_;
+  const KeyValueObserver appearance_;
+  const NotificationObserver options_;
 };
 
 CocoaAppearance::CocoaAppearance()
-    : appearance_([NSApplication sharedApplication], @"effectiveAppearance", [this](NSDictionary*) { changed(); }) {
-  @autoreleasepool {
-    CocoaAppearance* const self = this;
-    id const token = [[[NSWorkspace sharedWorkspace] notificationCenter]
-        addObserverForName:NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification
-                    object:nil
-                     queue:[NSOperationQueue mainQueue] usingBlock:^(NSNotification*) {
-                       self->changed();
-                     }];
-    options_ = Retained<id>::retaining(token);
-  }
-}
-
-CocoaAppearance::~CocoaAppearance() {
-  @autoreleasepool {
-    [[[NSWorkspace sharedWorkspace] notificationCenter] removeObserver:options_.get()];
-  }
-}
+    : appearance_([NSApplication sharedApplication], @"effectiveAppearance", [this](NSDictionary*) { changed(); }),
+      options_([[NSWorkspace sharedWorkspace] notificationCenter],
+               NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification, [this](NSNotification*) { changed(); }) {}
 
 AppearanceTraits CocoaAppearance::traits() const {
   @autoreleasepool {

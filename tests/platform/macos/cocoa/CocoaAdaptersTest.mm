@@ -1,7 +1,4 @@
-// The adapters over recording stand-ins for the few classes of AppKit and ServiceManagement, under GNUstep's
-// Foundation.
-#include "app/AppDelegate.h"
-#include "model/OrvoModel.h"
+// The adapters over recording stand-ins for AppKit's and ServiceManagement's classes, under GNUstep's Foundation.
 #include "platform/macos/appkit/CocoaApplication.h"
 #include "platform/macos/appkit/CocoaPasteboard.h"
 #include "platform/macos/appkit/CocoaStatusBar.h"
@@ -11,58 +8,46 @@
 #include "platform/macos/foundation/FoundationProcessInfo.h"
 #include "platform/macos/foundation/FoundationUserDefaults.h"
 #include "platform/macos/foundation/NsText.h"
+#include "platform/macos/foundation/PooledExecutor.h"
 #include "platform/macos/foundation/Retained.h"
-#include "support/MemoryPlatform.h"
+#include "support/ManualExecutor.h"
 
 #import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+
+#include <bit>
+#include <thread>
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-// The messages that the adapters sent, in order, but for those to menus and questions without an argument.
-Lines calls;
-// The item of the next popped-up menu that the person chooses, if any; what the last one showed.
-std::string choice;
-Lines poppedUp;
-// What stand-ins and their classes were given, and answer. Outlives the program's end, which frees objects too.
+// The messages that the adapters sent, in order, but for questions without an argument.
+std::vector<std::string> calls;
+// A test has a pool of its own, and every adapter opens another.
+NSAutoreleasePool* testPool = nil;
+// What stand-ins and their classes were given, by the part of the message, and answer. Outlives the program's end,
+// which frees objects too.
 auto& fields = *new std::map<const void*, std::map<std::string, orvo::Retained<id>>>;
 
 void keep(id owner, const std::string& name, id value) { fields[owner][name] = orvo::Retained<id>::retaining(value); }
 id kept(id owner, const std::string& name) { return fields[owner][name].get(); }
 
 std::string shown(id value) {
-  if ([value isKindOfClass:[NSURL class]]) value = [value absoluteString];
-  if ([value isKindOfClass:[NSNumber class]]) value = [value description];
-  if (value == nil || [value isKindOfClass:[NSString class]]) return orvo::textOf(value).value_or("nil");
-  return "*";
+  for (Class const plain in @[ [NSString class], [NSNumber class], [NSURL class] ])
+    if ([value isKindOfClass:plain]) return *orvo::textOf([value description]);
+  return value == nil ? "nil" : "*";
 }
 
-template <typename Value>
-Value argument(NSInvocation* invocation, NSInteger index) {
-  Value value{};
-  [invocation getArgument:&value atIndex:index];
-  return value;
-}
-
-id boxed(id owner, NSInvocation* invocation, NSInteger index) {
+id argument(id owner, NSInvocation* invocation, NSInteger index) {
+  std::uintptr_t given = 0;
+  [invocation getArgument:&given atIndex:index];
   const char type = [[invocation methodSignature] getArgumentTypeAtIndex:static_cast<NSUInteger>(index)][0];
-  if (type == '@') return argument<id>(invocation, index);
-  if (type == ':') return NSStringFromSelector(argument<SEL>(invocation, index));
-  if (type == 'd') return [NSNumber numberWithDouble:argument<double>(invocation, index)];
-  if (type == '^') return *argument<id*>(invocation, index) = kept(owner, "error");
-  return [NSNumber numberWithUnsignedLongLong:argument<unsigned long long>(invocation, index)];
-}
-
-// "title" of both "setTitle" and "initWithTitle".
-std::string propertyOf(std::string part) {
-  const std::size_t prefix = part.starts_with("set") ? 3 : part.starts_with("initWith") ? 8 : 0;
-  part[prefix] = static_cast<char>(std::tolower(part[prefix]));
-  return part.substr(prefix);
+  if (type == '@') return reinterpret_cast<id>(given);
+  if (type == ':') return NSStringFromSelector(reinterpret_cast<SEL>(given));
+  if (type == 'd') return [NSNumber numberWithDouble:std::bit_cast<double>(given)];
+  if (type == '^') return *reinterpret_cast<id*>(given) = kept(owner, "error");
+  return [NSNumber numberWithUnsignedLongLong:given];
 }
 
 // Whatever a stand-in does not do itself: keeps what the message gives, of a target or delegate no more than
@@ -72,402 +57,310 @@ void forward(id owner, NSInvocation* invocation) {
   std::istringstream parts(name);
   std::string line = name, part;
   for (NSInteger index = 2; name.ends_with(':') && std::getline(parts, part, ':'); ++index) {
-    id value = boxed(owner, invocation, index);
+    id value = argument(owner, invocation, index);
     line += ' ' + shown(value);
     const bool loose = part == "setTarget" || part == "setDelegate";
-    keep(owner, propertyOf(part), loose ? [NSValue valueWithNonretainedObject:value] : value);
+    keep(owner, part, loose ? [NSValue valueWithNonretainedObject:value] : value);
   }
+  const bool isClass = class_isMetaClass(object_getClass(owner));
   const char returned = [[invocation methodSignature] methodReturnType][0];
   const bool asks = !name.ends_with(':') && (returned == '@' || kept(owner, name) != nil);
-  if (!asks && ![owner isKindOfClass:[NSMenu class]] && ![owner isKindOfClass:[NSMenuItem class]])
-    calls.push_back(line);
-  if (asks && kept(owner, name) == nil && class_isMetaClass(object_getClass(owner))) keep(owner, name, [owner new]);
+  if (!asks) calls.push_back(line);
+  EXPECT_TRUE(isClass || [NSAutoreleasePool currentPool] != testPool) << line;
+  if (asks && kept(owner, name) == nil && isClass) keep(owner, name, [owner new]);
   id answer = name.starts_with("init") ? owner : kept(owner, name);
   long long number = answer != nil && returned != '@' ? [answer longLongValue] : kept(owner, "error") == nil;
   if (returned != 'v') [invocation setReturnValue:returned == '@' ? static_cast<void*>(&answer) : &number];
 }
 
-// GNUstep itself uses some names without types, all of them questions for an object.
-NSMethodSignature* signatureOf(SEL selector) {
-  const char* const types = sel_getTypeEncoding(selector);
-  return [NSMethodSignature signatureWithObjCTypes:types != nullptr ? types : "@@:"];
-}
-
 void send(id sender) {
-  [[kept(sender, "target") nonretainedObjectValue] performSelector:NSSelectorFromString(kept(sender, "action"))
-                                                        withObject:sender];
+  @autoreleasepool {
+    NSString* const action = kept(sender, kept(sender, "action") != nil ? "action" : "setAction");
+    [[kept(sender, "setTarget") nonretainedObjectValue] performSelector:NSSelectorFromString(action) withObject:sender];
+  }
 }
 
-// One line for an item: title, key, "off" for a disabled one; "[" and its title for a submenu.
-Lines linesOf(NSMenu* menu) {
-  Lines all;
-  for (NSMenuItem* item in kept(menu, "items")) {
-    id const enabled = kept(item, "enabled");
-    const std::string key = shown(kept(item, "keyEquivalent"));
-    all.push_back(shown(kept(item, "title")) + (key.empty() || key == "nil" ? "" : ' ' + key) +
-                  (enabled == nil || [enabled boolValue] ? "" : " off"));
-    NSMenu* const inner = kept(item, "submenu");
-    if (inner != nil) all.push_back("[" + shown(kept(inner, "title")));
-    std::ranges::copy(linesOf(inner), std::back_inserter(all));
+void turnUntil(const std::function<bool()>& done) {
+  NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:10];
+  while (!done() && [limit timeIntervalSinceNow] > 0) {
+    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.01]];
   }
-  return all;
 }
 
-bool choose(NSMenu* menu, const char* field, const std::string& value) {
-  for (NSMenuItem* item in kept(menu, "items")) {
-    if (shown(kept(item, field)) == value) return send(item), true;
-    if (choose(kept(item, "submenu"), field, value)) return true;
-  }
-  return false;
+void post(NSNotificationCenter* center, NSString* name, id application) {
+  [center postNotificationName:name object:nil userInfo:@{NSWorkspaceApplicationKey : application}];
+  turnUntil([] { return [[[NSOperationQueue mainQueue] operations] count] == 0; });
 }
 
 }  // namespace
 
 // clang-format off
+// GNUstep itself uses some names without types, all of them questions for an object.
 #define ORVO_FORWARDS(sign) \
-  sign (NSMethodSignature*)methodSignatureForSelector:(SEL)selector { return signatureOf(selector); } \
+  sign (NSMethodSignature*)methodSignatureForSelector:(SEL)selector { \
+    const char* const types = sel_getTypeEncoding(selector); \
+    return [NSMethodSignature signatureWithObjCTypes:types != nullptr ? types : "@@:"]; } \
   sign (void)forwardInvocation:(NSInvocation*)invocation { forward(self, invocation); }
 #define ORVO_STANDS_IN ORVO_FORWARDS(-) ORVO_FORWARDS(+) \
   - (void)dealloc { const auto dropped = fields.extract(self); [super dealloc]; }
+#define ORVO_STAND_IN(name) @implementation name ORVO_STANDS_IN @end
 
 NSString* const NSApplicationDidChangeScreenParametersNotification = @"Screens";
-NSString* const NSWorkspaceDidLaunchApplicationNotification = @"Launch";
+NSString* const NSWorkspaceDidLaunchApplicationNotification = @"Launch", *const NSPasteboardTypeString = @"plain";
 NSString* const NSWorkspaceDidTerminateApplicationNotification = @"Termination";
-NSString* const NSWorkspaceWillSleepNotification = @"Sleep";
-NSString* const NSWorkspaceDidWakeNotification = @"Wake";
-NSString* const NSPasteboardTypeString = @"plain";
+NSString* const NSWorkspaceWillSleepNotification = @"Sleep", *const NSWorkspaceDidWakeNotification = @"Wake";
+NSString* const NSWorkspaceApplicationKey = @"application";
 
-@implementation NSResponder ORVO_STANDS_IN @end
+ORVO_STAND_IN(NSResponder) ORVO_STAND_IN(NSStatusBar) ORVO_STAND_IN(NSStatusItem) ORVO_STAND_IN(NSEvent)
+ORVO_STAND_IN(NSImage) ORVO_STAND_IN(NSMenuItem) ORVO_STAND_IN(NSPasteboard) ORVO_STAND_IN(NSRunningApplication)
+ORVO_STAND_IN(SMAppService)
 @implementation NSView - (NSRect)bounds { return NSMakeRect(0, 3, 24, 22); } @end
-@implementation NSControl @end
-@implementation NSButton @end
-@implementation NSStatusBarButton @end
-@implementation NSWindow @end
-@implementation NSApplication @end
-@implementation NSStatusBar ORVO_STANDS_IN @end
-@implementation NSStatusItem ORVO_STANDS_IN @end
-@implementation NSEvent ORVO_STANDS_IN @end
-@implementation NSImage ORVO_STANDS_IN @end
-@implementation NSMenuItem ORVO_STANDS_IN @end
-@implementation NSPasteboard ORVO_STANDS_IN @end
-@implementation NSRunningApplication ORVO_STANDS_IN @end
-@implementation SMAppService ORVO_STANDS_IN @end
+@implementation NSControl @end @implementation NSButton @end @implementation NSStatusBarButton @end
+@implementation NSWindow @end @implementation NSApplication @end
 @implementation NSMenu ORVO_STANDS_IN
-- (void)addItem:(NSMenuItem*)item {
-  keep(self, "items", [[NSArray arrayWithArray:kept(self, "items")] arrayByAddingObject:item]);
-}
+// The person chooses the last item.
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)place inView:(NSView*)view {
-  calls.push_back("popUp " + shown(item) + ' ' + shown(NSStringFromPoint(place)) + ' ' + shown(view) + ' ' +
-                  shown(kept(self, "autoenablesItems")));
-  poppedUp = linesOf(self);
-  return choose(self, "title", std::exchange(choice, ""));
+  calls.push_back("popUp " + shown(item) + ' ' + shown(NSStringFromPoint(place)) + ' ' + shown(view));
+  return send(kept(self, "addItem")), YES;
 }
 @end
 @implementation NSWorkspace ORVO_STANDS_IN
-- (NSArray*)runningApplications { return kept(self, "runningApplications"); }
+- (void)addObserver:(NSObject*)observer forKeyPath:(NSString*)path options:(NSUInteger)options context:(void*)context {
+  calls.push_back("observe " + shown(path) + ' ' + std::to_string(options));
+  keep(self, "observer of " + shown(path), [NSValue valueWithNonretainedObject:observer]);
+}
+- (void)removeObserver:(NSObject*)observer forKeyPath:(NSString*)path { keep(self, "observer of " + shown(path), nil); }
 @end
 // clang-format on
 
 namespace orvo {
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace ::testing;
 
-Lines takeCalls() { return std::exchange(calls, {}); }
+NSApplication* shared() { return [NSApplication sharedApplication]; }
+NSWorkspace* workspace() { return [NSWorkspace sharedWorkspace]; }
+auto takeCalls() { return std::exchange(calls, {}); }
 
-void post(const char* name) {
-  @autoreleasepool {
-    const bool screens = std::string(name) == "Screens";
-    NSNotificationCenter* const center =
-        screens ? [NSNotificationCenter defaultCenter] : [[NSWorkspace sharedWorkspace] notificationCenter];
-    [center postNotificationName:nsText(name) object:nil];
-    NSDate* const limit = [NSDate dateWithTimeIntervalSinceNow:10];
-    while ([[[NSOperationQueue mainQueue] operations] count] > 0 && [limit timeIntervalSinceNow] > 0) {
-      [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.01]];
-    }
-  }
+// `handle` runs with an event of this type as the application's current one.
+void during(EventType type, const std::function<void()>& handle) {
+  NSEvent* const event = [[NSEvent new] autorelease];
+  keep(event, "type", [NSNumber numberWithUnsignedInteger:static_cast<NSUInteger>(type)]);
+  keep(shared(), "currentEvent", event);
+  handle();
+  keep(shared(), "currentEvent", nil);
 }
 
 class CocoaAdaptersTest : public ::testing::Test {
  protected:
   CocoaAdaptersTest() {
-    ::testing::internal::CaptureStderr();
-    @autoreleasepool {
-      keep([NSWorkspace sharedWorkspace], "notificationCenter", [[NSNotificationCenter new] autorelease]);
-      [[NSUserDefaults standardUserDefaults] removePersistentDomainForName:[[NSProcessInfo processInfo] processName]];
-      item_ = Retained<NSStatusItem*>::owning([NSStatusItem new]);
-      button_ = Retained<NSStatusBarButton*>::owning([NSStatusBarButton new]);
-      keep([NSImage class], "imageWithSystemSymbolName:accessibilityDescription:", [[NSImage new] autorelease]);
-      keep(item_.get(), "button", button_.get());
-      keep([NSStatusBar systemStatusBar], "statusItemWithLength:", item_.get());
-    }
+    testPool = [NSAutoreleasePool new];
+    keep(workspace(), "notificationCenter", [[NSNotificationCenter new] autorelease]);
+    [[NSUserDefaults standardUserDefaults] removePersistentDomainForName:[[NSProcessInfo processInfo] processName]];
+    keep([NSImage class], "imageWithSystemSymbolName:accessibilityDescription:", [[NSImage new] autorelease]);
+    keep(item_.get(), "button", button_.get());
+    keep([NSStatusBar systemStatusBar], "statusItemWithLength:", item_.get());
     calls.clear();
   }
-  // Threads of ours have no autorelease pool but what an adapter opens; GNUstep tells of a missing one.
   ~CocoaAdaptersTest() override {
-    EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::Not(::testing::HasSubstr("without pool")));
-    @autoreleasepool {
-      const auto dropped = std::exchange(fields, {});
-    }
+    std::remove_reference_t<decltype(fields)>().swap(fields);
+    [testPool drain];
     EXPECT_EQ([item_.get() retainCount] + [button_.get() retainCount], 2U);
   }
-
-  // A person's event; then `handle` runs with it as the application's current one.
-  template <typename Handle>
-  static void during(NSUInteger type, const Handle& handle) {
-    @autoreleasepool {
-      NSApplication* const application = [NSApplication sharedApplication];
-      NSEvent* const event = [[NSEvent new] autorelease];
-      keep(event, "type", [NSNumber numberWithUnsignedInteger:type]);
-      keep(application, "currentEvent", event);
-      handle(application);
-      keep(application, "currentEvent", nil);
-    }
-  }
   void click(EventType type) {
-    during(static_cast<NSUInteger>(type), [&](NSApplication*) {
-      if ([kept(button_.get(), "sendActionOn") intValue] >> static_cast<int>(type) & 1) send(button_.get());
-    });
+    if ([kept(button_.get(), "sendActionOn") intValue] >> static_cast<int>(type) & 1)
+      during(type, [&] { send(button_.get()); });
   }
 
-  Retained<NSStatusItem*> item_;
-  Retained<NSStatusBarButton*> button_;
+  const Retained<NSStatusItem*> item_ = Retained<NSStatusItem*>::owning([NSStatusItem new]);
+  const Retained<NSStatusBarButton*> button_ = Retained<NSStatusBarButton*>::owning([NSStatusBarButton new]);
 };
 
-// The real delegate and model over AppKit's application and status bar.
-class CocoaDelegateTest : public CocoaAdaptersTest {
- protected:
-  CocoaDelegateTest() {
-    const Platform& rest = memory_.platform;
-    platform_.emplace(Platform{rest.mainQueue, rest.scanExecutor, rest.userDefaults, rest.bundle, rest.processInfo,
-                               rest.fileSystem, rest.workspace, rest.accessibility, rest.eventTaps, rest.hotKeys,
-                               rest.loginItem, rest.localizedText, application_, statusBar_, rest.windows,
-                               rest.pasteboard, rest.applicationIcons, rest.words});
-    memory_.showItems({"org.example.One"});
-    memory_.userDefaults.setBoolean("Orvo.HasOpenedSettings", true);
-    delegate_ = AppDelegate::make(*platform_);
-    application_.setDelegate(delegate_.get());
-    application_.run();
-    [told() applicationDidFinishLaunching:nil];
-    memory_.settle();
-    delegate_->model().setRule(IconRule::hidden, "org.example.One");
-    launch_ = takeCalls();
-  }
-  static id<NSApplicationDelegate> told() {
-    @autoreleasepool {
-      return [kept([NSApplication sharedApplication], "delegate") nonretainedObjectValue];
-    }
-  }
-  static void press(const std::string& key) {
-    during(NSEventTypeKeyDown, [&](NSApplication* application) {
-      NSWindow* const window = [[NSWindow new] autorelease];
-      keep(window, "firstResponder", [[NSResponder new] autorelease]);
-      keep(application, "keyWindow", window);
-      choose([application mainMenu], "keyEquivalent", key);
-    });
-  }
-  BarState state() {
-    memory_.settle();
-    return delegate_->model().state();
-  }
-
-  MemoryPlatform memory_;
-  CocoaApplication application_;
-  CocoaStatusBar statusBar_;
-  std::optional<Platform> platform_;
-  std::shared_ptr<AppDelegate> delegate_;
-  Lines launch_;
+struct RecordingDelegate final : ApplicationDelegate {
+  void applicationDidFinishLaunching() override { calls.emplace_back("launched"); }
+  bool applicationShouldHandleReopen(bool visible) override { return calls.emplace_back("reopened"), visible; }
+  void applicationWillTerminate() override { calls.emplace_back("ends"); }
+  bool applicationShouldTerminateAfterLastWindowClosed() override { return calls.emplace_back("closed"), false; }
 };
 
-TEST_F(CocoaDelegateTest, LaunchingMakesTheItemAndTheMenuAsAppKitWantsThem) {
-  const std::string image = "imageWithSystemSymbolName:accessibilityDescription: chevron.right Orvo";
-  EXPECT_EQ(launch_,
-            (Lines{"setDelegate: *", "run", "setActivationPolicy: 1", "setMainMenu: *", "statusItemWithLength: -2",
-                   "setAutosaveName: Quillet.Toggle", "setBehavior: 0", "setVisible: 1", "setTarget: *",
-                   "setAction: send:", "sendActionOn: 20", "setAccessibilityLabel: Orvo menu bar manager",
-                   "setAccessibilityIdentifier: Orvo.NativeMenuBarToggle", image, "setImage: *",
-                   "setToolTip: Hide selected icons · Right-click for settings"}));
-  @autoreleasepool {
-    EXPECT_THAT(linesOf([[NSApplication sharedApplication] mainMenu]),
-                ElementsAre("", "[Orvo", "Settings… ,", "nil", "Quit Orvo q", "", "[Edit", "Undo z", "Cut x", "Copy c",
-                            "Paste v", "Select All a"));
-  }
+TEST_F(CocoaAdaptersTest, TheApplicationIsToldAndTellsItsDelegateWhileItHasOne) {
+  RecordingDelegate delegate;
+  auto application = std::make_unique<CocoaApplication>();
+  application->setDelegate(&delegate);
+  application->run();
+  id<NSApplicationDelegate> const told = [kept(shared(), "setDelegate") nonretainedObjectValue];
+  [told applicationDidFinishLaunching:nil];
+  for (const auto policy : {ActivationPolicy::regular, ActivationPolicy::accessory})
+    application->setActivationPolicy(policy);
+  for (const BOOL visible : {NO, YES})
+    EXPECT_EQ([told applicationShouldHandleReopen:nil hasVisibleWindows:visible], visible);
+  EXPECT_FALSE([told applicationShouldTerminateAfterLastWindowClosed:nil]);
+  application->activateIgnoringOtherApps();
+  EXPECT_EQ(application->currentEventType(), std::nullopt);
+  during(EventType::rightMouseUp, [&] { EXPECT_EQ(application->currentEventType(), EventType::rightMouseUp); });
+  application->notificationCenter().addObserver(Notification::screenParametersChanged,
+                                                [](Notification) { calls.emplace_back("screens"); });
+  post([NSNotificationCenter defaultCenter], NSApplicationDidChangeScreenParametersNotification, @"");
+  application->terminate();
+  [told applicationWillTerminate:nil];
+  application.reset();
+  post([NSNotificationCenter defaultCenter], NSApplicationDidChangeScreenParametersNotification, @"");
+  EXPECT_THAT(takeCalls(),
+              ElementsAre("setDelegate: *", "run", "launched", "setActivationPolicy: 0", "setActivationPolicy: 1",
+                          "reopened", "reopened", "closed", "activateIgnoringOtherApps: 1", "screens", "terminate: nil",
+                          "ends", "setDelegate: nil"));
 }
 
-TEST_F(CocoaDelegateTest, ClicksAndTheMenuReachTheDelegateAgainAndAgain) {
-  click(EventType::leftMouseDown);
-  EXPECT_EQ(state(), BarState::visible);
-  click(EventType::leftMouseUp);
-  EXPECT_EQ(state(), BarState::applying);
-  EXPECT_THAT(takeCalls(), Contains("setToolTip: Show hidden icons · ⌃⌥⌘B"));
-  click(EventType::rightMouseUp);
-  EXPECT_THAT(takeCalls(), ElementsAre("popUp nil {x = 0; y = 3} * 0"));
-  EXPECT_THAT(poppedUp, ElementsAre("Show all icons", "Settings…", "nil", "Quit Orvo"));
-  choice = "Show all icons";
-  click(EventType::rightMouseUp);
-  EXPECT_EQ(state(), BarState::visible);
-  delegate_->model().setRule(IconRule::visible, "org.example.One");
-  memory_.accessibility.trusted = false;
-  memory_.mainQueue.advance(std::chrono::seconds(3));
-  click(EventType::rightMouseUp);
-  EXPECT_EQ(poppedUp.front(), "Hide selected icons off");
-}
-
-TEST_F(CocoaDelegateTest, KeysReachTheDelegateOrTheFieldInFocus) {
-  press(",");
-  EXPECT_EQ(memory_.windows.shown, 1);
-  EXPECT_THAT(takeCalls(), Contains("activateIgnoringOtherApps: 1"));
-  press("c");
+TEST_F(CocoaAdaptersTest, AMenuIsMadeAsAskedAndLeavesItsKeysToTheFieldInFocus) {
+  CocoaApplication application;
+  const MenuItem copy{"Copy", FirstResponderAction{"copy:"}, "c", false, false, {}};
+  application.setMainMenu({"Orvo", false, {separatorItem(), {"", {}, "", true, false, {{"Edit", true, {copy}}}}}});
+  EXPECT_THAT(takeCalls(),
+              ElementsAre("initWithTitle: Orvo", "setAutoenablesItems: 0", "addItem: *",
+                          "initWithTitle:action:keyEquivalent:  nil ", "setTarget: nil", "setRepresentedObject: nil",
+                          "setEnabled: 1", "initWithTitle: Edit", "setAutoenablesItems: 1",
+                          "initWithTitle:action:keyEquivalent: Copy send: c", "setTarget: *", "setRepresentedObject: *",
+                          "setEnabled: 0", "addItem: *", "setSubmenu: *", "addItem: *", "setMainMenu: *"));
+  // One object is the window and its field as well.
+  for (const char* name : {"keyWindow", "firstResponder"}) keep(shared(), name, shared());
+  NSMenu* const edit = kept(kept(kept(shared(), "setMainMenu"), "addItem"), "setSubmenu");
+  for (const auto type : {EventType{NSEventTypeKeyDown}, EventType::leftMouseUp})
+    during(type, [&] { send(kept(edit, "addItem")); });
   EXPECT_THAT(takeCalls(), ElementsAre("keyDown: *"));
-  press("q");
-  EXPECT_THAT(takeCalls(), Contains("terminate: nil"));
 }
 
-TEST_F(CocoaDelegateTest, TheSystemsMessagesReachTheDelegate) {
-  EXPECT_FALSE(application_.currentEventType());
-  EXPECT_FALSE([told() applicationShouldTerminateAfterLastWindowClosed:nil]);
-  const std::vector<std::function<void()>> endings{
-      [] { EXPECT_TRUE([told() applicationShouldHandleReopen:nil hasVisibleWindows:NO]); }, [] { post("Screens"); },
-      [] { [told() applicationWillTerminate:nil]; }};
-  for (const auto& ending : endings) {
-    click(EventType::leftMouseUp);
-    EXPECT_EQ(state(), BarState::applying);
-    ending();
-    EXPECT_EQ(state(), BarState::visible);
-  }
-  EXPECT_EQ(memory_.windows.shown, 1);
-}
-
-TEST_F(CocoaDelegateTest, TheEndTakesTheItemAwayAndLetsEverythingGo) {
-  const std::weak_ptr<AppDelegate> gone = delegate_;
-  application_.setDelegate(nullptr);
-  delegate_.reset();
-  EXPECT_TRUE(gone.expired());
-  EXPECT_THAT(takeCalls(), ElementsAre("setDelegate: nil", "setTarget: nil", "removeStatusItem: *"));
-}
-
-TEST_F(CocoaAdaptersTest, AnItemOrAButtonMayBeRefusedAndAnActionGoesWithItsItem) {
-  CocoaStatusBar bar;
+TEST_F(CocoaAdaptersTest, AnItemIsMadeAsAskedAndPopsUpAMenuThatMayRemoveIt) {
+  auto item = CocoaStatusBar().statusItem(-2);
+  item->setAutosaveName("Quillet.Toggle");
+  item->setBehavior(6);
+  item->setVisible(true);
+  StatusItemButton& button = *item->button();
   const auto held = std::make_shared<int>();
-  auto item = bar.statusItem(-2);
-  // An action may remove the item that it belongs to.
-  item->button()->setAction([&, copy = held] { item.reset(), ++*copy; }, leftMouseUpMask);
+  const Menu menu{"", true, {{"Quit", [&, copy = held] { item.reset(); }, "", true, false, {}}}};
+  button.setAction([&, copy = held] { button.popUpMenu(menu, {1, button.bounds().y}), ++*copy; }, rightMouseUpMask);
+  button.setAccessibilityLabel("Orvo menu bar manager");
+  button.setAccessibilityIdentifier("Orvo.Toggle");
+  button.setImage("chevron.left", "Orvo");
+  button.setToolTip("⌃⌥⌘B");
   click(EventType::leftMouseUp);
-  EXPECT_EQ(item, nullptr);
-  EXPECT_EQ(held.use_count(), 1);
-  click(EventType::leftMouseUp);
+  EXPECT_EQ(held.use_count(), 3);
+  click(EventType::rightMouseUp);
+  EXPECT_EQ(held.use_count(), 2);
+  click(EventType::rightMouseUp);
+  EXPECT_THAT(takeCalls(),
+              ElementsAre("statusItemWithLength: -2", "setAutosaveName: Quillet.Toggle", "setBehavior: 6",
+                          "setVisible: 1", "setTarget: *", "setAction: send:", "sendActionOn: 16",
+                          "setAccessibilityLabel: Orvo menu bar manager", "setAccessibilityIdentifier: Orvo.Toggle",
+                          "imageWithSystemSymbolName:accessibilityDescription: chevron.left Orvo", "setImage: *",
+                          "setToolTip: ⌃⌥⌘B", "initWithTitle: ", "setAutoenablesItems: 1",
+                          "initWithTitle:action:keyEquivalent: Quit send: ", "setTarget: *", "setRepresentedObject: *",
+                          "setEnabled: 1", "addItem: *", "popUp nil {x = 1; y = 3} *", "setTarget: nil",
+                          "removeStatusItem: *"));
   keep(item_.get(), "button", nil);
-  EXPECT_EQ(bar.statusItem(-2)->button(), nullptr);
-  @autoreleasepool {
-    keep([NSStatusBar systemStatusBar], "statusItemWithLength:", nil);
-    EXPECT_EQ(bar.statusItem(-2), nullptr);
-  }
+  EXPECT_EQ(CocoaStatusBar().statusItem(-2)->button(), nullptr);
+  keep([NSStatusBar systemStatusBar], "statusItemWithLength:", nil);
+  EXPECT_EQ(CocoaStatusBar().statusItem(-2), nullptr);
 }
 
-TEST_F(CocoaAdaptersTest, NotificationsArriveAsOursUntilTheWorkspaceGoes) {
-  const std::map<const char*, Notification> names{{"Launch", Notification::applicationLaunched},
-                                                  {"Termination", Notification::applicationTerminated},
-                                                  {"Sleep", Notification::willSleep},
-                                                  {"Wake", Notification::didWake}};
-  std::vector<Notification> received;
-  auto workspace = std::make_unique<CocoaWorkspace>();
-  for (const auto& [name, ours] : names) {
-    workspace->notificationCenter().addObserver(ours, [&](Notification told) { received.push_back(told); });
-  }
-  for (const auto& [name, ours] : names) {
-    post(name);
-    EXPECT_EQ(std::exchange(received, {}), std::vector{ours}) << name;
-  }
-  workspace.reset();
-  for (const auto& [name, ours] : names) post(name);
-  EXPECT_THAT(received, IsEmpty());
-}
-
-NSRunningApplication* standIn(const RunningApplication& of) {
+NSRunningApplication* standIn(const RunningApplication& of, int policy) {
   NSRunningApplication* const made = [[NSRunningApplication new] autorelease];
   if (of.bundleIdentifier) keep(made, "bundleIdentifier", nsText(*of.bundleIdentifier));
   if (of.localizedName) keep(made, "localizedName", nsText(*of.localizedName));
   if (of.bundlePath) keep(made, "bundleURL", [NSURL fileURLWithPath:nsText(*of.bundlePath)]);
   keep(made, "processIdentifier", [NSNumber numberWithInt:of.processIdentifier]);
+  keep(made, "activationPolicy", [NSNumber numberWithInt:policy]);
   return made;
 }
 
-TEST_F(CocoaAdaptersTest, OnlyTheEndOfTheMenuBarsHostIsTold) {
-  int ends = 0;
+// The menu bar's host, which is no application; a regular one; an accessory one.
+TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
+  using enum Notification;
+  const std::map<char, NSRunningApplication*> all{{'h', standIn({"com.apple.MenuBarAgent", 10, {}, {}}, 2)},
+                                                  {'r', standIn({{}, 11, {}, {}}, 0)},
+                                                  {'a', standIn({{}, 12, {}, {}}, 1)}};
+  std::vector<Notification> received;
   auto observing = std::make_unique<CocoaWorkspace>();
-  observing->notificationCenter().addObserver(Notification::menuBarHostTerminated, [&](Notification) { ++ends; });
-  @autoreleasepool {
-    NSString* const key = @"runningApplications";
-    NSWorkspace* const workspace = [NSWorkspace sharedWorkspace];
-    NSArray* const all = @[ standIn({"com.apple.MenuBarAgent", 10, {}, {}}), standIn({{}, 12, {}, {}}) ];
-    // The whole list as it was, or what went; in the end nobody is told.
-    for (const int round : {0, 1, 2}) {
-      if (round == 2) observing.reset();
-      keep(workspace, "runningApplications", all);
-      for (const NSUInteger gone : {1U, 0U}) {
-        NSIndexSet* const index = [NSIndexSet indexSetWithIndex:gone];
-        if (round != 1) [workspace willChangeValueForKey:key];
-        if (round == 1) [workspace willChange:NSKeyValueChangeRemoval valuesAtIndexes:index forKey:key];
-        keep(workspace, "runningApplications", [all subarrayWithRange:NSMakeRange(0, gone)]);
-        if (round != 1) [workspace didChangeValueForKey:key];
-        if (round == 1) [workspace didChange:NSKeyValueChangeRemoval valuesAtIndexes:index forKey:key];
-        EXPECT_EQ(std::exchange(ends, 0), gone == 0 && round < 2 ? 1 : 0) << round;
-      }
+  for (const auto ours : {applicationLaunched, applicationTerminated, willSleep, didWake, menuBarHostTerminated})
+    observing->notificationCenter().addObserver(ours, [&](Notification told) { received.push_back(told); });
+  const auto told = [&](NSString* name, char application) {
+    post(kept(workspace(), "notificationCenter"), name, all.at(application));
+    return std::exchange(received, {});
+  };
+  bool whole = false;  // lists before and after, or what came or went
+  const auto changed = [&](const std::string& before, const std::string& now) {
+    NSMutableDictionary* const change = [NSMutableDictionary dictionary];
+    const std::size_t same = whole ? 0 : std::min(before.size(), now.size());
+    for (const auto& [key, names] :
+         {std::pair(NSKeyValueChangeOldKey, before), std::pair(NSKeyValueChangeNewKey, now)}) {
+      NSMutableArray* const list = [NSMutableArray array];
+      for (const char name : names.substr(same)) [list addObject:all.at(name)];
+      if ([list count] > 0) [change setObject:list forKey:key];
     }
+    id const observer = [kept(workspace(), "observer of runningApplications") nonretainedObjectValue];
+    [observer observeValueForKeyPath:@"" ofObject:nil change:change context:nullptr];
+    return std::exchange(received, {});
+  };
+  for (; observing; whole ? observing.reset() : void(whole = true)) {
+    EXPECT_THAT(changed("", "ha"), ElementsAre(applicationLaunched));
+    EXPECT_THAT(told(@"Launch", 'a'), IsEmpty());
+    EXPECT_THAT(changed("ha", "har"), IsEmpty());
+    EXPECT_THAT(told(@"Launch", 'r'), ElementsAre(applicationLaunched));
+    EXPECT_THAT(changed("har", "ha"), IsEmpty());
+    EXPECT_THAT(told(@"Termination", 'r'), ElementsAre(applicationTerminated));
+    EXPECT_THAT(changed("ha", "h"), ElementsAre(applicationTerminated));
+    EXPECT_THAT(told(@"Launch", 'a'), ElementsAre(applicationLaunched));
+    EXPECT_THAT(told(@"Sleep", 'r'), ElementsAre(willSleep));
+    EXPECT_THAT(told(@"Wake", 'r'), ElementsAre(didWake));
+    EXPECT_THAT(changed("h", ""), ElementsAre(menuBarHostTerminated));
   }
+  for (NSString* name in @[ @"Launch", @"Termination", @"Sleep", @"Wake" ]) EXPECT_THAT(told(name, 'r'), IsEmpty());
+  EXPECT_THAT(changed("", "a"), IsEmpty());
 }
 
-TEST_F(CocoaAdaptersTest, ApplicationsAndPlacesAreFoundByProcessAndByIdentifier) {
-  CocoaWorkspace workspace;
+TEST_F(CocoaAdaptersTest, ApplicationsAndPlacesAreFoundAndWhatDoesNotOpenIsToldLater) {
+  CocoaWorkspace asked;
   const RunningApplication whole{"org.example.One", 11, "Eins ü", "/Applications/One.app"};
   const RunningApplication bare{{}, 12, {}, {}};
-  EXPECT_EQ(workspace.runningApplication(13), std::nullopt);
-  EXPECT_EQ(workspace.applicationPath("org.example.None"), std::nullopt);
-  @autoreleasepool {
-    Class const type = [NSRunningApplication class];
-    keep([NSWorkspace sharedWorkspace], "runningApplications", @[ standIn(whole), standIn(bare) ]);
-    keep([NSWorkspace sharedWorkspace], "URLForApplicationWithBundleIdentifier:", [NSURL fileURLWithPath:@"/Orvo.app"]);
-    keep(type, "runningApplicationWithProcessIdentifier:", standIn(bare));
-    keep(type, "runningApplicationsWithBundleIdentifier:", @[ standIn(whole) ]);
-  }
-  EXPECT_THAT(workspace.runningApplications(), ElementsAre(whole, bare));
-  EXPECT_EQ(workspace.runningApplication(12), bare);
-  EXPECT_THAT(workspace.runningApplications("org.example.One"), ElementsAre(whole));
-  EXPECT_EQ(workspace.applicationPath("local.orvo.Orvo"), "/Orvo.app");
-  workspace.openURL(fileURL("/Applications/Or vö.app", true), {});
-  workspace.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility", {});
-  EXPECT_EQ(
-      takeCalls(),
-      (Lines{"runningApplicationWithProcessIdentifier: 13", "URLForApplicationWithBundleIdentifier: org.example.None",
-             "runningApplicationWithProcessIdentifier: 12", "runningApplicationsWithBundleIdentifier: org.example.One",
-             "URLForApplicationWithBundleIdentifier: local.orvo.Orvo",
-             "openURL: file:///Applications/Or%20v%C3%B6.app/",
-             "openURL: x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"}));
+  EXPECT_EQ(asked.runningApplication(13), std::nullopt);
+  EXPECT_EQ(asked.applicationPath("org.example.None"), std::nullopt);
+  keep(workspace(), "runningApplications", @[ standIn(whole, 0), standIn(bare, 0) ]);
+  keep(workspace(), "URLForApplicationWithBundleIdentifier:", [NSURL fileURLWithPath:@"/Orvo.app"]);
+  keep([NSRunningApplication class], "runningApplicationWithProcessIdentifier:", standIn(bare, 0));
+  keep([NSRunningApplication class], "runningApplicationsWithBundleIdentifier:", @[ standIn(whole, 0) ]);
+  EXPECT_THAT(asked.runningApplications(), ElementsAre(whole, bare));
+  EXPECT_EQ(asked.runningApplication(12), bare);
+  EXPECT_THAT(asked.runningApplications("org.example.One"), ElementsAre(whole));
+  EXPECT_EQ(asked.applicationPath("local.orvo.Orvo"), "/Orvo.app");
+  int failures = 0;
+  asked.openURL(fileURL("/Or vö.app", true), [&] { failures += 9; });
+  keep(workspace(), "error", @"refused");
+  asked.openURL("x-apple.systempreferences:com.apple", {});
+  for (const char* url : {"file:///None", "http://local:port"}) asked.openURL(url, [&] { ++failures; });
+  EXPECT_EQ(failures, 0);
+  turnUntil([&] { return failures >= 2; });
+  EXPECT_EQ(failures, 2);
+  EXPECT_THAT(takeCalls(), ElementsAre("observe runningApplications 3", EndsWith(": 13"),
+                                       EndsWith(": org.example.None"), EndsWith(": 12"), EndsWith(": org.example.One"),
+                                       EndsWith(": local.orvo.Orvo"), "openURL: file:///Or%20v%C3%B6.app/",
+                                       "openURL: x-apple.systempreferences:com.apple", "openURL: file:///None"));
 }
 
 TEST_F(CocoaAdaptersTest, TheLoginItemsChangesAndFailuresAreToldAndTextIsCopied) {
   SystemLoginItem login;
+  id const service = [SMAppService mainAppService];
+  NSError* const error = [NSError errorWithDomain:@"Service" code:1 userInfo:nil];
+  for (const auto& failure : {std::optional<std::string>(), textOf([error localizedDescription])}) {
+    if (failure) keep(service, "error", error);
+    EXPECT_EQ(login.registerItem(), failure);
+    EXPECT_EQ(login.unregisterItem(), failure);
+  }
   for (const int status : {0, 1, 2, 3, 9}) {
-    @autoreleasepool {
-      keep([SMAppService mainAppService], "status", [NSNumber numberWithInt:status]);
-    }
+    keep(service, "status", [NSNumber numberWithInt:status]);
     EXPECT_EQ(static_cast<int>(login.status()), status);
   }
-  EXPECT_EQ(login.registerItem(), std::nullopt);
-  EXPECT_EQ(login.unregisterItem(), std::nullopt);
-  @autoreleasepool {
-    NSDictionary* const information = @{NSLocalizedDescriptionKey : @"Operation not permitted"};
-    keep([SMAppService mainAppService], "error",
-         [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:information]);
-  }
-  EXPECT_EQ(login.registerItem(), "Operation not permitted");
-  EXPECT_EQ(login.unregisterItem(), "Operation not permitted");
   login.openSystemSettingsLoginItems();
-  CocoaPasteboard pasteboard;
-  pasteboard.clearContents();
-  pasteboard.setString("Orvo 0.2.0\nmacOS: ü");
+  CocoaPasteboard().clearContents();
+  CocoaPasteboard().setString("Orvo 0.2.0\nmacOS: ü");
   EXPECT_THAT(takeCalls(),
               ElementsAre("registerAndReturnError: nil", "unregisterAndReturnError: nil", "registerAndReturnError: *",
                           "unregisterAndReturnError: *", "openSystemSettingsLoginItems", "clearContents",
@@ -475,29 +368,34 @@ TEST_F(CocoaAdaptersTest, TheLoginItemsChangesAndFailuresAreToldAndTextIsCopied)
 }
 
 TEST_F(CocoaAdaptersTest, DefaultsComeBackAsTheyWereStored) {
-  FoundationUserDefaults defaults;
-  EXPECT_EQ(defaults.data("data"), std::nullopt);
-  EXPECT_FALSE(defaults.boolean("flag"));
+  EXPECT_EQ(FoundationUserDefaults().data("data"), std::nullopt);
+  EXPECT_FALSE(FoundationUserDefaults().boolean("flag"));
   for (const Bytes& value : {Bytes(), Bytes("{\"rules\":{}}"), Bytes("\0\xFF", 2)}) {
-    defaults.setData("data", value);
+    FoundationUserDefaults().setData("data", value);
+    FoundationUserDefaults().setBoolean("flag", !value.empty());
     EXPECT_EQ(FoundationUserDefaults().data("data"), value);
-  }
-  for (const bool value : {true, false}) {
-    defaults.setBoolean("flag", value);
-    EXPECT_EQ(FoundationUserDefaults().boolean("flag"), value);
+    EXPECT_EQ(FoundationUserDefaults().boolean("flag"), !value.empty());
   }
   // A default of another kind.
-  EXPECT_EQ(defaults.data("flag"), std::nullopt);
+  EXPECT_EQ(FoundationUserDefaults().data("flag"), std::nullopt);
 }
 
-// A program outside of any bundle has no identifier.
-TEST_F(CocoaAdaptersTest, TheProcessKnowsItself) {
-  FoundationProcessInfo info;
-  EXPECT_EQ(info.processIdentifier(), getpid());
-  EXPECT_THAT(info.arguments().front(), ::testing::EndsWith("macos_cocoa_test"));
-  EXPECT_FALSE(info.operatingSystemVersionString().empty());
-  EXPECT_EQ(FoundationBundle().infoValue("CFBundleShortVersionString"), std::nullopt);
-  EXPECT_FALSE(FoundationBundle().path().ends_with('/'));
+// GNUstep tells of what is left to a pool where there is none, as on a thread of ours. A program outside of any
+// bundle has no identifier.
+TEST_F(CocoaAdaptersTest, WhatAThreadAsksOrLeavesBehindGoesWithAPool) {
+  ::testing::internal::CaptureStderr();
+  std::thread([] {
+    EXPECT_EQ(FoundationProcessInfo().processIdentifier(), getpid());
+    EXPECT_THAT(FoundationProcessInfo().arguments().front(), EndsWith("macos_cocoa_test"));
+    EXPECT_FALSE(FoundationProcessInfo().operatingSystemVersionString().empty());
+    EXPECT_EQ(FoundationBundle().infoValue("CFBundleShortVersionString"), std::nullopt);
+    EXPECT_FALSE(FoundationBundle().path().ends_with('/'));
+    EXPECT_THAT(CocoaWorkspace().runningApplications(), IsEmpty());
+    ManualExecutor executor;
+    PooledExecutor(executor).post([] { [[NSObject new] autorelease]; });
+    EXPECT_TRUE(executor.runOne());
+  }).join();
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::Not(::testing::HasSubstr("without pool")));
 }
 
 }  // namespace
