@@ -13,10 +13,7 @@ set(CMAKE_OBJCXX_COMPILER ${tools}/zig-c++)
 set(CMAKE_AR ${tools}/zig-ar)
 set(CMAKE_RANLIB ${tools}/zig-ranlib)
 
-# CMake's own checks: for a program Zig would first build its C++ library once more.
-set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ORVO_MACOS_MINIMUM)
-
 # Zig would instrument everything for undefined behaviour.
 set(flags "-target aarch64-macos.${ORVO_MACOS_MINIMUM} -fno-sanitize=undefined -isystem ${CMAKE_CURRENT_LIST_DIR}/declarations")
 set(CMAKE_C_FLAGS_INIT "${flags}")

@@ -127,9 +127,9 @@ ORVO_STAND_IN(SMAppService)
 @implementation NSWorkspace ORVO_STANDS_IN
 - (void)addObserver:(NSObject*)observer forKeyPath:(NSString*)path options:(NSUInteger)options context:(void*)context {
   calls.push_back("observe " + shown(path) + ' ' + std::to_string(options));
-  keep(self, shown(path), [NSValue valueWithNonretainedObject:observer]);
+  keep(self, "observer of " + shown(path), [NSValue valueWithNonretainedObject:observer]);
 }
-- (void)removeObserver:(NSObject*)observer forKeyPath:(NSString*)path { keep(self, shown(path), nil); }
+- (void)removeObserver:(NSObject*)observer forKeyPath:(NSString*)path { keep(self, "observer of " + shown(path), nil); }
 @end
 // clang-format on
 
@@ -237,7 +237,7 @@ TEST_F(CocoaAdaptersTest, AnItemIsMadeAsAskedAndPopsUpAMenuThatMayRemoveIt) {
   StatusItemButton& button = *item->button();
   const auto held = std::make_shared<int>();
   const Menu menu{"", true, {{"Quit", [&, copy = held] { item.reset(); }, "", true, false, {}}}};
-  button.setAction([&, copy = held] { button.popUpMenu(menu, {1, button.bounds().y}); }, rightMouseUpMask);
+  button.setAction([&, copy = held] { button.popUpMenu(menu, {1, button.bounds().y}), ++*copy; }, rightMouseUpMask);
   button.setAccessibilityLabel("Orvo menu bar manager");
   button.setAccessibilityIdentifier("Orvo.Toggle");
   button.setImage("chevron.left", "Orvo");
@@ -296,19 +296,19 @@ TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
       for (const char name : names.substr(same)) [list addObject:all.at(name)];
       if ([list count] > 0) [change setObject:list forKey:key];
     }
-    id const observer = [kept(workspace(), "runningApplications") nonretainedObjectValue];
+    id const observer = [kept(workspace(), "observer of runningApplications") nonretainedObjectValue];
     [observer observeValueForKeyPath:@"" ofObject:nil change:change context:nullptr];
     return std::exchange(received, {});
   };
   for (; observing; whole ? observing.reset() : void(whole = true)) {
-    EXPECT_THAT(changed("", "hr"), IsEmpty());
-    EXPECT_THAT(told(@"Launch", 'r'), ElementsAre(applicationLaunched));
-    EXPECT_THAT(changed("hr", "hra"), ElementsAre(applicationLaunched));
+    EXPECT_THAT(changed("", "ha"), ElementsAre(applicationLaunched));
     EXPECT_THAT(told(@"Launch", 'a'), IsEmpty());
-    EXPECT_THAT(changed("hra", "hr"), ElementsAre(applicationTerminated));
-    EXPECT_THAT(told(@"Launch", 'a'), ElementsAre(applicationLaunched));
-    EXPECT_THAT(changed("hr", "h"), IsEmpty());
+    EXPECT_THAT(changed("ha", "har"), IsEmpty());
+    EXPECT_THAT(told(@"Launch", 'r'), ElementsAre(applicationLaunched));
+    EXPECT_THAT(changed("har", "ha"), IsEmpty());
     EXPECT_THAT(told(@"Termination", 'r'), ElementsAre(applicationTerminated));
+    EXPECT_THAT(changed("ha", "h"), ElementsAre(applicationTerminated));
+    EXPECT_THAT(told(@"Launch", 'a'), ElementsAre(applicationLaunched));
     EXPECT_THAT(told(@"Sleep", 'r'), ElementsAre(willSleep));
     EXPECT_THAT(told(@"Wake", 'r'), ElementsAre(didWake));
     EXPECT_THAT(changed("h", ""), ElementsAre(menuBarHostTerminated));
