@@ -101,21 +101,25 @@ TEST(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
   EXPECT_FALSE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
 }
 
-TEST_F(AppDelegateTest, QuittingRevealsBeforeItEndsAndSoDoesEveryOtherEnd) {
-  launch();
-  for (const int alreadyEnded : {1, 0}) {
-    delegate->applicationShouldHandleReopen(false);
-    reach(hidden);
+TEST(AppDelegateTest, EveryEndRevealsAndWhatOutlivesItDoesNothing) {
+  for (const bool byMenu : {true, false}) {
+    App app;
+    app.delegate->applicationShouldHandleReopen(false);
+    app.from("hide yes");
     // Nobody is told of the end a second time.
-    memory.application.terminations = alreadyEnded;
-    if (alreadyEnded == 1) choose(contextMenu(), 3);
-    if (alreadyEnded == 0) memory.application.terminate();
-    EXPECT_EQ(memory.application.terminations, alreadyEnded + 1);
-    EXPECT_TRUE(memory.framework.active().empty());
-    EXPECT_FALSE(memory.eventTaps.tap()->valid);
-    EXPECT_EQ(memory.windows.open, alreadyEnded);
-    model().refresh();
-    memory.settle();
+    app.memory.application.terminations = byMenu ? 1 : 0;
+    const Menu menu = app.contextMenu();
+    if (byMenu) App::choose(menu, 3);
+    if (!byMenu) app.memory.application.terminate();
+    EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
+    EXPECT_TRUE(app.memory.framework.active().empty() && !app.memory.eventTaps.valid);
+    EXPECT_EQ(app.memory.windows.open.use_count(), byMenu ? 2 : 1);
+    app.delegate.reset();
+    app.memory.statusBar.action();
+    for (const std::size_t index : {0U, 1U, 3U}) App::choose(menu, index);
+    EXPECT_EQ(app.memory.application.terminations, byMenu ? 2 : 1);
+    EXPECT_EQ(app.memory.windows.shown, 1);
+    EXPECT_EQ(app.memory.statusBar.items.use_count(), 1);
   }
 }
 
