@@ -3,15 +3,26 @@
 #include <QDir>
 
 #include <filesystem>
+#include <string_view>
 
 namespace orvo {
+
+namespace {
+
+// What the system's package manager installed for everybody lies in an Applications folder, as if this were a link.
+constexpr std::string_view packages = "/usr/lib/orvo/";
+constexpr std::string_view applications = "/Applications/";
+
+}  // namespace
 
 std::string LinuxFileSystem::homeDirectoryForCurrentUser() const { return QDir::homePath().toStdString(); }
 
 std::string LinuxFileSystem::resolvingSymbolicLinks(const std::string& path) const {
   std::error_code error;
   const auto resolved = std::filesystem::weakly_canonical(path, error);
-  return error ? path : resolved.string();
+  std::string text = error ? path : resolved.string();
+  if (text.starts_with(packages)) text.replace(0, packages.size(), applications);
+  return text;
 }
 
 std::string LinuxFileSystem::standardizing(const std::string& path) const {

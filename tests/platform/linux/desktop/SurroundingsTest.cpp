@@ -66,6 +66,7 @@ TEST(LinuxProcessInfoTest, TheSystemsNameIsOneShellWord) {
 TEST(LinuxFileSystemTest, PathsComeAbsoluteAndWithoutDetours) {
   const std::pair<const char*, const char*> cases[]{{"/a//b/./c/../d/", "/a/b/d"}, {"//", "/"}, {"//a", "/a"}};
   for (const auto& [path, standard] : cases) EXPECT_EQ(LinuxFileSystem().standardizing(path), standard) << path;
+  EXPECT_EQ(LinuxFileSystem().resolvingSymbolicLinks("/usr/lib/orvo/Orvo.app"), "/Applications/Orvo.app");
 }
 
 TEST(IcuTextTest, OrderAndContainmentIgnoreCaseInEveryLanguage) {

@@ -1,0 +1,164 @@
+"""The Debian package on a private root: logins as a display manager starts them, a session of Xfce from cold, an
+upgrade and a removal; without a service manager of the person's and with one."""
+
+import contextlib
+import glob
+import os
+import sys
+import time
+import types
+import unittest
+
+from Xlib import error
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "desktop"))
+import private_root  # noqa: E402
+from desktop import AGENT, REPOSITORY, WATCHER  # noqa: E402
+from picture import Picture  # noqa: E402
+from session import OrvoDesktop  # noqa: E402
+from waiting import settled, wait  # noqa: E402
+
+PACKAGES = glob.glob(f"{REPOSITORY}/build/package/orvo_*.deb")
+SKIPPED = 77  # as CMake knows it
+BUNDLE = "/usr/lib/orvo/Orvo.app"
+ITEM, PROGRAM = "org.rncbc.qmidinet", "qmidinet"
+
+
+def outside():
+    """Runs this file on the private root, once for each kind of session; gives the exit status."""
+    if len(PACKAGES) != 1 or not private_root.allowed():
+        print("skipped: it takes a package, which scripts/package builds, root, and namespaces")
+        return SKIPPED
+    command, groups = [sys.executable, os.path.abspath(__file__)], private_root.control_groups()
+    status = private_root.run([*command, "plain"])
+    if groups:
+        return private_root.run([*command, "managed"], groups) or status
+    print("skipped: a session with a service manager, for which nobody may make a control group here")
+    return status
+
+
+class XfceSession(OrvoDesktop):
+    """A session whose parts start each other, as after a login."""
+
+    def __init__(self, managed):
+        super().__init__()
+        self.environment.update(XDG_RUNTIME_DIR=f"/run/user/{os.getuid()}", PATH="/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin")
+        os.makedirs(self.environment["XDG_RUNTIME_DIR"], mode=0o700)
+        self._start_server()
+        if managed:
+            private_root.expect_own_groups()
+            os.makedirs("/run/systemd/system")  # Stands for a machine that was started by the service manager.
+            self.spawn("manager", ["/lib/systemd/systemd", "--user"])
+            wait(lambda: os.path.exists(f"{self.environment['XDG_RUNTIME_DIR']}/bus"), what="the service manager's bus")
+
+    def log_in(self):
+        self.spawn("session", ["/etc/X11/Xsession", "startxfce4"])
+        session = wait(lambda: self.process_called("xfce4-session"), 20, "the session")
+        with open(f"/proc/{session}/environ", encoding="utf-8") as file:
+            variables = dict(line.split("=", 1) for line in file.read().split("\0") if line)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = variables["DBUS_SESSION_BUS_ADDRESS"]
+        self.bus = self._connect(variables["DBUS_SESSION_BUS_ADDRESS"])
+        self.processes["panel"] = types.SimpleNamespace(pid=wait(lambda: self.process_called("xfce4-panel"), 20, "the panel"))
+        wait(self.tray_frame, 30, "the panel's tray")
+        self.set_accessibility(True)
+
+    def process_called(self, name):
+        return next(map(int, self.run(["pgrep", "--exact", name]).stdout.split()), None)
+
+    def tray(self):
+        """Its width and its picture, at rest and with room for an icon."""
+        def now():
+            with contextlib.suppress(error.BadMatch, TypeError):  # The panel moves it or hides it.
+                _, _, width, height = frame = self.tray_frame()
+                return width >= height and (width, Picture(self.root, *frame).data)
+        return settled(now, 0.5, 10, "the tray")
+
+    def packages_processes(self):
+        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"]).stdout
+        return [line for line in answer.splitlines() if line.startswith(BUNDLE)]
+
+
+class Package(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = XfceSession(sys.argv[1] == "managed")
+        cls.dpkg("--install", *PACKAGES)
+
+    @classmethod
+    def dpkg(cls, *arguments):
+        answer = cls.desktop.run(["dpkg", *arguments], 120)
+        assert answer.returncode == 0, answer.stderr
+        return answer.stdout
+
+    def log_in_to(self, name):
+        """A login to a session that only asks whether the agent is there: the answer, and how long the login took."""
+        program, answer = f"/usr/local/bin/{name}", f"{self.desktop.home}/answer"
+        with open(program, "w", encoding="ascii") as file:
+            file.write("#!/bin/sh\nexec dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / "
+                       f"org.freedesktop.DBus.NameHasOwner string:{AGENT} >{answer}\n")
+        os.chmod(program, 0o755)
+        begin = time.monotonic()
+        self.desktop.run(["/etc/X11/Xsession", name])
+        took = time.monotonic() - begin
+        os.remove(program)
+        with open(answer, encoding="ascii") as file:
+            return "true" in file.read(), took
+
+    def test_only_a_session_of_xfce_waits_for_the_agent_and_for_two_seconds_at_most(self):
+        agent = f"{BUNDLE}/bin/orvo-agent"
+        here, usual = self.log_in_to("othersession")
+        self.assertFalse(here)
+        self.assertEqual(self.log_in_to("startxfce4")[0], True)
+        os.rename(agent, agent + ".kept")
+        for command in ("exec sleep 60", "exit 1"):
+            with self.subTest(command):
+                with open(agent, "w", encoding="ascii") as file:
+                    file.write(f"#!/bin/sh\n{command}\n")
+                os.chmod(agent, 0o755)
+                here, took = self.log_in_to("startxfce4")
+                self.assertFalse(here)
+                self.assertLess(took, usual + 2.2)
+        os.replace(agent + ".kept", agent)
+        self.desktop.run(["systemctl", "--user", "reset-failed"])
+
+    def test_the_way_from_a_login_to_the_removal(self):
+        desktop = self.desktop
+        desktop.log_in()
+        self.assertTrue(desktop.owner(AGENT))
+        self.assertEqual(desktop.owner(WATCHER), desktop.owner(AGENT), "the panel was first")
+        desktop.spawn("item", [PROGRAM])
+        wait(lambda: desktop.watcher_property("RegisteredStatusNotifierItems"), what="the program's icon")
+        with_item = desktop.tray()
+        desktop.remember(hidden=[ITEM])
+        visible = self.hide(with_item)
+        desktop.choose(desktop.menu()[0][1])
+        wait(lambda: desktop.tray() == visible, what="the icon in its place")
+        self.hide(with_item)
+        with self.subTest("upgrade"):
+            self.dpkg("--install", *PACKAGES)
+            wait(lambda: desktop.tray() == with_item, what="the icon without the arrow")
+            self.assertEqual({os.path.basename(program) for program in desktop.packages_processes()}, {"orvo-agent (deleted)"})
+        self.hide(with_item)
+        files = [file for file in self.dpkg("--listfiles", "orvo").split("\n") if os.path.isfile(file)]
+        self.dpkg("--purge", "orvo")
+        self.assertEqual(desktop.packages_processes(), [])
+        wait(lambda: desktop.tray() == with_item, what="the icon, from the panel itself")
+        self.assertEqual([file for file in files if os.path.exists(file)], [])
+
+    def hide(self, with_item):
+        """Starts Orvo where it does not run, and hides; gives the tray's picture before."""
+        desktop = self.desktop
+        if "orvo" not in desktop.processes or desktop.orvo.poll() is not None:
+            desktop.spawn("orvo", ["orvo"])
+            wait(desktop.can_hide, 20, "hiding being offered")
+        visible = wait(lambda: (now := desktop.tray()) != with_item and now, what="the arrow")
+        desktop.choose(desktop.menu()[0][1])
+        wait(desktop.is_hidden, what="the arrow saying hidden")
+        wait(lambda: desktop.tray()[0] < visible[0], what="the icon leaving")
+        return visible
+
+
+if __name__ == "__main__":
+    if len(sys.argv) == 1:
+        sys.exit(outside())
+    unittest.main(argv=sys.argv[:1], verbosity=2)
