@@ -3,6 +3,8 @@
 #include "platform/linux/LinuxWords.h"
 #include "ui/settings/SettingsWorld.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
@@ -16,21 +18,21 @@ namespace orvo {
 
 namespace {
 
-const std::vector<NamedApp> everyday{
-    {"org.example.beacon", "Beacon"},       {"org.example.clipboard", "Clipboard Shelf"},
-    {"org.example.cloud", "Cloud Drawer"},  {"org.example.focus", "Focus Timer"},
-    {"org.example.notes", "Quick Notes"},   {"org.example.sound", "Sound Desk"},
-    {"org.example.weather", "Weatherglass"}};
+using Apps = std::vector<std::string>;
 
-const std::vector<NamedApp> longNames{
-    {"org.example.ar", "تطبيق الملاحظات السريعة"},
-    {"org.example.he", "לוח גזירים"},
-    {"org.example.hy", "Արագ նշումներ"},
-    {"org.example.long", "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice"},
-    {"org.example.ja", "クイックメモと予定表"},
-    {"org.example.th", "แอปพลิเคชันบันทึกย่อ"},
-    {"org.example.mixed", "Mixed عربي and English"},
-    {"org.example.dev", "देवनागरी अनुप्रयोग"}};
+const Apps everyday{"Beacon",      "Clipboard Shelf", "Cloud Drawer", "Focus Timer",
+                    "Quick Notes", "Sound Desk",      "Weatherglass"};
+
+const Apps longNames{"تطبيق الملاحظات السريعة",
+                     "לוח גזירים",
+                     "Արագ նշումներ",
+                     "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice",
+                     "クイックメモと予定表",
+                     "แอปพลิเคชันบันทึกย่อ",
+                     "Mixed عربي and English",
+                     "देवनागरी अनुप्रयोग"};
+
+const Apps rightToLeft{"تطبيق الملاحظات السريعة", "לוח גזירים", "یادداشت‌ها"};
 
 // A stand-in for an application's icon.
 Picture drawnIcon(int pid, int size) {
@@ -68,14 +70,16 @@ void withoutFramework(SettingsWorld& world) { world.memory.framework.loads = fal
 void notInstalled(SettingsWorld& world) { world.memory.bundle.bundlePath = "/home/user/Downloads/Orvo.app"; }
 void notTrusted(SettingsWorld& world) { world.memory.accessibility.trusted = false; }
 void shortcutTaken(SettingsWorld& world) { world.memory.hotKeys.registerStatus = -9878; }
+void opensNothing(SettingsWorld& world) { world.memory.workspace.opensNothing = true; }
+void inDejaVu(SettingsWorld&) { QGuiApplication::setFont(QFont(QStringLiteral("DejaVu Sans"))); }
 void loginRefused(SettingsWorld& world) { world.memory.loginItem.failure = "Operation not permitted"; }
 void delayOf45Seconds(SettingsWorld& world) {
   world.memory.userDefaults.datas["Quillet.Preferences.v1"] = R"({"rules":{},"autoRehideSeconds":45})";
 }
 
 void selectTwo(SettingsWorld& world) {
-  world.model->setRule(IconRule::hidden, "org.example.cloud");
-  world.model->setRule(IconRule::hidden, "org.example.sound");
+  world.model->setRule(IconRule::hidden, "Cloud Drawer");
+  world.model->setRule(IconRule::hidden, "Sound Desk");
 }
 void hide(SettingsWorld& world) { world.model->hideSelected(); }
 void confirm(SettingsWorld& world) { world.memory.framework.answer(0); }
@@ -90,26 +94,46 @@ void say(SettingsWorld& world) {
 Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
-void pressKeys(SettingsWorld& world) {
-  for (const int key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Down}) world.key(key);
+void pressKeys(SettingsWorld& world) { world.press("Tab Tab Down"); }
+void perform(SettingsWorld& world, const char* action, int argument = 0) { world.view->perform(action, argument); }
+// Qt takes the first place of a pointer for where it has always been.
+void pointAt(SettingsWorld& world, const QString& name, QPoint within) {
+  QTest::mouseMove(&world.quickView(), {1, 1});
+  QTest::mouseMove(&world.quickView(), world.item(name)->mapToScene(within).toPoint());
 }
-void pointAtHide(SettingsWorld& world) {
-  QTest::mouseMove(&world.quickView(), world.item("Visibility for Clipboard Shelf")->mapToScene({100, 13}).toPoint());
+Step point(const QString& name, QPoint within = {10, 10}) {
+  return [=](SettingsWorld& world) { pointAt(world, name, within); };
 }
+Step press(const QString& name, QPoint within = {10, 10}) {
+  return [=](SettingsWorld& world) {
+    pointAt(world, name, within);
+    QTest::mousePress(&world.quickView(), Qt::LeftButton, {}, world.item(name)->mapToScene(within).toPoint());
+  };
+}
+// Until a tool tip has come.
+void rest(SettingsWorld&) { QTest::qWait(1000); }
 void openBehavior(SettingsWorld& world) { world.view->page = OrvoView::Page::behavior; }
-void openDelays(SettingsWorld& world) { world.click(world.control("rehidePicker")); }
+void openDelays(SettingsWorld& world) { world.click(world.item("rehidePicker")); }
 void openAtLogin(SettingsWorld& world) { world.model->setLoginItem(true); }
 void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about; }
-void copy(SettingsWorld& world) { world.view->copyDiagnostics(); }
+void copy(SettingsWorld& world) { perform(world, "copyDiagnostics"); }
+void setUp(SettingsWorld& world) { perform(world, "setup"); }
+void openLink(SettingsWorld& world) { perform(world, "openLink", 1); }
 
 constexpr QSize usual(880, 680);
 constexpr QSize smallest(850, 630);
+// 1280 by 800 pixels at 144 dots per inch.
+constexpr QSize magnified(853, 533);
+constexpr QSize wide(1600, 900);
+const QString clipboard(QStringLiteral("Visibility for Clipboard Shelf"));
+const QString refresh(QStringLiteral("Refresh menu bar icons"));
+const QString hideSelected(QStringLiteral("Hide selected icons"));
 
 struct State {
   const char* name;
   std::vector<Step> before = {};
   std::vector<Step> after = {};
-  std::vector<NamedApp> apps = everyday;
+  Apps apps = everyday;
   QSize size = usual;
 };
 
@@ -131,8 +155,24 @@ const std::vector<State>& states() {
       {"shortcut-taken", {shortcutTaken}},
       {"many", {}, {}, manyApps(400)},
       {"long-names", {}, {}, longNames},
+      {"right-to-left", {}, {search("ا"), say}, rightToLeft},
+      {"dejavu", {inDejaVu}, {selectTwo, say}},
+      {"dejavu-not-installed", {inDejaVu, notInstalled, notTrusted}},
       {"keyboard", {}, {pressKeys}},
-      {"pointer", {}, {pointAtHide}},
+      {"pointer", {}, {point(clipboard, {100, 13})}},
+      {"pointer-row", {}, {point("Clipboard Shelf", {200, 20})}},
+      {"pointer-button", {}, {selectTwo, point(hideSelected)}},
+      {"pressed", {}, {press(clipboard, {100, 13})}},
+      {"pressed-row", {}, {press("Clipboard Shelf", {200, 20})}},
+      {"pressed-button", {}, {selectTwo, press(hideSelected)}},
+      {"pressed-refresh", {}, {press(refresh)}},
+      {"pressed-page", {}, {press("Behavior")}},
+      {"tool-tip", {}, {point(refresh), rest}},
+      {"tool-tip-button", {}, {selectTwo, hide, confirm, point("Reveal hidden icons"), rest}},
+      {"not-opened", {notInstalled, notTrusted, opensNothing}, {setUp}},
+      {"wide", {}, {selectTwo, say}, everyday, wide},
+      {"magnified", {}, {selectTwo, say}, everyday, magnified},
+      {"magnified-not-installed", {notInstalled, notTrusted}, {}, everyday, magnified},
       {"small", {}, {selectTwo, say}, everyday, {640, 400}},
       {"behavior", {}, {openBehavior}},
       {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
@@ -145,17 +185,25 @@ const std::vector<State>& states() {
        everyday,
        smallest},
       {"about-copied", {}, {openAbout, copy}},
+      {"about-not-opened", {opensNothing}, {openAbout, openLink}},
+      {"about-magnified", {}, {openAbout}, everyday, magnified},
+      {"about-wide", {}, {openAbout}, everyday, wide},
+      {"about-dejavu", {inDejaVu}, {openAbout}, everyday, smallest},
+      {"behavior-dejavu", {inDejaVu}, {openBehavior}, everyday, smallest},
+      {"behavior-pressed", {}, {openBehavior, press("Automatically hide again")}},
   };
   return all;
 }
 
 QImage picture(const State& state, bool dark) {
+  static const QFont usualFont = QGuiApplication::font();
+  QGuiApplication::setFont(usualFont);
   SettingsWorld world;
   world.memory.words = linuxWords;
-  world.setApps(state.apps);
+  world.memory.processInfo.version = "Debian GNU/Linux 12 (bookworm)";
+  world.memory.showItems(state.apps);
   for (const Step& step : state.before) step(world);
-  world.start();
-  world.appearance->current = {.dark = dark, .reducesMotion = true};
+  world.setLook(dark);
   world.show();
   world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(state.size);
@@ -166,7 +214,9 @@ QImage picture(const State& state, bool dark) {
   }
   answerIcons(world);
   world.turn();
-  return world.quickView().grabWindow();
+  const QImage shown = world.quickView().grabWindow();
+  QTest::mouseRelease(&world.quickView(), Qt::LeftButton, {}, {1, 1});
+  return shown;
 }
 
 }  // namespace

@@ -74,19 +74,19 @@ void measureRescans(SettingsWorld& world) {
   for (int round = 0; round < 20; ++round) {
     auto apps = manyApps(400);
     // Every tenth application comes and goes.
-    std::erase_if(apps, [&, index = 0](const NamedApp&) mutable { return index++ % 10 == round % 2; });
-    world.setApps(apps);
+    std::erase_if(apps, [&, index = 0](const std::string&) mutable { return index++ % 10 == round % 2; });
+    world.memory.showItems(apps);
     rescans.push_back(costOf([&] { world.rescan(); }));
   }
   print("rescan of 400 rows, 80 of them changed", rescans);
 }
 
 void measureKeys(SettingsWorld& world) {
-  world.key(Qt::Key_F, Qt::ControlModifier);
+  world.press("Ctrl+F");
   std::vector<Cost> keys;
   for (int round = 0; round < 10; ++round) {
-    for (const int key : {Qt::Key_1, Qt::Key_2, Qt::Key_Backspace, Qt::Key_Backspace}) {
-      keys.push_back(costOf([&] { world.key(key); }));
+    for (const char* key : {"1", "2", "Backspace", "Backspace"}) {
+      keys.push_back(costOf([&] { world.press(key); }));
     }
   }
   print("key typed into the search, 400 rows", keys);
@@ -101,9 +101,9 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argc, argv);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   orvo::SettingsWorld world;
-  world.setApps(orvo::manyApps(400));
-  world.start();
-  world.appearance->current.reducesMotion = false;
+  world.memory.showItems(orvo::manyApps(400));
+  world.setLook(false, false);
+  world.launch();
   orvo::measureShowing(world);
   orvo::measureRescans(world);
   orvo::measureKeys(world);

@@ -18,6 +18,8 @@ struct Words {
   const char* unsupportedTitle;
   const char* unsupportedDetail;
   const char* unsupportedHint;
+  // How Orvo comes into an Applications folder.
+  const char* installAdvice;
   const char* accessibilityPage;
   const char* accessibilityAdvice;
   const char* nothingFound;
@@ -54,6 +56,7 @@ inline constexpr Words macWords{
     .unsupportedTitle = "This macOS build is not supported",
     .unsupportedDetail = "Orvo cannot manage icons on this macOS version. All icons remain visible.",
     .unsupportedHint = "Your icons remain visible on this macOS version.",
+    .installAdvice = "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
     .accessibilityPage = "Privacy & Security → Accessibility",
     .accessibilityAdvice =
         "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",

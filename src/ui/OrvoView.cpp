@@ -9,18 +9,22 @@
 #include "platform/Words.h"
 #include "platform/Workspace.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
-#include <iterator>
+#include <map>
 #include <utility>
 
 namespace orvo {
 
 namespace {
 
+using Value = OrvoView::Value;
+
 constexpr const char* fallbackVersion = "0.2.0";
 constexpr const char* applicationsFolder = "/Applications";
 
-const std::pair<const char*, const char*> fixedTexts[] = {
+constexpr std::pair<const char*, const char*> fixedTexts[] = {
     {"name", "Orvo"},
     {"tagline", "A calmer menu bar"},
     {"iconsTitle", "Your menu bar"},
@@ -59,8 +63,33 @@ const PageTraits& traits(OrvoView::Page page) {
   return all.at(static_cast<std::size_t>(page));
 }
 
-OrvoView::SetupStep setupStep(const std::string& title, const std::string& number, bool complete) {
-  return {title, number, complete, title + ": " + (complete ? "complete" : "required")};
+// The delays that the picker offers, with their texts.
+constexpr std::array<std::pair<const char*, std::int64_t>, 4> rehideOptions{
+    {{"Never", 0}, {"After 5 seconds", 5}, {"After 10 seconds", 10}, {"After 30 seconds", 30}}};
+
+// Absent when the delay is none of the options.
+std::optional<std::size_t> rehideOption(std::int64_t seconds) {
+  const auto* found = std::ranges::find(rehideOptions, seconds, &std::pair<const char*, std::int64_t>::second);
+  if (found == rehideOptions.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - rehideOptions.begin());
+}
+
+Value label(std::string_view symbol, std::string_view text) { return {{"symbol", symbol}, {"text", text}}; }
+
+Value setupStep(const std::string& title, const char* number, bool complete) {
+  return {{"title", title},
+          {"number", number},
+          {"complete", complete},
+          {"accessibilityLabel", title + ": " + (complete ? "complete" : "required")}};
+}
+
+Value informationCard(const char* title, const char* detail, const char* symbol, bool attention = false) {
+  return {{"title", title}, {"detail", detail}, {"symbol", symbol}, {"attention", attention}};
+}
+
+// The mark of a row is there only where it can be ready or not.
+Value diagnosticRow(const char* title, const std::string& value, std::optional<bool> ready) {
+  return {{"title", title}, {"value", value}, {"marked", ready.has_value()}, {"ready", ready.value_or(false)}};
 }
 
 IconRule ruleFor(const OrvoPreferences& preferences, const std::string& bundleID) {
@@ -92,11 +121,6 @@ std::optional<OrvoView::Page> OrvoView::pageFromRawValue(std::string_view rawVal
   return std::nullopt;
 }
 
-std::array<OrvoView::Label, 3> OrvoView::pages() const {
-  const auto label = [](Page one) { return Label{std::string(symbol(one)), std::string(rawValue(one))}; };
-  return {label(Page::icons), label(Page::behavior), label(Page::about)};
-}
-
 std::string OrvoView::version() const { return infoText("CFBundleShortVersionString", fallbackVersion); }
 
 std::string OrvoView::infoText(const char* key, const char* fallback) const {
@@ -105,67 +129,128 @@ std::string OrvoView::infoText(const char* key, const char* fallback) const {
   return text != nullptr ? *text : fallback;
 }
 
-std::map<std::string, std::string> OrvoView::texts() const {
-  std::map<std::string, std::string> texts(std::begin(fixedTexts), std::end(fixedTexts));
+OrvoView::Value OrvoView::values() const {
+  Value all = Value::object();
+  addShared(all);
+  addIconsPage(all);
+  addBehaviorPage(all);
+  addAboutPage(all);
+  return all;
+}
+
+void OrvoView::perform(const std::string& action, const Value& argument) {
+  using Action = void (*)(OrvoView&, const Value&);
+  static const std::map<std::string, Action> actions{
+      {"page", [](OrvoView& view, const Value& index) { view.select(allPages.at(index.get<std::size_t>())); }},
+      {"setup", [](OrvoView& view, const Value&) { view.performSetupAction(); }},
+      {"search", [](OrvoView& view, const Value& text) { view.model_->searchText = text.get<std::string>(); }},
+      {"refresh", [](OrvoView& view, const Value&) { view.model_->refresh(); }},
+      {"keep",
+       [](OrvoView& view, const Value& bundle) { view.model_->setRule(IconRule::visible, bundle.get<std::string>()); }},
+      {"hide",
+       [](OrvoView& view, const Value& bundle) { view.model_->setRule(IconRule::hidden, bundle.get<std::string>()); }},
+      {"primary", [](OrvoView& view, const Value&) { view.model_->toggle(); }},
+      {"login", [](OrvoView& view, const Value& enabled) { view.model_->setLoginItem(enabled.get<bool>()); }},
+      {"rehide", [](OrvoView& view, const Value& option) { view.chooseRehideOption(option.get<std::size_t>()); }},
+      {"copyDiagnostics", [](OrvoView& view, const Value&) { view.copyDiagnostics(); }},
+      {"openLink", [](OrvoView& view, const Value& link) { view.openLink(link.get<std::size_t>()); }},
+  };
+  actions.at(action)(*this, argument);
+}
+
+void OrvoView::select(Page newPage) {
+  if (newPage == page()) return;
+  notice_ = std::nullopt;
+  page = newPage;
+}
+
+void OrvoView::addShared(Value& all) const {
+  Value& pages = all["pages"];
+  for (const Page one : allPages) pages.push_back(label(symbol(one), rawValue(one)));
+  all["page"] = static_cast<int>(page());
+  all["texts"] = texts();
+  all["statusLine"] = statusLine();
+  all["stateBadge"] = stateBadge();
+  all["message"] = message();
+}
+
+OrvoView::Value OrvoView::texts() const {
   const Words& words = platform_.words;
-  texts["shortcut"] = words.spokenShortcut;
-  texts["shortcutSigns"] = words.shortcutSigns;
-  texts["onThisComputer"] = words.onThisComputer;
-  texts["builtForTitle"] = words.builtForTitle;
-  texts["builtForDetail"] = words.builtForDetail;
-  texts["versionLine"] = "Orvo " + version();
-  texts["aboutVersion"] = "Version " + version();
+  Value texts{{"shortcut", words.spokenShortcut},       {"shortcutSigns", words.shortcutSigns},
+              {"onThisComputer", words.onThisComputer}, {"builtForTitle", words.builtForTitle},
+              {"builtForDetail", words.builtForDetail}, {"versionLine", "Orvo " + version()},
+              {"aboutVersion", "Version " + version()}};
+  for (const auto& [name, text] : fixedTexts) texts[name] = text;
   return texts;
 }
 
-OrvoView::Label OrvoView::statusLine() const {
-  if (model_->state() == BarState::hidden) return {"chevron.left", "Icons orvoed away"};
-  return {"checkmark.circle", "Apps keep running"};
+OrvoView::Value OrvoView::statusLine() const {
+  if (model_->state() == BarState::hidden) return label("chevron.left", "Icons orvoed away");
+  return label("checkmark.circle", "Apps keep running");
 }
 
-OrvoView::StateBadge OrvoView::stateBadge() const {
+// An indicator that turns, or a dot, before a text.
+OrvoView::Value OrvoView::stateBadge() const {
+  const auto badge = [](bool inProgress, bool accentDot, const char* text) -> Value {
+    return {{"inProgress", inProgress}, {"accentDot", accentDot}, {"text", text}};
+  };
   switch (model_->state()) {
     case BarState::applying:
-      return {true, false, "Updating"};
+      return badge(true, false, "Updating");
     case BarState::hidden:
-      return {false, true, "Orvoed away"};
+      return badge(false, true, "Orvoed away");
     case BarState::visible:
       break;
   }
-  if (model_->isConcealing()) return {false, true, "Hidden"};
-  return {false, false, "All visible"};
+  return badge(false, model_->isConcealing(), model_->isConcealing() ? "Hidden" : "All visible");
 }
 
-std::optional<std::string> OrvoView::message() const {
+std::string OrvoView::message() const {
   if (notice_() && notice_()->page == page() && notice_()->over == model_->message()) return notice_()->text;
-  if (page() == Page::about) return std::nullopt;
+  if (page() == Page::about) return "";
   const std::vector<std::string>& concealers = model_->concealers();
-  if (concealers.empty()) return model_->message();
+  if (concealers.empty()) return model_->message().value_or("");
   const std::string others = concealers.size() == 1 ? " hides" : " and other programs hide";
   return concealers.front() + others + " icons. Click the arrow to show them.";
 }
 
-OrvoView::Guidance OrvoView::guidance() const {
-  if (!model_->backendAvailable) return Guidance::unsupported;
-  return model_->nativeMenuBarReady && model_->accessibilityGranted() ? Guidance::revealGuide : Guidance::setup;
+void OrvoView::addIconsPage(Value& all) const {
+  const bool granted = model_->accessibilityGranted();
+  all["guidance"] = guidance();
+  all["unsupportedCard"] = informationCard(platform_.words.unsupportedTitle, platform_.words.unsupportedDetail,
+                                           "exclamationmark.triangle", true);
+  all["setupSteps"] = {setupStep("Install in Applications", "1", model_->nativeMenuBarReady),
+                       setupStep("Allow Accessibility", "2", granted)};
+  all["setupAdvice"] = setupAdvice();
+  all["shortcutAvailable"] = model_->shortcutAvailable();
+  all["searchText"] = model_->searchText();
+  all["searchEnabled"] = granted;
+  all["isScanning"] = model_->isScanning();
+  all["pickersEnabled"] = model_->state() != BarState::applying;
+  all["emptyState"] = emptyState();
+  all["showsListFooter"] = granted && !model_->apps().empty();
+  all["listCount"] =
+      std::to_string(model_->filteredApps().size()) + " of " + std::to_string(model_->apps().size()) + " apps";
+  all["actionTitle"] = actionTitle();
+  all["actionHint"] = actionHint();
+  all["primaryButton"] = primaryButton();
 }
 
-OrvoView::InformationCard OrvoView::unsupportedCard() const {
-  return {platform_.words.unsupportedTitle, platform_.words.unsupportedDetail, "exclamationmark.triangle", true};
+// What stands above the icon list, exactly one of three.
+std::string OrvoView::guidance() const {
+  if (!model_->backendAvailable) return "unsupported";
+  return eitherText(model_->nativeMenuBarReady && model_->accessibilityGranted(), "revealGuide", "setup");
 }
 
-std::array<OrvoView::SetupStep, 2> OrvoView::setupSteps() const {
-  return {setupStep("Install in Applications", "1", model_->nativeMenuBarReady),
-          setupStep("Allow Accessibility", "2", model_->accessibilityGranted())};
-}
-
-OrvoView::SetupAdvice OrvoView::setupAdvice() const {
+OrvoView::Value OrvoView::setupAdvice() const {
   if (!model_->nativeMenuBarReady) {
-    return {"Give Orvo a permanent home",
-            "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
-            "Open Applications"};
+    return {{"title", "Give Orvo a permanent home"},
+            {"detail", platform_.words.installAdvice},
+            {"button", "Open Applications"}};
   }
-  return {"One permission, then you’re ready", platform_.words.accessibilityAdvice, "Open Settings…"};
+  return {{"title", "One permission, then you’re ready"},
+          {"detail", platform_.words.accessibilityAdvice},
+          {"button", "Open Settings…"}};
 }
 
 void OrvoView::performSetupAction() {
@@ -173,27 +258,9 @@ void OrvoView::performSetupAction() {
     model_->requestAccessibility();
   } else {
     const std::string own = platform_.fileSystem.homeDirectoryForCurrentUser() + applicationsFolder;
-    open("Applications", {fileURL(applicationsFolder, true), fileURL(own, true)});
+    open(page(), "/Applications or ~/Applications", {fileURL(applicationsFolder, true), fileURL(own, true)});
   }
 }
-
-bool OrvoView::shortcutAvailable() const { return model_->shortcutAvailable(); }
-
-std::string OrvoView::searchText() const { return model_->searchText(); }
-
-void OrvoView::setSearchText(const std::string& text) { model_->searchText = text; }
-
-void OrvoView::clearSearch() { model_->searchText = std::string(); }
-
-bool OrvoView::searchEnabled() const { return model_->accessibilityGranted(); }
-
-bool OrvoView::offersClearSearch() const { return !model_->searchText().empty(); }
-
-bool OrvoView::isScanning() const { return model_->isScanning(); }
-
-bool OrvoView::refreshEnabled() const { return model_->accessibilityGranted(); }
-
-void OrvoView::refresh() { model_->refresh(); }
 
 std::vector<OrvoView::AppRow> OrvoView::rows() const {
   std::vector<AppRow> rows;
@@ -206,32 +273,25 @@ std::vector<OrvoView::AppRow> OrvoView::rows() const {
   return rows;
 }
 
-bool OrvoView::pickersEnabled() const { return model_->state() != BarState::applying; }
-
-void OrvoView::choose(IconRule rule, const std::string& bundleID) { model_->setRule(rule, bundleID); }
-
-OrvoView::EmptyState OrvoView::emptyState() const {
+OrvoView::Value OrvoView::emptyState() const {
   const bool granted = model_->accessibilityGranted();
-  return {eitherText(granted, "magnifyingglass", "hand.raised"), granted && offersClearSearch()};
+  return {{"symbol", granted ? "magnifyingglass" : "hand.raised"},
+          {"title", emptyTitle()},
+          {"detail", emptyDetail()},
+          {"offersClearSearch", granted && !model_->searchText().empty()}};
 }
 
 std::string OrvoView::emptyTitle() const {
   if (!model_->accessibilityGranted()) return "Your apps will appear here";
   if (model_->isScanning()) return "Finding menu bar icons…";
-  return eitherText(offersClearSearch(), "No matching apps", "No app icons found");
+  return eitherText(model_->searchText().empty(), "No app icons found", "No matching apps");
 }
 
 std::string OrvoView::emptyDetail() const {
   if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
   if (model_->isScanning()) return "This usually takes a moment.";
-  return eitherText(offersClearSearch(), "Try a different app name or clear your search.",
-                    platform_.words.nothingFound);
-}
-
-bool OrvoView::showsListFooter() const { return model_->accessibilityGranted() && !model_->apps().empty(); }
-
-std::string OrvoView::listCount() const {
-  return std::to_string(model_->filteredApps().size()) + " of " + std::to_string(model_->apps().size()) + " apps";
+  return eitherText(model_->searchText().empty(), platform_.words.nothingFound,
+                    "Try a different app name or clear your search.");
 }
 
 std::string OrvoView::actionTitle() const {
@@ -249,67 +309,71 @@ std::string OrvoView::actionHint() const {
   return eitherText(model_->canHide(), "Hiding an icon keeps its app running.", platform_.words.noControlsHint);
 }
 
-OrvoView::PrimaryButton OrvoView::primaryButton() const {
+// Without a label the symbol stands alone.
+OrvoView::Value OrvoView::primaryButton() const {
   if (!model_->isConcealing()) {
-    return {"Hide selected", "chevron.right", "Hide selected icons", "Hide selected icons", model_->canHide()};
+    return {{"label", "Hide selected"},
+            {"symbol", "chevron.right"},
+            {"accessibilityLabel", "Hide selected icons"},
+            {"toolTip", "Hide selected icons"},
+            {"enabled", model_->canHide()}};
   }
-  return {"", "chevron.left", "Reveal hidden icons", std::string("Reveal hidden icons · ") + platform_.words.shortcut,
-          true};
+  return {{"label", ""},
+          {"symbol", "chevron.left"},
+          {"accessibilityLabel", "Reveal hidden icons"},
+          {"toolTip", std::string("Reveal hidden icons · ") + platform_.words.shortcut},
+          {"enabled", true}};
 }
-
-void OrvoView::performPrimaryAction() { model_->toggle(); }
 
 void OrvoView::applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const {
   platform_.applicationIcons.icon(pid, pixels, std::move(answer));
 }
 
-bool OrvoView::launchAtLogin() const { return model_->launchAtLogin(); }
-
-void OrvoView::setLaunchAtLogin(bool enabled) { model_->setLoginItem(enabled); }
-
-std::string OrvoView::shortcutDetail() const {
-  return eitherText(model_->shortcutAvailable(), "Use this shortcut to hide or reveal your selected apps.",
-                    "This shortcut is in use. Orvo’s menu bar arrow is still available.");
+void OrvoView::addBehaviorPage(Value& all) const {
+  all["launchAtLogin"] = model_->launchAtLogin();
+  all["shortcutDetail"] =
+      eitherText(model_->shortcutAvailable(), "Use this shortcut to hide or reveal your selected apps.",
+                 "This shortcut is in use. Orvo’s menu bar arrow is still available.");
+  for (const auto& [text, seconds] : rehideOptions) all["rehideOptions"].push_back(text);
+  const auto option = rehideOption(model_->preferences().autoRehideSeconds);
+  all["rehideOption"] = option ? static_cast<int>(*option) : -1;
+  all["rehideText"] = rehideText();
+  all["systemControlsCard"] = informationCard(
+      "System controls stay within reach",
+      "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons "
+      "then stay visible until you hide them again.",
+      "cursorarrow.click");
 }
 
-const std::array<OrvoView::RehideOption, 4>& OrvoView::rehideOptions() const {
-  static const std::array<RehideOption, 4> options{
-      {{"Never", 0}, {"After 5 seconds", 5}, {"After 10 seconds", 10}, {"After 30 seconds", 30}}};
-  return options;
-}
-
-std::optional<std::size_t> OrvoView::rehideOption() const {
-  const auto& options = rehideOptions();
-  const auto* found = std::ranges::find(options, model_->preferences().autoRehideSeconds, &RehideOption::seconds);
-  if (found == options.end()) return std::nullopt;
-  return static_cast<std::size_t>(found - options.begin());
-}
-
+// What the closed picker shows; a stored delay without an option is told in its own words.
 std::string OrvoView::rehideText() const {
-  if (const auto option = rehideOption()) return rehideOptions().at(*option).text;
   const std::int64_t seconds = model_->preferences().autoRehideSeconds;
-  if (seconds < 1) return rehideOptions().front().text;
+  if (const auto option = rehideOption(seconds)) return rehideOptions.at(*option).first;
+  if (seconds < 1) return rehideOptions.front().first;
   return "After " + std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
 }
 
 void OrvoView::chooseRehideOption(std::size_t option) {
   OrvoPreferences preferences = model_->preferences();
-  preferences.autoRehideSeconds = rehideOptions().at(option).seconds;
+  preferences.autoRehideSeconds = rehideOptions.at(option).second;
   model_->setPreferences(std::move(preferences));
 }
 
-OrvoView::InformationCard OrvoView::systemControlsCard() const {
-  return {"System controls stay within reach",
-          "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons "
-          "then stay visible until you hide them again.",
-          "cursorarrow.click", false};
+void OrvoView::addAboutPage(Value& all) const {
+  all["diagnostics"] = diagnostics();
+  all["copyButton"] = copiedDiagnostics() ? label("checkmark", "Copied") : label("doc.on.doc", "Copy system details");
+  all["privacyCard"] = informationCard(
+      platform_.words.choicesStayHere,
+      "Orvo needs no account and uses no analytics or screen recording. Your visibility choices are saved locally.",
+      "lock.shield");
+  for (const Link& link : links()) all["linkLabels"].push_back(link.label);
 }
 
-std::vector<OrvoView::DiagnosticRow> OrvoView::diagnostics() const {
+OrvoView::Value OrvoView::diagnostics() const {
   const auto row = [](const char* title, bool ready, const char* whenReady, const char* whenNot) {
-    return DiagnosticRow{title, eitherText(ready, whenReady, whenNot), ready};
+    return diagnosticRow(title, eitherText(ready, whenReady, whenNot), ready);
   };
-  return {{platform_.words.system, platform_.processInfo.operatingSystemVersionString(), std::nullopt},
+  return {diagnosticRow(platform_.words.system, platform_.processInfo.operatingSystemVersionString(), std::nullopt),
           row("Installed application", model_->nativeMenuBarReady, "Ready", "Open from Applications"),
           row("Menu bar compatibility", model_->backendAvailable, "Available", "Unavailable"),
           row("Accessibility", model_->accessibilityGranted(), "Enabled", "Permission required"),
@@ -327,11 +391,6 @@ std::string OrvoView::diagnosticsText() const {
          "\nKeyboard shortcut: " + eitherText(model_->shortcutAvailable(), "ready", "unavailable");
 }
 
-OrvoView::Label OrvoView::copyButton() const {
-  if (copiedDiagnostics()) return {"checkmark", "Copied"};
-  return {"doc.on.doc", "Copy system details"};
-}
-
 void OrvoView::copyDiagnostics() {
   platform_.pasteboard.clearContents();
   platform_.pasteboard.setString(diagnosticsText());
@@ -339,12 +398,6 @@ void OrvoView::copyDiagnostics() {
   platform_.mainQueue.runAfter(copiedDuration, [weak = std::weak_ptr(self_)] {
     if (const auto self = weak.lock()) (*self)->copiedDiagnostics = false;
   });
-}
-
-OrvoView::InformationCard OrvoView::privacyCard() const {
-  return {platform_.words.choicesStayHere,
-          "Orvo needs no account and uses no analytics or screen recording. Your visibility choices are saved locally.",
-          "lock.shield", false};
 }
 
 std::array<OrvoView::Link, 2> OrvoView::links() const {
@@ -360,23 +413,23 @@ std::string OrvoView::linkAddress(const char* key) const {
 
 void OrvoView::openLink(std::size_t link) {
   const Link pressed = links().at(link);
-  open(pressed.label + " (" + pressed.address + ")", {pressed.address});
+  open(page(), pressed.label + " (" + pressed.address + ")", {pressed.address});
 }
 
-void OrvoView::open(const std::string& name, std::vector<std::string> places) {
+void OrvoView::open(Page from, const std::string& name, std::vector<std::string> places) {
   notice_ = std::nullopt;
   const std::string place = places.front();
   places.erase(places.begin());
-  platform_.workspace.openURL(place, [weak = std::weak_ptr(self_), name, places = std::move(places)] {
+  platform_.workspace.openURL(place, [weak = std::weak_ptr(self_), from, name, places = std::move(places)] {
     const auto self = weak.lock();
     if (!self) return;
-    places.empty() ? (*self)->sayUnopened(name) : (*self)->open(name, places);
+    places.empty() ? (*self)->sayUnopened(from, name) : (*self)->open(from, name, places);
   });
 }
 
-void OrvoView::sayUnopened(const std::string& name) {
+void OrvoView::sayUnopened(Page from, const std::string& name) {
   if (const char* const start = platform_.words.couldNotOpen)
-    notice_ = Notice{page(), start + name + '.', model_->message()};
+    notice_ = Notice{from, start + name + '.', model_->message()};
 }
 
 }  // namespace orvo

@@ -4,16 +4,16 @@
 #pragma once
 
 #include "core/IconRule.h"
-#include "model/BarState.h"
 #include "model/Published.h"
 #include "platform/ApplicationIcons.h"
 #include "platform/Platform.h"
 #include "platform/Window.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,35 +35,6 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   static std::optional<Page> pageFromRawValue(std::string_view rawValue);
   static std::string_view symbol(Page page);
 
-  // An indicator that turns, or a dot, before a text.
-  struct StateBadge {
-    bool inProgress;
-    bool accentDot;
-    std::string text;
-  };
-  struct Label {
-    std::string symbol;
-    std::string text;
-  };
-  struct SetupStep {
-    std::string title;
-    std::string number;
-    bool complete;
-    std::string accessibilityLabel;
-  };
-  struct SetupAdvice {
-    std::string title;
-    std::string detail;
-    std::string button;
-  };
-  struct InformationCard {
-    std::string title;
-    std::string detail;
-    std::string symbol;
-    bool attention;
-  };
-  // What stands above the icon list, exactly one of these.
-  enum class Guidance { unsupported, revealGuide, setup };
   struct AppRow {
     std::string bundleID;
     std::string name;
@@ -74,30 +45,9 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
 
     bool operator==(const AppRow&) const = default;
   };
-  struct EmptyState {
-    std::string symbol;
-    bool offersClearSearch;
-  };
-  struct PrimaryButton {
-    std::string label;  // empty: the symbol stands alone
-    std::string symbol;
-    std::string accessibilityLabel;
-    std::string toolTip;
-    bool enabled;
-  };
-  struct RehideOption {
-    std::string text;
-    std::int64_t seconds;
-  };
-  struct DiagnosticRow {
-    std::string title;
-    std::string value;
-    std::optional<bool> ready;
-  };
-  struct Link {
-    std::string label;
-    std::string address;
-  };
+
+  // Texts in UTF-8, flags, whole numbers, and records and lists of them.
+  using Value = nlohmann::json;
 
   // How long the copy button confirms a press, on the clock that goes on while the machine sleeps.
   static constexpr std::chrono::milliseconds copiedDuration{2000};
@@ -107,76 +57,26 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   OrvoView(const OrvoView&) = delete;
   OrvoView& operator=(const OrvoView&) = delete;
 
-  // The window comes from a library of its own that is loaded late: what it calls is virtual, so that it
-  // runs the program's code and no copy of it.
-
   // Announced before every assignment of `page`, `copiedDiagnostics` or a property of the model.
   ObjectWillChange willChange;
 
   Published<Page> page{willChange, Page::icons};
   Published<bool> copiedDiagnostics{willChange, false};
 
-  // Column and shared pieces.
-  // By page, in the order of the column.
-  virtual std::array<Label, 3> pages() const;
   std::string version() const;
-  // What never changes while the program runs, by the name that the layout has for it.
-  virtual std::map<std::string, std::string> texts() const;
-  virtual Label statusLine() const;
-  virtual StateBadge stateBadge() const;
-  // What the selected page has to tell: what it could not open, else the model's message.
-  virtual std::optional<std::string> message() const;
+  std::string diagnosticsText() const;
 
-  // Menu bar page.
-  virtual Guidance guidance() const;
-  virtual InformationCard unsupportedCard() const;
-  virtual std::array<SetupStep, 2> setupSteps() const;
-  virtual SetupAdvice setupAdvice() const;
-  virtual void performSetupAction();
-  virtual bool shortcutAvailable() const;
-  virtual std::string searchText() const;
-  virtual void setSearchText(const std::string& text);
-  virtual void clearSearch();
-  virtual bool searchEnabled() const;
-  virtual bool offersClearSearch() const;
-  virtual bool isScanning() const;
-  virtual bool refreshEnabled() const;
-  virtual void refresh();
+  // The window comes from a library of its own that is loaded late: what it calls is virtual, so that it
+  // runs the program's code and no copy of it.
+
+  // A record of all that the window shows beside the rows, by the names that the layout has for it.
+  virtual Value values() const;
   virtual std::vector<AppRow> rows() const;
-  virtual bool pickersEnabled() const;
-  virtual void choose(IconRule rule, const std::string& bundleID);
-  virtual EmptyState emptyState() const;
-  virtual std::string emptyTitle() const;
-  virtual std::string emptyDetail() const;
-  virtual bool showsListFooter() const;
-  virtual std::string listCount() const;
-  virtual std::string actionTitle() const;
-  virtual std::string actionHint() const;
-  virtual PrimaryButton primaryButton() const;
-  virtual void performPrimaryAction();
+  // What the person does. The argument is a flag, a number or a text, by the action; null for none. An action that it
+  // does not know, or an argument of the wrong kind, is a fault of the layout's, and thrown.
+  virtual void perform(const std::string& action, const Value& argument);
   // Answers exactly once, never inside the call.
   virtual void applicationIcon(std::int32_t pid, int pixels, ApplicationIcons::Answer answer) const;
-
-  // Behavior page.
-  virtual bool launchAtLogin() const;
-  virtual void setLaunchAtLogin(bool enabled);
-  virtual std::string shortcutDetail() const;
-  virtual const std::array<RehideOption, 4>& rehideOptions() const;
-  // Absent when the stored delay is none of the options.
-  virtual std::optional<std::size_t> rehideOption() const;
-  // What the closed picker shows; a stored delay without an option is told in its own words.
-  virtual std::string rehideText() const;
-  virtual void chooseRehideOption(std::size_t option);
-  virtual InformationCard systemControlsCard() const;
-
-  // About page.
-  virtual std::vector<DiagnosticRow> diagnostics() const;
-  virtual std::string diagnosticsText() const;
-  virtual Label copyButton() const;
-  virtual void copyDiagnostics();
-  virtual InformationCard privacyCard() const;
-  virtual std::array<Link, 2> links() const;
-  virtual void openLink(std::size_t link);
 
  private:
   struct Notice {
@@ -184,14 +84,46 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
     std::string text;
     std::optional<std::string> over;  // the model's message at that time, which a newer one replaces
   };
+  struct Link {
+    std::string label;
+    std::string address;
+  };
+
+  void addShared(Value& all) const;
+  void addIconsPage(Value& all) const;
+  void addBehaviorPage(Value& all) const;
+  void addAboutPage(Value& all) const;
+
+  Value texts() const;
+  Value statusLine() const;
+  Value stateBadge() const;
+  // What the selected page has to tell: what it could not open, else the model's message.
+  std::string message() const;
+  std::string guidance() const;
+  Value setupAdvice() const;
+  Value emptyState() const;
+  std::string emptyTitle() const;
+  std::string emptyDetail() const;
+  std::string actionTitle() const;
+  std::string actionHint() const;
+  Value primaryButton() const;
+  std::string rehideText() const;
+  Value diagnostics() const;
+  std::array<Link, 2> links() const;
+
+  void select(Page newPage);
+  void performSetupAction();
+  void chooseRehideOption(std::size_t option);
+  void copyDiagnostics();
+  void openLink(std::size_t link);
 
   // Of the bundle's information, where it is a text.
   std::string infoText(const char* key, const char* fallback) const;
   // A whole address, or a path inside the bundle.
   std::string linkAddress(const char* key) const;
-  // Opens the first of the places that anything opens.
-  void open(const std::string& name, std::vector<std::string> places);
-  void sayUnopened(const std::string& name);
+  // Opens the first of the places that anything opens; what fails is told on the page of the press.
+  void open(Page from, const std::string& name, std::vector<std::string> places);
+  void sayUnopened(Page from, const std::string& name);
 
   Published<std::optional<Notice>> notice_{willChange, std::nullopt};
   std::shared_ptr<OrvoModel> model_;

@@ -119,7 +119,7 @@ class WithoutParts(DesktopCase):
                       "Icons will remain visible.\n", report)
         desktop.start_orvo(ready=False)
         try:
-            desktop.expect_told("This desktop is not supported")
+            desktop.expect_told("Orvo’s agent does not manage the tray")
             self.assertFalse(desktop.can_hide())
             self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
         finally:

@@ -63,7 +63,9 @@ class MemoryPlatform {
 
     std::vector<std::string> arguments() const override { return argumentList; }
     std::int32_t processIdentifier() const override { return 1000; }
-    std::string operatingSystemVersionString() const override { return "Version 27.0 (Build 26A100)"; }
+    std::string version = "Version 27.0 (Build 26A100)";
+
+    std::string operatingSystemVersionString() const override { return version; }
   };
 
   // One symbolic link: "/link" leads to the Applications folder.

@@ -17,9 +17,14 @@ inline constexpr Words linuxWords{
     .compatibilityResearch = "Linux compatibility research",
     .backendAvailable = "The panel’s protocol for tray icons is available.",
     .backendMissing = "This desktop does not expose the expected menu bar protocol. Icons will remain visible.",
-    .unsupportedTitle = "This desktop is not supported",
-    .unsupportedDetail = "Orvo cannot manage icons on this desktop. All icons remain visible.",
+    .unsupportedTitle = "Orvo’s agent does not manage the tray",
+    .unsupportedDetail =
+        "All icons remain visible. On Xfce, run packaging/linux/install and log in again, so that the agent "
+        "starts before the panel.",
     .unsupportedHint = "Your icons remain visible on this desktop.",
+    .installAdvice =
+        "Orvo hides icons only from an Applications folder. Run packaging/linux/install, or move Orvo.app to "
+        "~/Applications, then open that copy.",
     .accessibilityPage = "Settings → Accessibility",
     .accessibilityAdvice =
         "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "

@@ -4,9 +4,13 @@ import orvo.settings
 
 ScrollPage {
     Row {
-        spacing: 16
+        spacing: 13
+        // The icon's drawing keeps a sixteenth to its place's edge.
+        x: -icon.size / 16
 
         OrvoIcon {
+            id: icon
+
             size: 58
         }
         Column {
@@ -62,7 +66,7 @@ ScrollPage {
             symbol: View.copyButton.symbol
             text: View.copyButton.text
             topPadding: 4
-            onClicked: View.copyDiagnostics()
+            onClicked: View.perform("copyDiagnostics")
         }
     }
     InformationCard {
@@ -100,7 +104,7 @@ ScrollPage {
                     required property string modelData
 
                     text: modelData
-                    onClicked: View.openLink(index)
+                    onClicked: View.perform("openLink", index)
                 }
             }
         }

@@ -29,6 +29,6 @@ RowLayout {
         symbol: View.primaryButton.symbol
         text: View.primaryButton.label
         toolTip: View.primaryButton.toolTip
-        onClicked: View.performPrimaryAction()
+        onClicked: View.perform("primary")
     }
 }

@@ -31,17 +31,30 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
-        color: Theme.hover
-        visible: hover.hovered
+        color: tap.pressed ? Theme.pressed : Theme.hover
+        visible: hover.hovered || tap.pressed
     }
     HoverHandler {
         id: hover
+    }
+    // A press beside the choice brings the keyboard there.
+    Item {
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.right: picker.left
+        anchors.top: parent.top
+
+        TapHandler {
+            id: tap
+
+            onTapped: row.forceActiveFocus(Qt.MouseFocusReason)
+        }
     }
     RowIcon {
         id: icon
 
         anchors.left: parent.left
-        anchors.leftMargin: 15
+        anchors.leftMargin: 14
         anchors.verticalCenter: parent.verticalCenter
         height: 29
         pid: row.pid
@@ -57,7 +70,7 @@ FocusScope {
     }
     Column {
         anchors.left: parent.left
-        anchors.leftMargin: 59
+        anchors.leftMargin: 58
         anchors.right: picker.left
         anchors.rightMargin: 14
         anchors.verticalCenter: parent.verticalCenter
@@ -84,19 +97,19 @@ FocusScope {
         id: picker
 
         anchors.right: parent.right
-        anchors.rightMargin: 15
+        anchors.rightMargin: 14
         anchors.verticalCenter: parent.verticalCenter
         enabled: View.pickersEnabled
         focus: true
         hide: row.hidden
         label: row.pickerLabel
         width: 126
-        onChosen: hide => View.choose(row.bundleID, hide)
+        onChosen: hide => View.perform(hide ? "hide" : "keep", row.bundleID)
     }
     Divider {
         anchors.bottom: parent.bottom
         anchors.left: parent.left
-        anchors.leftMargin: 59
+        anchors.leftMargin: 58
         anchors.right: parent.right
         visible: !row.last
     }

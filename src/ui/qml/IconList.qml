@@ -12,7 +12,7 @@ FocusScope {
         toolbar.takeFocus();
     }
     function clearSearch() {
-        View.clearSearch();
+        View.perform("search", "");
         focusSearch();
     }
     function scrollByKey(key) {

@@ -51,7 +51,11 @@ ScrollArea {
             id: guidance
 
             Layout.fillWidth: true
-            source: ["UnsupportedCard.qml", "RevealGuide.qml", "SetupCard.qml"][View.guidance]
+            source: ({
+                unsupported: "UnsupportedCard.qml",
+                revealGuide: "RevealGuide.qml",
+                setup: "SetupCard.qml"
+            })[View.guidance]
         }
         IconList {
             id: list

@@ -41,9 +41,9 @@ FocusScope {
             Layout.preferredWidth: 22
             name: View.texts.clearSearch
             symbol: "xmark.circle.fill"
-            visible: View.offersClearSearch
+            visible: View.searchText !== ""
             onClicked: {
-                View.clearSearch();
+                View.perform("search", "");
                 search.forceActiveFocus(Qt.OtherFocusReason);
             }
         }
@@ -62,11 +62,11 @@ FocusScope {
                 id: refresh
 
                 anchors.fill: parent
-                enabled: View.refreshEnabled
+                enabled: View.searchEnabled
                 name: View.texts.refresh
                 symbol: "arrow.clockwise"
                 visible: !refreshing.scanning
-                onClicked: View.refresh()
+                onClicked: View.perform("refresh")
             }
             Item {
                 id: progress

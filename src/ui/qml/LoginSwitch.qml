@@ -13,7 +13,7 @@ T.Switch {
 
     function ask(enabled) {
         checked = Qt.binding(() => View.launchAtLogin);
-        View.setLaunchAtLogin(enabled);
+        View.perform("login", enabled);
     }
 
     checked: View.launchAtLogin

@@ -8,7 +8,8 @@ Item {
 
     Symbol {
         anchors.left: parent.left
-        anchors.leftMargin: 2
+        // Its circle keeps a pixel to its place's edge.
+        anchors.leftMargin: -1
         anchors.top: parent.top
         anchors.topMargin: 1
         color: Theme.secondary
@@ -21,7 +22,7 @@ Item {
 
         activeFocusOnTab: true
         anchors.left: parent.left
-        anchors.leftMargin: 24
+        anchors.leftMargin: 21
         anchors.right: parent.right
         color: Theme.secondary
         font.pixelSize: Theme.smallSize

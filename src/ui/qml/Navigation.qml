@@ -61,7 +61,7 @@ Rectangle {
                 width: parent.width
                 KeyNavigation.down: items.count > index + 1 ? items.itemAt(index + 1) : null
                 KeyNavigation.up: index > 0 ? items.itemAt(index - 1) : null
-                onClicked: View.page = index
+                onClicked: View.perform("page", index)
             }
         }
     }

@@ -45,6 +45,6 @@ PlainButton {
         chosen: View.rehideOption
         options: View.rehideOptions
         picker: control
-        onPicked: option => View.chooseRehideOption(option)
+        onPicked: option => View.perform("rehide", option)
     }
 }

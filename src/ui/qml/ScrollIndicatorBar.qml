@@ -15,7 +15,7 @@ T.ScrollBar {
 
     contentItem: Panel {
         color: Theme.secondary
-        opacity: bar.pressed ? 0.75 : bar.hovered ? 0.6 : 0.4
+        opacity: bar.pressed ? 0.9 : bar.hovered ? 0.8 : 0.7
         radius: 3
         visible: bar.size < 1
     }

@@ -22,10 +22,12 @@ T.TextField {
     Accessible.name: placeholderText
     Accessible.role: Accessible.EditableText
     Accessible.searchEdit: true
-    onTextEdited: View.searchText = text
+    onTextEdited: View.perform("search", text)
 
     BodyText {
         anchors.fill: parent
+        // Beside the caret.
+        anchors.leftMargin: 2
         color: field.placeholderTextColor
         elide: Text.ElideRight
         spoken: false

@@ -78,7 +78,7 @@ FocusScope {
         sequences: [StandardKey.Find]
         onActivated: {
             content.searchWanted = true;
-            View.page = 0;
+            View.perform("page", 0);
             content.focusSearch();
         }
     }

@@ -66,7 +66,7 @@ Panel {
 
                 prominent: true
                 text: View.setupAdvice.button
-                onClicked: View.performSetupAction()
+                onClicked: View.perform("setup")
             }
         }
     }

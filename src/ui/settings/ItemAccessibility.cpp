@@ -5,6 +5,8 @@
 #include <QtQuick/private/qquickaccessibleattached_p.h>
 #include <QtQuick/private/qquickitem_p.h>
 
+#include <utility>
+
 namespace orvo {
 
 namespace {
@@ -23,7 +25,11 @@ class ItemAccessibility : public QAccessibleQuickItem {
       tell(item, changed);
     });
     if (const auto* attached = QQuickAccessibleAttached::attachedProperties(item)) {
-      QObject::connect(attached, &QQuickAccessibleAttached::nameChanged, item, [item] { announce(item); });
+      QObject::connect(attached, &QQuickAccessibleAttached::nameChanged, item,
+                       [item, attached, before = attached->name()]() mutable {
+                         const QString former = std::exchange(before, attached->name());
+                         if (!former.isEmpty() && !before.isEmpty()) announce(item);
+                       });
     }
   }
 
@@ -75,7 +81,8 @@ class ItemAccessibility : public QAccessibleQuickItem {
     }
   }
 
-  // A notification is spoken when it comes to show. One that takes the place of another shows afresh.
+  // A notification is spoken when it comes to show, as it does with its first text, of which Qt itself tells. One that
+  // takes the place of another shows afresh.
   static void announce(QQuickItem* item) {
     const QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(item);
     if (interface->role() != QAccessible::Notification || !item->isVisible()) return;

@@ -2,33 +2,16 @@
 
 #include <QAccessible>
 #include <QCoreApplication>
+#include <QKeySequence>
 #include <QTest>
-
-#include <algorithm>
-#include <functional>
 
 namespace orvo {
 
-namespace {
-
-QString accessibleName(QQuickItem* item) {
-  QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(item);
-  return interface == nullptr ? QString() : interface->text(QAccessible::Name);
+std::vector<std::string> manyApps(int count) {
+  std::vector<std::string> apps;
+  for (int number = 1000; number < 1000 + count; ++number) apps.push_back("Application " + std::to_string(number));
+  return apps;
 }
-
-WindowDescription description() {
-  WindowDescription description;
-  description.contentSize = {880, 680};
-  description.minimumSize = {850, 630};
-  description.styleMask = windowStyleTitled | windowStyleClosable | windowStyleMiniaturizable | windowStyleResizable |
-                          windowStyleFullSizeContentView;
-  description.title = "Orvo Settings";
-  description.frameAutosaveName = "Orvo.Settings";
-  description.releasedWhenClosed = false;
-  return description;
-}
-
-}  // namespace
 
 QQuickItem* findItem(QQuickItem* root, const std::function<bool(QQuickItem*)>& matches) {
   if (root == nullptr || !root->isVisible()) return nullptr;
@@ -39,23 +22,38 @@ QQuickItem* findItem(QQuickItem* root, const std::function<bool(QQuickItem*)>& m
   return nullptr;
 }
 
-SettingsWorld::~SettingsWorld() {
-  if (model) model->stop();
-}
+class SettingsWorld::Look : public Appearance {
+ public:
+  explicit Look(SettingsWorld& world) : world_(world) {}
+  AppearanceTraits traits() const override { return world_.look_; }
+  void setObserver(std::function<void()> observer) override { world_.lookChanged_ = std::move(observer); }
 
-void SettingsWorld::start() {
-  model = OrvoModel::make(memory.platform);
-  model->start();
-  view = std::make_unique<OrvoView>(model, memory.platform);
-  auto desktop = std::make_unique<MemoryAppearance>();
-  appearance = desktop.get();
-  window = std::make_unique<SettingsWindow>(description(), *view, memory.platform, std::move(desktop));
-  window->center();
+ private:
+  SettingsWorld& world_;
+};
+
+void SettingsWorld::launch() {
+  const Platform& all = memory.platform;
+  memory.userDefaults.setBoolean("Orvo.HasOpenedSettings", true);
+  delegate =
+      AppDelegate::make({all.mainQueue, all.scanExecutor, all.userDefaults, all.bundle, all.processInfo, all.fileSystem,
+                         all.workspace, all.accessibility, all.eventTaps, all.hotKeys, all.loginItem, all.localizedText,
+                         all.application, all.statusBar, *this, all.pasteboard, all.applicationIcons, all.words});
+  model = &delegate->model();
+  delegate->applicationDidFinishLaunching();
   memory.settle();
 }
 
+std::unique_ptr<Window> SettingsWorld::make(const WindowDescription& description, WindowContent& content) {
+  view = dynamic_cast<OrvoView*>(&content);
+  auto made = std::make_unique<SettingsWindow>(description, *view, memory.platform, std::make_unique<Look>(*this));
+  window = made.get();
+  return made;
+}
+
 void SettingsWorld::show() {
-  window->makeKeyAndOrderFront();
+  if (!delegate) launch();
+  window == nullptr ? (void)delegate->applicationShouldHandleReopen(false) : window->makeKeyAndOrderFront();
   turn();
 }
 
@@ -66,19 +64,12 @@ void SettingsWorld::turn() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
   // A frame: lists lay their rows out with it.
-  if (window && window->quickView() != nullptr && window->quickView()->isVisible()) quickView().grabWindow();
+  if (window != nullptr && window->quickView() != nullptr && quickView().isVisible()) quickView().grabWindow();
 }
 
-void SettingsWorld::setApps(const std::vector<NamedApp>& apps) {
-  std::vector<std::string> bundles;
-  std::int32_t pid = 2000;
-  for (const auto& running : memory.workspace.running) pid = std::max(pid, running.processIdentifier + 1);
-  for (const NamedApp& app : apps) {
-    bundles.push_back(app.bundleID);
-    if (!memory.workspace.runningApplications(app.bundleID).empty()) continue;
-    memory.workspace.running.push_back({app.bundleID, pid++, app.name, std::nullopt});
-  }
-  memory.showItems(bundles);
+void SettingsWorld::advance(int milliseconds) {
+  memory.mainQueue.advance(std::chrono::milliseconds(milliseconds));
+  turn();
 }
 
 void SettingsWorld::rescan() {
@@ -86,8 +77,26 @@ void SettingsWorld::rescan() {
   turn();
 }
 
+void SettingsWorld::openPage(OrvoView::Page page) {
+  view->page = page;
+  turn();
+}
+
+void SettingsWorld::setLook(bool dark, bool reducesMotion) {
+  look_ = {.dark = dark, .reducesMotion = reducesMotion};
+  if (lookChanged_) lookChanged_();
+  turn();
+}
+
+QQuickItem* SettingsWorld::find(const std::function<bool(QQuickItem*)>& matches) const {
+  return findItem(quickView().contentItem(), matches);
+}
+
 QQuickItem* SettingsWorld::item(const QString& name) const {
-  return findItem(quickView().contentItem(), [&](QQuickItem* candidate) { return accessibleName(candidate) == name; });
+  return find([&](QQuickItem* each) {
+    QAccessibleInterface* const element = QAccessible::queryAccessibleInterface(each);
+    return each->objectName() == name || (element != nullptr && element->text(QAccessible::Name) == name);
+  });
 }
 
 void SettingsWorld::click(QQuickItem* item) {
@@ -97,33 +106,12 @@ void SettingsWorld::click(QQuickItem* item) {
   turn();
 }
 
-void SettingsWorld::key(int key, Qt::KeyboardModifiers modifiers) {
-  QTest::keyClick(&quickView(), static_cast<Qt::Key>(key), modifiers);
-  turn();
-}
-
-void SettingsWorld::type(const QString& text) {
-  for (const QChar letter : text) QTest::keyClick(&quickView(), letter.toLatin1());
-  turn();
-}
-
-QQuickItem* SettingsWorld::control(const QString& objectName) const {
-  return findItem(quickView().contentItem(),
-                  [&](QQuickItem* candidate) { return candidate->objectName() == objectName; });
-}
-
-QString SettingsWorld::focused() const {
-  QQuickItem* focus = quickView().activeFocusItem();
-  return focus == nullptr ? QString() : accessibleName(focus);
-}
-
-std::vector<NamedApp> manyApps(int count) {
-  std::vector<NamedApp> apps;
-  for (int index = 0; index < count; ++index) {
-    const std::string number = std::to_string(1000 + index);
-    apps.push_back({"org.example.app" + number, "Application " + number});
+void SettingsWorld::press(const char* keys) {
+  for (const QString& each : QString::fromLatin1(keys).split(QLatin1Char(' '))) {
+    const QKeyCombination combination = QKeySequence(each)[0];
+    QTest::keyClick(&quickView(), combination.key(), combination.keyboardModifiers());
+    turn();
   }
-  return apps;
 }
 
 }  // namespace orvo

@@ -1,77 +1,58 @@
-// The real settings window over the platform in memory. Main thread only; one at a time.
+// An Orvo in memory whose settings window is the real one. Main thread only; one at a time.
 #pragma once
 
+#include "app/AppDelegate.h"
 #include "model/OrvoModel.h"
 #include "support/MemoryPlatform.h"
 #include "ui/OrvoView.h"
 #include "ui/settings/SettingsWindow.h"
 
-#include <QImage>
 #include <QQuickItem>
 #include <QQuickView>
 
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace orvo {
 
-class MemoryAppearance : public Appearance {
- public:
-  AppearanceTraits traits() const override { return current; }
-  void setObserver(std::function<void()> newObserver) override { observer = std::move(newObserver); }
-  void change(const AppearanceTraits& traits) {
-    current = traits;
-    if (observer) observer();
-  }
-
-  AppearanceTraits current{.dark = false, .reducesMotion = true};
-  std::function<void()> observer;
-};
-
-struct NamedApp {
-  std::string bundleID;
-  std::string name;
-};
+// Applications with plain names, which are their identifiers too.
+std::vector<std::string> manyApps(int count);
 
 // The first visible item that matches, in painting order from `root` on; null when there is none.
 QQuickItem* findItem(QQuickItem* root, const std::function<bool(QQuickItem*)>& matches);
 
-class SettingsWorld {
- public:
-  ~SettingsWorld();
+class SettingsWorld : private Windows {
+  AppearanceTraits look_{.dark = false, .reducesMotion = true};
+  std::function<void()> lookChanged_;
 
-  // Makes and starts the model, then makes the window without showing it. What the platform should
-  // answer is set before.
-  void start();
+ public:
+  // Starts Orvo, with its window not shown unless something is missing. What the platform should answer is set before.
+  void launch();
+  // Launches Orvo first where that has not been done.
   void show();
   // Lets the main queue, the scanner and Qt's events run until nothing is left of them.
   void turn();
-
-  // What the menu bar shows from the next scan on.
-  void setApps(const std::vector<NamedApp>& apps);
+  void advance(int milliseconds);
   void rescan();
+  void openPage(OrvoView::Page page);
+  void setLook(bool dark, bool reducesMotion = true);
 
   QQuickView& quickView() const { return *window->quickView(); }
-  // Found by accessible name among the visible items; null when there is none.
-  QQuickItem* item(const QString& accessibleName) const;
-  // Found by object name, in the same way.
-  QQuickItem* control(const QString& objectName) const;
+  QQuickItem* find(const std::function<bool(QQuickItem*)>& matches) const;
+  // Found by accessible name, or by object name, among the visible items; null when there is none.
+  QQuickItem* item(const QString& name) const;
   void click(QQuickItem* item);
-  void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-  void type(const QString& text);
-  // The accessible name of the focused item; empty for none.
-  QString focused() const;
+  // One after the other, as in "Ctrl+F t w".
+  void press(const char* keys);
 
   MemoryPlatform memory;
-  MemoryAppearance* appearance = nullptr;
-  std::shared_ptr<OrvoModel> model;
-  std::unique_ptr<OrvoView> view;
-  std::unique_ptr<SettingsWindow> window;
-};
+  std::shared_ptr<AppDelegate> delegate;
+  // The delegate's; the last two null until the window is first shown.
+  OrvoModel* model = nullptr;
+  OrvoView* view = nullptr;
+  SettingsWindow* window = nullptr;
 
-// `count` applications with plain names.
-std::vector<NamedApp> manyApps(int count);
+ private:
+  class Look;
+
+  std::unique_ptr<Window> make(const WindowDescription& description, WindowContent& content) override;
+};
 
 }  // namespace orvo
