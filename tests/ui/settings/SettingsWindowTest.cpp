@@ -9,6 +9,9 @@
 #include <QPointer>
 #include <QQmlExpression>
 #include <qqml.h>
+#include <qpa/qplatformaccessibility.h>
+#include <qpa/qplatformintegration.h>
+#include <QtGui/private/qguiapplication_p.h>
 #include <QTest>
 
 #include <algorithm>
@@ -502,6 +505,8 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argc, argv);
   qInstallMessageHandler(orvo::failOnWarning);
   QAccessible::setActive(true);
+  // Or nothing that happens is told.
+  QGuiApplicationPrivate::platformIntegration()->accessibility()->setActive(true);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   return RUN_ALL_TESTS();
 }
