@@ -202,8 +202,7 @@ OrvoView::Value OrvoView::stateBadge() const {
     case BarState::visible:
       break;
   }
-  if (model_->isConcealing()) return badge(false, true, "Hidden");
-  return badge(false, false, "All visible");
+  return badge(false, model_->isConcealing(), model_->isConcealing() ? "Hidden" : "All visible");
 }
 
 std::string OrvoView::message() const {

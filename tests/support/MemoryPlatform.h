@@ -271,6 +271,172 @@ struct MemoryApplicationIcons : ApplicationIcons {
 
 class MemoryPlatform {
  public:
+  struct MemoryUserDefaults : UserDefaults {
+    std::map<std::string, Bytes, std::less<>> datas;
+    std::map<std::string, bool, std::less<>> booleans;
+    std::optional<std::string> failure;
+
+    std::optional<Bytes> data(std::string_view key) const override {
+      const auto found = datas.find(key);
+      return found == datas.end() ? std::nullopt : std::optional(found->second);
+    }
+    void setData(std::string_view key, const Bytes& value) override { datas[std::string(key)] = value; }
+    std::optional<std::string> storageFailure() const override { return failure; }
+    bool boolean(std::string_view key) const override { return booleans.contains(key) && booleans.find(key)->second; }
+    void setBoolean(std::string_view key, bool value) override { booleans[std::string(key)] = value; }
+  };
+
+  struct MemoryBundle : Bundle {
+    std::optional<std::string> bundleIdentifier = "local.orvo.Orvo";
+    std::map<std::string, InfoValue, std::less<>> info{{"CFBundleShortVersionString", std::string("0.2.0")}};
+    std::string bundlePath = "/Applications/Orvo.app";
+
+    std::optional<std::string> identifier() const override { return bundleIdentifier; }
+    std::optional<InfoValue> infoValue(std::string_view key) const override {
+      const auto found = info.find(key);
+      return found == info.end() ? std::nullopt : std::optional(found->second);
+    }
+    std::string path() const override { return bundlePath; }
+  };
+
+  struct MemoryProcessInfo : ProcessInfo {
+    std::vector<std::string> argumentList{"/Applications/Orvo.app/bin/orvo"};
+
+    std::vector<std::string> arguments() const override { return argumentList; }
+    std::int32_t processIdentifier() const override { return 1000; }
+    std::string version = "Version 27.0 (Build 26A100)";
+
+    std::string operatingSystemVersionString() const override { return version; }
+  };
+
+  // One symbolic link: "/link" leads to the Applications folder.
+  struct MemoryFileSystem : FileSystem {
+    std::string homeDirectoryForCurrentUser() const override { return "/home/user"; }
+    std::string resolvingSymbolicLinks(const std::string& path) const override {
+      return path.starts_with("/link/") ? "/Applications" + path.substr(5) : path;
+    }
+    std::string standardizing(const std::string& path) const override {
+      return std::filesystem::path(path).lexically_normal().string();
+    }
+  };
+
+  struct MemoryLoginItem : LoginItem {
+    LoginItemStatus current = LoginItemStatus::notRegistered;
+    // What a change leads to that succeeds; absent for what it asks for.
+    std::optional<LoginItemStatus> after;
+    std::optional<std::string> failure;
+    int settingsOpened = 0;
+
+    std::optional<std::string> registerItem() override { return change(LoginItemStatus::enabled); }
+    std::optional<std::string> unregisterItem() override { return change(LoginItemStatus::notRegistered); }
+    LoginItemStatus status() const override { return current; }
+    void openSystemSettingsLoginItems() override { ++settingsOpened; }
+    std::optional<std::string> change(LoginItemStatus asked) {
+      if (!failure) current = after.value_or(asked);
+      return failure;
+    }
+  };
+
+  // Without an event loop: `run` sends the launch message and returns.
+  struct MemoryApplication : Application {
+    ApplicationDelegate* delegate = nullptr;
+    std::optional<ActivationPolicy> policy;
+    std::optional<Menu> mainMenu;
+    std::optional<EventType> currentEvent;
+    int runs = 0;
+    int terminations = 0;
+    int activations = 0;
+    NotificationCenter center;
+
+    void setDelegate(ApplicationDelegate* newDelegate) override { delegate = newDelegate; }
+    void run() override { ++runs, delegate->applicationDidFinishLaunching(); }
+    void terminate() override {
+      if (++terminations == 1) delegate->applicationWillTerminate();
+    }
+    void setActivationPolicy(ActivationPolicy newPolicy) override { policy = newPolicy; }
+    void setMainMenu(const Menu& menu) override { mainMenu = menu; }
+    void activateIgnoringOtherApps() override { ++activations; }
+    std::optional<EventType> currentEventType() const override { return currentEvent; }
+    NotificationCenter& notificationCenter() override { return center; }
+  };
+
+  // Pops no menu up, but keeps it until the test clears it.
+  struct MemoryStatusBar : StatusBar, StatusItemButton {
+    bool grantsItems = true;
+    bool grantsButtons = true;
+    int items = 0;
+    std::string autosaveName, label, identifier, image, toolTip;
+    std::function<void()> action;
+    std::uint32_t eventMask = 0;
+    std::optional<Menu> menu;
+    Point menuPoint;
+
+    struct Item : StatusItem {
+      explicit Item(MemoryStatusBar& in) : bar(in) { ++bar.items; }
+      Item(const Item&) = delete;
+      Item& operator=(const Item&) = delete;
+      ~Item() override { --bar.items; }
+      void setAutosaveName(const std::string& name) override { bar.autosaveName = name; }
+      void setBehavior(std::uint32_t) override {}
+      void setVisible(bool) override {}
+      StatusItemButton* button() override { return bar.grantsButtons ? &bar : nullptr; }
+      MemoryStatusBar& bar;
+    };
+    std::unique_ptr<StatusItem> statusItem(double) override {
+      return grantsItems ? std::make_unique<Item>(*this) : nullptr;
+    }
+    void setAction(std::function<void()> newAction, std::uint32_t mask) override {
+      action = std::move(newAction);
+      eventMask = mask;
+    }
+    void setAccessibilityLabel(const std::string& text) override { label = text; }
+    void setAccessibilityIdentifier(const std::string& text) override { identifier = text; }
+    void setImage(const std::string& symbolName, const std::string&) override { image = symbolName; }
+    void setToolTip(const std::string& text) override { toolTip = text; }
+    Rect bounds() const override { return {0, 3, 24, 22}; }
+    void popUpMenu(const Menu& newMenu, Point point) override { menu = newMenu, menuPoint = point; }
+  };
+
+  struct MemoryWindows : Windows {
+    bool grantsWindows = true;
+    int made = 0;
+    int centered = 0;
+    int shown = 0;
+
+    struct Recorder : Window {
+      explicit Recorder(MemoryWindows& all) : windows(all) { ++windows.made; }
+      void center() override { ++windows.centered; }
+      void makeKeyAndOrderFront() override { ++windows.shown; }
+      MemoryWindows& windows;
+    };
+    std::unique_ptr<Window> make(const WindowDescription&, WindowContent&) override {
+      return grantsWindows ? std::make_unique<Recorder>(*this) : nullptr;
+    }
+  };
+
+  // Refuses a text, as the real one does, unless it was cleared first.
+  struct MemoryPasteboard : Pasteboard {
+    std::optional<std::string> text = "what was copied before";
+
+    void clearContents() override { text.reset(); }
+    void setString(const std::string& newText) override {
+      if (!text) text = newText;
+    }
+  };
+
+  // Keeps every request for a picture until the test answers it.
+  struct MemoryApplicationIcons : ApplicationIcons {
+    struct Request {
+      std::int32_t processIdentifier;
+      int size;
+      Answer answer;
+    };
+    std::vector<Request> requests;
+    void icon(std::int32_t processIdentifier, int size, Answer answer) override {
+      requests.push_back({processIdentifier, size, std::move(answer)});
+    }
+  };
+
   // Where the clock of `showItems` stands.
   static constexpr Rect clockFrame{1800, 0, 60, 24};
 

@@ -95,7 +95,7 @@ struct Situation {
 
 // The Mac's texts to the letter, each where something calls for it.
 const Situation situations[] = {
-    {nothingRight, nothing, R"({
+    {nothingRight, nothing, R"json({
       "guidance": "unsupported", "actionTitle": "0 apps selected to hide", "searchEnabled": false,
       "actionHint": "Your icons remain visible on this macOS version.", "showsListFooter": false,
       "message": "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.",
@@ -116,8 +116,8 @@ const Situation situations[] = {
        {"title": "Menu bar compatibility", "value": "Unavailable", "marked": true, "ready": false},
        {"title": "Accessibility", "value": "Permission required", "marked": true, "ready": false},
        {"title": "System controls", "value": "Not ready — refresh icons", "marked": true, "ready": false},
-       {"title": "Keyboard shortcut", "value": "In use by another app", "marked": true, "ready": false}]})"},
-    {outsideApplications, search, R"({
+       {"title": "Keyboard shortcut", "value": "In use by another app", "marked": true, "ready": false}]})json"},
+    {outsideApplications, search, R"json({
       "guidance": "setup", "actionHint": "Open the Applications copy to enable hiding.",
       "setupSteps": [
        {"number": "1", "title": "Install in Applications", "complete": false,
@@ -126,50 +126,51 @@ const Situation situations[] = {
         "accessibilityLabel": "Allow Accessibility: required"}],
       "setupAdvice": {"title": "Give Orvo a permanent home", "button": "Open Applications",
        "detail": "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available."},
-      "emptyState": {"title": "Your apps will appear here", "offersClearSearch": false}})"},
-    {untrusted, nothing, R"({
+      "emptyState": {"title": "Your apps will appear here", "offersClearSearch": false}})json"},
+    {untrusted, nothing, R"json({
       "guidance": "setup", "actionHint": "Allow Accessibility to get started.", "message": "",
       "setupAdvice": {"title": "One permission, then you’re ready", "button": "Open Settings…",
-       "detail": "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable."}})"},
-    {everythingRight, nothing, R"({
+       "detail": "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable."}})json"},
+    {everythingRight, nothing, R"json({
       "guidance": "revealGuide", "actionHint": "Choose Hide next to an app to get started.", "page": 0,
       "actionTitle": "0 apps selected to hide", "showsListFooter": true, "listCount": "1 of 1 apps",
       "statusLine": {"symbol": "checkmark.circle", "text": "Apps keep running"},
       "stateBadge": {"inProgress": false, "accentDot": false, "text": "All visible"},
       "primaryButton": {"label": "Hide selected", "symbol": "chevron.right", "enabled": false,
        "accessibilityLabel": "Hide selected icons", "toolTip": "Hide selected icons"},
-      "rehideOptions": ["Never", "After 5 seconds", "After 10 seconds", "After 30 seconds"]})"},
-    {everythingRight, choose, R"({
+      "rehideOptions": ["Never", "After 5 seconds", "After 10 seconds", "After 30 seconds"]})json"},
+    {everythingRight, choose, R"json({
       "actionHint": "Hiding an icon keeps its app running.", "actionTitle": "1 app selected to hide",
-      "primaryButton": {"enabled": true}})"},
-    {everythingRight, hide, R"({
+      "primaryButton": {"enabled": true}})json"},
+    {everythingRight, hide, R"json({
       "actionHint": "Click the left arrow to bring your icons back.", "actionTitle": "Updating your menu bar…",
       "stateBadge": {"inProgress": true, "accentDot": false, "text": "Updating"}, "pickersEnabled": false,
       "statusLine": {"symbol": "checkmark.circle", "text": "Apps keep running"},
       "primaryButton": {"label": "", "symbol": "chevron.left", "enabled": true,
-       "accessibilityLabel": "Reveal hidden icons", "toolTip": "Reveal hidden icons · ⌃⌥⌘B"}})"},
-    {everythingRight, hideWholly, R"({
+       "accessibilityLabel": "Reveal hidden icons", "toolTip": "Reveal hidden icons · ⌃⌥⌘B"}})json"},
+    {everythingRight, hideWholly, R"json({
       "stateBadge": {"inProgress": false, "accentDot": true, "text": "Orvoed away"}, "pickersEnabled": true,
-      "statusLine": {"symbol": "chevron.left", "text": "Icons orvoed away"}, "actionTitle": "1 app selected to hide"})"},
-    {withoutTap, choose, R"({
-      "actionHint": "System controls are not ready. Refresh the icon list.", "primaryButton": {"enabled": false}})"},
-    {everythingRight, search, R"({
+      "statusLine": {"symbol": "chevron.left", "text": "Icons orvoed away"}, "actionTitle": "1 app selected to hide"})json"},
+    {withoutTap, choose, R"json({
+      "actionHint": "System controls are not ready. Refresh the icon list.", "primaryButton": {"enabled": false}})json"},
+    {everythingRight, search, R"json({
       "listCount": "0 of 1 apps", "showsListFooter": true,
       "emptyState": {"symbol": "magnifyingglass", "title": "No matching apps", "offersClearSearch": true,
-       "detail": "Try a different app name or clear your search."}})"},
-    {everythingRight, searchAndScan, R"({
+       "detail": "Try a different app name or clear your search."}})json"},
+    {everythingRight, searchAndScan, R"json({
       "isScanning": true, "emptyState": {"title": "Finding menu bar icons…", "offersClearSearch": true,
-       "detail": "This usually takes a moment."}})"},
-    {withDelay(30), nothing, R"({"rehideOption": 3, "rehideText": "After 30 seconds"})"},
-    {withDelay(1), nothing, R"({"rehideOption": -1, "rehideText": "After 1 second"})"},
-    {withDelay(-5), nothing, R"({"rehideOption": -1, "rehideText": "Never"})"},
-    {withDelay(45), chooseNever, R"({"rehideOption": 0, "actionTitle": "1 app selected to hide"})"},
-    {withVersion(std::string("1.4")), nothing, R"({"texts": {"versionLine": "Orvo 1.4", "aboutVersion": "Version 1.4"}})"},
-    {withVersion(1.5), nothing, R"({"texts": {"versionLine": "Orvo 0.2.0"}})"},
-    {withoutVersion, nothing, R"({
+       "detail": "This usually takes a moment."}})json"},
+    {withDelay(30), nothing, R"json({"rehideOption": 3, "rehideText": "After 30 seconds"})json"},
+    {withDelay(1), nothing, R"json({"rehideOption": -1, "rehideText": "After 1 second"})json"},
+    {withDelay(-5), nothing, R"json({"rehideOption": -1, "rehideText": "Never"})json"},
+    {withDelay(45), chooseNever, R"json({"rehideOption": 0, "actionTitle": "1 app selected to hide"})json"},
+    {withVersion(std::string("1.4")), nothing,
+     R"json({"texts": {"versionLine": "Orvo 1.4", "aboutVersion": "Version 1.4"}})json"},
+    {withVersion(1.5), nothing, R"json({"texts": {"versionLine": "Orvo 0.2.0"}})json"},
+    {withoutVersion, nothing, R"json({
       "texts": {"versionLine": "Orvo 0.2.0"}, "showsListFooter": false,
       "emptyState": {"title": "No app icons found", "offersClearSearch": false,
-       "detail": "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible."}})"},
+       "detail": "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible."}})json"},
 };
 
 TEST(OrvoViewTest, EverySituationIsWorded) {

@@ -24,7 +24,8 @@ class ItemAccessibility : public QAccessibleQuickItem {
       changed.disabled = true;
       tell(item, changed);
     });
-    if (const auto* attached = QQuickAccessibleAttached::attachedProperties(item)) {
+    // Often asked for while it is being made, when it is only a child yet.
+    if (const auto* attached = item->findChild<QQuickAccessibleAttached*>(QString(), Qt::FindDirectChildrenOnly)) {
       QObject::connect(attached, &QQuickAccessibleAttached::nameChanged, item,
                        [item, attached, before = attached->name()]() mutable {
                          const QString former = std::exchange(before, attached->name());

@@ -1,6 +1,6 @@
-// Carries OrvoView into QML, by its own names: hands the person's actions over, reads the view afresh after each of
-// them, and once for all other announcements of a turn of the main queue, and tells QML of the values that differ. One for each
-// engine, owned by the settings window.
+// Carries OrvoView into QML, by its own names. Hands the person's actions over, and tells QML of the values that differ
+// after each of them and once for all other announcements of a turn of the main queue. One for each engine, owned by
+// the settings window.
 #pragma once
 
 #include "ui/OrvoView.h"
