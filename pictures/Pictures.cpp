@@ -18,21 +18,21 @@ namespace orvo {
 
 namespace {
 
-using Apps = std::vector<std::string>;
+const std::vector<NamedApp> everyday{
+    {"org.example.beacon", "Beacon"},       {"org.example.clipboard", "Clipboard Shelf"},
+    {"org.example.cloud", "Cloud Drawer"},  {"org.example.focus", "Focus Timer"},
+    {"org.example.notes", "Quick Notes"},   {"org.example.sound", "Sound Desk"},
+    {"org.example.weather", "Weatherglass"}};
 
-const Apps everyday{"Beacon",      "Clipboard Shelf", "Cloud Drawer", "Focus Timer",
-                    "Quick Notes", "Sound Desk",      "Weatherglass"};
-
-const Apps longNames{"تطبيق الملاحظات السريعة",
-                     "לוח גזירים",
-                     "Արագ նշումներ",
-                     "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice",
-                     "クイックメモと予定表",
-                     "แอปพลิเคชันบันทึกย่อ",
-                     "Mixed عربي and English",
-                     "देवनागरी अनुप्रयोग"};
-
-const Apps rightToLeft{"تطبيق الملاحظات السريعة", "לוח גזירים", "یادداشت‌ها"};
+const std::vector<NamedApp> longNames{
+    {"org.example.ar", "تطبيق الملاحظات السريعة"},
+    {"org.example.he", "לוח גזירים"},
+    {"org.example.hy", "Արագ նշումներ"},
+    {"org.example.long", "An Application Whose Name Is So Very Long That It Cannot Possibly Fit Beside Its Choice"},
+    {"org.example.ja", "クイックメモと予定表"},
+    {"org.example.th", "แอปพลิเคชันบันทึกย่อ"},
+    {"org.example.mixed", "Mixed عربي and English"},
+    {"org.example.dev", "देवनागरी अनुप्रयोग"}};
 
 const std::vector<NamedApp> rightToLeft{{"org.example.ar", "تطبيق الملاحظات السريعة"},
                                         {"org.example.he", "לוח גזירים"},
@@ -82,8 +82,8 @@ void delayOf45Seconds(SettingsWorld& world) {
 }
 
 void selectTwo(SettingsWorld& world) {
-  world.model->setRule(IconRule::hidden, "Cloud Drawer");
-  world.model->setRule(IconRule::hidden, "Sound Desk");
+  world.model->setRule(IconRule::hidden, "org.example.cloud");
+  world.model->setRule(IconRule::hidden, "org.example.sound");
 }
 void hide(SettingsWorld& world) { world.model->hideSelected(); }
 void confirm(SettingsWorld& world) { world.memory.framework.answer(0); }
@@ -137,7 +137,7 @@ struct State {
   const char* name;
   std::vector<Step> before = {};
   std::vector<Step> after = {};
-  Apps apps = everyday;
+  std::vector<NamedApp> apps = everyday;
   QSize size = usual;
 };
 
@@ -205,7 +205,7 @@ QImage picture(const State& state, bool dark) {
   SettingsWorld world;
   world.memory.words = linuxWords;
   world.memory.processInfo.version = "Debian GNU/Linux 12 (bookworm)";
-  world.memory.showItems(state.apps);
+  world.setApps(state.apps);
   for (const Step& step : state.before) step(world);
   world.setLook(dark);
   world.show();

@@ -89,21 +89,9 @@ class WithoutAgent(DesktopCase):
         shutil.rmtree(os.path.join(desktop.bundle, "System"))
         self.assertEqual(desktop.run([desktop.program, "--diagnose"]).stdout, report)
         desktop.start_orvo(ready=False)
-        try:
-            desktop.expect_told("Orvo’s agent does not manage the tray")
-            self.assertFalse(desktop.can_hide())
-            self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
-        finally:
-            desktop.end("orvo")
-
-    def test_without_the_agent_or_the_framework_orvo_starts_and_every_icon_stays(self):
-        desktop = self.desktop
-        desktop.start_item("org.rncbc.qmidinet")
-        with self.subTest("no agent"):
-            self.expect_harmless()
-        with self.subTest("no framework"):
-            shutil.rmtree(os.path.join(desktop.bundle, "System"))
-            self.expect_harmless()
+        desktop.expect_told("Orvo’s agent does not manage the tray")
+        self.assertFalse(desktop.can_hide())
+        self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
 
 
 class AgentStart(DesktopCase):

@@ -5,11 +5,16 @@
 #include <QKeySequence>
 #include <QTest>
 
+#include <algorithm>
+
 namespace orvo {
 
-std::vector<std::string> manyApps(int count) {
-  std::vector<std::string> apps;
-  for (int number = 1000; number < 1000 + count; ++number) apps.push_back("Application " + std::to_string(number));
+std::vector<NamedApp> manyApps(int count) {
+  std::vector<NamedApp> apps;
+  for (int index = 0; index < count; ++index) {
+    const std::string number = std::to_string(1000 + index);
+    apps.push_back({"org.example.app" + number, "Application " + number});
+  }
   return apps;
 }
 
@@ -32,44 +37,16 @@ class SettingsWorld::Look : public Appearance {
   SettingsWorld& world_;
 };
 
-void SettingsWorld::launch() {
-  const Platform& all = memory.platform;
-  memory.userDefaults.setBoolean("Orvo.HasOpenedSettings", true);
-  delegate =
-      AppDelegate::make({all.mainQueue, all.scanExecutor, all.userDefaults, all.bundle, all.processInfo, all.fileSystem,
-                         all.workspace, all.accessibility, all.eventTaps, all.hotKeys, all.loginItem, all.localizedText,
-                         all.application, all.statusBar, *this, all.pasteboard, all.applicationIcons, all.words});
-  model = &delegate->model();
-  delegate->applicationDidFinishLaunching();
-  memory.settle();
-}
-
-std::unique_ptr<Window> SettingsWorld::make(const WindowDescription& description, WindowContent& content) {
-  view = dynamic_cast<OrvoView*>(&content);
-  auto made = std::make_unique<SettingsWindow>(description, *view, memory.platform, std::make_unique<Look>(*this));
-  window = made.get();
-  return made;
-}
-
-void SettingsWorld::show() {
-  if (!delegate) launch();
-  window == nullptr ? (void)delegate->applicationShouldHandleReopen(false) : window->makeKeyAndOrderFront();
-  turn();
-}
-
-void SettingsWorld::turn() {
-  for (int round = 0; round < 4; ++round) {
-    memory.settle();
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+void SettingsWorld::setApps(const std::vector<NamedApp>& apps) {
+  std::vector<std::string> bundles;
+  std::int32_t pid = 2000;
+  for (const auto& running : memory.workspace.running) pid = std::max(pid, running.processIdentifier + 1);
+  for (const NamedApp& app : apps) {
+    bundles.push_back(app.bundleID);
+    if (!memory.workspace.runningApplications(app.bundleID).empty()) continue;
+    memory.workspace.running.push_back({app.bundleID, pid++, app.name, std::nullopt});
   }
-  // A frame: lists lay their rows out with it.
-  if (window != nullptr && window->quickView() != nullptr && quickView().isVisible()) quickView().grabWindow();
-}
-
-void SettingsWorld::advance(int milliseconds) {
-  memory.mainQueue.advance(std::chrono::milliseconds(milliseconds));
-  turn();
+  memory.showItems(bundles);
 }
 
 void SettingsWorld::launch() {
@@ -115,6 +92,11 @@ void SettingsWorld::advance(int milliseconds) {
 void SettingsWorld::rescan() {
   model->refresh();
   turn();
+}
+
+void SettingsWorld::rescan(const std::vector<NamedApp>& apps) {
+  setApps(apps);
+  rescan();
 }
 
 void SettingsWorld::openPage(OrvoView::Page page) {
