@@ -27,7 +27,9 @@ class Machine : public World {
   Machine() {
     model->onStateChanged = [this] { stateChanged(); };
     memory.framework.onActivate = [this](std::size_t number) {
-      must(model->state() == applying && current == number, "asks before the bar says so");
+      must(model->state() == applying && announced == number, "asks before the bar says so");
+      current = issued = number;
+      since = memory.mainQueue.now();
     };
     memory.framework.raises[Step::invalidate] = [this] {
       must(model->state() != visible, "visible with an assertion");
@@ -84,8 +86,7 @@ class Machine : public World {
       current.reset();
       must(!guarded(), "told before the controls are free");
     } else if (told == applying) {
-      current = issued = requests();
-      since = memory.mainQueue.now();
+      announced = requests();
       must(message().empty(), "a request under an old message");
     }
     if (told != applying) look();
@@ -108,9 +109,10 @@ class Machine : public World {
     return number < requests() ? memory.framework.activations[number].assertion : nullptr;
   }
 
-  // Numbers of requests: answered without and with an error; under way or in force; issued last.
+  // Numbers of requests: answered without and with an error; told to the bar; under way or in force; issued last.
   std::set<std::size_t> confirmed;
   std::set<std::size_t> denied;
+  std::optional<std::size_t> announced;
   std::optional<std::size_t> current;
   BarState told = visible;
   std::size_t issued = 0;
