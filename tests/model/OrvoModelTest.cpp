@@ -24,10 +24,13 @@ constexpr const char* notStarted = "The menu bar API could not start. All icons 
 constexpr const char* unguarded = "The system controls could not be found. All icons are visible.";
 constexpr const char* notKept = "Login item could not be changed: full";
 
-// V, A or H for visible, applying or hidden; "+" while controls are guarded; "!" while hiding is offered; "*" while
-// somebody else hides icons.
-std::string told(const OrvoModel& model) {
-  return "VAH"[static_cast<std::size_t>(model.state())] + std::string(model.systemClickProtection() ? "+" : "-") +
+// V, A or H for visible, applying or hidden; "+" while controls are guarded, "-" while a tap waits for some, "."
+// without;
+// "!" while hiding is offered; "*" while somebody else hides icons.
+std::string told(const World& world) {
+  const OrvoModel& model = *world.model;
+  const char* const tap = world.memory.eventTaps.valid ? "-" : ".";
+  return "VAH"[static_cast<std::size_t>(model.state())] + std::string(model.systemClickProtection() ? "+" : tap) +
          (model.canHide() ? "!" : "") + (model.concealers().empty() ? "" : "*");
 }
 
@@ -35,10 +38,10 @@ std::string told(const OrvoModel& model) {
 // asked to hide and the bar was scanned; whether a re-hide waits.
 std::string outcome(World& world, const std::string& steps) {
   world.play(steps);
-  std::string text = told(*world.model);
+  std::string text = told(world);
   for (const char* then : {"turn", "settle"}) {
     world.play(then);
-    text += ' ' + told(*world.model);
+    text += ' ' + told(world);
   }
   for (const DiscoveredApp& app : world.model->apps()) text += ' ' + app.name.substr(app.name.rfind('.') + 1);
   text += ' ' + std::to_string(world.requests()) + '/' + std::to_string(world.scans());
@@ -85,8 +88,8 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"elsewhere", "login hide", "V+ V+ V+ One Two 0/1", false, install},
       {"elsewhere noframework", "login hide", "V+ V+ V+ One Two 0/1", false, install},
       {"noframework", "login hide", "V+ V+ V+ One Two 0/1", false, notKept},
-      {"untrusted", "login hide", "V- V- V- 0/0", false, notKept},
-      {"notaps", "login hide", "V- V- V- One Two 0/1", false, notReady},
+      {"untrusted", "login hide", "V. V. V. 0/0", false, notKept},
+      {"notaps", "login hide", "V. V. V. One Two 0/1", false, notReady},
       {"nohost", "login hide", "V- V- V- 0/0", false, notReady},
       // Hiding again.
       {"", "hide yes peek", "V+! V+! V+! One Two 1/1", true, ""},
@@ -101,6 +104,8 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes peek hide yes", "H+! H+! H+! One Two 2/1", false, ""},
       {"", "hide yes peek reveal", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes peek untrusted ask hide trusted ask", "V+! V+! V+! One Two 1/1", true, ""},
+      {"", "dropone peek pickone", "V+! V+! V+! One Two 0/1", false, ""},
+      {"", "hide yes untrusted refresh trusted refresh settle", "V+! V+! V+! One Two 1/2", false, ""},
       {"", "dropone peek", "V+ V+ V+ One Two 0/1", false, ""},
       // Scans carry running applications over while icons are concealed.
       {"", "onlytwo refresh", "V+! V+! V+ two 0/2", false, ""},
@@ -117,14 +122,15 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes nocontrols layout settle 1600ms controls 400ms", "H+! H+! H+! One Two 1/7", false, ""},
       {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false, unguarded},
       {"", "hide yes nocontrols exit settle controls 400ms", "A+ A+ A+ One Two 2/3", false, ""},
+      {"", "hide yes nocontrols exit settle reveal controls 400ms", "V+! V+! V+! One Two 1/3", false, ""},
       {"", "nocontrols refresh settle 3200ms", "V- V- V- 0/7", false, ""},
       {"", "nocontrols refresh settle 3200ms refresh settle 2000ms", "V- V- V- 0/8", false, ""},
       {"", "hide yes refresh layout", "H+! H+! H+! One Two 1/3", false, ""},
       // The poll.
-      {"notaps", "taps 2900ms", "V- V- V- One Two 0/1", false, ""},
+      {"notaps", "taps 2900ms", "V. V. V. One Two 0/1", false, ""},
       {"notaps", "taps 3000ms", "V+! V+! V+! One Two 0/1", false, ""},
       {"notaps", "trusted refresh settle taps refresh", "V+! V+! V+! One Two 0/3", false, ""},
-      {"untrusted", "3000ms", "V- V- V- 0/0", false, ""},
+      {"untrusted", "3000ms", "V. V. V. 0/0", false, ""},
       {"", "hide yes untrusted 3000ms", "V- V- V- One Two 1/1", false, ""},
       {"", "untrusted 21000ms trusted 3000ms", "V+! V+! V+! One Two 0/2", false, ""},
       {"", "untrusted 3000ms trusted 3000ms untrusted 3000ms trusted 3000ms", "V+! V+! V+! One Two 0/3", false, ""},

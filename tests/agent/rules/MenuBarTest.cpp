@@ -123,5 +123,29 @@ TEST(MenuBar, HasRoomForSoManyItemsOfAProcessAndRequestsOfARequester) {
   EXPECT_EQ(bar.nameLost("c.d").left, std::vector<std::string>{":1.2/"});
 }
 
+TEST(MenuBar, ReadsNamesAndPathsThatTheBusKnowsAndNothingElse) {
+  const std::string name = "a." + std::string(253, 'b');
+  const std::string path = "/" + std::string(1020, 'x');
+  const std::vector<std::pair<std::string, std::string>> cases{{":1.5", ":1.5 /StatusNotifierItem"},
+                                                               {"/aZ_09/z", ":1.7 /aZ_09/z"},
+                                                               {"A-z_0.9/", "A-z_0.9 /"},
+                                                               {name, name + " /StatusNotifierItem"},
+                                                               {"a.b" + path, "a.b " + path},
+                                                               {"", ""},
+                                                               {name + "b", ""},
+                                                               {"a.b" + path + "x", ""},
+                                                               {"plain", ""},
+                                                               {"a.b c", ""},
+                                                               {"a.b{", ""},
+                                                               {"/a/", ""},
+                                                               {"//", ""},
+                                                               {"/a-b", ""},
+                                                               {"a.b//c", ""}};
+  for (const auto& [text, expected] : cases) {
+    const auto item = parseRegistration(text, text.empty() ? "" : ":1.7");
+    EXPECT_EQ(item ? item->name + ' ' + item->path : "", expected) << text;
+  }
+}
+
 }  // namespace
 }  // namespace orvo

@@ -58,5 +58,26 @@ TEST(PanelNewsTest, LeavesThePanelWithWhatIsWantedAndEqualsInTheirOrderWhateverH
   }
 }
 
+TEST(PanelNewsTest, NobodyWaitsForABusyProgramBehindWhichItsEqualsFollowOnceItIsDone) {
+  Panel panel;
+  for (const char* address : {"a", "b"}) {
+    panel.news.add(address);
+    panel.news.identify(address, "same");
+    panel.news.want(address, true);
+  }
+  panel.hear();
+  EXPECT_EQ(panel.busy, std::set<std::string>{"a"});
+  panel.news.viewDelayed("a");
+  panel.hear();
+  for (const char* address : {"b", "a", "b"}) panel.finish(address);
+  EXPECT_EQ(panel.views, (std::vector<std::string>{"a", "b"}));
+  panel.news.renewAll();
+  panel.hear();
+  for (const char* address : {"a", "b"}) panel.finish(address);
+  EXPECT_EQ(panel.news.beginAll(), panel.views);
+  EXPECT_EQ(panel.news.forget("a"), (std::vector<News>{{"a", false}}));
+  EXPECT_TRUE(panel.news.forget("a").empty());
+}
+
 }  // namespace
 }  // namespace orvo
