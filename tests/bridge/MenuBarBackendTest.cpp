@@ -131,7 +131,9 @@ TEST_F(MenuBarBackendTest, PassesOneAnswerOnFromWhereverItComesAndSurvivesThatIt
 }
 
 TEST_F(MenuBarBackendTest, EndsAnAssertionOrSaysWhyNotInTheLog) {
-  for (const auto& [step, reason] : {std::pair{Step::respondsTo, Reason("gone")}, {Step::invalidate, Reason()}}) {
+  for (const auto& [step, reason] : {std::pair{Step::respondsTo, Reason("gone")},
+                                     {Step::invalidate, Reason("busy")},
+                                     {Step::invalidate, Reason()}}) {
     framework_.raises = {{step, MemoryFramework::raising(reason)}};
     QLReleaseMenuBarAssertion(caller_.create());
   }
@@ -139,6 +141,7 @@ TEST_F(MenuBarBackendTest, EndsAnAssertionOrSaysWhyNotInTheLog) {
   framework_.missing = {"invalidate"};
   QLReleaseMenuBarAssertion(mute);
   EXPECT_THAT(framework_.logged, ElementsAre("Orvo: could not release menu bar assertion: gone",
+                                             "Orvo: could not release menu bar assertion: busy",
                                              "Orvo: could not release menu bar assertion: (null)"));
   EXPECT_EQ(framework_.liveObjects(), 0U);
 }

@@ -63,6 +63,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide exit", "A+ A+ A+ One Two 1/2", false, ""},
       {"", "hide yes exit", "H+! H+! A+ One Two 2/2", false, ""},
       {"", "hide yes refresh exit", "H+! A+ A+ One Two 2/2", false, ""},
+      {"", "hide yes sleep wake settle", "V+! V+! V+! One Two 1/2", false, ""},
       {"", "hide yes sleep", "H+! V- V- One Two 1/1", false, ""},
       {"", "wake", "V+! V- V+! One Two 0/2", false, ""},
       {"", "hide yes screens", "H+! V- V+! One Two 1/2", false, ""},
@@ -94,6 +95,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       // Hiding again.
       {"", "hide yes peek", "V+! V+! V+! One Two 1/1", true, ""},
       {"", "hide yes delay0 peek", "V+! V+! V+! One Two 1/1", false, ""},
+      {"", "hide yes delay1 peek 1000ms", "A+ A+ A+ One Two 2/1", false, ""},
       {"", "hide yes delay-5 peek", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes delay9223372036854775807 peek", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes peek delay6", "V+! V+! V+! One Two 1/1", false, ""},
@@ -132,6 +134,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"notaps", "trusted refresh settle taps refresh", "V+! V+! V+! One Two 0/3", false, ""},
       {"untrusted", "3000ms", "V. V. V. 0/0", false, ""},
       {"", "hide yes untrusted 3000ms", "V- V- V- One Two 1/1", false, ""},
+      {"", "hide yes untrusted 3000ms trusted 3000ms", "V+! V+! V+! One Two 1/2", false, ""},
       {"", "untrusted 21000ms trusted 3000ms", "V+! V+! V+! One Two 0/2", false, ""},
       {"", "untrusted 3000ms trusted 3000ms untrusted 3000ms trusted 3000ms", "V+! V+! V+! One Two 0/3", false, ""},
       {"", "15000ms", "V+! V+! V+! One Two 0/1", false, ""},
@@ -144,7 +147,9 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
     World world([at = missing](MemoryPlatform& m) { World::play(m, at), m.loginItem.failure = "full"; });
     EXPECT_EQ(outcome(world, steps), expected);
     EXPECT_EQ(world.message(), message);
+    const std::size_t before = world.requests();
     EXPECT_EQ(world.hidesAgain(), hidesAgain);
+    EXPECT_EQ(world.requests(), before + (hidesAgain ? 1 : 0));
   }
 }
 
@@ -166,7 +171,9 @@ TEST(OrvoModelTest, ARequestAllowsEveryRunningBundleButTheHiddenInCodePointOrder
 
 TEST(OrvoModelTest, ThePollFollowsTheShortcutAndTheLoginItem) {
   World t;
-  EXPECT_EQ(t.memory.mainQueue.wakeTime(), 3500ms);
+  EXPECT_TRUE(t.model->shortcutAvailable());
+  t.play("hide yes 3000ms");
+  EXPECT_EQ(t.memory.mainQueue.wakeTime(), 6500ms) << "besides the poll, a time-out waits";
   for (const bool is : {false, true, false}) {
     t.memory.hotKeys.available = is;
     t.memory.loginItem.current = is ? LoginItemStatus::enabled : LoginItemStatus::requiresApproval;
@@ -179,11 +186,9 @@ TEST(OrvoModelTest, NothingActsOnceItHasStoppedOrGone) {
   for (const bool gone : {false, true}) {
     World t;
     t.play("hide yes hide refresh launch later");
-    t.model->stop();
-    if (gone) t.delegate.reset();
-    t.memory.mainQueue.advance(60s);
-    t.memory.settle();
+    gone ? t.delegate.reset() : t.model->stop();
     EXPECT_EQ(t.memory.mainQueue.wakeTime(), std::nullopt);
+    t.memory.settle();
     EXPECT_EQ(t.memory.hotKeys.hotKeys, gone ? 0 : 1);
     EXPECT_TRUE(t.memory.framework.active().empty() && !t.memory.eventTaps.valid);
     World::play(t.memory, "launch screens");
@@ -197,10 +202,17 @@ TEST(OrvoModelTest, WhatAnotherCopyStoresIsFollowedAndKept) {
   World t;
   t.play("hide yes");
   auto& stored = t.memory.userDefaults.datas[preferencesKey];
+  stored = R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":8})";
+  t.play("3000ms");
+  EXPECT_EQ(t.requests(), 1U);
   stored = R"({"rules":{"org.example.One":"hidden","org.example.Two":"hidden"},"autoRehideSeconds":9})";
   t.play("3000ms");
   EXPECT_EQ(t.model->preferences().autoRehideSeconds, 9);
   EXPECT_EQ(t.requests(), 2U) << "as if chosen here";
+  t.play("reveal");
+  stored = R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":9})";
+  t.play("3000ms");
+  EXPECT_EQ(t.model->state(), visible);
   stored = R"({"rules":{"org.example.Two":"visible"},"autoRehideSeconds":4})";
   t.model->setRule(IconRule::hidden, appThree);
   EXPECT_EQ(OrvoPreferences::decode(stored),

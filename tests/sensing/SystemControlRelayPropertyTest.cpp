@@ -19,7 +19,7 @@ constexpr std::int64_t marker = 0x5155494C4C4554;
 constexpr milliseconds replayDelay{180};
 constexpr std::size_t actionCount = 10;
 constexpr Point inside{1800, 0};
-constexpr std::array outside{Point{1880, 10}, Point{1850, 24}, Point{1799.9, 0}};
+constexpr std::array outside{Point{1880, 10}, Point{1850, 24}, Point{1799.9, 0}, Point{1850, -0.1}};
 const std::vector<Rect> frames{{1700, 0, 40, 24}, {1800, 0, 80, 24}};
 
 // What a step does, a number that it may use, such as milliseconds.

@@ -65,16 +65,20 @@ TEST(PanelNewsTest, NobodyWaitsForABusyProgramBehindWhichItsEqualsFollowOnceItIs
     panel.news.identify(address, "same");
     panel.news.want(address, true);
   }
+  panel.news.add("not wanted");
   panel.hear();
   EXPECT_EQ(panel.busy, std::set<std::string>{"a"});
   panel.news.viewDelayed("a");
   panel.hear();
+  EXPECT_EQ(panel.busy, (std::set<std::string>{"a", "b"}));
   for (const char* address : {"b", "a", "b"}) panel.finish(address);
   EXPECT_EQ(panel.views, (std::vector<std::string>{"a", "b"}));
   panel.news.renewAll();
   panel.hear();
+  EXPECT_EQ(panel.busy, std::set<std::string>{"a"});
   for (const char* address : {"a", "b"}) panel.finish(address);
   EXPECT_EQ(panel.news.beginAll(), panel.views);
+  EXPECT_TRUE(panel.news.beginAll().empty());
   EXPECT_EQ(panel.news.forget("a"), (std::vector<News>{{"a", false}}));
   EXPECT_TRUE(panel.news.forget("a").empty());
 }
