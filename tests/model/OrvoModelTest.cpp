@@ -210,7 +210,7 @@ TEST(OrvoModelTest, WhatAnotherCopyStoresIsFollowedAndKept) {
   EXPECT_EQ(t.model->preferences().autoRehideSeconds, 9);
   EXPECT_EQ(t.requests(), 2U) << "as if chosen here";
   t.play("reveal");
-  stored = R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":9})";
+  stored = R"({"rules":{"org.example.One":"hidden","org.example.Two":"visible"},"autoRehideSeconds":9})";
   t.play("3000ms");
   EXPECT_EQ(t.model->state(), visible);
   stored = R"({"rules":{"org.example.Two":"visible"},"autoRehideSeconds":4})";
