@@ -59,7 +59,7 @@ class Books {
   }
 
   void arrive(const std::string& owner) {
-    const std::string bundle = bundles[owner.back() % bundles.size()];
+    const std::string& bundle = bundles[owner.back() % bundles.size()];
     const bool known =
         std::any_of(items_.begin(), items_.end(), [&](const auto& item) { return item.first == owner + "/i"; });
     EXPECT_TRUE(bar_.isNamed(owner) == known && (bar_.find(owner + "/i") != nullptr) == known);
