@@ -218,7 +218,7 @@ QImage picture(const State& state, bool dark) {
   }
   answerIcons(world);
   world.turn();
-  const QImage shown = world.quickView().grabWindow();
+  QImage shown = world.quickView().grabWindow();
   QTest::mouseRelease(&world.quickView(), Qt::LeftButton, {}, {1, 1});
   return shown;
 }

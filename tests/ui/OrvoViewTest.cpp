@@ -223,7 +223,7 @@ TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {
     for (const bool opens : {true, false}) {
       desk.memory.workspace.opensNothing = !opens;
       desk.perform("openLink", 1);
-      EXPECT_EQ(desk.value("/message") != "", !opens && word != nullptr);
+      EXPECT_EQ(desk.value("/message") == Value(""), opens || word == nullptr);
     }
   }
 }

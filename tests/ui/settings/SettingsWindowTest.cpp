@@ -9,6 +9,9 @@
 #include <QPointer>
 #include <QQmlExpression>
 #include <qqml.h>
+#include <qpa/qplatformaccessibility.h>
+#include <qpa/qplatformintegration.h>
+#include <QtGui/private/qguiapplication_p.h>
 #include <QTest>
 
 #include <cmath>
@@ -145,6 +148,20 @@ TEST_F(SettingsWindowTest, IconsAreAskedForAFewAtATimeAndAnAppWithoutOneKeepsThe
   }
   EXPECT_TRUE(answered >= 7 && answered < 40) << answered;
   EXPECT_TRUE(dashed("Application 1000") && !dashed("Application 1001"));
+}
+
+TEST_F(SettingsWindowTest, AChangeIsToldToWhatShowsItAlone) {
+  open();
+  QQuickItem* const content = quickView().rootObject();
+  QQmlExpression hint(qmlContext(content), content, "View.actionHint");
+  int told = 0;
+  QObject::connect(&hint, &QQmlExpression::valueChanged, [&] { ++told; });
+  hint.setNotifyOnValueChanged(true);
+  hint.evaluate();
+  say("something went wrong");
+  EXPECT_EQ(told, 0);
+  click(segment("Two", "Hide"));
+  EXPECT_EQ(told, 1);
 }
 
 TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
@@ -497,6 +514,8 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argc, argv);
   qInstallMessageHandler(orvo::failOnWarning);
   QAccessible::setActive(true);
+  // Or nothing that happens is told.
+  QGuiApplicationPrivate::platformIntegration()->accessibility()->setActive(true);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   return RUN_ALL_TESTS();
 }
