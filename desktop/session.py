@@ -41,7 +41,8 @@ class OrvoDesktop(Desktop):
 
     def remember(self, hidden):
         """Stores choices as a former run would have left them."""
-        data = base64.b64encode(json.dumps({"rules": dict.fromkeys(hidden, "hidden")}).encode()).decode()
+        record = {"rules": dict.fromkeys(hidden, "hidden"), "autoRehideSeconds": 0}
+        data = base64.b64encode(json.dumps(record).encode()).decode()
         os.makedirs(os.path.dirname(self.settings_file), exist_ok=True)
         with open(self.settings_file, "w", encoding="utf-8") as file:
             json.dump({SETTINGS_KEY: {"base64": data}, "Orvo.HasOpenedSettings": True}, file)
