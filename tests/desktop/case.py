@@ -62,7 +62,7 @@ def overheard(address, rule):
     call(monitor, DBUS, "/org/freedesktop/DBus", f"{DBUS}.Monitoring.BecomeMonitor", "(asu)",
          [f"type='method_call',{rule}"], 0)
 
-    def hear(_connection, message, incoming):
+    def hear(_connection, message, incoming, _alive=monitor):  # Whoever lets go of the monitor hears no more.
         if incoming:
             heard.append(message.get_member())
     monitor.add_filter(hear)

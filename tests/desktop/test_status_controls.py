@@ -8,6 +8,7 @@ import unittest
 from gi.repository import GLib
 
 from case import PASYSTRAY, DesktopCase, Peer, overheard, stopped
+from desktop import PLUGINS
 from waiting import settled, stays, wait
 
 PREFIX = "com.apple.menuextra."
@@ -68,8 +69,8 @@ class StatusControls(DesktopCase):
         asked = overheard(self.desktop.accessibility_address(), f"destination='{panel.name_of_bus}'")
         self.controls()
         settled(lambda: len(asked), 0.3)
-        # Children of panel, window and box; places of the window and three plug-ins.
-        self.assertEqual(sorted(asked), ["GetChildren"] * 3 + ["GetExtents"] * 4)
+        # Children of panel, window and box; places of the window and its plug-ins.
+        self.assertEqual(sorted(asked), ["GetChildren"] * 3 + ["GetExtents"] * (1 + len(PLUGINS)))
 
     def test_the_agent_sleeps_while_nothing_happens(self):
         wait(lambda: self.sleeps(0.5), what="the agent's rest")
