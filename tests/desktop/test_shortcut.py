@@ -50,6 +50,11 @@ class Shortcut(HidingCase):
         self.expect_toggled(held=0.9)  # Longer than until the server repeats it (0.66 s) several times.
         stays(self.desktop.is_hidden, 0.3, "hidden")
 
+    def open_behavior(self):
+        self.desktop.choose("Settings…")
+        self.desktop.click(self.desktop.control("Behavior").center())
+        return self.desktop
+
     def test_without_the_shortcut_everything_else_works_and_another_layout_brings_it_back(self):
         desktop = self.desktop
         desktop.end("orvo")
@@ -66,20 +71,20 @@ class Shortcut(HidingCase):
             desktop.start_orvo()
             desktop.hide()
             desktop.reveal()
-            desktop.choose("Settings…")
-            desktop.click(desktop.control("Behavior").center())
             told = "This shortcut is in use. Orvo’s menu bar arrow is still available."
-            desktop.control(told)
+            self.open_behavior().control(told)
             grab(b)
             self.assertEqual(refused, [], "the rest stayed taken")
             root.ungrab_key(b, X.AnyModifier)
             holder.sync()
             desktop.end("orvo")
             desktop.start_orvo()
+            self.open_behavior()
             grab(q)
             was = [holder.get_keyboard_mapping(key, 1)[0] for key in (b, q)]
             holder.change_keyboard_mapping(b, [was[1]])
             holder.change_keyboard_mapping(q, [was[0]])
+            holder.sync()
             desktop.control(told)
             root.ungrab_key(q, X.AnyModifier)
             holder.sync()
