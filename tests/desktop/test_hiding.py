@@ -5,7 +5,7 @@ import signal
 import time
 import unittest
 
-from case import COPYQ, PASYSTRAY, HidingCase, center
+from case import COPYQ, PASYSTRAY, HidingCase, Peer, center
 from desktop import PROGRAMS
 from waiting import stays, wait
 
@@ -30,6 +30,20 @@ class Hiding(HidingCase):
         self.desktop.person.key("Down")
         self.desktop.person.key("Return")
         self.desktop.expect_shown(self.rest)
+
+    def test_what_another_program_hides_is_told_and_ended_by_the_arrow(self):
+        self.hide()  # Learns what the arrow looks like then.
+        stranger = Peer(self.desktop, "stranger")
+        self.desktop.choose("Settings…")
+        wait(self.desktop.settings_window, what="the window")
+        stranger.activate()
+        self.desktop.control("stranger hides icons. Click the arrow to show them.")
+        self.desktop.expect_shown(["orvo-hidden"])
+        self.assertIn("AccessDenied", stranger.agent("EndOthers"))
+        self.desktop.click_arrow()
+        self.desktop.expect_shown(self.all)
+        self.desktop.close_window(self.desktop.settings_window())
+        stranger.kill()
 
     def test_a_new_tray_program_reveals_so_that_its_icon_can_load(self):
         loads_early = self.desktop.has_loaded("libQt6Quick")

@@ -43,7 +43,7 @@ void TrayOwners::subscribe() {
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("TreeChanged"),
                this, SLOT(treeChanged()));
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface),
-               QStringLiteral("RequestersChanged"), this, SLOT(requestersChanged(QList<quint32>)));
+               QStringLiteral("RequestersChanged"), this, SLOT(requestersChanged(QDBusMessage)));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString& oldOwner, const QString& newOwner) {
@@ -69,9 +69,12 @@ void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
 
 void TrayOwners::askRequesters() {
   session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
-    if (reply.type() == QDBusMessage::ReplyMessage)
-      found_.requesters(qdbus_cast<QList<quint32>>(reply.arguments().value(0)));
+    if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);
   });
+}
+
+void TrayOwners::requestersChanged(const QDBusMessage& message) {
+  found_.requesters(qdbus_cast<QList<quint32>>(message.arguments().value(0)));
 }
 
 void TrayOwners::askItems() {

@@ -45,7 +45,7 @@ class TrayOwners : public QObject {
 
   Q_SLOT void treeChanged() { found_.treeChanged(); }
 
-  Q_SLOT void requestersChanged(const QList<quint32>& processes) { found_.requesters(processes); }
+  Q_SLOT void requestersChanged(const QDBusMessage& message);
 
   void subscribe();
   void agentStarted(const QString& name);
