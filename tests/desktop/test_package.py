@@ -44,7 +44,7 @@ class XfceSession(OrvoDesktop):
         super().__init__()
         self.environment.update(XDG_RUNTIME_DIR=f"/run/user/{os.getuid()}", PATH="/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin")
         os.makedirs(self.environment["XDG_RUNTIME_DIR"], mode=0o700)
-        self._start_server()
+        self.start_server()
         if managed:
             private_root.expect_own_groups()
             os.makedirs("/run/systemd/system")  # Stands for a machine that was started by the service manager.
