@@ -1,6 +1,6 @@
 // The few questions that the agent asks on the accessibility bus, in batches. Answers come one by one, and
 // each would wake the agent: they are left to gather in the socket and are looked at together. Nothing
-// here waits, not even while connecting. Owned by PanelReader; main thread.
+// here waits, not even while connecting. Owned by PanelReader, and another by TrayCensus; main thread.
 #pragma once
 
 #include <chrono>

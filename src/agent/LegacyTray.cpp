@@ -24,6 +24,10 @@ constexpr int deepest = 5;
 
 constexpr std::uint32_t mappedFlag = 1;  // of _XEMBED_INFO
 
+constexpr std::uint8_t sentByClient = 0x80;  // in the code of an event that SendEvent made
+// Events, each of which may take a question to the X server; then the bus has its turn.
+constexpr int mostAtOnce = 100;
+
 }  // namespace
 
 std::unique_ptr<LegacyTray> LegacyTray::open(sd_event* loop) {
@@ -41,6 +45,7 @@ LegacyTray::LegacyTray(std::unique_ptr<XConnection> connection, sd_event* loop)
       mark_(connection_->atom("_ORVO_OVERRIDE_REDIRECT")),
       search_(loop, [this] { findTray(), dispatch(); }),
       repaint_(loop, [this] { repaint(), dispatch(); }),
+      more_(loop, [this] { dispatch(); }),
       events_(loop, xcb_get_file_descriptor(connection_->get()), [this] { dispatch(); }) {}
 
 void LegacyTray::follow() {
@@ -54,9 +59,16 @@ void LegacyTray::follow() {
 
 // Whoever has waited for an answer looks here too: events may have come with it.
 void LegacyTray::dispatch() {
-  while (const auto event = owned(xcb_poll_for_event(connection_->get()))) handle(*event);
-  xcb_flush(connection_->get());
-  if (connection_->works()) events_.start();
+  for (int handled = 0; handled < mostAtOnce; ++handled) {
+    const auto event = owned(xcb_poll_for_event(connection_->get()));
+    if (!event) {
+      xcb_flush(connection_->get());
+      if (connection_->works()) events_.start();
+      return;
+    }
+    handle(*event);
+  }
+  more_.start(std::chrono::milliseconds(0));
 }
 
 void LegacyTray::apply(LegacyIcons::Shows shows) {
@@ -140,12 +152,15 @@ void LegacyTray::socketLost(xcb_window_t socket) {
   }
 }
 
+// What is still in its socket would stay hidden for good, since nobody knows any more who unmapped it.
 void LegacyTray::forgetAll() {
+  for (const LegacyIcons::Order& order : icons_.apply([](const std::string&) { return true; })) carryOut(order);
   while (!sockets_.empty()) socketLost(*sockets_.begin());
   tray_ = XCB_WINDOW_NONE;
 }
 
 void LegacyTray::handle(const xcb_generic_event_t& event) {
+  if ((event.response_type & sentByClient) != 0 && eventCode(event) != XCB_CLIENT_MESSAGE) return;  // nothing happened
   switch (eventCode(event)) {
     case XCB_CLIENT_MESSAGE:
       return managerCame(reinterpret_cast<const xcb_client_message_event_t&>(event));

@@ -78,6 +78,7 @@ class LegacyTray {
   std::set<xcb_window_t> blank_;  // perhaps
   Timer search_;
   Timer repaint_;
+  Timer more_;
   ReadWatch events_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -22,9 +21,7 @@ namespace {
 
 // Far more than can run at once.
 constexpr std::size_t mostBundles = 10'000;
-
-// Of the bus itself.
-constexpr std::chrono::seconds busLimit{25};
+constexpr std::size_t mostLetters = std::size_t{1} * 1024 * 1024;  // of all their identifiers
 
 constexpr const char* heldProperty = "WatcherHeld";
 
@@ -146,7 +143,9 @@ int MenuBarAgent::activate(sd_bus_message* call, void* agent, sd_bus_error* erro
     return sd_bus_error_set(error, agent_protocol::watcherNotHeldError, "Another program watches over the tray.");
   sd_bus_message_skip(call, "ai");
   const auto bundles = readTexts(call, mostBundles + 1);
-  if (bundles.size() > mostBundles)
+  std::size_t letters = 0;
+  for (const std::string& bundle : bundles) letters += bundle.size();
+  if (bundles.size() > mostBundles || letters > mostLetters)
     return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many applications.");
   self.service_.activate(sd_bus_message_get_sender(call), {bundles.begin(), bundles.end()},
                          [call = kept(call)](std::uint32_t assertion) {
@@ -202,7 +201,7 @@ int MenuBarAgent::requesters(sd_bus_message* call, void* agent, sd_bus_error* /*
 // Others could keep the person from hiding anything.
 int MenuBarAgent::endOthers(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
   auto& self = *static_cast<MenuBarAgent*>(agent);
-  askAboutName(self.bus_, "GetConnectionUnixProcessID", sd_bus_message_get_sender(call), busLimit,
+  askAboutName(self.bus_, "GetConnectionUnixProcessID", sd_bus_message_get_sender(call), unlimited,
                [&self, call = kept(call)](sd_bus_message* answer) {
                  const std::int32_t process = readNumber(answer);
                  if (!self.service_.isProtected(process)) {

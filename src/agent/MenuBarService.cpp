@@ -1,6 +1,5 @@
 #include "agent/MenuBarService.h"
 
-#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -9,9 +8,6 @@
 namespace orvo {
 
 namespace {
-
-// The bus itself answers at once unless the machine is choking.
-constexpr std::chrono::seconds busLimit{25};
 
 std::string bundleOf(std::int32_t processIdentifier) {
   auto identity = identifyProcess(processIdentifier);
@@ -53,10 +49,10 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
     if (!menuBar_.isNamed(name) && !requesters_.contains(name)) unwatch(name);
     done();
   };
-  askAboutName(bus_, "GetNameOwner", name, busLimit, [=, this](sd_bus_message* answer) {
+  askAboutName(bus_, "GetNameOwner", name, unlimited, [=, this](sd_bus_message* answer) {
     const std::string owner = readText(answer);
     if (owner.empty()) return finish({}, 0);
-    askAboutName(bus_, "GetConnectionUnixProcessID", owner, busLimit,
+    askAboutName(bus_, "GetConnectionUnixProcessID", owner, unlimited,
                  [=](sd_bus_message* process) { finish(owner, readNumber(process)); });
   });
 }
@@ -72,7 +68,7 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
   if (requesters_.contains(requester)) return conceal();
   watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
-  askAboutName(bus_, "GetConnectionUnixProcessID", requester, busLimit,
+  askAboutName(bus_, "GetConnectionUnixProcessID", requester, unlimited,
                [=, this, conceal = std::move(conceal)](sd_bus_message* answer) {
                  answered(requester);
                  if (isError(answer)) return unwatch(requester);

@@ -114,7 +114,8 @@ void PanelSettings::read(Answer answer) {
   answer_ = std::move(answer);
   facts_ = {};
   isOutdated_ = isFailed_ = false;
-  askAboutName(session_, "GetConnectionUnixProcessID", panelName, callLimit,
+  // An error means that there is no panel: it must not come from our own lateness.
+  askAboutName(session_, "GetConnectionUnixProcessID", panelName, unlimited,
                counted(Need::nothing, [this](sd_bus_message* reply) { askAboutPanel(readNumber(reply)); }));
 }
 

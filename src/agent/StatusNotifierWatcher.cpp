@@ -1,7 +1,5 @@
 #include "agent/StatusNotifierWatcher.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <type_traits>
 #include <utility>
@@ -85,9 +83,7 @@ void StatusNotifierWatcher::takeName() {
 
 void StatusNotifierWatcher::inherit() {
   unrestEnd_ = Clock::now() + unrest;
-  const auto& items = heir_->inherit();
-  for (std::size_t item = 0; item < std::min(items.size(), ItemRegistry::most); ++item)
-    service_.registerItem(items[item], {}, [] {});
+  for (const std::string& item : heir_->inherit()) service_.registerItem(item, {}, [] {});
 }
 
 void StatusNotifierWatcher::announceList() {

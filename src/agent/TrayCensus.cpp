@@ -67,6 +67,7 @@ void TrayCensus::askProcesses(const std::vector<std::string>& panels) {
 
 void TrayCensus::count(const std::string& accessibilityAddress) {
   if (std::exchange(isCounting_, true)) return rest_.start(restAfterNews);
+  ++counts_;
   shown_.reset();
   bus_.begin(accessibilityAddress);
   bus_.askChildren(registryRoot, [this](const std::vector<Accessible>& applications) {
@@ -110,9 +111,9 @@ void TrayCensus::askStatuses() {
   const auto tally = std::make_shared<Tally>();
   for (const TrayItem& item : service_.menuBar().shownItems()) {
     ++tally->open;
-    askItem(session_, item, "Status", limit, [this, tally](sd_bus_message* answer) {
+    askItem(session_, item, "Status", limit, [this, tally, counted = counts_](sd_bus_message* answer) {
       if (isShowing(answer)) ++tally->expected;
-      if (--tally->open == 0 && !rest_.isActive()) judge(tally->expected);
+      if (--tally->open == 0 && !rest_.isActive() && counted == counts_) judge(tally->expected);
     });
   }
 }

@@ -37,6 +37,7 @@ class TrayCensus {
   AccessibilityBus bus_;
   Timer rest_;
   bool isCounting_ = false;
+  unsigned counts_ = 0;               // begun
   int misses_ = 0;                    // counts without a result since the last news
   std::set<std::int32_t> processes_;  // of the panels' trays
   std::optional<std::size_t> shown_;  // by the tray that shows least

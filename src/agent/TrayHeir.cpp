@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "agent/StatusNotifierWatcher.h"
+#include "agent/rules/ItemRegistry.h"
 
 namespace orvo {
 
@@ -29,7 +30,7 @@ void TrayHeir::follow(const std::string& owner) {
   if (owner_.empty()) return;
   askProperty(bus_, {owner_, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
               [this, owner](sd_bus_message* answer) {
-                if (!isError(answer) && owner == owner_) items_ = readTexts(answer);
+                if (!isError(answer) && owner == owner_) items_ = readTexts(answer, ItemRegistry::most);
               });
 }
 
@@ -44,7 +45,8 @@ void TrayHeir::heard(sd_bus_message* signal) {
   const std::string member = sd_bus_message_get_member(signal);
   const std::string item = readText(signal);
   if (member == "StatusNotifierItemUnregistered") std::erase(items_, item);
-  if (member == "StatusNotifierItemRegistered" && std::ranges::find(items_, item) == items_.end())
+  const bool isRoom = items_.size() < ItemRegistry::most && parseRegistration(item, {});
+  if (member == "StatusNotifierItemRegistered" && isRoom && std::ranges::find(items_, item) == items_.end())
     items_.push_back(item);
 }
 

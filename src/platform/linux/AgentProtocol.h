@@ -5,7 +5,8 @@
 //   Activate(ai allowedSystemItems, as allowedBundleIdentifiers) -> u assertion
 //       conceals every item whose owner is not allowed; answers once the panel has been told, but for
 //       items that it was told of a moment ago: these follow when it has made its views. Fails with
-//       WatcherNotHeld. The concealment ends with Invalidate or with the caller's connection.
+//       WatcherNotHeld, or with LimitsExceeded where it asks for too much. The concealment ends with
+//       Invalidate or with the caller's connection.
 //   Invalidate(u assertion)               only from the connection that activated it; AccessDenied
 //       otherwise
 //   Tree() -> a(iisb(dddd))               the host's accessibility tree in pre-order, the root first:

@@ -74,6 +74,7 @@ void TrayOwners::askRequesters() {
 }
 
 void TrayOwners::requestersChanged(const QDBusMessage& message) {
+  if (message.signature() != latin(agent_protocol::requestersForm)) return;
   found_.requesters(qdbus_cast<QList<quint32>>(message.arguments().value(0)));
 }
 

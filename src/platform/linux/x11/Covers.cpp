@@ -160,13 +160,20 @@ void Covers::crossed(const xcb_enter_notify_event_t& event) {
 // As if the pointer came to the control from outside and went on to where it is.
 void Covers::endHover(const Place& place) {
   const auto parent = frameOf(place.parent);
-  const auto pointer = connection_.queryPointer();
-  if (!parent || !pointer) return;
+  if (!parent) return;
   const Point corner{parent->x, parent->y};
-  const Point now{static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)};
   tell(place.parent, XCB_ENTER_NOTIFY, corner,
        {corner.x + place.x + place.width / 2, corner.y + place.y + place.height / 2});
-  tell(place.parent, isUnder(place.parent, now) ? XCB_MOTION_NOTIFY : XCB_LEAVE_NOTIFY, corner, now);
+  // One that leaves before it is told to be there has left for good, as its program hears it: asked once more.
+  bool isTold = false;
+  while (const auto pointer = connection_.queryPointer()) {
+    const Point now{static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)};
+    const bool isThere = isUnder(place.parent, now);
+    if (isThere && isTold) break;
+    tell(place.parent, isThere ? XCB_MOTION_NOTIFY : XCB_LEAVE_NOTIFY, corner, now);
+    if (!isThere) break;
+    isTold = true;
+  }
   xcb_flush(connection_.get());
 }
 
