@@ -87,6 +87,7 @@ Guardian::~Guardian() {
 }
 
 void Guardian::start() {
+  process_ = lifeline_ = -1;
   std::array<int, 2> ends{-1, -1};
   if (pipe2(ends.data(), O_CLOEXEC) == 0) {
     const int lifeline = raised(ends[0]);
@@ -96,18 +97,19 @@ void Guardian::start() {
   }
   started_ = std::chrono::steady_clock::now();
   ending_ = process_ < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
-  if (ending_ < 0) std::fprintf(stderr, "orvo-agent: no guardian: %s\n", std::strerror(errno));
-  if (ending_ >= 0) ended_.emplace(loop_, ending_, [this] { bury(); });
+  if (ending_ >= 0) return void(ended_.emplace(loop_, ending_, [this] { bury(); }));
+  std::fprintf(stderr, "orvo-agent: no guardian: %s\n", std::strerror(errno));
+  successor_.start(retryPause);
 }
 
 void Guardian::bury() {
   waitpid(process_, nullptr, 0);
+  std::fprintf(stderr, "orvo-agent: its guardian has ended; here is another\n");
   const bool isYoung = std::chrono::steady_clock::now() - started_ < shortLife;
   successor_.start(isYoung ? shortLife : std::chrono::seconds(0));
 }
 
 void Guardian::replace() {
-  std::fprintf(stderr, "orvo-agent: its guardian has ended; here is another\n");
   ended_.reset();
   for (const int descriptor : {ending_, lifeline_}) close(descriptor);
   start();

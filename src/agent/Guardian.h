@@ -17,6 +17,8 @@ class Guardian {
  public:
   // One that ends sooner than this has its successor only so long after its start: something is wrong.
   static constexpr std::chrono::seconds shortLife{1};
+  // Where there could be none: out of processes or descriptors.
+  static constexpr std::chrono::seconds retryPause{60};
 
   explicit Guardian(sd_event* loop);
   ~Guardian();

@@ -63,8 +63,8 @@ void LegacyTray::dispatch() {
     const auto event = owned(xcb_poll_for_event(connection_->get()));
     if (!event) {
       xcb_flush(connection_->get());
-      if (connection_->works()) events_.start();
-      return;
+      // A server that is gone has taken them along.
+      return connection_->works() ? events_.start() : forgetAll();
     }
     handle(*event);
   }

@@ -59,9 +59,10 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
 
 void MenuBarService::activate(const std::string& requester, std::set<std::string> allowedBundles,
                               std::function<void(std::uint32_t)> done) {
-  auto conceal = [=, this, allowed = std::move(allowedBundles), done = std::move(done)] {
-    const auto [assertion, change] = menuBar_.activate(requester, allowed);
-    if (assertion == 0) refuse(requester, "has too many requests in force");
+  auto conceal = [=, this, allowed = std::move(allowedBundles)] {
+    const auto [assertion, change] = menuBar_.activate(requester, requesters_.at(requester), allowed);
+    if (assertion == 0)
+      refuse("process " + std::to_string(requesters_.at(requester)), "has too many requests in force");
     if (assertion != 0) announce(change);
     done(assertion);
   };
@@ -69,9 +70,9 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
   watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
   askAboutName(bus_, "GetConnectionUnixProcessID", requester, unlimited,
-               [=, this, conceal = std::move(conceal)](sd_bus_message* answer) {
+               [=, this, conceal = std::move(conceal), done = std::move(done)](sd_bus_message* answer) {
                  answered(requester);
-                 if (isError(answer)) return unwatch(requester);
+                 if (isError(answer)) return unwatch(requester), done(0);
                  requesters_[requester] = readNumber(answer);
                  conceal();
                });

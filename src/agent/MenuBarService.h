@@ -49,7 +49,7 @@ class MenuBarService {
   void registerItem(const std::string& text, const std::string& sender, std::function<void()> done);
 
   // `done` gets the assertion once the panel has been told all that it can be told now, or 0 when the
-  // requester has too many; it is never called for a requester that has left the bus meanwhile.
+  // requester's process has too many, or the bus does not know it.
   void activate(const std::string& requester, std::set<std::string> allowedBundles,
                 std::function<void(std::uint32_t)> done);
 

@@ -45,13 +45,14 @@ constexpr std::chrono::milliseconds drawing{300};
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
   const auto loop = newLoop();
-  // Its icons are back by the X server's hand, some of them blank.
-  const auto legacy = orvo::LegacyTray::open(loop.get());
-  if (legacy) legacy->follow();
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
   orvo::Timer end(loop.get(), [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
   const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { end.start(drawing); });
+  sd_bus_flush(bus.get());
+  // Icons of the older kind are back by the X server's hand, some of them blank.
+  const auto legacy = orvo::LegacyTray::open(loop.get());
+  if (legacy) legacy->follow();
   return sd_event_loop(loop.get());
 }
 

@@ -5,11 +5,11 @@
 
 namespace orvo {
 
-std::uint32_t Concealment::activate(std::string requester, std::set<std::string> allowedBundles) {
+std::uint32_t Concealment::activate(std::string requester, std::int32_t process, std::set<std::string> allowedBundles) {
   const auto count = std::count_if(requests_.begin(), requests_.end(),
-                                   [&](const auto& request) { return request.second.requester == requester; });
-  if (static_cast<std::size_t>(count) >= mostOfRequester) return 0;
-  requests_[++last_] = {std::move(requester), std::move(allowedBundles)};
+                                   [=](const auto& request) { return request.second.process == process; });
+  if (static_cast<std::size_t>(count) >= mostOfProcess) return 0;
+  requests_[++last_] = {std::move(requester), process, std::move(allowedBundles)};
   return last_;
 }
 

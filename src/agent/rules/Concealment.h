@@ -12,15 +12,15 @@ namespace orvo {
 
 class Concealment {
  public:
-  // A requester needs one, and a second while it replaces the first.
-  static constexpr std::size_t mostOfRequester = 16;
+  // A program needs one, and a second while it replaces the first.
+  static constexpr std::size_t mostOfProcess = 16;
 
   // Shows the application whatever is requested.
   void protect(std::string bundle) { protected_ = std::move(bundle); }
 
-  // `requester` is the unique bus name on whose connection alone the request may end. 0 when it has as many
-  // requests in force as it may.
-  std::uint32_t activate(std::string requester, std::set<std::string> allowedBundles);
+  // `requester` is the unique bus name on whose connection alone the request may end. 0 when its process has as
+  // many requests in force as it may.
+  std::uint32_t activate(std::string requester, std::int32_t process, std::set<std::string> allowedBundles);
 
   // False when the requester has no such request.
   bool invalidate(std::uint32_t assertion, const std::string& requester);
@@ -40,6 +40,7 @@ class Concealment {
  private:
   struct Request {
     std::string requester;
+    std::int32_t process;
     std::set<std::string> allowedBundles;
   };
 

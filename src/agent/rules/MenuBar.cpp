@@ -24,8 +24,9 @@ MenuBarChange MenuBar::nameLost(const std::string& name) {
   return change;
 }
 
-MenuBar::Activation MenuBar::activate(const std::string& requester, std::set<std::string> allowedBundles) {
-  Activation activation{concealment_.activate(requester, std::move(allowedBundles)), {}};
+MenuBar::Activation MenuBar::activate(const std::string& requester, std::int32_t process,
+                                      std::set<std::string> allowedBundles) {
+  Activation activation{concealment_.activate(requester, process, std::move(allowedBundles)), {}};
   announce(activation.change);
   return activation;
 }

@@ -36,10 +36,10 @@ class MenuBar {
   MenuBarChange nameLost(const std::string& name);
 
   struct Activation {
-    std::uint32_t assertion;  // 0 for none: the requester has too many
+    std::uint32_t assertion;  // 0 for none: the process has too many
     MenuBarChange change;
   };
-  Activation activate(const std::string& requester, std::set<std::string> allowedBundles);
+  Activation activate(const std::string& requester, std::int32_t process, std::set<std::string> allowedBundles);
 
   // Absent when the requester has no such request.
   std::optional<MenuBarChange> invalidate(std::uint32_t assertion, const std::string& requester);

@@ -79,7 +79,7 @@ class Books {
     std::set<std::string> all;
     for (const std::string& bundle : bundles)
       if (pick(2) == 0) all.insert(bundle);
-    const auto [assertion, change] = bar_.activate(requester, all);
+    const auto [assertion, change] = bar_.activate(requester, requester.back(), all);
     EXPECT_TRUE(requests_.emplace(assertion, std::pair(requester, all)).second);
     hear(change);
   }
@@ -115,8 +115,8 @@ TEST(MenuBar, HasRoomForSoManyItemsOfAProcessAndRequestsOfARequester) {
     const std::string path = "/" + std::to_string(count);
     EXPECT_EQ(bar.add({":1.1", path, 1, {":1.1"}}).has_value(), count < ItemRegistry::mostOfProcess) << count;
   }
-  for (std::size_t count = 0; count <= Concealment::mostOfRequester; ++count)
-    EXPECT_EQ(bar.activate(":2.1", {}).assertion != 0, count < Concealment::mostOfRequester) << count;
+  for (std::size_t count = 0; count <= Concealment::mostOfProcess; ++count)
+    EXPECT_EQ(bar.activate(":2." + std::to_string(count), 7, {}).assertion != 0, count < Concealment::mostOfProcess);
   // An item goes with the last of its names.
   EXPECT_TRUE(bar.add({":1.2", "/", 2, {"a.b"}}) && !bar.add({":1.2", "/", 2, {"c.d"}}));
   EXPECT_TRUE(bar.nameLost("a.b").left.empty() && bar.isNamed("c.d"));
