@@ -22,6 +22,8 @@ constexpr const char* boundsEvent = "Object:BoundsChanged:";
 constexpr std::chrono::milliseconds eventPause{5};
 // More objects than a panel has: one that makes new ones for ever must not fill the memory.
 constexpr std::size_t mostBounds = 4096;
+// Messages; then others have their turn.
+constexpr int mostAtOnce = 2000;
 
 bool readChildren(sd_bus_message* answer, std::vector<Accessible>& children) {
   if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return false;
@@ -146,10 +148,11 @@ std::chrono::milliseconds AccessibilityBus::expectedPause() const {
 
 void AccessibilityBus::gather() {
   hasProgressed_ = false;
-  int more = 0;
-  while ((more = sd_bus_process(bus_.get(), nullptr)) > 0) continue;
+  int more = 1;
+  for (int processed = 0; more > 0 && processed < mostAtOnce; ++processed) more = sd_bus_process(bus_.get(), nullptr);
   const bool isLate = open_ > 0 && Clock::now() >= deadline_;
   if (more < 0 || isLate) giveUp();
+  if (more > 0) return pauseFor(std::chrono::milliseconds(1));
   if (open_ > 0) return pauseFor(hasProgressed_ ? expectedPause() : std::min(2 * pauseLength_, longestPause));
   if (settled_) settle();
   heed();

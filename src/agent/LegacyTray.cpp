@@ -81,13 +81,16 @@ void LegacyTray::apply(LegacyIcons::Shows shows) {
 void LegacyTray::findTray() {
   const auto owner = owned(xcb_get_selection_owner_reply(
       connection_->get(), xcb_get_selection_owner(connection_->get(), selection_), nullptr));
-  if (!owner || owner->owner == XCB_WINDOW_NONE) return;
+  if (!owner || owner->owner == owner_) return;
+  forgetAll();
+  if (owner->owner == XCB_WINDOW_NONE) return;
   tray_ = trayWindow(owner->owner);
   if (tray_ == XCB_WINDOW_NONE) {
     if (--searchesLeft_ > 0) search_.start(searchPause);
     return;
   }
-  set(tray_, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  owner_ = owner->owner;
+  set(tray_, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   for (const xcb_window_t socket : children(tray_)) watchSocket(socket);
 }
 
@@ -156,7 +159,7 @@ void LegacyTray::socketLost(xcb_window_t socket) {
 void LegacyTray::forgetAll() {
   for (const LegacyIcons::Order& order : icons_.apply([](const std::string&) { return true; })) carryOut(order);
   while (!sockets_.empty()) socketLost(*sockets_.begin());
-  tray_ = XCB_WINDOW_NONE;
+  owner_ = tray_ = XCB_WINDOW_NONE;
 }
 
 void LegacyTray::handle(const xcb_generic_event_t& event) {
@@ -176,6 +179,7 @@ void LegacyTray::handle(const xcb_generic_event_t& event) {
     }
     case XCB_DESTROY_NOTIFY: {
       const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+      if (gone == tray_) return forgetAll();
       return sockets_.contains(gone) ? socketLost(gone) : undock(gone);
     }
     case XCB_MAP_NOTIFY:
@@ -197,12 +201,11 @@ void LegacyTray::mapped(xcb_window_t window) {
   repaint_.start(repaintPause);
 }
 
-// A tray has started: what stood in another one before has to dock again.
+// A tray has started, or somebody says so. What stood in another one before has to dock again.
 void LegacyTray::managerCame(const xcb_client_message_event_t& message) {
   if (message.type != manager_ || message.data.data32[1] != selection_) return;
-  forgetAll();
   searchesLeft_ = searches;
-  findTray();
+  search_.start(std::chrono::milliseconds(0));
 }
 
 void LegacyTray::propertyChanged(const xcb_property_notify_event_t& event) {

@@ -70,6 +70,7 @@ class LegacyTray {
   xcb_atom_t manager_;
   xcb_atom_t embedding_;
   xcb_atom_t mark_;
+  xcb_window_t owner_ = XCB_WINDOW_NONE;  // of the selection
   xcb_window_t tray_ = XCB_WINDOW_NONE;
   std::set<xcb_window_t> sockets_;
   LegacyIcons icons_;

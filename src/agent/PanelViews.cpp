@@ -24,7 +24,7 @@ void askItem(sd_bus* bus, const TrayItem& item, const char* property, std::chron
 void PanelViews::follow(const TrayItem& item) {
   const std::string address = item.address();
   const auto late = [this, address] { delayed_(address); };
-  Following& following = *(open_[address] = std::make_unique<Following>(item, sd_bus_get_event(bus_), late));
+  Following& following = *(open_[address] = std::make_unique<Following>(item, ++last_, sd_bus_get_event(bus_), late));
   following.patience.start(patience);
   // Panels stand in the queue for the watcher's name.
   askAboutName(bus_, "ListQueuedOwners", watcherName, unlimited,
@@ -61,9 +61,10 @@ void PanelViews::askProgram(Following& following) {
 }
 
 BusHandler PanelViews::ifStill(const Following& following, std::function<void(Following&, sd_bus_message*)> step) {
-  return [this, address = following.item.address(), same = &following, step = std::move(step)](sd_bus_message* answer) {
+  return [this, address = following.item.address(), number = following.number,
+          step = std::move(step)](sd_bus_message* answer) {
     const auto found = open_.find(address);
-    if (found != open_.end() && found->second.get() == same) step(*found->second, answer);
+    if (found != open_.end() && found->second->number == number) step(*found->second, answer);
   };
 }
 

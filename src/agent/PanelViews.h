@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -35,10 +36,11 @@ class PanelViews {
 
  private:
   struct Following {
-    Following(TrayItem itsItem, sd_event* loop, std::function<void()> late)
-        : item(std::move(itsItem)), patience(loop, std::move(late)) {}
+    Following(TrayItem itsItem, std::uint64_t itsNumber, sd_event* loop, std::function<void()> late)
+        : item(std::move(itsItem)), number(itsNumber), patience(loop, std::move(late)) {}
 
     TrayItem item;
+    std::uint64_t number;  // no other has it
     Timer patience;
     std::vector<std::string> panels{};  // unique names
     int rounds = 0;
@@ -55,6 +57,7 @@ class PanelViews {
   Tell made_;
   Tell delayed_;
   std::map<std::string, std::unique_ptr<Following>> open_;  // by address
+  std::uint64_t last_ = 0;
 };
 
 }  // namespace orvo
