@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -23,6 +24,9 @@ namespace {
 constexpr std::size_t mostBundles = 10'000;
 constexpr std::size_t mostLetters = std::size_t{1} * 1024 * 1024;  // of all their identifiers
 
+// Of somebody who conceals and reveals all the time, others need not hear more often.
+constexpr std::chrono::milliseconds requestersPause{50};
+
 constexpr const char* heldProperty = "WatcherHeld";
 
 const sd_bus_vtable agentTable[] = {
@@ -34,6 +38,7 @@ const sd_bus_vtable agentTable[] = {
     SD_BUS_METHOD("Items", "", agent_protocol::itemsForm, &MenuBarAgent::items, 0),
     SD_BUS_METHOD("Requesters", "", agent_protocol::requestersForm, &MenuBarAgent::requesters, 0),
     SD_BUS_METHOD("EndOthers", "", "", &MenuBarAgent::endOthers, 0),
+    SD_BUS_METHOD("TakeOver", "", "", &MenuBarAgent::takeOver, 0),
     SD_BUS_SIGNAL("RequestersChanged", agent_protocol::requestersForm, 0),
     SD_BUS_PROPERTY(heldProperty, "b", &MenuBarAgent::isWatcherHeld, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_ARGS("ItemAdded", SD_BUS_ARGS("s", address, "u", processIdentifier, "s", bundleIdentifier), 0),
@@ -104,12 +109,17 @@ void addDock(ListReply& tree, const DockControls& dock) {
 
 MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel,
                            LegacyTray* legacy)
-    : bus_(bus), service_(service), watcher_(watcher), panel_(panel), legacy_(legacy) {
+    : bus_(bus),
+      service_(service),
+      watcher_(watcher),
+      panel_(panel),
+      legacy_(legacy),
+      pause_(sd_bus_get_event(bus), [this] { requestersChanged(); }) {
   service_.onItemArrived = [this](const TrayItem& item) {
     sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
                        item.address().c_str(), item.processIdentifier, item.bundle.c_str());
   };
-  service_.onRequestersChanged = [this] { announceRequesters(); };
+  service_.onRequestersChanged = [this] { requestersChanged(); };
   if (legacy_ != nullptr) {
     legacy_->onDocked = [this](const LegacyIcon& icon) {
       sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
@@ -212,6 +222,21 @@ int MenuBarAgent::endOthers(sd_bus_message* call, void* agent, sd_bus_error* /*e
                  sd_bus_reply_method_return(call.get(), "");
                });
   return 1;
+}
+
+int MenuBarAgent::takeOver(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
+  static_cast<MenuBarAgent*>(agent)->watcher_.takeOver([call = kept(call)](const char* hindrance) {
+    if (hindrance == nullptr) return void(sd_bus_reply_method_return(call.get(), ""));
+    sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_FAILED, "%s", hindrance);
+  });
+  return 1;
+}
+
+void MenuBarAgent::requestersChanged() {
+  if (pause_.isActive() || announced_ == service_.requesters()) return;
+  announced_ = service_.requesters();
+  announceRequesters();
+  pause_.start(requestersPause);
 }
 
 void MenuBarAgent::announceRequesters() {

@@ -1,9 +1,12 @@
 // The agent's own interface, see platform/linux/AgentProtocol.h. Owned by main; main thread.
 #pragma once
 
+#include <cstdint>
+#include <set>
 #include <vector>
 
 #include "agent/BusCall.h"
+#include "agent/Timer.h"
 #include "agent/rules/LegacyIcons.h"
 #include "agent/rules/StatusControls.h"
 
@@ -30,10 +33,12 @@ class MenuBarAgent {
   static int items(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int requesters(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int endOthers(sd_bus_message* call, void* agent, sd_bus_error* error);
+  static int takeOver(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int isWatcherHeld(sd_bus* bus, const char* path, const char* interface, const char* property,
                            sd_bus_message* reply, void* agent, sd_bus_error* error);
 
  private:
+  void requestersChanged();
   void announceRequesters();
   std::vector<LegacyIcon> legacyIcons() const;
 
@@ -46,6 +51,8 @@ class MenuBarAgent {
   // With the last tree, whoever asked for it, and when the panel was last looked at.
   std::vector<DockControls> told_;
   std::vector<DockControls> seen_;
+  std::set<std::int32_t> announced_;  // requesters
+  Timer pause_;                       // after that
 };
 
 }  // namespace orvo

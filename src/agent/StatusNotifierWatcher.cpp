@@ -1,6 +1,10 @@
 #include "agent/StatusNotifierWatcher.h"
 
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -13,6 +17,11 @@ namespace {
 // An Ayatana program that has its answer before a panel is there makes an icon of the older kind besides.
 constexpr std::chrono::seconds unrest{2};
 constexpr std::chrono::milliseconds answerPause{300};
+
+// A plug-in that is not stopped has made way in 30 ms.
+constexpr std::chrono::seconds takeOverLimit{2};
+// The program in which Xfce's panel runs a plug-in. It ends on SIGUSR1 with the wish to be started again.
+constexpr const char* pluginProgram = "wrapper-2.0";
 
 constexpr const char* listProperty = "RegisteredStatusNotifierItems";
 
@@ -44,7 +53,10 @@ const sd_bus_vtable watcherTable[] = {
 }  // namespace
 
 StatusNotifierWatcher::StatusNotifierWatcher(sd_bus* bus, MenuBarService& service)
-    : bus_(bus), service_(service), answering_(sd_bus_get_event(bus), [this] { answerLate(); }) {
+    : bus_(bus),
+      service_(service),
+      answering_(sd_bus_get_event(bus), [this] { answerLate(); }),
+      takingLate_(sd_bus_get_event(bus), [this] { endTakeOver("The panel does not let go of the tray."); }) {
   const auto announce = [this](const char* signal) {
     return [this, signal](const std::string& item) {
       sd_bus_emit_signal(bus_, watcherPath, watcherName, signal, "s", item.c_str());
@@ -79,6 +91,33 @@ void StatusNotifierWatcher::takeName() {
   std::fprintf(stderr, "orvo-agent: holds %s\n", watcherName);
   onNameHeld();
   if (heir_) inherit();
+  endTakeOver(nullptr);
+}
+
+void StatusNotifierWatcher::takeOver(std::function<void(const char*)> done) {
+  if (held_) return done(nullptr);
+  takingOver_.push_back(std::move(done));
+  if (takingOver_.size() > 1) return;
+  // Behind the heir's own question, so that this answer finds it informed.
+  askProperty(bus_, {watcherName, watcherPath}, watcherName, listProperty, takeOverLimit, [this](sd_bus_message* list) {
+    if (isError(list)) return endTakeOver("The program that manages the tray does not answer.");
+    askAboutName(bus_, "GetConnectionUnixProcessID", watcherName, takeOverLimit,
+                 [this](sd_bus_message* process) { restartTray(readNumber(process)); });
+  });
+}
+
+void StatusNotifierWatcher::restartTray(std::int32_t process) {
+  std::error_code failure;
+  const auto program = std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", failure);
+  if (held_) return;
+  if (program.filename() != pluginProgram) return endTakeOver("Another program than Xfce’s panel manages it.");
+  takingLate_.start(takeOverLimit);
+  kill(process, SIGUSR1);
+}
+
+void StatusNotifierWatcher::endTakeOver(const char* hindrance) {
+  takingLate_.stop();
+  for (const auto& done : std::exchange(takingOver_, {})) done(hindrance);
 }
 
 void StatusNotifierWatcher::inherit() {

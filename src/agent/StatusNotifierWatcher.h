@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -28,6 +29,10 @@ class StatusNotifierWatcher {
   bool isNameHeld() const { return held_; }
   std::function<void()> onNameHeld;
 
+  // Has the panel start its tray plug-in anew where that has the name. `done` gets what hinders, or null once the
+  // name is held.
+  void takeOver(std::function<void(const char* hindrance)> done);
+
   // Panels that follow the property take in what they have missed, and nothing else.
   void announceList();
 
@@ -42,6 +47,8 @@ class StatusNotifierWatcher {
 
   void takeName();
   void inherit();
+  void restartTray(std::int32_t process);
+  void endTakeOver(const char* hindrance);
   void answerLate();
 
   sd_bus* bus_;
@@ -53,6 +60,8 @@ class StatusNotifierWatcher {
   Clock::time_point unrestEnd_;   // after a takeover
   std::vector<BusMessage> late_;  // calls
   Timer answering_;
+  std::vector<std::function<void(const char*)>> takingOver_;
+  Timer takingLate_;
 };
 
 }  // namespace orvo

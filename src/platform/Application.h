@@ -31,6 +31,8 @@ class Application {
   virtual void run() = 0;
   // Sends applicationWillTerminate exactly once, then ends the run loop.
   virtual void terminate() = 0;
+  // Ends in the same way, then starts the program again with its settings open, where the system has a use for that.
+  virtual void relaunch() { terminate(); }
 
   virtual void setActivationPolicy(ActivationPolicy policy) = 0;
   virtual void setMainMenu(const Menu& menu) = 0;

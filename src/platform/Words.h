@@ -18,6 +18,10 @@ struct Words {
   const char* unsupportedTitle;
   const char* unsupportedDetail;
   const char* unsupportedHint;
+  // The button that has the menu bar's host manage the items of a panel that came first, and what stands before the
+  // reason where it could not; null on a system without such panels.
+  const char* takeOver;
+  const char* notTakenOver;
   // How Orvo comes into an Applications folder.
   const char* installAdvice;
   const char* accessibilityPage;
@@ -56,6 +60,8 @@ inline constexpr Words macWords{
     .unsupportedTitle = "This macOS build is not supported",
     .unsupportedDetail = "Orvo cannot manage icons on this macOS version. All icons remain visible.",
     .unsupportedHint = "Your icons remain visible on this macOS version.",
+    .takeOver = nullptr,
+    .notTakenOver = nullptr,
     .installAdvice = "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
     .accessibilityPage = "Privacy & Security → Accessibility",
     .accessibilityAdvice =

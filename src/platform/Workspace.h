@@ -50,6 +50,11 @@ class Workspace {
   // Asks the system to end what they have hidden; concealersChanged tells when it has.
   virtual void endConcealments() {}
 
+  // Asks whoever hosts the menu bar items to manage those of a panel that came first. `done` is called on a later
+  // turn of the main thread, with what hinders or nothing; never where the system has no such panel.
+  using TakenOver = std::function<void(const std::optional<std::string>& hindrance)>;
+  virtual void takeOverItems(TakenOver /*done*/) {}
+
   // Posts applicationLaunched, applicationTerminated, willSleep, didWake, menuBarHostTerminated,
   // menuBarLayoutChanged and concealersChanged.
   virtual NotificationCenter& notificationCenter() = 0;

@@ -1,6 +1,7 @@
 #include "ui/OrvoView.h"
 
 #include "model/OrvoModel.h"
+#include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/FileSystem.h"
 #include "platform/MainQueue.h"
@@ -144,6 +145,7 @@ void OrvoView::perform(const std::string& action, const Value& argument) {
       {"page", [](OrvoView& view, const Value& index) { view.select(allPages.at(index.get<std::size_t>())); }},
       {"setup", [](OrvoView& view, const Value&) { view.performSetupAction(); }},
       {"search", [](OrvoView& view, const Value& text) { view.model_->searchText = text.get<std::string>(); }},
+      {"takeOver", [](OrvoView& view, const Value&) { view.takeOver(); }},
       {"refresh", [](OrvoView& view, const Value&) { view.model_->refresh(); }},
       {"keep",
        [](OrvoView& view, const Value& bundle) { view.model_->setRule(IconRule::visible, bundle.get<std::string>()); }},
@@ -219,6 +221,8 @@ void OrvoView::addIconsPage(Value& all) const {
   all["guidance"] = guidance();
   all["unsupportedCard"] = informationCard(platform_.words.unsupportedTitle, platform_.words.unsupportedDetail,
                                            "exclamationmark.triangle", true);
+  const char* const takeOver = platform_.words.takeOver;
+  all["takeOver"] = {{"label", takeOver != nullptr ? takeOver : ""}, {"enabled", !takesOver_()}};
   all["setupSteps"] = {setupStep("Install in Applications", "1", model_->nativeMenuBarReady),
                        setupStep("Allow Accessibility", "2", granted)};
   all["setupAdvice"] = setupAdvice();
@@ -260,6 +264,19 @@ void OrvoView::performSetupAction() {
     const std::string own = platform_.fileSystem.homeDirectoryForCurrentUser() + applicationsFolder;
     open(page(), "/Applications or ~/Applications", {fileURL(applicationsFolder, true), fileURL(own, true)});
   }
+}
+
+// Only a new process asks anew whether icons can be hidden.
+void OrvoView::takeOver() {
+  takesOver_ = true;
+  platform_.workspace.takeOverItems([weak = std::weak_ptr(self_)](const std::optional<std::string>& hindrance) {
+    const auto self = weak.lock();
+    if (!self) return;
+    OrvoView& view = **self;
+    view.takesOver_ = false;
+    if (!hindrance) return view.platform_.application.relaunch();
+    view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.model_->message()};
+  });
 }
 
 std::vector<OrvoView::AppRow> OrvoView::rows() const {

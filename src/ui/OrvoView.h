@@ -114,6 +114,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   void select(Page newPage);
   void performSetupAction();
   void chooseRehideOption(std::size_t option);
+  void takeOver();
   void copyDiagnostics();
   void openLink(std::size_t link);
 
@@ -125,6 +126,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   void open(Page from, const std::string& name, std::vector<std::string> places);
   void sayUnopened(Page from, const std::string& name);
 
+  Published<bool> takesOver_{willChange, false};
   Published<std::optional<Notice>> notice_{willChange, std::nullopt};
   std::shared_ptr<OrvoModel> model_;
   const Platform platform_;

@@ -4,7 +4,8 @@ import os
 import shutil
 import unittest
 
-from case import DesktopCase, HidingCase, Peer
+from case import DesktopCase, HidingCase, Peer, stopped
+from accessible import STATE_ENABLED
 from bus import call_bus
 from desktop import AGENT, ORVO, WATCHER
 from waiting import stays, wait
@@ -80,18 +81,38 @@ class Launch(HidingCase):
 class WithoutAgent(DesktopCase):
     start = {"agent": False}
 
-    def test_orvo_says_what_is_missing_and_every_icon_stays(self):
+    def test_orvo_says_what_is_missing_and_takes_the_tray_over_when_asked(self):
         desktop = self.desktop
         desktop.start_item("org.rncbc.qmidinet")
         report = desktop.run([desktop.program, "--diagnose"]).stdout
         self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
                       "Icons will remain visible.\n", report)
-        shutil.rmtree(os.path.join(desktop.bundle, "System"))
-        self.assertEqual(desktop.run([desktop.program, "--diagnose"]).stdout, report)
+        bare = shutil.copytree(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
+        shutil.rmtree(os.path.join(bare, "System"))
+        self.assertIn(report.splitlines()[2], desktop.run([f"{bare}/bin/orvo", "--diagnose"]).stdout)
+        desktop.remember(["org.rncbc.qmidinet"])
         desktop.start_orvo(ready=False)
         desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
+        self.take_over()
+        desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer.")
         self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
+        desktop.start_agent()
+        with stopped(desktop.process_of(WATCHER)):
+            self.take_over()
+            desktop.control("Orvo could not take over the tray. The program that manages the tray does not answer.", 5)
+        process = desktop.orvo.pid
+        self.take_over()
+        wait(desktop.can_hide, 20, "hiding being offered")
+        wait(desktop.settings_window, what="the settings of the Orvo that started anew")
+        self.assertEqual(desktop.process_of(ORVO), process)
+        self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
+        desktop.hide_and_expect(["orvo-hidden"])
+        desktop.reveal()
+
+    def take_over(self):
+        wait(lambda: self.desktop.control("Take Over").has(STATE_ENABLED), what="the button")
+        self.desktop.click(self.desktop.control("Take Over").center())
 
 
 class AgentStart(DesktopCase):

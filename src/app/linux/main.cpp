@@ -29,12 +29,18 @@
 #include <QDir>
 #include <QGuiApplication>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
 namespace {
 
 using namespace orvo;
+
+// Given by Orvo to itself.
+constexpr const char* reopenArgument = "--reopen";
 
 // What comes before the decision how to run, none of which needs a display. Members are in the order
 // in which they need each other: the queue outlives the framework, whose answers go there.
@@ -64,6 +70,8 @@ QString symbolFolder(const Bundle& bundle) {
 struct Adapters {
   Adapters(EarlyAdapters& adapters, int& count, char** arguments)
       : early(adapters), qtApplication(makeQtApplication(count, arguments)) {
+    const auto given = early.processInfo.arguments();
+    if (std::ranges::find(given, reopenArgument) != given.end()) application.reopen();
     if (early.bundle.identifier()) application.setAdmission([this] { return admit(); });
     QObject::connect(&busApplication, &BusApplication::busLost, &application, [this] { endWithBus(); });
   }
@@ -137,5 +145,9 @@ int main(int argc, char** argv) {
                    return &program->platform;
                  });
   if (!hasDisplay) std::cerr << "Orvo: there is no X server to run on; Orvo ends.\n";
+  if (program && program->adapters.application.wantsRelaunch()) {
+    program.reset();
+    execl(early.bundle.program().c_str(), argv[0], reopenArgument, nullptr);
+  }
   return hasDisplay && !(program && program->adapters.wasRefused) ? 0 : 1;
 }

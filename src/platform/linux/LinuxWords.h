@@ -19,9 +19,11 @@ inline constexpr Words linuxWords{
     .backendMissing = "This desktop does not expose the expected menu bar protocol. Icons will remain visible.",
     .unsupportedTitle = "Orvo’s agent does not manage the tray",
     .unsupportedDetail =
-        "All icons remain visible. On Xfce, run packaging/linux/install and log in again, so that the agent "
-        "starts before the panel.",
+        "All icons remain visible. The panel was there first. Let the agent take over now, which restarts the "
+        "panel’s tray and nothing else, or log in again.",
     .unsupportedHint = "Your icons remain visible on this desktop.",
+    .takeOver = "Take Over",
+    .notTakenOver = "Orvo could not take over the tray. ",
     .installAdvice =
         "Orvo hides icons only from an Applications folder. Run packaging/linux/install, or move Orvo.app to "
         "~/Applications, then open that copy.",

@@ -63,6 +63,11 @@ void QtApplication::terminate() {
   QCoreApplication::quit();
 }
 
+void QtApplication::relaunch() {
+  wantsRelaunch_ = true;
+  terminate();
+}
+
 void QtApplication::announceEnd() {
   const Phase before = std::exchange(phase_, Phase::terminated);
   if (before == Phase::launched && delegate_ != nullptr) delegate_->applicationWillTerminate();

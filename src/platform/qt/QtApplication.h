@@ -36,6 +36,9 @@ class QtApplication final : public QObject, public Application {
   void setDelegate(ApplicationDelegate* delegate) override;
   void run() override;
   void terminate() override;
+  void relaunch() override;
+  // Whether the program is to start again once everything of it has gone.
+  bool wantsRelaunch() const { return wantsRelaunch_; }
   void setActivationPolicy(ActivationPolicy policy) override;
   void setMainMenu(const Menu& menu) override { mainMenu_ = menu; }
   void activateIgnoringOtherApps() override;
@@ -56,6 +59,7 @@ class QtApplication final : public QObject, public Application {
   std::function<bool()> admission_;
   Phase phase_ = Phase::prepared;
   bool reopenWaits_ = false;
+  bool wantsRelaunch_ = false;
   Menu mainMenu_;
   std::optional<EventType> currentEvent_;
   NotificationCenter notificationCenter_;

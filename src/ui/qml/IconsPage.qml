@@ -20,8 +20,8 @@ ScrollArea {
         return contentHeight > height ? scrollPage(key) : list.scrollByKey(key);
     }
     function takeFocus() {
-        if (guidance.item && guidance.item.takeFocus)
-            return guidance.item.takeFocus();
+        if (guidance.item && guidance.item.takeFocus && guidance.item.takeFocus())
+            return true;
         if (View.searchEnabled)
             list.takeFocus();
         return View.searchEnabled;

@@ -4,6 +4,8 @@ import orvo.settings
 
 Panel {
     required property var card
+    // Room for what stands at the end.
+    property real trailing: 0
 
     borderColor: Theme.divider
     color: Theme.fill
@@ -26,7 +28,7 @@ Panel {
         anchors.left: parent.left
         anchors.leftMargin: 48
         anchors.right: parent.right
-        anchors.rightMargin: 16
+        anchors.rightMargin: 16 + parent.trailing
         anchors.verticalCenter: parent.verticalCenter
         spacing: 3
 

@@ -67,6 +67,15 @@ void TrayOwners::agentStarted(const QString& name) {
 
 void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
 
+void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)> done) {
+  session_bus::ask(bus_, session_bus::agentCall("TakeOver"), patience, this,
+                   [done = std::move(done)](const QDBusMessage& reply) {
+                     if (reply.type() == QDBusMessage::ReplyMessage) return done(std::nullopt);
+                     const bool isAgents = QDBusError(reply).type() == QDBusError::Failed;
+                     done(isAgents ? reply.errorMessage().toStdString() : "Orvo’s agent does not answer.");
+                   });
+}
+
 void TrayOwners::askRequesters() {
   session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
     if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);

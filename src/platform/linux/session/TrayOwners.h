@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace orvo {
@@ -39,6 +40,8 @@ class TrayOwners : public QObject {
 
   // Has the agent end every concealment that is not this process's.
   void endOthers();
+  // Has the agent take over the tray, see Workspace.
+  void takeOver(std::function<void(const std::optional<std::string>& hindrance)> done);
 
  private:
   Q_SLOT void itemAdded(const QString& address, quint32 processIdentifier, const QString& bundleIdentifier);
