@@ -125,9 +125,10 @@ void LegacyTray::watchSocket(xcb_window_t socket) {
 }
 
 void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
+  if (icons_.moved(window, socket)) return;
   const auto attributes = owned(xcb_get_window_attributes_reply(
       connection_->get(), xcb_get_window_attributes(connection_->get(), window), nullptr));
-  if (!attributes || icons_.find(window) != nullptr) return;
+  if (!attributes) return;
   const bool wasLeft = takeMark(window);
   if (wasLeft) restore(window, true);
   LegacyIcon icon{.window = window, .socket = socket, .process = processOf(window)};
