@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <utility>
 
 namespace orvo {
@@ -15,6 +16,7 @@ constexpr std::chrono::milliseconds longestPause{100};
 
 constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
 constexpr const char* componentInterface = "org.a11y.atspi.Component";
+const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 constexpr const char* registryInterface = "org.a11y.atspi.Registry";
 constexpr const char* registryPath = "/org/a11y/atspi/registry";
 constexpr const char* boundsEvent = "Object:BoundsChanged:";
@@ -106,9 +108,16 @@ void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coor
       static_cast<std::uint32_t>(coordinates));
 }
 
-void AccessibilityBus::askProcess(const std::string& service, std::function<void(const std::int32_t&)> handler) {
-  ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, std::move(handler)), "s",
-      service.c_str());
+void AccessibilityBus::askApplications(std::function<void(const Accessible&, std::int32_t process)> handler) {
+  askChildren(registryRoot, [this, handler = std::move(handler)](const std::vector<Accessible>& all) {
+    for (const Accessible& application : std::span(all).first(std::min(all.size(), mostApplications))) {
+      const std::function<void(const std::int32_t&)> found = [handler, application](std::int32_t process) {
+        handler(application, process);
+      };
+      ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, found), "s",
+          application.service.c_str());
+    }
+  });
 }
 
 template <typename... Arguments>
