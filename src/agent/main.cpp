@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
@@ -48,11 +49,16 @@ int restore(const orvo::Guardian::Bequest& bequest) {
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
   orvo::Timer end(loop.get(), [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
-  const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { end.start(drawing); });
-  sd_bus_flush(bus.get());
-  // Icons of the older kind are back by the X server's hand, some of them blank.
-  const auto legacy = orvo::LegacyTray::open(loop.get());
-  if (legacy) legacy->follow();
+  std::unique_ptr<orvo::LegacyTray> legacy;
+  // Icons of the older kind are back by the X server's hand, some of them blank. A server that hangs holds up
+  // nothing else then.
+  const auto draw = [&] {
+    if (end.isActive()) return;
+    legacy = orvo::LegacyTray::open(loop.get());
+    if (legacy) legacy->follow();
+    end.start(drawing);
+  };
+  const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, draw);
   return sd_event_loop(loop.get());
 }
 
