@@ -72,15 +72,6 @@ std::function<bool(sd_bus_message*)> reading(bool (*read)(sd_bus_message*, Value
   };
 }
 
-BusHandle connectTo(const std::string& address) {
-  sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) return nullptr;
-  BusHandle bus(made);
-  const bool isStarted =
-      sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_set_bus_client(made, 1) >= 0 && sd_bus_start(made) >= 0;
-  return isStarted ? std::move(bus) : nullptr;
-}
-
 }  // namespace
 
 AccessibilityBus::AccessibilityBus(sd_event* loop) : loop_(loop), pause_(loop, [this] { gather(); }) {}
