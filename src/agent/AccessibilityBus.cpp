@@ -152,7 +152,7 @@ void AccessibilityBus::gather() {
   for (int processed = 0; more > 0 && processed < mostAtOnce; ++processed) more = sd_bus_process(bus_.get(), nullptr);
   const bool isLate = open_ > 0 && Clock::now() >= deadline_;
   if (more < 0 || isLate) giveUp();
-  if (more > 0) return pauseFor(std::chrono::milliseconds(1));
+  if (more > 0 && bus_) return pauseFor(std::chrono::milliseconds(1));
   if (open_ > 0) return pauseFor(hasProgressed_ ? expectedPause() : std::min(2 * pauseLength_, longestPause));
   if (settled_) settle();
   heed();
