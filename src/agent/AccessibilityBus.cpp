@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <utility>
 
 namespace orvo {
@@ -15,6 +16,7 @@ constexpr std::chrono::milliseconds longestPause{100};
 
 constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
 constexpr const char* componentInterface = "org.a11y.atspi.Component";
+const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 constexpr const char* registryInterface = "org.a11y.atspi.Registry";
 constexpr const char* registryPath = "/org/a11y/atspi/registry";
 constexpr const char* boundsEvent = "Object:BoundsChanged:";
@@ -70,15 +72,6 @@ std::function<bool(sd_bus_message*)> reading(bool (*read)(sd_bus_message*, Value
   };
 }
 
-BusHandle connectTo(const std::string& address) {
-  sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) return nullptr;
-  BusHandle bus(made);
-  const bool isStarted =
-      sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_set_bus_client(made, 1) >= 0 && sd_bus_start(made) >= 0;
-  return isStarted ? std::move(bus) : nullptr;
-}
-
 }  // namespace
 
 AccessibilityBus::AccessibilityBus(sd_event* loop) : loop_(loop), pause_(loop, [this] { gather(); }) {}
@@ -106,9 +99,16 @@ void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coor
       static_cast<std::uint32_t>(coordinates));
 }
 
-void AccessibilityBus::askProcess(const std::string& service, std::function<void(const std::int32_t&)> handler) {
-  ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, std::move(handler)), "s",
-      service.c_str());
+void AccessibilityBus::askApplications(std::function<void(const Accessible&, std::int32_t process)> handler) {
+  askChildren(registryRoot, [this, handler = std::move(handler)](const std::vector<Accessible>& all) {
+    for (const Accessible& application : std::span(all).first(std::min(all.size(), mostApplications))) {
+      const std::function<void(const std::int32_t&)> found = [handler, application](std::int32_t process) {
+        handler(application, process);
+      };
+      ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, found), "s",
+          application.service.c_str());
+    }
+  });
 }
 
 template <typename... Arguments>
@@ -152,7 +152,7 @@ void AccessibilityBus::gather() {
   for (int processed = 0; more > 0 && processed < mostAtOnce; ++processed) more = sd_bus_process(bus_.get(), nullptr);
   const bool isLate = open_ > 0 && Clock::now() >= deadline_;
   if (more < 0 || isLate) giveUp();
-  if (more > 0) return pauseFor(std::chrono::milliseconds(1));
+  if (more > 0 && bus_) return pauseFor(std::chrono::milliseconds(1));
   if (open_ > 0) return pauseFor(hasProgressed_ ? expectedPause() : std::min(2 * pauseLength_, longestPause));
   if (settled_) settle();
   heed();

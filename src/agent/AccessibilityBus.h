@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -43,7 +44,10 @@ class AccessibilityBus {
   void askIsDock(const Accessible& accessible, std::function<void(const bool&)> handler);
   enum class Coordinates : std::uint32_t { screen = 0, window = 1 };  // ATSPI_COORD_TYPE_...
   void askExtents(const Accessible& accessible, Coordinates coordinates, std::function<void(const Rect&)> handler);
-  void askProcess(const std::string& service, std::function<void(const std::int32_t&)> handler);
+  // Calls the handler for each application that has registered, of the first so many. The bus knows whose process
+  // is whose: nobody else is asked anything.
+  static constexpr std::size_t mostApplications = 1000;  // far more than can run at once
+  void askApplications(std::function<void(const Accessible&, std::int32_t process)> handler);
 
   // Called once, when every question is answered that was asked since the last such call; at once where
   // none is open.

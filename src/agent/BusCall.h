@@ -14,6 +14,10 @@
 
 namespace orvo {
 
+// Null where the address is none. Never waits: whether anybody is there shows later. File descriptors are not
+// accepted: those that peers send along with calls would use up this process's.
+BusHandle connectTo(const std::string& address);
+
 struct BusObject {
   std::string service;
   std::string path;

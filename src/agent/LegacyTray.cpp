@@ -15,9 +15,9 @@ namespace {
 
 // GTK 2 and Tk draw nothing when asked at once after they were mapped: found by trying.
 constexpr std::chrono::milliseconds repaintPause{50};
-// A panel puts its tray into place after it has told of it.
-constexpr std::chrono::milliseconds searchPause{200};
-constexpr int searches = 10;
+// A panel puts its tray into place after it has told of it, at a login perhaps long after. Pauses double.
+constexpr std::chrono::milliseconds firstPause{200};
+constexpr std::chrono::minutes longestPause{2};
 // Of windows, on the way from the root to the tray.
 constexpr std::size_t mostSearched = 5000;
 constexpr int deepest = 5;
@@ -50,7 +50,7 @@ LegacyTray::LegacyTray(std::unique_ptr<XConnection> connection, sd_event* loop)
 
 void LegacyTray::follow() {
   set(connection_->root(), XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-  searchesLeft_ = searches;
+  searchPause_ = firstPause;
   findTray();
   for (const LegacyIcon& icon : icons()) blank_.insert(icon.window);
   repaint_.start(repaintPause);
@@ -86,7 +86,7 @@ void LegacyTray::findTray() {
   if (owner->owner == XCB_WINDOW_NONE) return;
   tray_ = trayWindow(owner->owner);
   if (tray_ == XCB_WINDOW_NONE) {
-    if (--searchesLeft_ > 0) search_.start(searchPause);
+    if (searchPause_ < longestPause) search_.start(std::exchange(searchPause_, 2 * searchPause_));
     return;
   }
   owner_ = owner->owner;
@@ -125,9 +125,10 @@ void LegacyTray::watchSocket(xcb_window_t socket) {
 }
 
 void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
+  if (icons_.moved(window, socket)) return;
   const auto attributes = owned(xcb_get_window_attributes_reply(
       connection_->get(), xcb_get_window_attributes(connection_->get(), window), nullptr));
-  if (!attributes || icons_.find(window) != nullptr) return;
+  if (!attributes) return;
   const bool wasLeft = takeMark(window);
   if (wasLeft) restore(window, true);
   LegacyIcon icon{.window = window, .socket = socket, .process = processOf(window)};
@@ -204,7 +205,7 @@ void LegacyTray::mapped(xcb_window_t window) {
 // A tray has started, or somebody says so. What stood in another one before has to dock again.
 void LegacyTray::managerCame(const xcb_client_message_event_t& message) {
   if (message.type != manager_ || message.data.data32[1] != selection_) return;
-  searchesLeft_ = searches;
+  searchPause_ = firstPause;
   search_.start(std::chrono::milliseconds(0));
 }
 

@@ -6,6 +6,7 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
@@ -75,8 +76,8 @@ class LegacyTray {
   std::set<xcb_window_t> sockets_;
   LegacyIcons icons_;
   LegacyIcons::Shows shows_ = [](const std::string&) { return true; };
-  int searchesLeft_ = 0;
-  std::set<xcb_window_t> blank_;  // perhaps
+  std::chrono::milliseconds searchPause_{0};  // the next one
+  std::set<xcb_window_t> blank_;              // perhaps
   Timer search_;
   Timer repaint_;
   Timer more_;

@@ -1,5 +1,7 @@
 #include "agent/MenuBarService.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <utility>
 
@@ -9,13 +11,8 @@ namespace orvo {
 
 namespace {
 
-std::string bundleOf(std::int32_t processIdentifier) {
-  auto identity = identifyProcess(processIdentifier);
-  return identity ? std::move(identity->bundleIdentifier) : std::string();
-}
-
 // Of one sender; more than an application starts with.
-constexpr int mostAtOnce = 16;
+constexpr std::size_t mostAtOnce = 16;
 
 }  // namespace
 
@@ -67,6 +64,10 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
     done(assertion);
   };
   if (requesters_.contains(requester)) return conceal();
+  if (asking_.count(requester) >= mostAtOnce) {
+    refuse(requester, "asks for too much at once");
+    return done(0);
+  }
   watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
   askAboutName(bus_, "GetConnectionUnixProcessID", requester, unlimited,
@@ -78,7 +79,19 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
                });
 }
 
-bool MenuBarService::isProtected(std::int32_t process) const { return menuBar_.isProtected(bundleOf(process)); }
+bool MenuBarService::isProtected(std::int32_t process) const {
+  return std::ranges::any_of(menuBar_.items(), [&](const TrayItem& item) {
+    return item.processIdentifier == process && menuBar_.isProtected(item.bundle);
+  });
+}
+
+// Looking at a process costs files to read: once is enough while it has an item.
+std::string MenuBarService::bundleOf(std::int32_t process) const {
+  for (const TrayItem& item : menuBar_.items())
+    if (item.processIdentifier == process && !item.bundle.empty()) return item.bundle;
+  auto identity = identifyProcess(process);
+  return identity ? std::move(identity->bundleIdentifier) : std::string();
+}
 
 void MenuBarService::endOthers(std::int32_t process) {
   for (const std::string& requester : menuBar_.requesters()) {

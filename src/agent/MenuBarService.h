@@ -42,7 +42,7 @@ class MenuBarService {
   void renewViews();
 
   void protect(const std::string& bundle) { menuBar_.protect(bundle); }
-  // Whether the process belongs to the protected application.
+  // Whether the process has an item of the protected application.
   bool isProtected(std::int32_t process) const;
 
   // `done` is called once the item is registered, or cannot be.
@@ -67,6 +67,7 @@ class MenuBarService {
   bool answered(const std::string& name);  // false when it was lost meanwhile
   void unwatch(const std::string& name);
   void add(const TrayItem& item);
+  std::string bundleOf(std::int32_t process) const;  // empty for unknown
   void refuse(const std::string& whom, const char* what);
   void nameLost(const std::string& name);
   void announce(const MenuBarChange& change);
@@ -82,8 +83,8 @@ class MenuBarService {
   std::multiset<std::string> asking_;               // names about which the bus has yet to answer
   std::map<std::string, std::int32_t> requesters_;  // watched, and there when the watch began; their processes
   std::set<std::int32_t> told_;
-  std::map<std::string, int> registering_;  // by sender: registrations that the bus has yet to answer
-  std::set<std::string> refused_;           // told on standard error
+  std::map<std::string, std::size_t> registering_;  // by sender: registrations that the bus has yet to answer
+  std::set<std::string> refused_;                   // told on standard error
 };
 
 }  // namespace orvo

@@ -13,8 +13,6 @@ constexpr int mostFinds = 2;
 // Panels come first among a program's windows; a panel that opens more is out of its mind.
 constexpr std::size_t mostWindows = 100;
 
-const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
-
 }  // namespace
 
 void PanelTree::read(std::int32_t panelProcess, Answer answer) {
@@ -28,24 +26,17 @@ void PanelTree::read(std::int32_t panelProcess, Answer answer) {
 void PanelTree::find() {
   ++finds_;
   known_ = {};
-  bus_.askChildren(registryRoot, [this](const std::vector<Accessible>& applications) { findPanel(applications); });
+  bus_.askApplications([this](const Accessible& application, std::int32_t process) {
+    if (process != process_ || !known_.panel.service.empty()) return;
+    known_.panel = application;
+    findDocks();
+  });
   // Another application may have gone meanwhile; what is missing of the panel shows when it is measured.
   bus_.whenSettled([this](AccessibilityBus::Outcome outcome) {
     if (outcome != AccessibilityBus::Outcome::unanswered) return measure();
     forget();
     answer(std::nullopt);
   });
-}
-
-// The bus knows whose process is whose: no other application is asked anything.
-void PanelTree::findPanel(const std::vector<Accessible>& applications) {
-  for (const Accessible& application : applications) {
-    bus_.askProcess(application.service, [this, application](std::int32_t process) {
-      if (process != process_ || !known_.panel.service.empty()) return;
-      known_.panel = application;
-      findDocks();
-    });
-  }
 }
 
 void PanelTree::findDocks() {

@@ -45,7 +45,6 @@ class PanelTree {
   };
 
   void find();
-  void findPanel(const std::vector<Accessible>& applications);
   void findDocks();
   void findPlugins(std::size_t index);
   void measure();

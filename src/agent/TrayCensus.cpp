@@ -23,8 +23,6 @@ constexpr std::chrono::seconds limit{1};
 constexpr std::chrono::seconds restAfterMiss{1};
 constexpr int mostMisses = 5;
 
-const Accessible registryRoot{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
-
 // A plug-in with a process of its own hangs below no application: the first object that it makes is its window.
 constexpr const char* plugPath = "/org/a11y/atspi/accessible/1";
 
@@ -70,12 +68,8 @@ void TrayCensus::count(const std::string& accessibilityAddress) {
   ++counts_;
   shown_.reset();
   bus_.begin(accessibilityAddress);
-  bus_.askChildren(registryRoot, [this](const std::vector<Accessible>& applications) {
-    for (const Accessible& application : applications) {
-      bus_.askProcess(application.service, [this, application](std::int32_t process) {
-        if (processes_.contains(process)) descend({application.service, plugPath});
-      });
-    }
+  bus_.askApplications([this](const Accessible& application, std::int32_t process) {
+    if (processes_.contains(process)) descend({application.service, plugPath});
   });
   bus_.whenSettled([this](AccessibilityBus::Outcome outcome) {
     isCounting_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "agent/StatusNotifierWatcher.h"
 #include "agent/rules/ItemRegistry.h"
@@ -30,14 +31,17 @@ void TrayHeir::follow(const std::string& owner) {
   if (owner_.empty()) return;
   askProperty(bus_, {owner_, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
               [this, owner](sd_bus_message* answer) {
-                if (!isError(answer) && owner == owner_) items_ = readTexts(answer, ItemRegistry::most);
+                if (isError(answer) || owner != owner_) return;
+                items_ = readTexts(answer, ItemRegistry::most);
+                std::erase_if(items_, [](const std::string& item) { return !parseRegistration(item, {}); });
               });
 }
 
-const std::vector<std::string>& TrayHeir::inherit() {
+std::vector<std::string> TrayHeir::inherit() {
   owners_.reset();
   signals_.reset();
-  return items_;
+  owner_.clear();
+  return std::exchange(items_, {});
 }
 
 void TrayHeir::heard(sd_bus_message* signal) {

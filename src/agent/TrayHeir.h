@@ -14,8 +14,8 @@ class TrayHeir {
  public:
   explicit TrayHeir(sd_bus* bus);
 
-  // As items register, in the watcher's own order. Follows nobody from then on.
-  const std::vector<std::string>& inherit();
+  // As items register, in the watcher's own order; once. Follows nobody from then on.
+  std::vector<std::string> inherit();
 
  private:
   void heard(sd_bus_message* signal);

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
+#include <string>
 
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
@@ -29,14 +31,21 @@ orvo::EventLoop newLoop() {
   return orvo::EventLoop(loop);
 }
 
+// Where sd-bus looks for it too.
+std::string sessionAddress() {
+  if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS")) return address;
+  const char* folder = std::getenv("XDG_RUNTIME_DIR");
+  return folder == nullptr ? "" : std::string("unix:path=") + folder + "/bus";
+}
+
 // Null without one. Its end ends the loop: nobody can reach the agent then, and the panel has the icons back.
 orvo::BusHandle connectToSession(sd_event* loop) {
-  sd_bus* bus = nullptr;
-  if (sd_bus_open_user(&bus) < 0) return nullptr;
-  orvo::BusHandle connected(bus);
-  sd_bus_set_exit_on_disconnect(bus, 1);
-  const bool isWhole = sd_bus_attach_event(bus, loop, SD_EVENT_PRIORITY_NORMAL) >= 0 && !orvo::uniqueName(bus).empty();
-  return isWhole ? std::move(connected) : nullptr;
+  orvo::BusHandle bus = orvo::connectTo(sessionAddress());
+  if (!bus) return nullptr;
+  sd_bus_set_exit_on_disconnect(bus.get(), 1);
+  const bool isWhole =
+      sd_bus_attach_event(bus.get(), loop, SD_EVENT_PRIORITY_NORMAL) >= 0 && !orvo::uniqueName(bus.get()).empty();
+  return isWhole ? std::move(bus) : nullptr;
 }
 
 // Until all icons of the older kind are drawn.
@@ -48,11 +57,16 @@ int restore(const orvo::Guardian::Bequest& bequest) {
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
   orvo::Timer end(loop.get(), [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
-  const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, [&] { end.start(drawing); });
-  sd_bus_flush(bus.get());
-  // Icons of the older kind are back by the X server's hand, some of them blank.
-  const auto legacy = orvo::LegacyTray::open(loop.get());
-  if (legacy) legacy->follow();
+  std::unique_ptr<orvo::LegacyTray> legacy;
+  // Icons of the older kind are back by the X server's hand, some of them blank. A server that hangs holds up
+  // nothing else then.
+  const auto draw = [&] {
+    if (end.isActive()) return;
+    legacy = orvo::LegacyTray::open(loop.get());
+    if (legacy) legacy->follow();
+    end.start(drawing);
+  };
+  const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, draw);
   return sd_event_loop(loop.get());
 }
 

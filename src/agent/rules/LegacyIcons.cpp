@@ -16,6 +16,12 @@ std::optional<LegacyIcons::Order> LegacyIcons::dock(LegacyIcon icon, const Shows
   return enforce(icons_.back());
 }
 
+bool LegacyIcons::moved(std::uint32_t window, std::uint32_t socket) {
+  LegacyIcon* const icon = known(window);
+  if (icon != nullptr) icon->socket = socket;
+  return icon != nullptr;
+}
+
 std::optional<LegacyIcon> LegacyIcons::undock(std::uint32_t window) {
   const auto found =
       std::find_if(icons_.begin(), icons_.end(), [=](const LegacyIcon& icon) { return icon.window == window; });

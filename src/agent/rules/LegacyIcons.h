@@ -44,6 +44,8 @@ class LegacyIcons {
 
   // What is to be done about the new icon; absent for nothing, or no room for it.
   std::optional<Order> dock(LegacyIcon icon, const Shows& shows);
+  // Into another socket; false for unknown.
+  bool moved(std::uint32_t window, std::uint32_t socket);
   // What left, with the state it had; absent for what is not known.
   std::optional<LegacyIcon> undock(std::uint32_t window);
   std::vector<LegacyIcon> socketLost(std::uint32_t socket);

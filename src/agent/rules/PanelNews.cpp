@@ -8,7 +8,7 @@ namespace orvo {
 void PanelNews::add(const std::string& address) { items_.push_back({address}); }
 
 void PanelNews::identify(const std::string& address, const std::string& id) {
-  if (Item* item = find(address)) item->id = id;
+  if (Item* item = find(address)) item->id = id.size() <= longestId ? id : "";
 }
 
 void PanelNews::want(const std::string& address, bool isShown) {

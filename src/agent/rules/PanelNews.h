@@ -23,7 +23,10 @@ class PanelNews {
   // In the order of registration; not to be shown until it is wanted.
   void add(const std::string& address);
 
-  // The item's Id as its program tells it. Without one it equals no other.
+  // In bytes; programs name themselves in a few.
+  static constexpr std::size_t longestId = 1024;
+
+  // The item's Id as its program tells it. Without one, or with a longer one, it equals no other.
   void identify(const std::string& address, const std::string& id);
 
   // What the panel should show; due() says when to tell it.

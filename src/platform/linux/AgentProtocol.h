@@ -24,9 +24,10 @@
 //   EndOthers()                           ends every concealment but those of the calling process; for the
 //       application whose arrow it is, which the agent never conceals; AccessDenied to others
 //   TakeOver()                            has the panel start its tray plug-in anew, behind the agent in the queue
-//       for the watcher's name; answers once the agent holds it, within five seconds. Fails with a reason that
+//       for the watcher's name; answers once the agent holds it, within six seconds. Fails with a reason that
 //       can be shown, where somebody else has the name, or does not let go of it
-//   signal RequestersChanged(au)          with what Requesters has; before the panel is told
+//   signal RequestersChanged(au)          with what Requesters has; before the panel is told, but no sooner than
+//       50 ms after the last
 //   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has
 //   signal TreeChanged()                  while anything is concealed: windows or controls are not as the
 //       last answer to Tree had them

@@ -24,6 +24,9 @@ namespace {
 
 constexpr std::string_view agentExecutable = "orvo-agent";
 
+// In bytes, as of a file's name; each of a program's items and each answer about them carries it.
+constexpr std::size_t longestIdentifier = 255;
+
 struct Process {
   std::int32_t identifier;
   fs::path folder;         // its entry below /proc
@@ -71,7 +74,7 @@ std::string validText(const std::string& bytes) {
 }
 
 ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry) {
-  std::string identifier = validText(name);
+  std::string identifier = validText(name.substr(0, longestIdentifier));
   if (entry == nullptr) return {std::move(identifier), {}, {}, {}};
   return {std::move(identifier), entry->name, entry->path, entry->icon};
 }

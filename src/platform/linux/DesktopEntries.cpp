@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Folder times tick coarsely: a folder changed less than this before it was read may change again
-// without its time telling.
+// without its time telling. One from the future tells: the next change has the time of then.
 constexpr std::chrono::milliseconds folderTimeStep{20};
 
 // Where entries are on every system, whatever the environment of this process says: a service that was
@@ -142,7 +142,7 @@ void DesktopEntries::read() {
 void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder, int depth) {
   std::error_code error;
   const Stamp changed = fs::last_write_time(folder, error);
-  const bool settled = error || changed + folderTimeStep < Stamp::clock::now();
+  const bool settled = error || std::chrono::abs(Stamp::clock::now() - changed) > folderTimeStep;
   if (!stamps_.emplace(folder, settled ? changed : Stamp::max()).second) return;
   std::error_code missing;
   if (!visited_.insert(fs::canonical(folder, missing)).second && !missing) return;

@@ -67,14 +67,15 @@ QString pixmapsFile(const QString& name) {
   return {};
 }
 
-// The folder may be a bare one or laid out as a theme; it belongs to one program, so that it is small.
+// The folder may be a bare one or laid out as a theme; it belongs to one program, so that it is small. Folders count
+// too: there may be any number of empty ones.
 QString fileInThemeFolder(const QString& folder, const QString& name) {
-  constexpr int mostFiles = 2000;
+  constexpr int most = 2000;
   if (folder.isEmpty() || name.contains(QLatin1Char('/'))) return {};
   QStringList names;
   for (const char* ending : fileEndings) names << name + QLatin1String(ending);
-  QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
-  for (int seen = 0; files.hasNext() && seen < mostFiles; ++seen) {
+  QDirIterator files(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+  for (int seen = 0; files.hasNext() && seen < most; ++seen) {
     QString path = files.next();
     if (names.contains(files.fileName())) return path;
   }
