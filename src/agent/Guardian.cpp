@@ -99,6 +99,10 @@ void Guardian::start() {
   ending_ = process_ < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
   if (ending_ >= 0) return void(ended_.emplace(loop_, ending_, [this] { bury(); }));
   std::fprintf(stderr, "orvo-agent: no guardian: %s\n", std::strerror(errno));
+  if (process_ > 0) {
+    kill(process_, SIGKILL);  // Before it could take the lifeline's end for the agent's.
+    waitpid(process_, nullptr, 0);
+  }
   successor_.start(retryPause);
 }
 

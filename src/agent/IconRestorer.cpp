@@ -30,11 +30,11 @@ IconRestorer::IconRestorer(sd_bus* bus, pid_t agent, std::string kept, std::func
   });
 }
 
+// A panel that is stopped or busy is waited for.
 void IconRestorer::askWatcher() {
-  askProperty(bus_, {watcherName, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
-              [this](sd_bus_message* answer) {
-                if (!isError(answer)) registerMissing(answer);
-              });
+  late_.stop();
+  askProperty(bus_, {watcherName, watcherPath}, watcherName, "RegisteredStatusNotifierItems", unlimited,
+              [this](sd_bus_message* answer) { isError(answer) ? late_.start(limit) : registerMissing(answer); });
 }
 
 void IconRestorer::registerMissing(sd_bus_message* answer) {
@@ -43,7 +43,7 @@ void IconRestorer::registerMissing(sd_bus_message* answer) {
   open_ += missing.size();
   for (const std::string& name : missing) {
     call(
-        bus_, {watcherName, watcherPath}, watcherName, "RegisterStatusNotifierItem", limit,
+        bus_, {watcherName, watcherPath}, watcherName, "RegisterStatusNotifierItem", unlimited,
         [this](sd_bus_message*) {
           if (--open_ == 0) finished_();
         },

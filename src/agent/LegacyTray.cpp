@@ -119,7 +119,8 @@ xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
 
 // Watched before it is looked into, so that nothing can come in between.
 void LegacyTray::watchSocket(xcb_window_t socket) {
-  if (!sockets_.insert(socket).second) return;
+  constexpr std::size_t mostSockets = 1000;  // of which any program could make as many as it likes
+  if (sockets_.size() >= mostSockets || !sockets_.insert(socket).second) return;
   set(socket, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   for (const xcb_window_t window : children(socket)) dock(window, socket);
 }

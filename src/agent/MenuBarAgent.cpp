@@ -22,12 +22,10 @@ namespace {
 
 // Far more than can run at once.
 constexpr std::size_t mostBundles = 10'000;
-constexpr std::size_t mostLetters = std::size_t{1} * 1024 * 1024;  // of all their identifiers
+constexpr std::size_t mostLetters = std::size_t{128} * 1024;  // of all their identifiers
 
 // Of somebody who conceals and reveals all the time, others need not hear more often.
 constexpr std::chrono::milliseconds requestersPause{50};
-
-constexpr const char* heldProperty = "WatcherHeld";
 
 const sd_bus_vtable agentTable[] = {
     SD_BUS_VTABLE_START(0),
@@ -40,7 +38,8 @@ const sd_bus_vtable agentTable[] = {
     SD_BUS_METHOD("EndOthers", "", "", &MenuBarAgent::endOthers, 0),
     SD_BUS_METHOD("TakeOver", "", "", &MenuBarAgent::takeOver, 0),
     SD_BUS_SIGNAL("RequestersChanged", agent_protocol::requestersForm, 0),
-    SD_BUS_PROPERTY(heldProperty, "b", &MenuBarAgent::isWatcherHeld, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY(agent_protocol::heldProperty, "b", &MenuBarAgent::isWatcherHeld, 0,
+                    SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_ARGS("ItemAdded", SD_BUS_ARGS("s", address, "u", processIdentifier, "s", bundleIdentifier), 0),
     SD_BUS_SIGNAL("TreeChanged", "", 0),
     SD_BUS_VTABLE_END,
@@ -127,7 +126,8 @@ MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierW
     };
   }
   watcher_.onNameHeld = [this] {
-    sd_bus_emit_properties_changed(bus_, agent_protocol::path, agent_protocol::interface, heldProperty, nullptr);
+    sd_bus_emit_properties_changed(bus_, agent_protocol::path, agent_protocol::interface, agent_protocol::heldProperty,
+                                   nullptr);
   };
   panel_.onLooked = [this](const std::vector<DockControls>& docks) {
     const bool isNew = std::exchange(seen_, docks) != docks;
@@ -172,7 +172,8 @@ int MenuBarAgent::invalidate(sd_bus_message* call, void* agent, sd_bus_error* er
   return sd_bus_error_set(error, SD_BUS_ERROR_ACCESS_DENIED, "The connection holds no such assertion.");
 }
 
-// Controls come first: whoever looks at so many elements and no more finds them all.
+// Controls come first: whoever looks at so many elements and no more finds them all. Concealed items are told of too:
+// a question may overtake the end of a concealment.
 int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
   auto& self = *static_cast<MenuBarAgent*>(agent);
   self.panel_.read([&self, call = kept(call)](const PanelReader::Reading& panel) {
@@ -180,10 +181,9 @@ int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*
     ListReply tree(call.get(), agent_protocol::treeForm);
     addWithoutFrame(tree, -1, ::getpid(), panel.isFresh ? "" : agent_protocol::outOfDate);
     for (const DockControls& dock : panel.docks) addDock(tree, dock);
-    for (const TrayItem& item : self.service_.menuBar().shownItems())
+    for (const TrayItem& item : self.service_.menuBar().items())
       addWithoutFrame(tree, 0, item.processIdentifier, "");
-    for (const LegacyIcon& icon : self.legacyIcons())
-      if (icon.isWanted) addWithoutFrame(tree, 0, icon.process, "");
+    for (const LegacyIcon& icon : self.legacyIcons()) addWithoutFrame(tree, 0, icon.process, "");
     tree.send();
   });
   return 1;

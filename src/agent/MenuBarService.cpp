@@ -40,7 +40,9 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
   const std::string name = registration->name;
   watch(name);
   const auto finish = [=, this, done = std::move(done)](const std::string& owner, std::int32_t process) {
-    const bool isThere = answered(name) && process != 0;
+    // For others there is no more to say than that they have an item.
+    const bool isOwn = sender.empty() || sender == owner || registration->path == defaultItemPath;
+    const bool isThere = answered(name) && process != 0 && isOwn;
     if (--registering_[sender] == 0) registering_.erase(sender);
     if (isThere) add({owner, registration->path, process, {name}, bundleOf(process)});
     if (!menuBar_.isNamed(name) && !requesters_.contains(name)) unwatch(name);

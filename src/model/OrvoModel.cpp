@@ -167,6 +167,7 @@ void OrvoModel::menuBarLayoutChanged() {
 
 void OrvoModel::concealersChanged() {
   concealers = workspace_.concealers();
+  itemsManagedElsewhere = workspace_.areItemsManagedElsewhere();
   if (onStateChanged) onStateChanged();
   refresh();
 }

@@ -89,6 +89,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   Published<std::string> searchText{willChange, {}};
   // Names of other programs that hide icons; every reveal asks the system to end it.
   Published<std::vector<std::string>, OrvoModel> concealers{willChange, {}};
+  Published<bool, OrvoModel> itemsManagedElsewhere{willChange, false};
 
   const bool backendAvailable;
   const std::string ownBundle;

@@ -19,7 +19,7 @@ enum class Notification {
   menuBarHostTerminated,
   // While something is concealed: system controls came, went, or stand elsewhere in their bar.
   menuBarLayoutChanged,
-  // Other programs began or ended hiding icons.
+  // Other programs began or ended hiding icons, or managing them.
   concealersChanged,
 };
 

@@ -50,8 +50,11 @@ class Workspace {
   // Asks the system to end what they have hidden; concealersChanged tells when it has.
   virtual void endConcealments() {}
 
-  // Asks whoever hosts the menu bar items to manage those of a panel that came first. `done` is called on a later
-  // turn of the main thread, with what hinders or nothing; never where the system has no such panel.
+  // Whether a panel that came first manages the menu bar items, so that their host cannot hide them;
+  // concealersChanged tells of it.
+  virtual bool areItemsManagedElsewhere() const { return false; }
+  // Asks the host to manage them. `done` is called on a later turn of the main thread, with what hinders or nothing;
+  // never where the system has no such panel.
   using TakenOver = std::function<void(const std::optional<std::string>& hindrance)>;
   virtual void takeOverItems(TakenOver /*done*/) {}
 

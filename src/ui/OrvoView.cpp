@@ -242,7 +242,7 @@ void OrvoView::addIconsPage(Value& all) const {
 
 // What stands above the icon list, exactly one of three.
 std::string OrvoView::guidance() const {
-  if (!model_->backendAvailable) return "unsupported";
+  if (!canBeManaged()) return "unsupported";
   return eitherText(model_->nativeMenuBarReady && model_->accessibilityGranted(), "revealGuide", "setup");
 }
 
@@ -266,7 +266,9 @@ void OrvoView::performSetupAction() {
   }
 }
 
-// Only a new process asks anew whether icons can be hidden.
+bool OrvoView::canBeManaged() const { return model_->backendAvailable && !model_->itemsManagedElsewhere(); }
+
+// Only a new process asks anew whether icons can be hidden at all.
 void OrvoView::takeOver() {
   takesOver_ = true;
   platform_.workspace.takeOverItems([weak = std::weak_ptr(self_)](const std::optional<std::string>& hindrance) {
@@ -274,8 +276,10 @@ void OrvoView::takeOver() {
     if (!self) return;
     OrvoView& view = **self;
     view.takesOver_ = false;
-    if (!hindrance) return view.platform_.application.relaunch();
-    view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.model_->message()};
+    if (hindrance)
+      view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.model_->message()};
+    else if (!view.model_->backendAvailable)
+      view.platform_.application.relaunch();
   });
 }
 
@@ -318,7 +322,7 @@ std::string OrvoView::actionTitle() const {
 }
 
 std::string OrvoView::actionHint() const {
-  if (!model_->backendAvailable) return platform_.words.unsupportedHint;
+  if (!canBeManaged()) return platform_.words.unsupportedHint;
   if (!model_->nativeMenuBarReady) return "Open the Applications copy to enable hiding.";
   if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
   if (model_->isConcealing()) return "Click the left arrow to bring your icons back.";

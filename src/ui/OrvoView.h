@@ -114,6 +114,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   void select(Page newPage);
   void performSetupAction();
   void chooseRehideOption(std::size_t option);
+  bool canBeManaged() const;
   void takeOver();
   void copyDiagnostics();
   void openLink(std::size_t link);

@@ -106,7 +106,7 @@ class WithoutAgent(DesktopCase):
         wait(desktop.can_hide, 20, "hiding being offered")
         wait(desktop.settings_window, what="the settings of the Orvo that started anew")
         self.assertEqual(desktop.process_of(ORVO), process)
-        self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
+        wait(lambda: set(desktop.shown()) == {"orvo", "org.rncbc.qmidinet"}, what="every icon, once")
         desktop.hide_and_expect(["orvo-hidden"])
         desktop.reveal()
 
@@ -122,8 +122,7 @@ class AgentStart(DesktopCase):
         desktop = self.desktop
         self.assertEqual(desktop.run([INSTALL, desktop.bundle]).returncode, 0)
         call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)
-        self.assertTrue(desktop.owner(AGENT))
-        self.assertEqual(desktop.owner(AGENT), desktop.owner(WATCHER))
+        wait(lambda: desktop.owner(AGENT) and desktop.owner(AGENT) == desktop.owner(WATCHER), 5, "both names")
         second = desktop.run([os.path.join(desktop.bundle, "bin", "orvo-agent")])
         self.assertEqual((second.returncode, second.stderr), (1, "orvo-agent: another agent is running\n"))
 

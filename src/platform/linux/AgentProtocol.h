@@ -15,7 +15,7 @@
 //       whatever the panel does: where it did not answer, with what it said before, and the root then
 //       has the identifier outOfDate. Below the root, first the windows of the panel, in its own order;
 //       below each its controls, told apart by their identifiers for as long as the panel has them,
-//       and below a tall control its pieces, with the same identifier. Then the items
+//       and below a tall control its pieces, with the same identifier. Then the items, concealed or not
 //   Items() -> a(sus)                     every registered item, concealed or not: its address, its
 //       process identifier (0 where unknown) and the bundle identifier by which the agent allows or
 //       conceals it (empty where unknown: never concealed). The address of an icon of the older kind is none
@@ -38,6 +38,7 @@ namespace orvo::agent_protocol {
 inline constexpr const char* service = "local.orvo.MenuBarAgent";
 inline constexpr const char* path = "/local/orvo/MenuBarAgent";
 inline constexpr const char* interface = "local.orvo.MenuBarAgent1";
+inline constexpr const char* heldProperty = "WatcherHeld";
 inline constexpr const char* watcherNotHeldError = "local.orvo.MenuBarAgent1.Error.WatcherNotHeld";
 
 // On the wire, what Tree and Items answer.

@@ -25,6 +25,7 @@ DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleId
                         [this] { center_.post(Notification::menuBarHostTerminated); },
                         [this] { center_.post(Notification::menuBarLayoutChanged); },
                         [this](const QList<quint32>& processes) { setRequesters(processes); },
+                        [this](bool managesItems) { setManagedElsewhere(!managesItems); },
                         [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
       clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
       opener_(bus) {
@@ -84,6 +85,10 @@ void DesktopWorkspace::setRequesters(const QList<quint32>& processes) {
     if (names.back().empty()) names.back() = "Another program";
   }
   if (std::exchange(concealers_, names) != names) center_.post(Notification::concealersChanged);
+}
+
+void DesktopWorkspace::setManagedElsewhere(bool elsewhere) {
+  if (std::exchange(managedElsewhere_, elsewhere) != elsewhere) center_.post(Notification::concealersChanged);
 }
 
 void DesktopWorkspace::follow() {

@@ -33,6 +33,7 @@ class DesktopWorkspace : public QObject, public Workspace {
 
   std::vector<std::string> concealers() const override { return concealers_; }
   void endConcealments() override { trayOwners_.endOthers(); }
+  bool areItemsManagedElsewhere() const override { return managedElsewhere_; }
   void takeOverItems(TakenOver done) override { trayOwners_.takeOver(std::move(done)); }
 
   // The desktop is followed from the first call on: until then this process alone is known, and what
@@ -42,11 +43,13 @@ class DesktopWorkspace : public QObject, public Workspace {
  private:
   void follow();
   void setRequesters(const QList<quint32>& processes);
+  void setManagedElsewhere(bool elsewhere);
   std::optional<RunningApplication> ownerOfBusName(const std::string& name) const;
 
   QDBusConnection bus_;
   NotificationCenter center_;
   std::vector<std::string> concealers_;
+  bool managedElsewhere_ = false;
   ApplicationRegistry registry_;
   TrayOwners trayOwners_;
   ClientWindows clientWindows_;

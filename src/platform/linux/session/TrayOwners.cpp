@@ -3,6 +3,7 @@
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/session/SessionBus.h"
 
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 
 #include <utility>
@@ -29,6 +30,7 @@ void TrayOwners::begin() {
   if (!agent) return;
   found_.agent(*agent);
   askRequesters();
+  askManager();
   if (items.type() == QDBusMessage::ReplyMessage) {
     takeItems(items);
   } else {
@@ -44,6 +46,8 @@ void TrayOwners::subscribe() {
                this, SLOT(treeChanged()));
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface),
                QStringLiteral("RequestersChanged"), this, SLOT(requestersChanged(QDBusMessage)));
+  bus_.connect(agent, latin(agent_protocol::path), latin(session_bus::propertiesInterface),
+               QStringLiteral("PropertiesChanged"), this, SLOT(askManager()));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString& oldOwner, const QString& newOwner) {
@@ -63,6 +67,7 @@ void TrayOwners::agentStarted(const QString& name) {
   });
   askItems();
   askRequesters();
+  askManager();
 }
 
 void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
@@ -79,6 +84,16 @@ void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)>
 void TrayOwners::askRequesters() {
   session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
     if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);
+  });
+}
+
+void TrayOwners::askManager() {
+  QDBusMessage question = session_bus::call(latin(agent_protocol::service), latin(agent_protocol::path),
+                                            session_bus::propertiesInterface, "Get");
+  question << latin(agent_protocol::interface) << latin(agent_protocol::heldProperty);
+  session_bus::ask(bus_, question, patience, this, [this](const QDBusMessage& reply) {
+    const QDBusReply<QDBusVariant> answer(reply);
+    if (answer.isValid()) found_.manager(answer.value().variant().toBool());
   });
 }
 

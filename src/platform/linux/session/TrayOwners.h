@@ -25,6 +25,8 @@ class TrayOwners : public QObject {
     std::function<void()> treeChanged;
     // All processes that have something concealed, this one included.
     std::function<void(const QList<quint32>& processes)> requesters;
+    // Whether the agent, and no panel that came first, manages the items.
+    std::function<void(bool managesItems)> manager;
     // With the agent's word on whose item it is; empty for none.
     std::function<void(std::int32_t processIdentifier, const std::string& bundleIdentifier)> owner;
   };
@@ -49,6 +51,8 @@ class TrayOwners : public QObject {
   Q_SLOT void treeChanged() { found_.treeChanged(); }
 
   Q_SLOT void requestersChanged(const QDBusMessage& message);
+
+  Q_SLOT void askManager();
 
   void subscribe();
   void agentStarted(const QString& name);

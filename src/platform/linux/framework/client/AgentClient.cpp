@@ -17,7 +17,6 @@ namespace orvo {
 namespace {
 
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
-constexpr const char* heldProperty = "WatcherHeld";
 
 QString latin(const char* text) { return QString::fromLatin1(text); }
 
@@ -27,7 +26,7 @@ QDBusMessage agentCall(const QString& service, const char* interface, const char
 
 QDBusMessage heldQuestion() {
   QDBusMessage message = agentCall(latin(agent_protocol::service), propertiesInterface, "Get");
-  message << latin(agent_protocol::interface) << latin(heldProperty);
+  message << latin(agent_protocol::interface) << latin(agent_protocol::heldProperty);
   return message;
 }
 
@@ -116,9 +115,9 @@ void AgentClient::fetchWatcherHeld() {
 void AgentClient::propertiesChanged(const QString& interface, const QVariantMap& changed,
                                     const QStringList& invalidated) {
   if (interface != latin(agent_protocol::interface)) return;
-  const auto held = changed.find(latin(heldProperty));
+  const auto held = changed.find(latin(agent_protocol::heldProperty));
   if (held != changed.end()) heldForSure_ = held->toBool();
-  if (invalidated.contains(latin(heldProperty))) fetchWatcherHeld();
+  if (invalidated.contains(latin(agent_protocol::heldProperty))) fetchWatcherHeld();
 }
 
 void AgentClient::send(const std::shared_ptr<Concealment>& concealment, const ConcealmentConfiguration& configuration) {
