@@ -268,6 +268,7 @@ void OrvoView::performSetupAction() {
 
 // Only a new process asks anew whether icons can be hidden.
 void OrvoView::takeOver() {
+  notice_ = std::nullopt;
   takesOver_ = true;
   platform_.workspace.takeOverItems([weak = std::weak_ptr(self_)](const std::optional<std::string>& hindrance) {
     const auto self = weak.lock();
