@@ -162,7 +162,7 @@ void OrvoView::perform(const std::string& action, const Value& argument) {
 
 void OrvoView::select(Page newPage) {
   if (newPage == page()) return;
-  notice_ = std::nullopt;
+  if (notice_() && notice_()->page == page()) notice_ = std::nullopt;
   page = newPage;
 }
 
