@@ -95,6 +95,7 @@ void say(SettingsWorld& world) {
   world.model->hideSelected();
   world.memory.workspace.notificationCenter().post(Notification::applicationLaunched);
 }
+void hideElsewhere(SettingsWorld& world) { world.memory.workspace.tellOthers({"Quick Notes"}); }
 Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
@@ -122,6 +123,7 @@ void openAtLogin(SettingsWorld& world) { world.model->setLoginItem(true); }
 void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about; }
 void copy(SettingsWorld& world) { perform(world, "copyDiagnostics"); }
 void setUp(SettingsWorld& world) { perform(world, "setup"); }
+void takeOver(SettingsWorld& world) { perform(world, "takeOver"); }
 void openLink(SettingsWorld& world) { perform(world, "openLink", 1); }
 
 constexpr QSize usual(880, 680);
@@ -144,6 +146,7 @@ struct State {
 const std::vector<State>& states() {
   static const std::vector<State> all{
       {"framework-missing", {withoutFramework}},
+      {"taking-over", {withoutFramework}, {takeOver}},
       {"not-installed", {notInstalled, notTrusted}},
       {"no-permission", {notTrusted}},
       {"ready", {}, {selectTwo}},
@@ -155,6 +158,7 @@ const std::vector<State>& states() {
       {"one-app", {}, {}, {everyday.front()}},
       {"applying", {}, {selectTwo, hide}},
       {"hidden", {}, {selectTwo, hide, confirm}},
+      {"hidden-by-others", {}, {selectTwo, hideElsewhere}},
       {"message", {}, {selectTwo, say}},
       {"shortcut-taken", {shortcutTaken}},
       {"many", {}, {}, manyApps(400)},

@@ -162,7 +162,7 @@ void OrvoView::perform(const std::string& action, const Value& argument) {
 
 void OrvoView::select(Page newPage) {
   if (newPage == page()) return;
-  notice_ = std::nullopt;
+  if (notice_() && notice_()->page == page()) notice_ = std::nullopt;
   page = newPage;
 }
 
@@ -270,6 +270,7 @@ bool OrvoView::canBeManaged() const { return model_->backendAvailable && !model_
 
 // Only a new process asks anew whether icons can be hidden at all.
 void OrvoView::takeOver() {
+  notice_ = std::nullopt;
   takesOver_ = true;
   platform_.workspace.takeOverItems([weak = std::weak_ptr(self_)](const std::optional<std::string>& hindrance) {
     const auto self = weak.lock();

