@@ -46,9 +46,10 @@ class OpeningTest : public ::testing::Test {
  protected:
   OpeningTest() {
     const QByteArray file = inHome("opened").toUtf8();
-    for (const char* name : {"bin/xdg-open", "bin/xfce4-accessibility-settings", "bin/gnome-control-center",
-                             "Test App.app/bin/orvo"})
-      writeFile(name, "#!/bin/sh\necho \"$(basename \"$0\") $*\" > '" + file + "~'; mv '" + file + "~' '" + file + "'\n");
+    for (const char* name :
+         {"bin/xdg-open", "bin/xfce4-accessibility-settings", "bin/gnome-control-center", "Test App.app/bin/orvo"})
+      writeFile(name,
+                "#!/bin/sh\necho \"$(basename \"$0\") $*\" > '" + file + "~'; mv '" + file + "~' '" + file + "'\n");
     writeFile("Test App.app/Info.json", R"({"CFBundleIdentifier": "local.orvo.Orvo"})");
     qputenv("PATH", inHome("bin:").toUtf8() + path_);
   }

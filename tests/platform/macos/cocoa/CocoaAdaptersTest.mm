@@ -234,12 +234,11 @@ TEST_F(CocoaAdaptersTest, AnItemShowsWhatItIsGivenAndPopsUpAMenuThatMayRemoveIt)
   button.setAccessibilityIdentifier("Orvo.Toggle");
   button.setImage("chevron.left", "Orvo");
   button.setToolTip("⌃⌥⌘B");
-  EXPECT_THAT(takeCalls(),
-              ElementsAre("statusItemWithLength: -2", "setAutosaveName: Quillet.Toggle", "setBehavior: 6",
-                          "setVisible: 1", "setAccessibilityLabel: Orvo menu bar manager",
-                          "setAccessibilityIdentifier: Orvo.Toggle",
-                          "imageWithSystemSymbolName:accessibilityDescription: chevron.left Orvo", "setImage: *",
-                          "setToolTip: ⌃⌥⌘B"));
+  EXPECT_THAT(takeCalls(), ElementsAre("statusItemWithLength: -2", "setAutosaveName: Quillet.Toggle", "setBehavior: 6",
+                                       "setVisible: 1", "setAccessibilityLabel: Orvo menu bar manager",
+                                       "setAccessibilityIdentifier: Orvo.Toggle",
+                                       "imageWithSystemSymbolName:accessibilityDescription: chevron.left Orvo",
+                                       "setImage: *", "setToolTip: ⌃⌥⌘B"));
   const auto held = std::make_shared<int>();
   const Menu menu{"", true, {{"Quit", [&, copy = held] { item.reset(); }, "", true, false, {}}}};
   button.setAction([&, copy = held] { button.popUpMenu(menu, {1, button.bounds().y}), ++*copy; }, rightMouseUpMask);
