@@ -8,7 +8,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
 from case import Peer  # noqa: E402
-from desktop import AGENT, WATCHER, Desktop  # noqa: E402
+from desktop import WATCHER, Desktop  # noqa: E402
 from waiting import wait  # noqa: E402
 
 ITEM = "/StatusNotifierItem"
@@ -102,26 +102,6 @@ class Agent(AgentCase):
         for _ in range(5):  # Gone before the agent could watch it: nobody would tell.
             self.programs("hasty")[0].last("die_while_asking()")
         self.expect_told(tray.bus + ITEM)
-
-    def test_the_tray_is_taken_over_when_its_holder_leaves(self):
-        self.desktop.end("agent")
-        holder, tray = self.programs("holder", "tray")
-        holder.own(WATCHER)
-        self.desktop.start_agent()
-        self.assertEqual(tray.activate(), "local.orvo.MenuBarAgent1.Error.WatcherNotHeld")
-        holder.kill()
-        wait(lambda: self.desktop.owner(WATCHER) == self.desktop.owner(AGENT), what="the watcher's name")
-        tray.register(tray.bus)
-        self.assertEqual(self.desktop.told_items(), [tray.bus + ITEM])
-        self.assertEqual(tray.activate(), 1)
-
-    def test_programs_of_qt_find_what_they_read_before_they_show_an_icon(self):
-        self.assertTrue(self.desktop.watcher_property("IsStatusNotifierHostRegistered"))  # They hear "no" only once.
-        text = self.desktop.run(["gdbus", "introspect", "--session", "--dest", WATCHER, "--object-path",
-                                 "/StatusNotifierWatcher"]).stdout
-        for name in ("RegisterStatusNotifierItem(", "RegisterStatusNotifierHost(", "IsStatusNotifierHostRegistered",
-                     "ProtocolVersion", "StatusNotifierHostRegistered("):
-            self.assertIn(name, text)
 
 
 class Hostile(AgentCase):
