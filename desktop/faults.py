@@ -9,6 +9,7 @@ import random
 import signal
 import sys
 import time
+from itertools import product
 
 from gi.repository import GLib
 from Xlib import X
@@ -92,6 +93,7 @@ class Faults:
                for name in ITEMS}}
         for part in spared:
             del self.parts[part]
+        self.deck = []  # What is still to come until everything has been killed once and stopped once.
 
     # Parts of the desktop
 
@@ -162,7 +164,8 @@ class Faults:
     def step(self):
         """One fault, and the check after it."""
         chance, desktop = self.chance, self.desktop
-        state, part, fatal = chance.choice(STATES), chance.choice(list(self.parts)), chance.random() < 0.6
+        self.deck = self.deck or chance.sample(pairs := [*product(self.parts, (True, False))], len(pairs))
+        state, (part, fatal) = chance.choice(STATES), self.deck.pop()
         before, span, after = chance.randrange(10), chance.choice(STOPS), chance.randrange(10)
         print(f"{part} {'killed' if fatal else f'stopped for {span:g} s'}, {state}", end="", flush=True)
         find, mend = self.parts[part]

@@ -8,7 +8,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
 from case import Peer  # noqa: E402
-from desktop import AGENT, WATCHER, Desktop  # noqa: E402
+from desktop import WATCHER, Desktop  # noqa: E402
 from waiting import wait  # noqa: E402
 
 ITEM = "/StatusNotifierItem"
@@ -26,11 +26,11 @@ class AgentCase(unittest.TestCase):
         self.desktop.start_agent()
         wait(lambda: self.desktop.owner(WATCHER), what="the tray")
 
-    def program(self, name, *command):
-        return Peer(self.desktop, name, *command)
+    def programs(self, *names):
+        return [Peer(self.desktop, name) for name in names]
 
     def with_item(self, name, *command):
-        started = self.program(name, *command)
+        started = Peer(self.desktop, name, *command)
         started.register(started.bus)
         return started
 
@@ -49,7 +49,7 @@ class AgentCase(unittest.TestCase):
 
 class Agent(AgentCase):
     def test_an_item_counts_once_however_it_registers(self):
-        first, second = self.program("first"), self.program("second")
+        first, second = self.programs("first", "second")
         a, b, own = first.bus + ITEM, second.bus + "/Item", second.bus + "/own"
         first.own("org.kde.StatusNotifierItem-1-1")
         second.own("org.example.Second")
@@ -68,7 +68,7 @@ class Agent(AgentCase):
 
     def test_the_panel_is_told_the_difference_before_the_requester_is_answered(self):
         one, two, stopped = (self.with_item(name) for name in ("one", "two", "stopped"))
-        orvo = self.program("requester")
+        orvo, = self.programs("requester")
         a, b, c = (program.bus + ITEM for program in (one, two, stopped))
         self.assertEqual(self.heard(), ["+" + a, "+" + b, "+" + c])
         with stopped.stopped():
@@ -90,7 +90,7 @@ class Agent(AgentCase):
         self.assertEqual(self.desktop.told_items(), [orvo.bus + ITEM])
 
     def test_a_concealment_ends_with_its_requester_only(self):
-        tray, stranger, orvo = self.with_item("tray"), self.program("stranger"), self.program("requester")
+        tray, (stranger, orvo) = self.with_item("tray"), self.programs("stranger", "requester")
         self.assertEqual(orvo.activate(), 1)
         self.assertEqual(stranger.invalidate(1), "org.freedesktop.DBus.Error.AccessDenied")
         stranger.kill()
@@ -100,28 +100,8 @@ class Agent(AgentCase):
         orvo.kill()
         self.expect_told(tray.bus + ITEM)
         for _ in range(5):  # Gone before the agent could watch it: nobody would tell.
-            self.program("hasty").last("die_while_asking()")
+            self.programs("hasty")[0].last("die_while_asking()")
         self.expect_told(tray.bus + ITEM)
-
-    def test_the_tray_is_taken_over_when_its_holder_leaves(self):
-        self.desktop.end("agent")
-        holder, tray = self.program("holder"), self.program("tray")
-        holder.own(WATCHER)
-        self.desktop.start_agent()
-        self.assertEqual(tray.activate(), "local.orvo.MenuBarAgent1.Error.WatcherNotHeld")
-        holder.kill()
-        wait(lambda: self.desktop.owner(WATCHER) == self.desktop.owner(AGENT), what="the watcher's name")
-        tray.register(tray.bus)
-        self.assertEqual(self.desktop.told_items(), [tray.bus + ITEM])
-        self.assertEqual(tray.activate(), 1)
-
-    def test_programs_of_qt_find_what_they_read_before_they_show_an_icon(self):
-        self.assertTrue(self.desktop.watcher_property("IsStatusNotifierHostRegistered"))  # They hear "no" only once.
-        text = self.desktop.run(["gdbus", "introspect", "--session", "--dest", WATCHER, "--object-path",
-                                 "/StatusNotifierWatcher"]).stdout
-        for name in ("RegisterStatusNotifierItem(", "RegisterStatusNotifierHost(", "IsStatusNotifierHostRegistered",
-                     "ProtocolVersion", "StatusNotifierHostRegistered("):
-            self.assertIn(name, text)
 
 
 class Hostile(AgentCase):
@@ -150,7 +130,7 @@ class Hostile(AgentCase):
         super().setUp()
         self.entries = self.desktop.folder_for("home", ".local", "share", "applications")
         write(f"{self.entries}/org.example.Good.desktop", "[Desktop Entry]\nType=Application\nName=Good\nExec=good\n")
-        self.tray, self.orvo, self.hostile = self.with_item("tray"), self.program("requester"), self.program("hostile")
+        self.tray, (self.orvo, self.hostile) = self.with_item("tray"), self.programs("requester", "hostile")
 
     def expect_untroubled(self, act):
         weight, began = self.most_memory(), time.monotonic()

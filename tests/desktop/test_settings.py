@@ -9,7 +9,7 @@ from gi.repository import GLib
 from case import DesktopCase
 from accessible import STATE_SELECTED, STATE_SHOWING
 from desktop import PROGRAMS
-from waiting import stays, wait
+from waiting import wait
 
 
 class Settings(DesktopCase):
@@ -69,15 +69,6 @@ class Settings(DesktopCase):
         self.press("Linux compatibility research")
         wait(lambda: any(element.role == "notification" and "linux.md" in element.name for element in shown), 5,
              "the announcement")
-
-    def test_the_window_closes_without_ending_orvo_and_comes_back_from_the_menu(self):
-        self.desktop.close_window(self.desktop.settings_window())
-        stays(lambda: self.desktop.orvo.poll() is None, 0.3, "Orvo running")
-        self.desktop.click_arrow(button=3)
-        wait(self.desktop.pop_ups, what="the arrow's menu")
-        for key in ("Up", "Up", "Return"):
-            self.desktop.person.key(key)
-        wait(self.desktop.settings_window, what="the settings window")
 
 
 if __name__ == "__main__":

@@ -17,49 +17,43 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int32_t pid = 4242;
+using Words = std::vector<std::string>;
 
 // A process folder and two data folders of its own making.
 class ApplicationIdentityTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string name = testing::TempDir() + "identity-XXXXXX";
-    root_ = ::mkdtemp(name.data());
-    fs::create_directories(home_ = root_ / "home");
-    fs::create_directories(system_ = root_ / "system");
-    process_ = root_ / "proc" / std::to_string(pid);
-    entries_ = DesktopEntries({home_, system_});
-  }
-  void TearDown() override { fs::remove_all(root_); }
+  ~ApplicationIdentityTest() override { fs::remove_all(root_); }
 
   static void write(const fs::path& path, const std::string& content) {
     fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
   }
+  static void write(const fs::path& path, const Words& words) {
+    std::string joined;
+    for (const std::string& word : words) joined += word + '\0';
+    write(path, joined);
+  }
   static void writeEntry(const fs::path& path, const std::string& command) {
     write(path.string() + ".desktop", "[Desktop Entry]\nType=Application\nExec=" + command + "\n");
   }
-
-  void start(const std::string& executable, const std::vector<std::string>& arguments = {},
-             const std::vector<std::string>& environment = {}) {
-    const auto joined = [](const std::vector<std::string>& list) {
-      std::string content;
-      for (const std::string& item : list) content += item + '\0';
-      return content;
-    };
+  // The process, as it is from now on.
+  std::optional<ApplicationIdentity> started(const std::string& executable, const Words& arguments = {},
+                                             const Words& environment = {}) {
     fs::remove_all(process_);
-    fs::create_directories(process_);
+    write(process_ / "cmdline", arguments);
+    write(process_ / "environ", environment);
     fs::create_symlink(executable, process_ / "exe");
     fs::create_symlink("/work", process_ / "cwd");
-    write(process_ / "cmdline", joined(arguments));
-    write(process_ / "environ", joined(environment));
+    return identify();
   }
   std::optional<ApplicationIdentity> identify() {
     entries_.refresh();
     return identifyProcess(pid, root_ / "proc", entries_);
   }
 
-  fs::path root_, home_, system_, process_;
-  DesktopEntries entries_{{}};
+  const fs::path root_ = ::mkdtemp((testing::TempDir() + "identity-XXXXXX").data());
+  const fs::path home_ = root_ / "home", system_ = root_ / "system", process_ = root_ / "proc/4242";
+  DesktopEntries entries_{{home_, system_}};
 };
 
 TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
@@ -87,10 +81,8 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   const std::string parents = "GIO_LAUNCHED_DESKTOP_FILE_PID=424";
   const std::string python = "/usr/bin/python3.11";
   const struct {
-    std::string expected;
-    std::string executable;
-    std::vector<std::string> arguments;
-    std::vector<std::string> environment;
+    std::string expected, executable;
+    Words arguments, environment;
   } cases[] = {
       {"org.example.Mixer", "/usr/bin/mixer", {"mixer"}, {}},
       {"org.example.Chat", "/usr/lib/chat/chat-bin", {}, {}},
@@ -125,24 +117,21 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
       {"program", root_ / "B.app/bin/program", {}, {}},
       {"caf\uFFFD", "/usr/bin/caf\xe9", {}, {}},
   };
-  for (const auto& each : cases) {
-    start(each.executable, each.arguments, each.environment);
-    EXPECT_EQ(identify()->bundleIdentifier, each.expected) << each.executable;
-  }
+  for (const auto& [expected, executable, arguments, environment] : cases)
+    EXPECT_EQ(started(executable, arguments, environment)->bundleIdentifier, expected) << executable;
   write(process_ / "root/.flatpak-info", "[Runtime]\nname=no\n[Application]\nname=org.example.Boxed\n");
   EXPECT_EQ(identify()->bundleIdentifier, "org.example.Boxed");
 }
 
 TEST_F(ApplicationIdentityTest, KnowsNothingOfAProcessThatCannotBeLookedAt) {
   EXPECT_FALSE(identify());
-  write(process_ / "cmdline", "");  // a zombie has a folder and a command line, but no executable
+  write(process_ / "cmdline", Words());  // a zombie has a folder and a command line, but no executable
   EXPECT_FALSE(identify());
   EXPECT_FALSE(identifyProcess(-1));
 }
 
 TEST_F(ApplicationIdentityTest, NoticesEntriesThatComeAndGo) {
-  start("/usr/bin/late");
-  EXPECT_EQ(identify()->bundleIdentifier, "late");
+  EXPECT_EQ(started("/usr/bin/late")->bundleIdentifier, "late");
   writeEntry(system_ / "vendor/org.late", "late\nName=Late\nIcon=late-icon");
   const auto found = identify();
   EXPECT_EQ(found->bundleIdentifier, "vendor-org.late");

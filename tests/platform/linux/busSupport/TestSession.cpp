@@ -8,45 +8,13 @@
 
 #include <sys/prctl.h>
 
-#include <csignal>
-#include <optional>
-
 namespace orvo::test {
-
-namespace {
-
-QTemporaryDir& home() {
-  static QTemporaryDir folder;
-  return folder;
-}
-
-class TestSession final : public ::testing::Environment {
-  // glib and libdbus look at the environment once.
-  void SetUp() override {
-    for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home().path().toUtf8());
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("GSETTINGS_BACKEND", "memory");
-    static Program bus("dbus-daemon", {"--config-file=" ORVO_SOURCE "/tests/platform/linux/busSupport/bus.conf",
-                                       "--nofork", "--print-address"});
-    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().toUtf8());
-    application_.emplace(count_, &arguments_[0]);
-  }
-  void TearDown() override { application_.reset(); }
-
-  int count_ = 1;
-  char name_[5] = "test";
-  char* arguments_[2] = {name_, nullptr};
-  std::optional<QGuiApplication> application_;
-};
-
-const auto* const environment = ::testing::AddGlobalTestEnvironment(new TestSession);
-
-}  // namespace
 
 Program::Program(const QString& program, const QStringList& arguments) {
   process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
   process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   process_.start(program, arguments);
+  process_.waitForStarted();
 }
 
 QString Program::readLine() {
@@ -61,44 +29,45 @@ QString Program::ask(const QString& expression) {
   return readLine();
 }
 
+std::unique_ptr<Program> sleeper() { return std::make_unique<Program>("sleep", QStringList{"600"}); }
+
 std::unique_ptr<Program> agent() {
   auto started = std::make_unique<Program>(QStringLiteral(ORVO_AGENT), QStringList());
-  const auto* bus = QDBusConnection::sessionBus().interface();
-  for (const char* name : {"local.orvo.MenuBarAgent", "org.kde.StatusNotifierWatcher"})
-    EXPECT_TRUE(runUntil([&] { return bus->isServiceRegistered(name).value(); }));
+  EXPECT_TRUE(hasOwner("local.orvo.MenuBarAgent") && hasOwner("org.kde.StatusNotifierWatcher"));
   return started;
 }
 
 std::unique_ptr<Program> peer(const QString& name) {
-  qputenv("PYTHONPATH", ORVO_SOURCE "/desktop");
   QFile::copy(ORVO_SOURCE "/tests/desktop/peer.py", inHome(name));
   return std::make_unique<Program>("/usr/bin/python3", QStringList{inHome(name)});
 }
 
-std::shared_ptr<QDBusConnection> otherConnection() {
-  static int last = 0;
-  const QString name = "other-" + QString::number(++last);
-  const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-  return {new QDBusConnection(QDBusConnection::connectToBus(address, name)), [name](QDBusConnection* closed) {
-            delete closed;
-            QDBusConnection::disconnectFromBus(name);
-          }};
+bool hasOwner(const char* name, bool wanted) {
+  return runUntil(
+      [&] { return QDBusConnection::sessionBus().interface()->isServiceRegistered(name).value() == wanted; });
 }
 
-QString inHome(const QString& name) { return home().filePath(name); }
+QString inHome(const QString& name) { return qEnvironmentVariable("HOME") + '/' + name; }
 
-QString writeFile(const QString& name, const QByteArray& content, bool executable) {
+QString writeFile(const QString& name, const QByteArray& content) {
   QDir().mkpath(QFileInfo(inHome(name)).path());
   QFile file(inHome(name));
-  EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+  EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.setPermissions(file.permissions() | QFile::ExeOwner));
   file.write(content);
-  if (executable) file.setPermissions(file.permissions() | QFile::ExeOwner);
   return file.fileName();
 }
 
-QString readFile(const QString& name) {
-  QFile file(inHome(name));
-  return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
 }  // namespace orvo::test
+
+int main(int count, char** arguments) {
+  testing::InitGoogleTest(&count, arguments);
+  static const QTemporaryDir home;
+  for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home.path().toUtf8());
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("GSETTINGS_BACKEND", "memory");
+  qputenv("PYTHONPATH", ORVO_SOURCE "/desktop");
+  static orvo::test::Program bus("dbus-daemon", {"--session", "--nofork", "--print-address"});
+  qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().toUtf8());
+  const QGuiApplication application(count, arguments);
+  return RUN_ALL_TESTS();
+}

@@ -28,11 +28,8 @@ class Program {
     process_.kill();
     process_.waitForFinished();
   }
-  void signal(int number) { ::kill(pid(), number); }
-  int pid() {
-    process_.waitForStarted();
-    return static_cast<int>(process_.processId());
-  }
+  int pid() const { return static_cast<int>(process_.processId()); }
+  void signal(int number) const { ::kill(pid(), number); }
   // Waits for the next line that it prints; empty when it ends instead.
   QString readLine();
   // Waits for its answer, a line.
@@ -42,18 +39,16 @@ class Program {
   QProcess process_;
 };
 
-inline std::unique_ptr<Program> sleeper() { return std::make_unique<Program>("sleep", QStringList{"600"}); }
+std::unique_ptr<Program> sleeper();
 // The agent, once it is on the bus and there is a tray.
 std::unique_ptr<Program> agent();
 // peer.py, which the agent takes for the application of this name.
 std::unique_ptr<Program> peer(const QString& name);
-
-// A connection to the bus as another process would have; closed with the last reference.
-std::shared_ptr<QDBusConnection> otherConnection();
+// Once the bus knows it, or not.
+bool hasOwner(const char* name, bool wanted = true);
 
 // Files below the home folder, which is XDG_DATA_HOME too.
 QString inHome(const QString& name);
-QString writeFile(const QString& name, const QByteArray& content, bool executable = false);
-QString readFile(const QString& name);
+QString writeFile(const QString& name, const QByteArray& content);
 
 }  // namespace orvo::test

@@ -107,16 +107,15 @@ TEST_F(FileUserDefaultsTest, TwoCopiesKeepEachOthersValuesAndSeeThem) {
 }
 
 TEST_F(FileUserDefaultsTest, WhatCannotBeStoredCountsHereAndBelongsToTheNextAttempt) {
-  write("a file where the folder should be");
-  const auto path = (file_ / "settings.json").string();
-  FileUserDefaults defaults(path);
+  std::ofstream(file_.parent_path()) << "a file where the folder should be";
+  auto defaults = open();
   defaults.setData("data", "rules");
   EXPECT_EQ(defaults.data("data"), "rules");
   EXPECT_NE(defaults.storageFailure(), std::nullopt);
-  fs::remove(file_);
+  fs::remove(file_.parent_path());
   defaults.setBoolean("flag", true);
   EXPECT_EQ(defaults.storageFailure(), std::nullopt);
-  EXPECT_EQ(FileUserDefaults(path).data("data"), "rules");
+  EXPECT_EQ(open().data("data"), "rules");
 }
 
 TEST_F(FileUserDefaultsTest, NeitherAFullDiskNorDeathWhileStoringDamagesTheFile) {
@@ -129,9 +128,7 @@ TEST_F(FileUserDefaultsTest, NeitherAFullDiskNorDeathWhileStoringDamagesTheFile)
       const rlimit nothing{0, 0};
       if (round == 0) setrlimit(RLIMIT_FSIZE, &nothing);
       auto defaults = open();
-      for (char letter = 'b';; letter = static_cast<char>(letter == 'z' ? 'a' : letter + 1)) {
-        defaults.setData("data", Bytes(50000, letter));
-      }
+      for (char letter = 'b';; letter ^= 'b' ^ 'c') defaults.setData("data", Bytes(50000, letter));
     }
     usleep(static_cast<useconds_t>(1500 + 700 * round));  // spreads the moments of death, nothing waits for it
     kill(child, SIGKILL);

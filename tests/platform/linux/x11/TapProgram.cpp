@@ -43,9 +43,8 @@ class TapProgram {
     if (command == "passes") words >> passes_;
     if (command == "enable") port_->enable();
     if (command == "invalidate") port_->invalidate();
-    if (command == "remove") port_.reset();
-    if (command == "makes-another") std::cout << (makeTap() ? "1\n" : "0\n");
-    if (command == "note") places_.note(readControls(words));
+    if (command == "makes-another") std::cout << (makeTap() != nullptr) << '\n';
+    if (command == "note") places_.note(*readControls(words));
     if (command == "find") find(words);
     if (command == "hang") hangs_ = true;
     if (command == "go") hangs_ = false;
@@ -85,19 +84,16 @@ class TapProgram {
     taps_->post(EventTapLocation::session, *pressed_);
   }
 
-  // A control's name, frame and window.
-  static ControlPlaces::List readControls(std::istream& words) {
+  // A control's name, frame and window; without words, nobody knows.
+  static std::optional<ControlPlaces::List> readControls(std::istream& words) {
     std::string name;
-    words >> name;
+    if (!(words >> name)) return std::nullopt;
     const Rect frame = readRect(words);
-    return {{name, frame, {readRect(words), 0}}};
+    return {{{name, frame, {readRect(words), 0}}}};
   }
-
-  // Without words, nobody knows.
   void find(std::istream& words) {
     const std::lock_guard lock(mutex_);
-    controls_.reset();
-    if (!(words >> std::ws).eof()) controls_ = readControls(words);
+    controls_ = readControls(words);
   }
 
   ManualMainQueue queue_;
