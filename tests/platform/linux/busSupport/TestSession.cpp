@@ -24,7 +24,9 @@ class TestSession final : public ::testing::Environment {
   // glib and libdbus look at the environment once.
   void SetUp() override {
     for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) qputenv(name, home().path().toUtf8());
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static Program screen("Xvfb", {"-displayfd", "1", "-nolisten", "tcp"});
+    qputenv("DISPLAY", ':' + screen.readLine().toUtf8());
+    qputenv("QT_QPA_PLATFORM", "xcb");
     qputenv("GSETTINGS_BACKEND", "memory");
     static Program bus("dbus-daemon", {"--config-file=" ORVO_SOURCE "/tests/platform/linux/busSupport/bus.conf",
                                        "--nofork", "--print-address"});

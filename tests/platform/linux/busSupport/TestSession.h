@@ -1,4 +1,4 @@
-// What tests on a session bus share: an application off screen, a home folder, a bus, and programs on
+// What tests on a session bus share: an application on a screen of its own, a home folder, a bus, and programs on
 // it. All of it is there before the first test and until the process ends. Main thread.
 #pragma once
 
