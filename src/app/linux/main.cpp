@@ -11,18 +11,18 @@
 #include "platform/linux/desktop/LinuxFileSystem.h"
 #include "platform/linux/desktop/LinuxProcessInfo.h"
 #include "platform/linux/desktop/StatusNotifierBar.h"
+#include "platform/linux/display/X11HotKeys.h"
 #include "platform/linux/framework/FrameworkLibrary.h"
 #include "platform/linux/session/AgentAccessibility.h"
 #include "platform/linux/session/DesktopIcons.h"
 #include "platform/linux/session/DesktopWorkspace.h"
 #include "platform/linux/session/SleepMonitor.h"
 #include "platform/linux/x11/X11EventTaps.h"
-#include "platform/linux/x11/X11HotKeys.h"
-#include "platform/linux/x11/X11ScreenObserver.h"
 #include "platform/linux/x11/XConnection.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
+#include "platform/qt/QtScreenObserver.h"
 #include "platform/common/SettingsWindows.h"
 #include "platform/common/ThreadExecutor.h"
 
@@ -111,7 +111,7 @@ struct Adapters {
   QtPasteboard pasteboard;
   DesktopIcons applicationIcons;
   SleepMonitor sleepMonitor{early.workspace.notificationCenter(), early.mainQueue};
-  X11ScreenObserver screenObserver{early.mainQueue, application.notificationCenter()};
+  QtScreenObserver screenObserver{early.mainQueue, application.notificationCenter()};
 };
 
 // The thread stands apart, so that its last task has ended before any adapter goes, whichever the task uses.

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/Appearance.h"
-#include "platform/linux/appearance/XSettings.h"
+#include "platform/linux/display/XSettings.h"
 
 #include <QDBusVariant>
 #include <QObject>

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/linux/display/ClientWindows.h"
 #include "platform/linux/session/ApplicationRegistry.h"
-#include "platform/linux/session/ClientWindows.h"
 #include "platform/linux/session/TrayOwners.h"
 #include "platform/linux/session/UrlOpener.h"
 
@@ -37,7 +37,8 @@ class DesktopWorkspace : public QObject, public Workspace {
   void takeOverItems(TakenOver done) override { trayOwners_.takeOver(std::move(done)); }
 
   // The desktop is followed from the first call on: until then this process alone is known, and what
-  // is found during that call counts as launched long ago.
+  // is found during that call counts as launched long ago. Windows are followed where the application object is
+  // there by then.
   NotificationCenter& notificationCenter() override;
 
  private:

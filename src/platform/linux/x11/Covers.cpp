@@ -37,12 +37,6 @@ std::optional<Pixels> pixelsOf(const Rect& rect) {
   return pixels;
 }
 
-std::vector<xcb_window_t> windowsOf(const xcb_get_property_reply_t* reply) {
-  if (reply == nullptr || reply->format != 32) return {};
-  const auto* first = static_cast<const xcb_window_t*>(xcb_get_property_value(reply));
-  return {first, first + xcb_get_property_value_length(reply) / 4};
-}
-
 std::vector<xcb_window_t> childrenOf(xcb_connection_t* connection, xcb_window_t window) {
   const auto tree = owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
   if (!tree) return {};
@@ -266,7 +260,7 @@ std::vector<xcb_window_t> Covers::topLevelWindows() {
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE);
   const auto cookie =
       xcb_get_property(connection, 0, connection_.root(), clientList_, XCB_ATOM_WINDOW, 0, maximumListLength);
-  auto clients = windowsOf(owned(xcb_get_property_reply(connection, cookie, nullptr)).get());
+  auto clients = connection_.values(cookie);
   if (!clients.empty()) return clients;
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   return childrenOf(connection, connection_.root());
@@ -274,8 +268,7 @@ std::vector<xcb_window_t> Covers::topLevelWindows() {
 
 bool Covers::isDock(xcb_window_t window) {
   const auto cookie = xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, maximumListLength);
-  const auto reply = owned(xcb_get_property_reply(connection_.get(), cookie, nullptr));
-  return std::ranges::count(windowsOf(reply.get()), dockType_) > 0;
+  return std::ranges::count(connection_.values(cookie), dockType_) > 0;
 }
 
 // The part of the region that lies on the dock, whose corner was at `origin` when the region was told.

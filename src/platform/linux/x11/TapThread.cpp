@@ -63,7 +63,7 @@ std::unique_ptr<TapThread> TapThread::start(const std::string& display, Sink sin
   auto connection = XConnection::open(display, "event tap");
   if (!connection) return nullptr;
   if (!connection->hasExtension(xcb_test_id)) {
-    connection->say("the X server has no XTEST extension, so held clicks could not be given back");
+    connection->log("the X server has no XTEST extension, so held clicks could not be given back");
     return nullptr;
   }
   return std::unique_ptr<TapThread>(new TapThread(std::move(connection), std::move(sink)));
@@ -127,7 +127,7 @@ void TapThread::run() {
     if (finishing_ && !given_) return;
     wait();
   }
-  connection_->say("the X server has gone");
+  connection_->log("the X server has gone");
   dead_ = true;
 }
 
@@ -150,7 +150,7 @@ void TapThread::handle(const xcb_generic_event_t& event) {
   if ((event.response_type & sentByClient) != 0) return;  // nobody pressed or moved anything
   switch (eventCode(event)) {
     case 0:
-      connection_->sayUnexpected(reinterpret_cast<const xcb_generic_error_t&>(event));
+      connection_->logUnexpected(reinterpret_cast<const xcb_generic_error_t&>(event));
       break;
     case XCB_BUTTON_PRESS:
       handlePress(reinterpret_cast<const xcb_button_press_event_t&>(event));

@@ -16,55 +16,67 @@ xcb_window_t rootOf(xcb_connection_t* connection, int screen) {
 }  // namespace
 
 bool XConnection::canOpen() {
-  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
-  const bool opened = xcb_connection_has_error(connection) == 0;
-  xcb_disconnect(connection);
-  return opened;
+  const Handle connection(xcb_connect(nullptr, nullptr), xcb_disconnect);
+  return xcb_connection_has_error(connection.get()) == 0;
 }
 
 std::unique_ptr<XConnection> XConnection::open(const std::string& display, const std::string& user) {
   int screen = 0;
-  xcb_connection_t* connection = xcb_connect(display.empty() ? nullptr : display.c_str(), &screen);
-  if (xcb_connection_has_error(connection) != 0) {
-    xcb_disconnect(connection);
+  Handle connection(xcb_connect(display.empty() ? nullptr : display.c_str(), &screen), xcb_disconnect);
+  if (xcb_connection_has_error(connection.get()) != 0) {
     std::fprintf(stderr, "orvo: %s: there is no X server to connect to\n", user.c_str());
     return nullptr;
   }
-  return std::unique_ptr<XConnection>(new XConnection(connection, rootOf(connection, screen), user));
+  return std::unique_ptr<XConnection>(new XConnection(std::move(connection), screen, user));
 }
 
-XConnection::XConnection(xcb_connection_t* connection, xcb_window_t root, std::string user)
-    : connection_(connection), root_(root), user_(std::move(user)) {}
+std::unique_ptr<XConnection> XConnection::borrow(xcb_connection_t* connection, const std::string& user) {
+  char* host = nullptr;
+  int display = 0;
+  int screen = 0;
+  xcb_parse_display(nullptr, &host, &display, &screen);
+  std::free(host);
+  Handle borrowed(connection, [](xcb_connection_t*) {});
+  return std::unique_ptr<XConnection>(new XConnection(std::move(borrowed), screen, user));
+}
 
-XConnection::~XConnection() { xcb_disconnect(connection_); }
+XConnection::XConnection(Handle connection, int screen, std::string user)
+    : connection_(std::move(connection)), screen_(screen), root_(rootOf(get(), screen)), user_(std::move(user)) {}
 
 xcb_atom_t XConnection::atom(const std::string& name) const {
-  const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-  const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
+  const auto cookie = xcb_intern_atom(get(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
+  const auto reply = owned(xcb_intern_atom_reply(get(), cookie, nullptr));
   return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 bool XConnection::hasExtension(xcb_extension_t& extension) const {
-  const auto* data = xcb_get_extension_data(connection_, &extension);
+  const auto* data = xcb_get_extension_data(get(), &extension);
   return data != nullptr && data->present != 0;
 }
 
 XReply<xcb_query_pointer_reply_t> XConnection::queryPointer() const {
-  return owned(xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
+  return owned(xcb_query_pointer_reply(get(), xcb_query_pointer(get(), root_), nullptr));
 }
 
-void XConnection::say(const std::string& text) const {
+std::vector<std::uint32_t> XConnection::values(xcb_get_property_cookie_t property) const {
+  const auto reply = owned(xcb_get_property_reply(get(), property, nullptr));
+  if (!reply || reply->format != 32) return {};
+  const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+  return {first, first + reply->value_len};
+}
+
+void XConnection::log(const std::string& text) const {
   std::fprintf(stderr, "orvo: %s: %s\n", user_.c_str(), text.c_str());
 }
 
-void XConnection::sayUnexpected(const xcb_generic_error_t& error) const {
+void XConnection::logUnexpected(const xcb_generic_error_t& error) const {
   switch (error.error_code) {
     case XCB_WINDOW:
     case XCB_DRAWABLE:
     case XCB_MATCH:
       return;
     default:
-      say("X error " + std::to_string(error.error_code) + " on request " + std::to_string(error.major_code) + "." +
+      log("X error " + std::to_string(error.error_code) + " on request " + std::to_string(error.major_code) + "." +
           std::to_string(error.minor_code));
   }
 }

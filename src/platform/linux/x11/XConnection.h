@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace orvo {
 
@@ -30,31 +31,36 @@ class XConnection {
   // Absent, with a line on standard error, when there is no server.
   static std::unique_ptr<XConnection> open(const std::string& display, const std::string& user);
 
+  // One that somebody else opened to DISPLAY, and closes.
+  static std::unique_ptr<XConnection> borrow(xcb_connection_t* connection, const std::string& user);
+
   // Whether there is a server behind DISPLAY; says nothing.
   static bool canOpen();
 
-  ~XConnection();
-  XConnection(const XConnection&) = delete;
-  XConnection& operator=(const XConnection&) = delete;
-
-  xcb_connection_t* get() const { return connection_; }
-  xcb_window_t root() const { return root_; }
+  xcb_connection_t* get() const { return connection_.get(); }
+  int screen() const { return screen_; }
+  xcb_window_t root() const { return root_; }  // of that screen
   // True until the server has gone or the connection was closed.
-  bool works() const { return xcb_connection_has_error(connection_) == 0; }
+  bool works() const { return xcb_connection_has_error(get()) == 0; }
 
   xcb_atom_t atom(const std::string& name) const;
   bool hasExtension(xcb_extension_t& extension) const;
   XReply<xcb_query_pointer_reply_t> queryPointer() const;
+  // What a property of a window holds, in units of 32 bits; empty for one of another kind, or none.
+  std::vector<std::uint32_t> values(xcb_get_property_cookie_t property) const;
 
   // One line on standard error.
-  void say(const std::string& text) const;
-  // As say(), for an error that no vanished window explains.
-  void sayUnexpected(const xcb_generic_error_t& error) const;
+  void log(const std::string& text) const;
+  // As log(), for an error that no vanished window explains.
+  void logUnexpected(const xcb_generic_error_t& error) const;
 
  private:
-  XConnection(xcb_connection_t* connection, xcb_window_t root, std::string user);
+  using Handle = std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)>;
 
-  xcb_connection_t* connection_;
+  XConnection(Handle connection, int screen, std::string user);
+
+  Handle connection_;
+  int screen_;
   xcb_window_t root_;
   std::string user_;
 };

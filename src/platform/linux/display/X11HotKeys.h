@@ -1,17 +1,15 @@
 // Global hot keys as passive key grabs on the root window, whichever lock keys are on. Owned by
-// main.cpp; main thread only, presses are waited for on a thread of its own.
+// main.cpp, made after the application object; main thread only.
 #pragma once
 
 #include "platform/HotKeys.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/x11/EventThread.h"
-#include "platform/linux/x11/XConnection.h"
+#include "platform/linux/display/XEvents.h"
 
 #include <chrono>
 #include <map>
-#include <memory>
+#include <optional>
 #include <set>
-#include <string>
 #include <utility>
 
 namespace orvo {
@@ -25,9 +23,11 @@ inline constexpr std::chrono::seconds grabRetryInterval{5};
 
 class X11HotKeys : public HotKeys {
  public:
-  // An empty `display` stands for DISPLAY. Without an X server every registration fails.
-  explicit X11HotKeys(MainQueue& queue, const std::string& display = {});
-  ~X11HotKeys() override;
+  // Without an X server every registration fails.
+  explicit X11HotKeys(MainQueue& queue);
+  ~X11HotKeys() override { queue_.cancel(retry_); }
+  X11HotKeys(const X11HotKeys&) = delete;
+  X11HotKeys& operator=(const X11HotKeys&) = delete;
 
   // Hot key presses are the only events there are.
   HotKeyStatus installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
@@ -59,24 +59,24 @@ class X11HotKeys : public HotKeys {
     void* userData;
   };
 
-  void handle(const xcb_generic_event_t& event);
+  bool handle(const xcb_generic_event_t& event);
+  bool changesMap(const xcb_generic_event_t& event) const;
   void press();
   void grabAgain();
   std::set<Grab> grabsFor(const Combination& combination) const;
   bool grab(const std::set<Grab>& grabs);
   void ungrab(const std::set<Grab>& grabs);
-  void onMain(std::function<void()> task);
 
   MainQueue& queue_;
-  std::unique_ptr<XConnection> connection_;
+  XEvents events_{[this](const xcb_generic_event_t& event) { return handle(event); }};
+  std::optional<std::uint8_t> keyboardEvent_;  // the number of XKB's events; absent without them
   std::map<EventHandlerRef, Handler> handlers_;
   std::map<HotKeyRef, Combination> hotKeys_;
   std::map<HotKeyRef, std::set<Grab>> grabs_;  // empty for one that the layout has not or another holds
   MainQueue::Handle retry_ = MainQueue::Handle::none;
   std::uintptr_t lastReference_ = 0;
-  xcb_timestamp_t lastRelease_ = 0;  // the event thread's own
-  std::shared_ptr<int> alive_;
-  std::unique_ptr<EventThread> events_;
+  bool isDown_ = false;
+  xcb_timestamp_t lastRelease_ = 0;
 };
 
 }  // namespace orvo

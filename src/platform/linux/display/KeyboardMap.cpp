@@ -1,4 +1,4 @@
-#include "platform/linux/x11/KeyboardMap.h"
+#include "platform/linux/display/KeyboardMap.h"
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ std::vector<xcb_keycode_t> KeyboardMap::keysFor(xcb_keysym_t symbol) const {
     std::vector<xcb_keycode_t> keys;
     for (std::size_t index = 0; columns_ > 0 && index < symbols_.size() / columns_; ++index) {
       const auto key = static_cast<xcb_keycode_t>(firstKey_ + index);
-      if (bears(key, symbol, columns)) keys.push_back(key);
+      if (has(key, symbol, columns)) keys.push_back(key);
     }
     if (!keys.empty()) return keys;
   }
@@ -39,13 +39,13 @@ std::uint16_t KeyboardMap::modifierFor(std::initializer_list<xcb_keysym_t> symbo
   unsigned mask = 0;
   for (std::size_t index = 0; index < modifierKeys_.size(); ++index) {
     const auto key = modifierKeys_[index];
-    const auto named = [&](xcb_keysym_t symbol) { return bears(key, symbol, columns_); };
+    const auto named = [&](xcb_keysym_t symbol) { return has(key, symbol, columns_); };
     if (key >= firstKey_ && std::ranges::any_of(symbols, named)) mask |= 1U << (index / keysPerModifier_);
   }
   return static_cast<std::uint16_t>(mask);
 }
 
-bool KeyboardMap::bears(xcb_keycode_t key, xcb_keysym_t symbol, std::size_t columns) const {
+bool KeyboardMap::has(xcb_keycode_t key, xcb_keysym_t symbol, std::size_t columns) const {
   const auto first = (static_cast<std::size_t>(key) - firstKey_) * columns_;
   if (first + columns > symbols_.size()) return false;
   const auto begin = symbols_.begin() + static_cast<std::ptrdiff_t>(first);

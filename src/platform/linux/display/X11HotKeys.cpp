@@ -1,7 +1,8 @@
-#include "platform/linux/x11/X11HotKeys.h"
+#include "platform/linux/display/X11HotKeys.h"
 
-#include "platform/linux/x11/KeyboardMap.h"
+#include "platform/linux/display/KeyboardMap.h"
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -24,21 +25,24 @@ constexpr xcb_keysym_t symbolAltRight = 0xFFEA;
 constexpr xcb_keysym_t symbolSuperLeft = 0xFFEB;
 constexpr xcb_keysym_t symbolSuperRight = 0xFFEC;
 
+// XKB's name and, where its events tell their kind, the greater of the two that change the map, as its protocol
+// numbers them.
+constexpr std::string_view keyboardExtension = "XKEYBOARD";
+constexpr std::uint8_t mapNotify = 1;
+
 // Where B is on a keyboard that Linux drives, for layouts without a Latin letter: the kernel's
 // KEY_B (48) and the offset of X key codes (8).
 constexpr xcb_keycode_t placeOfB = 56;
 
 }  // namespace
 
-X11HotKeys::X11HotKeys(MainQueue& queue, const std::string& display)
-    : queue_(queue), connection_(XConnection::open(display, "hot keys")), alive_(std::make_shared<int>()) {
-  if (!connection_) return;
-  events_ = std::make_unique<EventThread>(*connection_, [this](const xcb_generic_event_t& event) { handle(event); });
-}
-
-X11HotKeys::~X11HotKeys() {
-  events_.reset();
-  queue_.cancel(retry_);
+X11HotKeys::X11HotKeys(MainQueue& queue) : queue_(queue) {
+  if (events_.connection() == nullptr) return;
+  auto* x = events_.connection()->get();
+  const auto cookie =
+      xcb_query_extension(x, static_cast<std::uint16_t>(keyboardExtension.size()), keyboardExtension.data());
+  const auto reply = owned(xcb_query_extension_reply(x, cookie, nullptr));
+  if (reply && reply->present != 0) keyboardEvent_ = reply->first_event;
 }
 
 HotKeyStatus X11HotKeys::installEventHandler(EventHandlerFunction function, EventTypeSpec filter, void* userData,
@@ -53,7 +57,7 @@ HotKeyStatus X11HotKeys::installEventHandler(EventHandlerFunction function, Even
 HotKeyStatus X11HotKeys::registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID, std::uint32_t,
                                              HotKeyRef& hotKey) {
   const Combination combination{keyCode, modifiers};
-  const auto grabs = connection_ ? grabsFor(combination) : std::set<Grab>();
+  const auto grabs = events_.connection() != nullptr ? grabsFor(combination) : std::set<Grab>();
   if (grabs.empty()) return hotKeyParameterErr;
   if (!grab(grabs)) return eventHotKeyExistsErr;
   hotKey = HotKeyRef{++lastReference_};
@@ -75,24 +79,27 @@ void X11HotKeys::unregisterEventHotKey(HotKeyRef hotKey) {
 
 void X11HotKeys::removeEventHandler(EventHandlerRef handler) { handlers_.erase(handler); }
 
-// On the event thread.
-void X11HotKeys::handle(const xcb_generic_event_t& event) {
-  switch (eventCode(event)) {
-    case XCB_KEY_PRESS:
-      // A repeat is a release and a press of the same moment.
-      if (reinterpret_cast<const xcb_key_press_event_t&>(event).time != lastRelease_) onMain([this] { press(); });
-      break;
-    case XCB_KEY_RELEASE:
-      lastRelease_ = reinterpret_cast<const xcb_key_release_event_t&>(event).time;
-      break;
-    case XCB_MAPPING_NOTIFY:
-      if (reinterpret_cast<const xcb_mapping_notify_event_t&>(event).request != XCB_MAPPING_POINTER) {
-        onMain([this] { grabAgain(); });
-      }
-      break;
-    default:
-      break;
+bool X11HotKeys::handle(const xcb_generic_event_t& event) {
+  const auto code = eventCode(event);
+  if (changesMap(event)) grabAgain();
+  if (code != XCB_KEY_PRESS && code != XCB_KEY_RELEASE) return false;
+  const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);  // of one layout with the release
+  if (key.event != events_.connection()->root()) return false;
+  if (code == XCB_KEY_RELEASE) {
+    isDown_ = false;
+    lastRelease_ = key.time;
+  } else if (!std::exchange(isDown_, true) && key.time != lastRelease_) {
+    press();
   }
+  return true;
+}
+
+// Who has asked for XKB's events, as Qt has, may be told by those alone.
+bool X11HotKeys::changesMap(const xcb_generic_event_t& event) const {
+  const auto code = eventCode(event);
+  if (code == XCB_MAPPING_NOTIFY)
+    return reinterpret_cast<const xcb_mapping_notify_event_t&>(event).request != XCB_MAPPING_POINTER;
+  return code == keyboardEvent_ && event.pad0 <= mapNotify;
 }
 
 void X11HotKeys::press() {
@@ -117,14 +124,14 @@ void X11HotKeys::grabAgain() {
       grabs = wanted;
       continue;
     }
-    if (had) connection_->say("the hot key is not available on the new keyboard layout");
+    if (had) events_.connection()->log("the hot key is not available on the new keyboard layout");
     if (!wanted.empty()) refused = true;
   }
   if (refused) retry_ = queue_.runAfter(grabRetryInterval, [this] { grabAgain(); });
 }
 
 std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const Combination& combination) const {
-  const KeyboardMap map(*connection_);
+  const KeyboardMap map(*events_.connection());
   const auto alt = map.modifierFor({symbolAltLeft, symbolAltRight});
   const auto super = map.modifierFor({symbolSuperLeft, symbolSuperRight});
   unsigned modifiers = 0;
@@ -149,33 +156,27 @@ std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const Combination& combination) 
 
 // All of them or none.
 bool X11HotKeys::grab(const std::set<Grab>& grabs) {
-  auto* x = connection_->get();
+  const auto& connection = *events_.connection();
+  auto* x = connection.get();
   std::vector<xcb_void_cookie_t> cookies;
   cookies.reserve(grabs.size());
   for (const auto& grab : grabs) {
-    cookies.push_back(xcb_grab_key_checked(x, 0, connection_->root(), grab.modifiers, grab.key, XCB_GRAB_MODE_ASYNC,
+    cookies.push_back(xcb_grab_key_checked(x, 0, connection.root(), grab.modifiers, grab.key, XCB_GRAB_MODE_ASYNC,
                                            XCB_GRAB_MODE_ASYNC));
   }
   bool all = true;
   for (const auto cookie : cookies) {
     if (owned(xcb_request_check(x, cookie))) all = false;
   }
-  if (!connection_->works()) return false;
+  if (!connection.works()) return false;
   if (!all) ungrab(grabs);
   return all;
 }
 
 void X11HotKeys::ungrab(const std::set<Grab>& grabs) {
-  for (const auto& grab : grabs) {
-    xcb_ungrab_key(connection_->get(), grab.key, connection_->root(), grab.modifiers);
-  }
-  xcb_flush(connection_->get());
-}
-
-void X11HotKeys::onMain(std::function<void()> task) {
-  queue_.post([alive = std::weak_ptr<int>(alive_), task = std::move(task)] {
-    if (!alive.expired()) task();
-  });
+  const auto& connection = *events_.connection();
+  for (const auto& grab : grabs) xcb_ungrab_key(connection.get(), grab.key, connection.root(), grab.modifiers);
+  xcb_flush(connection.get());
 }
 
 }  // namespace orvo

@@ -21,7 +21,7 @@ class KeyboardMap {
   std::uint16_t modifierFor(std::initializer_list<xcb_keysym_t> symbols) const;
 
  private:
-  bool bears(xcb_keycode_t key, xcb_keysym_t symbol, std::size_t columns) const;
+  bool has(xcb_keycode_t key, xcb_keysym_t symbol, std::size_t columns) const;
 
   std::size_t columns_ = 0;
   xcb_keycode_t firstKey_ = 0;

@@ -1,15 +1,12 @@
 // The desktop-wide settings that an XSETTINGS manager (xfsettingsd and its kin) publishes on the X
-// server. Owned by DesktopAppearance; main thread only, on a connection of its own.
+// server. Owned by DesktopAppearance, made after the application object; main thread only.
 #pragma once
 
-#include <QSocketNotifier>
-
-#include <xcb/xcb.h>
+#include "platform/linux/display/XEvents.h"
 
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -31,18 +28,12 @@ class XSettings {
   const XSettingsValues& values() const { return values_; }
 
  private:
-  struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-  };
-
-  xcb_atom_t atom(const std::string& name);
   void findManager();
   void read();
-  void drain();
+  void handle(const xcb_generic_event_t& event);
 
   std::function<void()> changed_;
-  std::unique_ptr<xcb_connection_t, Disconnect> connection_;
-  std::unique_ptr<QSocketNotifier> notifier_;
+  XEvents events_;
   xcb_atom_t selection_ = XCB_ATOM_NONE;
   xcb_atom_t property_ = XCB_ATOM_NONE;
   xcb_atom_t managerMessage_ = XCB_ATOM_NONE;
