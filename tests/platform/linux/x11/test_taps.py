@@ -245,6 +245,8 @@ class Taps(unittest.TestCase):
                 self.doCleanups()
                 self.setUp()
                 self.tap.say("note", *clock(600, read))
+                self.tap.say("regions", 10, 10, 50, 50)  # Beside every dock: no former cover is taken for the new one.
+                wait(lambda: not self.dock.covers(), 5, "no cover")
                 self.tap.say("regions", *clock(600, read)[1:5])
                 self.expect_covered()
                 self.person.click(610, 570)
