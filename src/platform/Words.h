@@ -19,9 +19,11 @@ struct Words {
   const char* unsupportedDetail;
   const char* unsupportedHint;
   // The button that has the menu bar's host manage the items of a panel that came first, and what stands before the
-  // reason where it could not; null on a system without such panels.
+  // reason where it could not, and for the list meanwhile; null on a system without such panels.
   const char* takeOver;
+  const char* takesOver;  // while it does
   const char* notTakenOver;
+  const char* nothingManaged;
   // How Orvo comes into an Applications folder.
   const char* installAdvice;
   const char* accessibilityPage;
@@ -61,7 +63,9 @@ inline constexpr Words macWords{
     .unsupportedDetail = "Orvo cannot manage icons on this macOS version. All icons remain visible.",
     .unsupportedHint = "Your icons remain visible on this macOS version.",
     .takeOver = nullptr,
+    .takesOver = nullptr,
     .notTakenOver = nullptr,
+    .nothingManaged = nullptr,
     .installAdvice = "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
     .accessibilityPage = "Privacy & Security → Accessibility",
     .accessibilityAdvice =

@@ -221,7 +221,7 @@ void OrvoView::addIconsPage(Value& all) const {
   all["guidance"] = guidance();
   all["unsupportedCard"] = informationCard(platform_.words.unsupportedTitle, platform_.words.unsupportedDetail,
                                            "exclamationmark.triangle", true);
-  const char* const takeOver = platform_.words.takeOver;
+  const char* const takeOver = takesOver_() ? platform_.words.takesOver : platform_.words.takeOver;
   all["takeOver"] = {{"label", takeOver != nullptr ? takeOver : ""}, {"enabled", !takesOver_()}};
   all["setupSteps"] = {setupStep("Install in Applications", "1", model_->nativeMenuBarReady),
                        setupStep("Allow Accessibility", "2", granted)};
@@ -303,14 +303,20 @@ OrvoView::Value OrvoView::emptyState() const {
           {"offersClearSearch", granted && !model_->searchText().empty()}};
 }
 
+// Who cannot manage items may not know of any.
+bool OrvoView::isListPending() const {
+  return platform_.words.nothingManaged != nullptr && !canBeManaged() && model_->apps().empty();
+}
+
 std::string OrvoView::emptyTitle() const {
-  if (!model_->accessibilityGranted()) return "Your apps will appear here";
+  if (!model_->accessibilityGranted() || isListPending()) return "Your apps will appear here";
   if (model_->isScanning()) return "Finding menu bar icons…";
   return eitherText(model_->searchText().empty(), "No app icons found", "No matching apps");
 }
 
 std::string OrvoView::emptyDetail() const {
   if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
+  if (isListPending()) return platform_.words.nothingManaged;
   if (model_->isScanning()) return "This usually takes a moment.";
   return eitherText(model_->searchText().empty(), platform_.words.nothingFound,
                     "Try a different app name or clear your search.");

@@ -115,6 +115,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   void performSetupAction();
   void chooseRehideOption(std::size_t option);
   bool canBeManaged() const;
+  bool isListPending() const;
   void takeOver();
   void copyDiagnostics();
   void openLink(std::size_t link);

@@ -95,7 +95,8 @@ class WithoutAgent(DesktopCase):
         desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
         self.take_over()
-        desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer.")
+        desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer. "
+                        "Run packaging/linux/install, then log in again.")
         self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
         desktop.start_agent()
         with stopped(desktop.process_of(WATCHER)):

@@ -4,7 +4,7 @@ import os
 import signal
 import unittest
 
-from case import HidingCase, stopped
+from case import HidingCase, Peer, stopped
 from desktop import PROGRAMS
 from waiting import stays, wait
 
@@ -18,6 +18,11 @@ wm withdraw .
 image create photo square -width 22 -height 22
 square put red -to 0 0 22 22
 tktray::icon .icon -image square
+proc look {} {
+  if [file exists blue] {square put blue -to 0 0 22 22; wm title .icon blue; file delete blue}
+  after 50 look
+}
+look
 """
 CYCLES = 20
 
@@ -53,6 +58,33 @@ class Legacy(HidingCase):
         wait(lambda: not self.desktop.shown(), 5, "the tray's end")
         wait(lambda: set(self.desktop.shown()) == set(self.rest), 10, "the icons that are kept")
         stays(lambda: set(self.desktop.shown()) == set(self.rest), 1, "hidden")
+
+    def test_one_that_changes_while_hidden_comes_back_changed_in_its_place(self):
+        self.hide()
+        blue = os.path.join(self.desktop.home, "blue")
+        with open(blue, "w", encoding="ascii"):
+            pass
+        wait(lambda: not os.path.exists(blue), 5, "the new picture")
+        stays(lambda: self.desktop.shown() == self.rest, 0.5, "hidden")
+        self.desktop.reveal()
+        changed = self.all.index("square.tcl")
+        wait(lambda: [name == "?" for name in self.desktop.shown()] == [at == changed for at in range(len(self.all))],
+             3, "the new picture in the old one's place")
+        self.desktop.icons["square.tcl"] = self.desktop.cells()[changed]
+
+    def test_both_kinds_of_one_program_go_and_come_together(self):
+        desktop = self.desktop
+        before = desktop.cells()
+        both = Peer(desktop, "both")
+        both.show("d000d0", "Both")
+        both.show_legacy("edit-undo")
+        wait(lambda: len(desktop.cells()) == len(before) + 2, 5, "both icons")
+        assertion = desktop.call_agent("Activate", "(aias)", [], [*MARKED, "cbatticon"])
+        wait(lambda: len(desktop.cells()) == len(before), 5, "neither")
+        desktop.call_agent("Invalidate", "(u)", assertion)
+        wait(lambda: len(desktop.cells()) == len(before) + 2, 5, "both again")
+        both.kill()
+        desktop.expect_shown(self.all)
 
     def test_when_the_agent_is_killed_the_server_brings_them_back_and_the_guardian_has_them_drawn(self):
         self.hide()

@@ -23,7 +23,9 @@ inline constexpr Words linuxWords{
         "the panel’s tray and nothing else, or log in again.",
     .unsupportedHint = "Your icons remain visible on this desktop.",
     .takeOver = "Take Over",
+    .takesOver = "Taking Over…",
     .notTakenOver = "Orvo could not take over the tray. ",
+    .nothingManaged = "Orvo lists them once its agent manages the tray.",
     // No line ends within a path: U+2060 forbids it.
     .installAdvice =
         "Orvo hides icons only from an Applications folder. Run packaging/\u2060linux/\u2060install, or move Orvo.app "

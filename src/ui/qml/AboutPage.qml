@@ -3,6 +3,8 @@ import QtQuick
 import orvo.settings
 
 ScrollPage {
+    teller: told
+
     Row {
         spacing: 13
         // The icon's drawing keeps a sixteenth to its place's edge.
@@ -110,6 +112,8 @@ ScrollPage {
         }
     }
     MessageView {
+        id: told
+
         width: parent.width
     }
 }

@@ -4,6 +4,8 @@ import QtQuick.Layouts
 import orvo.settings
 
 ScrollPage {
+    teller: told
+
     PageHeader {
         subtitle: View.texts.behaviorSubtitle
         title: View.texts.behaviorTitle
@@ -29,6 +31,7 @@ ScrollPage {
         }
         Row {
             spacing: 7
+            width: parent.width
 
             Symbol {
                 anchors.verticalCenter: parent.verticalCenter
@@ -41,6 +44,8 @@ ScrollPage {
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
                 text: View.texts.startsVisible
+                width: parent.width - 22
+                wrapMode: Text.Wrap
             }
         }
     }
@@ -85,6 +90,8 @@ ScrollPage {
         width: parent.width
     }
     MessageView {
+        id: told
+
         width: parent.width
     }
 }

@@ -27,6 +27,7 @@ ScrollArea {
         return View.searchEnabled;
     }
 
+    teller: told
     contentHeight: Math.max(height, column.implicitHeight + 46)
 
     ColumnLayout {
@@ -66,6 +67,8 @@ ScrollArea {
             focus: true
         }
         MessageView {
+            id: told
+
             Layout.fillWidth: true
         }
         ActionBar {

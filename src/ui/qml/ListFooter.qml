@@ -9,6 +9,8 @@ Item {
         width: parent.width
     }
     BodyText {
+        id: count
+
         anchors.left: parent.left
         anchors.leftMargin: 15
         anchors.verticalCenter: parent.verticalCenter
@@ -17,11 +19,15 @@ Item {
         text: View.listCount
     }
     BodyText {
+        anchors.left: count.right
+        anchors.leftMargin: 15
         anchors.right: parent.right
         anchors.rightMargin: 15
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.secondary
+        elide: Text.ElideRight
         font.pixelSize: Theme.captionSize
+        horizontalAlignment: Text.AlignRight
         text: View.texts.choicesNote
     }
 }

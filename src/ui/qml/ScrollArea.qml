@@ -9,6 +9,10 @@ FocusScope {
     default property alias content: flick.flickableData
     property alias contentHeight: flick.contentHeight
     readonly property Item focused: Window.activeFocusItem
+    // Where the page tells what it has to tell: brought into sight when that comes.
+    property Item teller: null
+    readonly property string message: View.message
+    property bool messageIsNew: false
 
     function show(item) {
         const place = item.mapToItem(flick.contentItem, 0, 0).y;
@@ -17,6 +21,10 @@ FocusScope {
             wheel.scrollTo(place - margin);
         else if (place + item.height + margin > flick.contentY + flick.height)
             wheel.scrollTo(place + item.height + margin - flick.height);
+    }
+    function showMessage() {
+        if (teller && teller.visible)
+            show(teller);
     }
     function scrollByKey(key) {
         return scrollPage(key);
@@ -46,6 +54,15 @@ FocusScope {
 
     onFocusedChanged: if (holds(focused))
         show(focused)
+    // Its place is there once the page is laid out anew.
+    onMessageChanged: {
+        messageIsNew = message !== "";
+        Qt.callLater(showMessage);
+    }
+    onContentHeightChanged: if (messageIsNew) {
+        messageIsNew = false;
+        showMessage();
+    }
 
     ScrollWheel {
         id: wheel

@@ -17,6 +17,9 @@ namespace {
 // Nothing waits for these, so that a busy service may take its time.
 constexpr std::chrono::milliseconds patience{25000};
 
+// The agent answers within six seconds.
+constexpr std::chrono::milliseconds takeOverPatience{7000};
+
 }  // namespace
 
 TrayOwners::TrayOwners(QDBusConnection bus, Found found) : bus_(std::move(bus)), found_(std::move(found)) {}
@@ -73,11 +76,12 @@ void TrayOwners::agentStarted(const QString& name) {
 void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
 
 void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)> done) {
-  session_bus::ask(bus_, session_bus::agentCall("TakeOver"), patience, this,
+  session_bus::ask(bus_, session_bus::agentCall("TakeOver"), takeOverPatience, this,
                    [done = std::move(done)](const QDBusMessage& reply) {
                      if (reply.type() == QDBusMessage::ReplyMessage) return done(std::nullopt);
                      const bool isAgents = QDBusError(reply).type() == QDBusError::Failed;
-                     done(isAgents ? reply.errorMessage().toStdString() : "Orvo’s agent does not answer.");
+                     done(isAgents ? reply.errorMessage().toStdString()
+                                   : "Orvo’s agent does not answer. Run packaging/linux/install, then log in again.");
                    });
 }
 
