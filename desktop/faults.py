@@ -18,8 +18,9 @@ from desktop import CELL, PROGRAMS, WATCHER
 from session import OrvoDesktop
 from waiting import Timeout, hold, settled, wait
 
-ITEMS = list(PROGRAMS)[:4]
-HIDDEN = ["com.github.hluk.copyq", "pasystray"]
+ITEMS = [*list(PROGRAMS)[:4], "parcellite"]  # The last has an icon of the older kind.
+PROGRAMS["parcellite"] = ["parcellite"]
+HIDDEN = ["com.github.hluk.copyq", "pasystray", "parcellite"]
 STATES = ("visible", "applying", "hidden")
 SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
 PACE = 0.05  # Seconds between two things that the person does.
@@ -284,7 +285,7 @@ class Faults:
 def run(desktop, seed, seconds, spared):
     desktop.start()
     desktop.start_settings("Adwaita")
-    desktop.start_all(hidden=HIDDEN)
+    desktop.start_all(hidden=HIDDEN, programs=ITEMS)
     desktop.hide()
     desktop.reveal()
     faults, start, number = Faults(desktop, seed, spared), time.monotonic(), 0
