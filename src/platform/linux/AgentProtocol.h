@@ -38,6 +38,7 @@ inline constexpr const char* service = "local.orvo.MenuBarAgent";
 inline constexpr const char* path = "/local/orvo/MenuBarAgent";
 inline constexpr const char* interface = "local.orvo.MenuBarAgent1";
 inline constexpr const char* watcherNotHeldError = "local.orvo.MenuBarAgent1.Error.WatcherNotHeld";
+inline constexpr const char* heldProperty = "WatcherHeld";
 
 // On the wire, what Tree and Items answer.
 inline constexpr const char* treeForm = "a(iisb(dddd))";

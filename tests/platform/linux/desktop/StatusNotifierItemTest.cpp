@@ -4,8 +4,6 @@
 #include "platform/qt/QtMainQueue.h"
 
 #include <QGuiApplication>
-#include <QKeyEvent>
-#include <QMouseEvent>
 
 #include <gtest/gtest.h>
 
@@ -73,7 +71,7 @@ TEST_F(StatusNotifierItemTest, AnAnnouncedMenuIsAFreshOneAndItsChoiceRunsOnce) {
   const auto label = [&] {
     MenuLayout layout;
     menu.GetLayout(0, -1, {}, layout);
-    return layout.children.value(0).properties.value("label").toString();
+    return layout.children.value(0).value<MenuLayout>().properties.value("label").toString();
   };
   QList<int> errors;
   EXPECT_EQ(label(), "Hide") << "there from the first question on";
@@ -93,40 +91,6 @@ TEST_F(StatusNotifierItemTest, AnAnnouncedMenuIsAFreshOneAndItsChoiceRunsOnce) {
   for (const int id : {0, 1, 2, 4, -1, 1000000}) menu.Event(id, "clicked", QDBusVariant(0), 0);
   menu.Event(3, "hovered", QDBusVariant(0), 0);
   EXPECT_EQ(log(), "") << "disabled, separator, unknown and merely hovered rows do nothing";
-}
-
-TEST_F(StatusNotifierItemTest, AMenuThatTheItemShowsItselfClosesByChoiceEscapeOrAClickElsewhere) {
-  const struct {
-    bool canToggle;
-    std::vector<int> keys;
-    std::optional<QPointF> click;
-    const char* log;
-  } cases[]{
-      {true, {Qt::Key_Down, Qt::Key_Escape}, {}, ""},
-      {true, {Qt::Key_Up, Qt::Key_Return}, {}, "quit "},
-      {true, {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Enter}, {}, "toggle "},
-      {false, {Qt::Key_Down, Qt::Key_Space}, {}, "quit "},
-      {true, {}, QPointF(20, 15), "toggle "},
-      {true, {}, QPointF(-5, 5), ""},
-  };
-  for (const auto& [canToggle, keys, click, logged] : cases) {
-    canToggle_ = canToggle;
-    item_.ContextMenu(100, 100);
-    EXPECT_EQ(log(), "right ");
-    QWindow* const window = QGuiApplication::topLevelWindows().value(0);
-    ASSERT_TRUE(window != nullptr && window->isVisible());
-    for (const int key : keys) {
-      QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
-      QCoreApplication::sendEvent(window, &press);
-    }
-    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-      if (!click) continue;
-      QMouseEvent event(type, *click, *click, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
-      QCoreApplication::sendEvent(window, &event);
-    }
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(log(), logged);
-  }
 }
 
 TEST(StatusSymbolsTest, PicturesAreBigEndianLightSymbolsOnNothing) {

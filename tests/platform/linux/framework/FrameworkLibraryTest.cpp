@@ -201,9 +201,9 @@ TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
   tray.agent->signal(SIGSTOP);
   AgentClient client(*test::otherConnection(), std::chrono::milliseconds(50));
   std::atomic<int> errors = 0;
-  const auto concealment = std::make_shared<Concealment>();
+  const auto concealment = std::make_shared<AssertionState>();
   concealment->completion = [&](const auto& error) {
-    if (error && error->code == ConcealmentErrorCode::noAnswer) ++errors;
+    if (error && error->code == AgentClient::noAnswer) ++errors;
   };
   client.activate(concealment, {});
   ASSERT_TRUE(runUntil([&] { return errors == 1; }));
