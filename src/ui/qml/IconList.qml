@@ -19,7 +19,7 @@ FocusScope {
         return rows.visible && rows.scrollByKey(key);
     }
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         borderColor: Theme.outline
         color: Theme.card
