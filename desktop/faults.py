@@ -243,6 +243,9 @@ class Faults:
             yield f"Orvo has ended: {desktop.orvo.returncode}"
         if desktop.processes["agent"].poll() is not None:
             yield f"the agent has ended: {desktop.processes['agent'].returncode}"
+        for name in ITEMS:
+            if desktop.processes[name].poll() is not None:
+                yield f"{name} has ended: {desktop.processes[name].returncode}"
         try:
             hidden = desktop.is_hidden()
         except GLib.Error as failure:

@@ -18,7 +18,6 @@ namespace orvo {
 namespace {
 
 constexpr const char* diagnoseArgument = "--diagnose";
-constexpr const char* fallbackVersion = "0.2.0";
 
 bool wantsDiagnosis(const ProcessInfo& processInfo) {
   const auto arguments = processInfo.arguments();
@@ -28,7 +27,7 @@ bool wantsDiagnosis(const ProcessInfo& processInfo) {
 std::string version(const Bundle& bundle) {
   const auto value = bundle.infoValue("CFBundleShortVersionString");
   const auto* const text = value ? std::get_if<std::string>(&*value) : nullptr;
-  return text != nullptr ? *text : fallbackVersion;
+  return text != nullptr ? *text : ORVO_VERSION;
 }
 
 void diagnose(const OrvoMain::EarlyServices& early, std::ostream& out) {

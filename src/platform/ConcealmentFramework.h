@@ -36,16 +36,14 @@ using FrameworkObjectRef = std::shared_ptr<FrameworkObject>;
 class FrameworkClass;
 using FrameworkClassRef = const FrameworkClass*;
 
-class ConcealmentFramework {
+// What is there once it is loaded.
+class FrameworkClasses {
  public:
   // Called once, on a thread of the framework's choosing; absent error on success.
   using CompletionHandler = std::function<void(const std::optional<FrameworkError>&)>;
 
-  virtual ~ConcealmentFramework() = default;
+  virtual ~FrameworkClasses() = default;
 
-  // Lazy binding, local symbol scope; never unloaded. `path` is absolute on the target system;
-  // elsewhere it is taken below the program's own root.
-  virtual bool load(const char* path) = 0;
   virtual FrameworkClassRef classNamed(const char* name) = 0;
   virtual bool instancesRespondTo(FrameworkClassRef type, const char* message) = 0;
   virtual bool respondsTo(const FrameworkObject& object, const char* message) = 0;
@@ -60,6 +58,13 @@ class ConcealmentFramework {
                         CompletionHandler completion) = 0;
   // "invalidate"; may raise.
   virtual void invalidate(FrameworkObject& assertion) = 0;
+};
+
+class ConcealmentFramework : public FrameworkClasses {
+ public:
+  // Lazy binding, local symbol scope; never unloaded. `path` is absolute on the target system;
+  // elsewhere it is taken below the program's own root.
+  virtual bool load(const char* path) = 0;
 
   // One line to the system log.
   virtual void log(const std::string& line) = 0;

@@ -22,7 +22,6 @@ namespace {
 
 using Value = OrvoView::Value;
 
-constexpr const char* fallbackVersion = "0.2.0";
 constexpr const char* applicationsFolder = "/Applications";
 
 constexpr std::pair<const char*, const char*> fixedTexts[] = {
@@ -122,7 +121,7 @@ std::optional<OrvoView::Page> OrvoView::pageFromRawValue(std::string_view rawVal
   return std::nullopt;
 }
 
-std::string OrvoView::version() const { return infoText("CFBundleShortVersionString", fallbackVersion); }
+std::string OrvoView::version() const { return infoText("CFBundleShortVersionString", ORVO_VERSION); }
 
 std::string OrvoView::infoText(const char* key, const char* fallback) const {
   const std::optional<InfoValue> value = platform_.bundle.infoValue(key);

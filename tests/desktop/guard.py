@@ -114,6 +114,7 @@ class GuardCase(DesktopCase):
         expected = (lambda: len(desktop.pop_ups()) == 1 and person.keyboard_layout() == layout) if pops else \
             (lambda: not desktop.pop_ups() and person.keyboard_layout() != layout)
         wait(expected, max(3, held + 1), f"what {name} does")
+        hold(0.01)  # What has been said on the bus until now is heard.
         opened = time.monotonic() - pressed
         stays(expected, 0.3, "done once")
         back = [moment - pressed for moment, signal, _ in desktop.signals[since:] if signal.endswith("ItemRegistered")]

@@ -1,6 +1,8 @@
 // Picks the adapters of the Linux desktop, wires them and starts Orvo.
 #include "app/OrvoMain.h"
 #include "bridge/FrameworkEntry.h"
+#include "platform/common/SettingsWindows.h"
+#include "platform/common/ThreadExecutor.h"
 #include "platform/linux/LinuxWords.h"
 #include "platform/linux/desktop/AccessibilityGuard.h"
 #include "platform/linux/desktop/AutostartLoginItem.h"
@@ -23,8 +25,6 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtScreenObserver.h"
-#include "platform/common/SettingsWindows.h"
-#include "platform/common/ThreadExecutor.h"
 
 #include <QDir>
 #include <QGuiApplication>

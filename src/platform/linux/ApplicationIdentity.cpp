@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/BundleInfo.h"
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/Program.h"
 #include "platform/linux/RegularFile.h"
@@ -49,18 +50,15 @@ std::vector<std::string> readList(const fs::path& path) {
   return list;
 }
 
-// Zombies, kernel threads and other people's processes have no executable to read.
 std::optional<Process> look(std::int32_t identifier, const fs::path& processes) {
-  constexpr std::string_view deleted = " (deleted)";
   const fs::path folder = processes / std::to_string(identifier);
-  std::error_code error;
-  std::string executable = fs::read_symlink(folder / "exe", error);
-  if (error) return std::nullopt;
-  if (executable.ends_with(deleted)) executable.resize(executable.size() - deleted.size());
+  std::string executable = executableOf(folder);
+  if (executable.empty()) return std::nullopt;
   const auto arguments = readList(folder / "cmdline");
   std::string program = programOf(executable, arguments);
   program.erase(program.find_last_not_of('/') + 1);  // Python runs folders too
   if (program.empty()) program = executable;
+  std::error_code error;
   if (program.front() != '/') program = fs::read_symlink(folder / "cwd", error) / program;
   std::string client = clientOf(executable, arguments);
   return Process{identifier, folder, std::move(executable), std::move(program), std::move(client)};
@@ -79,27 +77,15 @@ ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry)
   return {std::move(identifier), entry->name, entry->path, entry->icon};
 }
 
-std::optional<std::string> text(const nlohmann::json& object, const char* key) {
-  const auto found = object.find(key);
-  if (!object.is_object() || found == object.end() || !found->is_string()) return std::nullopt;
-  return found->get<std::string>();
-}
-
-// Null for a program in no bundle.
-nlohmann::json bundleInformation(const fs::path& executable) {
-  const fs::path folder = executable.parent_path();
-  if (folder.filename() != "bin") return nullptr;
-  auto information = nlohmann::json::parse(contentOf(folder.parent_path() / "Info.json"), nullptr, false);
-  return information.is_object() ? information : nullptr;
-}
-
 std::optional<ApplicationIdentity> fromBundle(const Process& process, const DesktopEntries& entries) {
   if (baseName(process.executable) == agentExecutable) return describe(agent_protocol::hostBundleIdentifier, nullptr);
-  const auto information = bundleInformation(process.executable);
-  const auto identifier = text(information, "CFBundleIdentifier");
-  if (!identifier || identifier->empty()) return std::nullopt;
+  const auto info = bundleInfo(bundleOf(process.executable));
+  const auto identifier = bundleIdentifier(info);
+  if (!identifier) return std::nullopt;
   auto identity = describe(*identifier, entries.withIdentifier(*identifier));
-  if (!identity.localizedName) identity.localizedName = text(information, "CFBundleName");
+  const auto name = info.find("CFBundleName");
+  if (!identity.localizedName && name != info.end() && name->is_string())
+    identity.localizedName = name->get<std::string>();
   return identity;
 }
 
@@ -163,7 +149,7 @@ std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifie
 }
 
 std::string bundleOfExecutable(const fs::path& executable) {
-  return text(bundleInformation(executable), "CFBundleIdentifier").value_or("");
+  return bundleIdentifier(bundleInfo(bundleOf(executable))).value_or("");
 }
 
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier) {

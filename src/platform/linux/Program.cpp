@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <system_error>
 
 namespace orvo {
 
@@ -70,6 +71,14 @@ bool isAssignment(std::string_view argument) {
 }  // namespace
 
 std::string_view baseName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+
+std::string executableOf(const std::filesystem::path& process) {
+  constexpr std::string_view deleted = " (deleted)";
+  std::error_code error;
+  std::string executable = std::filesystem::read_symlink(process / "exe", error);
+  if (executable.ends_with(deleted)) executable.resize(executable.size() - deleted.size());
+  return executable;
+}
 
 std::string programOf(const std::string& executable, const std::vector<std::string>& arguments) {
   const Interpreter* interpreter = interpreterNamed(baseName(executable));

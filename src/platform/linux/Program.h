@@ -1,7 +1,8 @@
 // Tells which file a command line really runs: the executable, or for an interpreter its script.
-// Plain functions of their arguments; any thread.
+// Plain functions; any thread.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,10 @@ namespace orvo {
 
 // What follows the last slash.
 std::string_view baseName(std::string_view path);
+
+// Of a process, by its folder below /proc: absolute, as it was when it started; empty for one that is gone or may not
+// be looked at, for zombies and for threads of the kernel.
+std::string executableOf(const std::filesystem::path& process);
 
 // The executable itself; for an interpreter the script or module that its arguments name, for Electron the
 // application's folder; empty where they name none (a shell's "-c", an interactive session). `arguments`

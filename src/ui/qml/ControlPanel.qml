@@ -2,7 +2,7 @@
 import QtQuick
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     id: panel
 
     property bool down: false
@@ -12,7 +12,7 @@ Panel {
     color: Theme.control
     radius: 6.5
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         color: panel.down ? Theme.pressed : panel.hovered ? Theme.hover : "transparent"
         radius: parent.radius

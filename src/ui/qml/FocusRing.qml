@@ -2,7 +2,7 @@
 import QtQuick
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     required property Item target
 
     anchors.fill: parent
@@ -10,6 +10,6 @@ Panel {
     borderColor: Theme.focusRing
     borderWidth: 2
     radius: 7
-    visible: target.activeFocus && Keyboard.inUse
+    visible: target.activeFocus && KeyboardNavigation.inUse
     z: 1
 }

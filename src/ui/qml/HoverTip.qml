@@ -15,7 +15,7 @@ T.ToolTip {
     x: (parent.width - width) / 2
     y: -height - 6
 
-    background: Panel {
+    background: RoundedRectangle {
         borderColor: Theme.controlOutline
         color: Theme.popup
         radius: 6

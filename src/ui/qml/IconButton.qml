@@ -9,7 +9,7 @@ PlainButton {
 
     toolTip: name
 
-    background: Panel {
+    background: RoundedRectangle {
         color: button.down ? Theme.pressed : button.hovered ? Theme.hover : "transparent"
         radius: 6
     }

@@ -22,7 +22,7 @@ FocusScope {
         return rows.visible && rows.scrollByKey(key);
     }
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         borderColor: Theme.outline
         color: Theme.card

@@ -2,7 +2,7 @@
 import QtQuick
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     required property var card
     // Room for what stands at the end.
     property real trailing: 0

@@ -29,12 +29,12 @@ T.Switch {
     Keys.onReturnPressed: ask(!checked)
     onToggled: ask(checked)
 
-    indicator: Panel {
+    indicator: RoundedRectangle {
         anchors.fill: parent
         color: control.checked ? Theme.orvoAccent : Theme.switchOff
         radius: 11
 
-        Panel {
+        RoundedRectangle {
             color: Theme.accentContrast
             height: 18
             radius: 9

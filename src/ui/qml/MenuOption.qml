@@ -24,7 +24,7 @@ Item {
     Keys.onReturnPressed: picked()
     Keys.onSpacePressed: picked()
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         color: !option.highlighted ? "transparent" : tap.pressed ? Theme.accentFillPressed : Theme.accentFill
         radius: 5

@@ -27,7 +27,7 @@ T.Popup {
     onAboutToShow: contentItem.currentIndex = chosen
     onClosed: picker.forceActiveFocus(Qt.PopupFocusReason)
 
-    background: Panel {
+    background: RoundedRectangle {
         borderColor: Theme.controlOutline
         color: Theme.popup
         radius: 9

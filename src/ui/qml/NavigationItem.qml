@@ -16,7 +16,7 @@ PlainButton {
     Accessible.selectable: true
     Accessible.selected: selected
 
-    background: Panel {
+    background: RoundedRectangle {
         color: item.selected && !item.down ? Theme.selection : item.down ? Theme.pressed : item.hovered ? Theme.hover : "transparent"
         radius: 7
     }

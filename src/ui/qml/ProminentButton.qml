@@ -14,7 +14,7 @@ PlainButton {
     rightPadding: text === "" ? 18 : 14
     ringRadius: 11
 
-    background: Panel {
+    background: RoundedRectangle {
         color: !button.enabled ? Theme.quietButton : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
         radius: 8
     }

@@ -3,7 +3,7 @@ import QtQuick
 import QtQuick.Layouts
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     borderColor: Theme.divider
     color: Theme.fill
     implicitHeight: row.implicitHeight + 24
@@ -19,7 +19,7 @@ Panel {
         anchors.verticalCenter: parent.verticalCenter
         spacing: 12
 
-        Panel {
+        RoundedRectangle {
             color: Theme.guideTile
             implicitHeight: 30
             implicitWidth: 30

@@ -13,7 +13,7 @@ T.ScrollBar {
     policy: T.ScrollBar.AlwaysOn
     Accessible.ignored: true
 
-    contentItem: Panel {
+    contentItem: RoundedRectangle {
         color: Theme.secondary
         opacity: bar.pressed ? 0.9 : bar.hovered ? 0.8 : 0.7
         radius: 3

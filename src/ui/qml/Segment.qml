@@ -27,7 +27,7 @@ BodyText {
     Keys.onReturnPressed: picked()
     Keys.onSpacePressed: picked()
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         anchors.margins: 2
         color: segment.chosen ? "transparent" : tap.pressed ? Theme.pressed : hover.hovered ? Theme.hover : "transparent"

@@ -16,12 +16,12 @@ FocusScope {
     Keys.onLeftPressed: chosen(false)
     Keys.onRightPressed: chosen(true)
 
-    Panel {
+    RoundedRectangle {
         anchors.fill: parent
         color: Theme.track
         radius: 7
     }
-    Panel {
+    RoundedRectangle {
         borderColor: picker.hide ? "transparent" : Theme.controlOutline
         color: picker.hide ? Theme.accentFill : Theme.thumb
         height: parent.height - 4

@@ -21,7 +21,7 @@ Column {
         spoken: false
         text: section.title
     }
-    Panel {
+    RoundedRectangle {
         borderColor: Theme.outline
         color: Theme.card
         implicitHeight: column.implicitHeight + 28

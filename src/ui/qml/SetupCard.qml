@@ -3,7 +3,7 @@ import QtQuick
 import QtQuick.Layouts
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     function takeFocus() {
         advised.forceActiveFocus(Qt.OtherFocusReason);
         return true;

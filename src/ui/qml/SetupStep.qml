@@ -9,7 +9,7 @@ Row {
     Accessible.name: step.accessibilityLabel
     Accessible.role: Accessible.StaticText
 
-    Panel {
+    RoundedRectangle {
         color: parent.step.complete ? Theme.orvoAccent : Theme.quietStep
         height: 22
         radius: 11

@@ -10,7 +10,7 @@ Item {
     Repeater {
         model: 7
 
-        Panel {
+        RoundedRectangle {
             required property int index
 
             anchors.bottomMargin: -index - 2

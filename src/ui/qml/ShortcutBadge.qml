@@ -3,7 +3,7 @@
 import QtQuick
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     property bool spoken: true
     readonly property var drawings: ({
             "⌃": "control",

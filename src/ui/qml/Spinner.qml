@@ -14,7 +14,7 @@ Item {
     Repeater {
         model: spinner.dots
 
-        Panel {
+        RoundedRectangle {
             required property int index
             readonly property real angle: 2 * Math.PI * index / spinner.dots
 

@@ -2,7 +2,7 @@
 import QtQuick
 import orvo.settings
 
-Panel {
+RoundedRectangle {
     clip: true
     color: Theme.badge
     implicitHeight: 26
@@ -31,7 +31,7 @@ Panel {
             implicitWidth: 12
             visible: View.stateBadge.inProgress
         }
-        Panel {
+        RoundedRectangle {
             anchors.verticalCenter: parent.verticalCenter
             color: View.stateBadge.accentDot ? Theme.orvoAccent : Theme.secondary
             implicitHeight: 6

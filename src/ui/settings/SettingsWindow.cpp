@@ -6,7 +6,7 @@
 #include "ui/settings/DesktopLook.h"
 #include "ui/settings/IconStore.h"
 #include "ui/settings/ItemAccessibility.h"
-#include "ui/settings/Keyboard.h"
+#include "ui/settings/KeyboardNavigation.h"
 #include "ui/settings/ViewBinding.h"
 
 #include <QEvent>
@@ -111,7 +111,7 @@ void SettingsWindow::open() {
   look_->installIn(engine);
   icons_->installIn(engine);
   binding_->installIn(engine);
-  keyboard_ = std::make_unique<Keyboard>(*quickView_);
+  keyboard_ = std::make_unique<KeyboardNavigation>(*quickView_);
   keyboard_->installIn(engine);
   // Window lists show it where no desktop file of Orvo's is installed.
   quickView_->setIcon(QIcon(QStringLiteral(":/orvo/symbols/orvo.svg")));

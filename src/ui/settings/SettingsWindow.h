@@ -22,7 +22,7 @@ namespace orvo {
 
 class DesktopLook;
 class IconStore;
-class Keyboard;
+class KeyboardNavigation;
 class ViewBinding;
 
 class SettingsWindow : public QObject, public Window {
@@ -58,7 +58,7 @@ class SettingsWindow : public QObject, public Window {
   std::unique_ptr<DesktopLook> look_;
   std::unique_ptr<IconStore> icons_;
   std::unique_ptr<ViewBinding> binding_;
-  std::unique_ptr<Keyboard> keyboard_;
+  std::unique_ptr<KeyboardNavigation> keyboard_;
   std::unique_ptr<QQuickView> quickView_;
   std::optional<WindowFrame> frame_;
   bool centered_ = false;

@@ -1,4 +1,4 @@
-#include "ui/settings/Keyboard.h"
+#include "ui/settings/KeyboardNavigation.h"
 #include "ui/settings/SettingsWorld.h"
 
 #include <gtest/gtest.h>
@@ -259,7 +259,7 @@ TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
   EXPECT_EQ(QRect(quickView().framePosition(), quickView().size()), QRect(0, 40, 800, 700));
   model->searchText = "tw";
   openPage(about);
-  const QPointer keyboard(Keyboard::of(quickView().engine()));
+  const QPointer keyboard(KeyboardNavigation::of(quickView().engine()));
   ASSERT_TRUE(keyboard);
   quickView().resize(800, 660);
   quickView().close();

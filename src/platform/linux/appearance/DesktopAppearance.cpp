@@ -1,9 +1,6 @@
 #include "platform/linux/appearance/DesktopAppearance.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include "platform/linux/bus/SessionBus.h"
 
 #include <algorithm>
 #include <cctype>
@@ -17,6 +14,8 @@ const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString portalInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const QString colorSchemeKey = QStringLiteral("color-scheme");
+
+constexpr std::chrono::milliseconds patience{25000};
 
 bool containsDark(std::string name) {
   std::ranges::transform(name, name.begin(), [](unsigned char letter) { return std::tolower(letter); });
@@ -56,11 +55,9 @@ void DesktopAppearance::askPortal() {
       QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, QStringLiteral("Read"));
   call << appearanceGroup << colorSchemeKey;
   call.setAutoStartService(false);
-  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
-  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-    const QDBusPendingReply<QDBusVariant> reply = *watcher;
-    if (reply.isValid()) setColorScheme(reply.value().variant());
-    watcher->deleteLater();
+  session_bus::ask(QDBusConnection::sessionBus(), call, patience, this, [this](const QDBusMessage& reply) {
+    if (reply.signature() == QLatin1String("v"))
+      setColorScheme(reply.arguments().constFirst().value<QDBusVariant>().variant());
   });
 }
 

@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/BusApplication.h"
 
-#include <QDBusMessage>
+#include "platform/linux/bus/SessionBus.h"
 
 #include <utility>
 
@@ -8,28 +8,15 @@ namespace orvo {
 
 namespace {
 
-constexpr const char* applicationInterface = "org.freedesktop.Application";
-
-// Long enough for a busy machine.
-constexpr int handOverTimeoutMilliseconds = 2000;
-
 // An owner that is ending leaves the name free a moment later.
 constexpr int attempts = 3;
-
-// The path that the desktop entry specification derives from a bus name.
-QString objectPath(QString name) { return '/' + name.replace('.', '/').replace('-', '_'); }
-
-bool meansNoOwner(const QString& error) {
-  return error == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
-         error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
-}
 
 }  // namespace
 
 BusApplication::BusApplication(QDBusConnection bus, const std::string& identifier, std::function<void()> reopen)
     : bus_(std::move(bus)),
       name_(QString::fromStdString(identifier)),
-      path_(objectPath(name_)),
+      path_(session_bus::applicationPath(name_)),
       reopen_(std::move(reopen)) {
   bus_.connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", this,
                SIGNAL(busLost()));
@@ -49,18 +36,11 @@ BusApplication::Outcome BusApplication::acquireOrHandOver() {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     acquired_ = bus_.registerService(name_);
     if (acquired_) return Outcome::acquired;
-    error = handOver();
-    if (!meansNoOwner(error)) break;
+    error = session_bus::activateApplication(bus_, name_, {});
+    if (!session_bus::meansNoOwner(error)) break;
   }
   bus_.unregisterObject(path_);
   return error.isEmpty() ? Outcome::handedOver : Outcome::refused;
-}
-
-QString BusApplication::handOver() {
-  auto request = QDBusMessage::createMethodCall(name_, path_, applicationInterface, "Activate");
-  request << QVariantMap();
-  request.setAutoStartService(false);
-  return bus_.call(request, QDBus::Block, handOverTimeoutMilliseconds).errorName();
 }
 
 void BusApplication::Activate(const QVariantMap& /*platformData*/) { reopen_(); }

@@ -37,9 +37,6 @@ class BusApplication final : public QObject {
   Q_SLOT void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 
  private:
-  // Empty on success, else the error's name.
-  QString handOver();
-
   QDBusConnection bus_;
   const QString name_;
   const QString path_;

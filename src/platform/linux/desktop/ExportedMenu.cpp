@@ -28,59 +28,6 @@ bool looksAlike(const Menu& left, const Menu& right) {
 
 }  // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuLayout& layout) {
-  argument.beginStructure();
-  argument << layout.id << layout.properties;
-  argument.beginArray(qMetaTypeId<QDBusVariant>());
-  for (const MenuLayout& child : layout.children) argument << QDBusVariant(QVariant::fromValue(child));
-  argument.endArray();
-  argument.endStructure();
-  return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuLayout& layout) {
-  argument.beginStructure();
-  argument >> layout.id >> layout.properties;
-  layout.children.clear();
-  argument.beginArray();
-  while (!argument.atEnd()) {
-    QDBusVariant child;
-    argument >> child;
-    layout.children.append(qdbus_cast<MenuLayout>(child.variant()));
-  }
-  argument.endArray();
-  argument.endStructure();
-  return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuProperties& row) {
-  argument.beginStructure();
-  argument << row.id << row.properties;
-  argument.endStructure();
-  return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuProperties& row) {
-  argument.beginStructure();
-  argument >> row.id >> row.properties;
-  argument.endStructure();
-  return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuEvent& event) {
-  argument.beginStructure();
-  argument << event.id << event.name << event.data << event.timestamp;
-  argument.endStructure();
-  return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& event) {
-  argument.beginStructure();
-  argument >> event.id >> event.name >> event.data >> event.timestamp;
-  argument.endStructure();
-  return argument;
-}
-
 ExportedMenu::ExportedMenu(QDBusConnection bus, QString path, MainQueue& queue, std::function<void()> aboutToShow)
     : bus_(std::move(bus)), path_(std::move(path)), queue_(queue), aboutToShow_(std::move(aboutToShow)) {
   qDBusRegisterMetaType<MenuLayout>();
@@ -120,7 +67,7 @@ uint ExportedMenu::GetLayout(int parentId, int recursionDepth, const QStringList
   layout.id = parentId;
   layout.properties = properties(parentId);
   if (parentId != rootId || recursionDepth == 0) return revision_;
-  for (int id = 1; knows(id); ++id) layout.children.append({id, properties(id), {}});
+  for (int id = 1; knows(id); ++id) layout.children.append(QVariant::fromValue(MenuLayout{id, properties(id), {}}));
   return revision_;
 }
 

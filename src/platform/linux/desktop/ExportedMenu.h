@@ -5,8 +5,8 @@
 
 #include "platform/MainQueue.h"
 #include "platform/Menu.h"
+#include "platform/linux/bus/WireStruct.h"
 
-#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
@@ -21,12 +21,16 @@ namespace orvo {
 struct MenuLayout {
   int id = 0;
   QVariantMap properties;
-  QList<MenuLayout> children;
+  QVariantList children;  // of this kind
+
+  static auto membersOf(auto& layout) { return std::tie(layout.id, layout.properties, layout.children); }
 };
 
 struct MenuProperties {
   int id = 0;
   QVariantMap properties;
+
+  static auto membersOf(auto& row) { return std::tie(row.id, row.properties); }
 };
 
 struct MenuEvent {
@@ -34,14 +38,9 @@ struct MenuEvent {
   QString name;
   QDBusVariant data;
   uint timestamp = 0;
-};
 
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuLayout& layout);
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuLayout& layout);
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuProperties& row);
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuProperties& row);
-QDBusArgument& operator<<(QDBusArgument& argument, const MenuEvent& event);
-const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& event);
+  static auto membersOf(auto& event) { return std::tie(event.id, event.name, event.data, event.timestamp); }
+};
 
 class ExportedMenu final : public QObject {
   Q_OBJECT

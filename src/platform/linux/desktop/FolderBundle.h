@@ -4,7 +4,7 @@
 
 #include "platform/Bundle.h"
 
-#include <map>
+#include <nlohmann/json.hpp>
 
 namespace orvo {
 
@@ -20,11 +20,9 @@ class FolderBundle final : public Bundle {
   std::string program() const { return program_; }
 
  private:
-  void readInfo(const std::string& file);
-
   std::string path_;
   std::string program_;
-  std::map<std::string, InfoValue, std::less<>> info_;
+  nlohmann::json info_ = nlohmann::json::object();
 };
 
 }  // namespace orvo

@@ -26,20 +26,6 @@ QString nextServiceName() {
 
 }  // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const NotifierToolTip& toolTip) {
-  argument.beginStructure();
-  argument << toolTip.iconName << toolTip.iconPixmap << toolTip.title << toolTip.description;
-  argument.endStructure();
-  return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& toolTip) {
-  argument.beginStructure();
-  argument >> toolTip.iconName >> toolTip.iconPixmap >> toolTip.title >> toolTip.description;
-  argument.endStructure();
-  return argument;
-}
-
 StatusNotifierItem::StatusNotifierItem(StatusNotifierServices services)
     : services_(std::move(services)),
       service_(nextServiceName()),
@@ -107,36 +93,13 @@ void StatusNotifierItem::setToolTip(const std::string& text) {
   if (std::exchange(toolTip_, wanted) != wanted) emit NewToolTip();
 }
 
-void StatusNotifierItem::popUpMenu(const Menu& menu, Point /*point*/) {
-  menu_.setMenu(menu);
-  if (!popupPosition_) return;
-  popup_ = std::make_unique<PopupMenu>(menu, *popupPosition_,
-                                       [this](const std::function<void()>& action) { services_.queue.post(action); });
-}
-
 QDBusObjectPath StatusNotifierItem::menuPath() const { return QDBusObjectPath(menuObjectPath); }
 
-void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {
-  answerFirst([this] { sendAction(EventType::leftMouseUp); });
-}
-
 // The host waits for the answer of the call that is being handled.
-void StatusNotifierItem::answerFirst(std::function<void()> work) {
-  services_.queue.post([item = QPointer<StatusNotifierItem>(this), task = std::move(work)] {
-    if (item) task();
+void StatusNotifierItem::Activate(int /*x*/, int /*y*/) {
+  services_.queue.post([item = QPointer(this)] {
+    if (item) item->sendAction(EventType::leftMouseUp);
   });
 }
-
-void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
-
-void StatusNotifierItem::ContextMenu(int x, int y) {
-  answerFirst([this, position = QPoint(x, y)] {
-    popupPosition_ = position;
-    sendAction(EventType::rightMouseUp);
-    popupPosition_.reset();
-  });
-}
-
-void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
 
 }  // namespace orvo

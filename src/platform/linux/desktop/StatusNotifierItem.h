@@ -4,7 +4,6 @@
 
 #include "platform/StatusBar.h"
 #include "platform/linux/desktop/ExportedMenu.h"
-#include "platform/linux/desktop/PopupMenu.h"
 #include "platform/linux/desktop/StatusSymbols.h"
 #include "platform/qt/QtApplication.h"
 
@@ -12,10 +11,6 @@
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
 #include <QObject>
-#include <QPoint>
-
-#include <memory>
-#include <optional>
 
 namespace orvo {
 
@@ -24,10 +19,9 @@ struct NotifierToolTip {
   NotifierPixmaps iconPixmap;
   QString title;
   QString description;
-};
 
-QDBusArgument& operator<<(QDBusArgument& argument, const NotifierToolTip& toolTip);
-const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierToolTip& toolTip);
+  static auto membersOf(auto& tip) { return std::tie(tip.iconName, tip.iconPixmap, tip.title, tip.description); }
+};
 
 struct StatusNotifierServices {
   QDBusConnection bus;
@@ -80,7 +74,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   void setToolTip(const std::string& text) override;
   // The panel does not tell the size that it gives an item.
   Rect bounds() const override { return {}; }
-  void popUpMenu(const Menu& menu, Point point) override;
+  // The panel places and shows it.
+  void popUpMenu(const Menu& menu, Point /*point*/) override { menu_.setMenu(menu); }
 
   QString category() const { return "ApplicationStatus"; }
   QString id() const { return "Orvo"; }
@@ -97,9 +92,10 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
   NotifierPixmaps noPixmaps() const { return {}; }
 
   Q_SLOT void Activate(int x, int y);
-  Q_SLOT void SecondaryActivate(int x, int y);
-  Q_SLOT void ContextMenu(int x, int y);
-  Q_SLOT void Scroll(int delta, const QString& orientation);
+  Q_SLOT void SecondaryActivate(int /*x*/, int /*y*/) {}
+  // Hosts that show the exported menu have no use for it.
+  Q_SLOT void ContextMenu(int /*x*/, int /*y*/) {}
+  Q_SLOT void Scroll(int /*delta*/, const QString& /*orientation*/) {}
 
  signals:
   void NewTitle();
@@ -109,15 +105,12 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
 
  private:
   void registerWithWatcher();
-  void answerFirst(std::function<void()> work);
   void sendAction(EventType type);
 
   StatusNotifierServices services_;
   const QString service_;
   QDBusServiceWatcher watcher_;
   ExportedMenu menu_;
-  std::unique_ptr<PopupMenu> popup_;
-  std::optional<QPoint> popupPosition_;  // set while a host wants the item to show its menu itself
   bool visible_ = false;
   std::function<void()> action_;
   std::uint32_t eventMask_ = 0;

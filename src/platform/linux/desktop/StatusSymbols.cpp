@@ -58,20 +58,6 @@ NotifierPixmap pixmapOf(const QImage& image) {
 
 }  // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const NotifierPixmap& pixmap) {
-  argument.beginStructure();
-  argument << pixmap.width << pixmap.height << pixmap.bytes;
-  argument.endStructure();
-  return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierPixmap& pixmap) {
-  argument.beginStructure();
-  argument >> pixmap.width >> pixmap.height >> pixmap.bytes;
-  argument.endStructure();
-  return argument;
-}
-
 void registerSymbolTypes() {
   qDBusRegisterMetaType<NotifierPixmap>();
   qDBusRegisterMetaType<NotifierPixmaps>();

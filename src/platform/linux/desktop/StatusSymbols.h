@@ -2,8 +2,9 @@
 // colour, and as pictures for all others. Any thread.
 #pragma once
 
+#include "platform/linux/bus/WireStruct.h"
+
 #include <QByteArray>
-#include <QDBusArgument>
 #include <QList>
 #include <QString>
 
@@ -16,11 +17,10 @@ struct NotifierPixmap {
   int width = 0;
   int height = 0;
   QByteArray bytes;
+
+  static auto membersOf(auto& pixmap) { return std::tie(pixmap.width, pixmap.height, pixmap.bytes); }
 };
 using NotifierPixmaps = QList<NotifierPixmap>;
-
-QDBusArgument& operator<<(QDBusArgument& argument, const NotifierPixmap& pixmap);
-const QDBusArgument& operator>>(const QDBusArgument& argument, NotifierPixmap& pixmap);
 
 void registerSymbolTypes();
 

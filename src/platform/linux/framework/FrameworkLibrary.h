@@ -1,25 +1,24 @@
 // The concealment framework as Orvo finds it on Linux: a shared library inside the program's own
 // bundle, loaded at run time. Owned by main.cpp, which hands it to the bridge; any thread. Once it is
-// destroyed no completion is called any more, so what completions use has to outlive it.
+// destroyed no completion is called any more, so what completions use has to outlive it; its objects go before it.
 #pragma once
 
 #include "platform/ConcealmentFramework.h"
-#include "platform/linux/framework/FrameworkEntries.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace orvo {
 
-struct CompletionGate;
+// The library's one exported function, by this name and type. The caller owns what it makes.
+inline constexpr const char* frameworkEntry = "orvoMakeFramework";
+using FrameworkEntry = FrameworkClasses* (*)();
 
-class FrameworkLibrary : public ConcealmentFramework {
+class FrameworkLibrary final : public ConcealmentFramework {
  public:
   // The folder below which framework paths are looked up, without a trailing slash.
-  explicit FrameworkLibrary(std::string root);
-  FrameworkLibrary(const FrameworkLibrary&) = delete;
-  FrameworkLibrary& operator=(const FrameworkLibrary&) = delete;
-  ~FrameworkLibrary() override;
+  explicit FrameworkLibrary(std::string root) : root_(std::move(root)) {}
 
   bool load(const char* path) override;
   FrameworkClassRef classNamed(const char* name) override;
@@ -37,9 +36,8 @@ class FrameworkLibrary : public ConcealmentFramework {
   void log(const std::string& line) override;
 
  private:
-  std::string root_;
-  std::shared_ptr<CompletionGate> gate_;
-  const OrvoFrameworkEntries* entries_ = nullptr;
+  const std::string root_;
+  std::unique_ptr<FrameworkClasses> classes_;  // null until the library is loaded
 };
 
 }  // namespace orvo

@@ -1,10 +1,9 @@
 #include "platform/linux/session/AgentAccessibility.h"
 
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/session/AgentTree.h"
-#include "platform/linux/session/SessionBus.h"
 
-#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
 #include <cstdio>
@@ -25,24 +24,18 @@ constexpr std::chrono::milliseconds patience{25000};
 // Within it the agent answers whatever the panel does.
 constexpr std::chrono::milliseconds treeLimit{200};
 
-QDBusMessage statusCall(const char* method) {
-  QDBusMessage message = session_bus::call(latin(accessibilityService), latin(accessibilityPath),
-                                           session_bus::propertiesInterface, method);
-  message << latin(statusInterface) << latin(enabledProperty);
-  return message;
-}
-
 }  // namespace
 
-AgentAccessibility::AgentAccessibility(QDBusConnection bus) : bus_(std::move(bus)) {
-  watch();
-  const QDBusMessage reply = bus_.call(statusCall("Get"), QDBus::Block, static_cast<int>(firstReadingLimit.count()));
-  if (take(reply)) return;
+AgentAccessibility::AgentAccessibility(const QDBusConnection& bus)
+    : bus_(bus), enabled_(bus, {accessibilityService, accessibilityPath, statusInterface, enabledProperty}) {
+  enabled_.follow();
+  const QDBusMessage reply = enabled_.ask(firstReadingLimit);
+  if (enabled_.take(reply)) return;
   std::fprintf(stderr, "Orvo: the accessibility bus does not answer: %s\n", qPrintable(reply.errorMessage()));
 }
 
 bool AgentAccessibility::isProcessTrusted(bool prompt) {
-  const bool trusted = trusted_;
+  const bool trusted = enabled_.value();
   if (prompt && !trusted) switchOn();
   return trusted;
 }
@@ -60,40 +53,11 @@ std::optional<std::vector<ControlPlace>> AgentAccessibility::controlsNow() const
   return AgentTree::controls(elements);
 }
 
-void AgentAccessibility::watch() {
-  const QString service = latin(accessibilityService);
-  bus_.connect(service, latin(accessibilityPath), latin(session_bus::propertiesInterface),
-               QStringLiteral("PropertiesChanged"), this, SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
-  auto* watcher = new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
-  connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString&, const QString& newOwner) {
-            trusted_ = false;
-            if (!newOwner.isEmpty()) read();
-          });
-}
-
-void AgentAccessibility::propertiesChanged(const QString& interface, const QVariantMap& changed,
-                                           const QStringList& invalidated) {
-  if (interface != latin(statusInterface)) return;
-  const auto enabled = changed.find(latin(enabledProperty));
-  if (enabled != changed.end()) trusted_ = enabled->toBool();
-  if (invalidated.contains(latin(enabledProperty))) read();
-}
-
-void AgentAccessibility::read() {
-  session_bus::ask(bus_, statusCall("Get"), patience, this, [this](const QDBusMessage& reply) { take(reply); });
-}
-
-bool AgentAccessibility::take(const QDBusMessage& reply) {
-  const bool answered = reply.type() == QDBusMessage::ReplyMessage && reply.signature() == QLatin1String("v");
-  trusted_ = answered && reply.arguments().constFirst().value<QDBusVariant>().variant().toBool();
-  return answered;
-}
-
 void AgentAccessibility::switchOn() {
-  QDBusMessage message = statusCall("Set");
-  message << QVariant::fromValue(QDBusVariant(true));
-  session_bus::ask(bus_, message, patience, this, [](const QDBusMessage& reply) {
+  QDBusMessage message =
+      session_bus::call(latin(accessibilityService), latin(accessibilityPath), session_bus::propertiesInterface, "Set");
+  message << latin(statusInterface) << latin(enabledProperty) << QVariant::fromValue(QDBusVariant(true));
+  session_bus::ask(bus_, message, patience, &enabled_, [](const QDBusMessage& reply) {
     if (reply.type() != QDBusMessage::ErrorMessage) return;
     std::fprintf(stderr, "Orvo: accessibility could not be switched on: %s\n", qPrintable(reply.errorMessage()));
   });

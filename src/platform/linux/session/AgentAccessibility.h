@@ -5,15 +5,9 @@
 
 #include "platform/Accessibility.h"
 #include "platform/linux/ControlPlaces.h"
+#include "platform/linux/bus/FollowedProperty.h"
 #include "platform/linux/session/AgentConnection.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QObject>
-#include <QStringList>
-#include <QVariantMap>
-
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -21,17 +15,15 @@
 
 namespace orvo {
 
-class AgentAccessibility : public QObject, public Accessibility {
-  Q_OBJECT
-
+class AgentAccessibility final : public Accessibility {
  public:
   // How long the first reading may take, the start of the accessibility bus included.
   static constexpr std::chrono::milliseconds firstReadingLimit{1000};
 
-  explicit AgentAccessibility(QDBusConnection bus = QDBusConnection::sessionBus());
+  explicit AgentAccessibility(const QDBusConnection& bus = QDBusConnection::sessionBus());
 
   // No bus call: changes are announced.
-  bool isProcessTrusted() const override { return trusted_; }
+  bool isProcessTrusted() const override { return enabled_.value(); }
   bool isProcessTrusted(bool prompt) override;
   AccessibilityElementRef applicationElement(std::int32_t processIdentifier) override;
 
@@ -39,18 +31,13 @@ class AgentAccessibility : public QObject, public Accessibility {
   const ControlPlaces& controlPlaces() const { return places_; }
 
  private:
-  Q_SLOT void propertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
-
-  void watch();
-  void read();
-  bool take(const QDBusMessage& reply);
   void switchOn();
   std::optional<std::vector<ControlPlace>> controlsNow() const;
 
   QDBusConnection bus_;
+  FollowedProperty enabled_;
   std::shared_ptr<AgentConnection> agent_ = std::make_shared<AgentConnection>();
   ControlPlaces places_{[this] { return controlsNow(); }};
-  std::atomic<bool> trusted_ = false;
 };
 
 }  // namespace orvo

@@ -1,7 +1,8 @@
 #include "platform/linux/session/ApplicationRegistry.h"
 
 #include "platform/linux/ApplicationIdentity.h"
-#include "platform/linux/session/BundlePath.h"
+#include "platform/linux/BundleInfo.h"
+#include "platform/linux/Program.h"
 
 #include <QSocketNotifier>
 
@@ -113,8 +114,10 @@ std::optional<RunningApplication> ApplicationRegistry::application(std::int32_t 
 std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   const auto identity = identifyProcess(processIdentifier);
   if (!identity) return std::nullopt;
+  const std::string executable = executableOf("/proc/" + std::to_string(processIdentifier));
   return RunningApplication{bundleIdentifier.empty() ? identity->bundleIdentifier : bundleIdentifier, processIdentifier,
-                            identity->localizedName, bundlePathOfProcess(processIdentifier)};
+                            identity->localizedName,
+                            executable.empty() ? std::nullopt : std::optional(bundlePathOfExecutable(executable))};
 }
 
 }  // namespace orvo

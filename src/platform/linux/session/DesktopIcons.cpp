@@ -1,8 +1,8 @@
 #include "platform/linux/session/DesktopIcons.h"
 
 #include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/session/PictureSource.h"
-#include "platform/linux/session/SessionBus.h"
 
 #include <algorithm>
 #include <chrono>
@@ -41,8 +41,7 @@ void DesktopIcons::answerFromTray(std::int32_t processIdentifier, int size, cons
   question.setAutoStartService(false);
   session_bus::ask(bus_, question, answerLimit, this, [=, this](const QDBusMessage& reply) {
     const auto items = session_bus::itemsAnswer(reply);
-    const auto item =
-        std::find_if(items.begin(), items.end(), [&](const auto& known) { return known.process == processIdentifier; });
+    const auto item = std::ranges::find(items, static_cast<quint32>(processIdentifier), &KnownItem::process);
     if (item == items.end()) return answer(std::nullopt);
     answerFromItem(item->address, size, answer);
   });

@@ -1,9 +1,9 @@
 #include "platform/linux/session/DesktopWorkspace.h"
 
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/BundleInfo.h"
 #include "platform/linux/DesktopEntries.h"
-#include "platform/linux/session/BundlePath.h"
-#include "platform/linux/session/SessionBus.h"
+#include "platform/linux/bus/SessionBus.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>

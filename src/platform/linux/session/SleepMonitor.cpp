@@ -1,6 +1,6 @@
 #include "platform/linux/session/SleepMonitor.h"
 
-#include "platform/linux/session/SessionBus.h"
+#include "platform/linux/bus/SessionBus.h"
 
 #include <QDBusServiceWatcher>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #include "platform/linux/session/TrayOwners.h"
 
 #include "platform/linux/AgentProtocol.h"
-#include "platform/linux/session/SessionBus.h"
+#include "platform/linux/bus/SessionBus.h"
 
 #include <QDBusReply>
 #include <QDBusServiceWatcher>
@@ -112,7 +112,7 @@ void TrayOwners::askItems() {
 }
 
 void TrayOwners::takeItems(const QDBusMessage& reply) {
-  for (const auto& item : session_bus::itemsAnswer(reply)) found_.owner(item.process, item.bundle.toStdString());
+  for (const auto& item : session_bus::itemsAnswer(reply)) itemAdded({}, item.process, item.bundle);
 }
 
 }  // namespace orvo

@@ -1,10 +1,8 @@
 #include "platform/linux/session/UrlOpener.h"
 
-#include "platform/linux/RegularFile.h"
-#include "platform/linux/session/SessionBus.h"
+#include "platform/linux/BundleInfo.h"
+#include "platform/linux/bus/SessionBus.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
@@ -15,6 +13,7 @@
 #include <algorithm>
 #include <array>
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace orvo {
@@ -23,8 +22,6 @@ namespace {
 
 constexpr const char* accessibilityPage =
     "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-
-constexpr std::size_t greatestInfo = 1U << 20U;  // bytes
 
 struct SettingsProgram {
   const char* desktop;  // as XDG_CURRENT_DESKTOP has it
@@ -89,23 +86,6 @@ bool openAccessibilitySettings() {
   return false;
 }
 
-// Absent for whatever is not a bundle with an identifier.
-std::optional<QString> bundleIdentifierAt(const QString& root) {
-  std::error_code error;
-  const auto text = readRegularFile((root + QStringLiteral("/Info.json")).toStdString(), greatestInfo, error);
-  const QJsonValue identifier = QJsonDocument::fromJson(QByteArray::fromStdString(text.value_or("")))
-                                    .object()
-                                    .value(QStringLiteral("CFBundleIdentifier"));
-  if (!identifier.isString() || identifier.toString().isEmpty()) return std::nullopt;
-  return identifier.toString();
-}
-
-// As the desktop entry specification derives it from the application's bus name.
-QString objectPathOf(QString identifier) {
-  identifier.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
-  return QLatin1Char('/') + identifier;
-}
-
 // Lets the running copy bring its window to the front in the name of the click that started this one.
 QVariantMap platformData() {
   QVariantMap data;
@@ -127,25 +107,15 @@ void UrlOpener::open(const std::string& url, const std::function<void()>& failed
   const QUrl parsed(text);
   if (parsed.isLocalFile()) {
     const QString path = parsed.toLocalFile();
-    if (const auto identifier = bundleIdentifierAt(path)) return openBundle(path, *identifier);
+    const auto identifier = bundleIdentifier(bundleInfo(path.toStdString()));
+    if (identifier) return openBundle(path, QString::fromStdString(*identifier));
   }
   openByDesktop(text, failed);
 }
 
 void UrlOpener::openBundle(const QString& root, const QString& identifier) const {
-  if (!reopen(identifier)) start(root + QStringLiteral("/bin/orvo"), {});
-}
-
-// False only when no copy is running: one that is slow to answer is a running copy all the same.
-bool UrlOpener::reopen(const QString& identifier) const {
-  QDBusMessage message =
-      session_bus::call(identifier, objectPathOf(identifier), "org.freedesktop.Application", "Activate");
-  message << platformData();
-  message.setAutoStartService(false);
-  const QDBusMessage reply = bus_.call(message, QDBus::Block, static_cast<int>(handOverLimit.count()));
-  const QString error = reply.errorName();
-  return error != QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") &&
-         error != QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") && bus_.isConnected();
+  const QString error = session_bus::activateApplication(bus_, identifier, platformData());
+  if (session_bus::meansNoOwner(error) || !bus_.isConnected()) start(root + QStringLiteral("/bin/orvo"), {});
 }
 
 }  // namespace orvo

@@ -6,9 +6,7 @@
 #include <QDBusConnection>
 #include <QString>
 
-#include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -16,8 +14,6 @@ namespace orvo {
 
 class UrlOpener {
  public:
-  static constexpr std::chrono::milliseconds handOverLimit{2000};
-
   explicit UrlOpener(QDBusConnection bus) : bus_(std::move(bus)) {}
 
   // `failed`, which may be empty, is called on a later turn when the desktop says that it opened nothing.
@@ -25,7 +21,6 @@ class UrlOpener {
 
  private:
   void openBundle(const QString& root, const QString& identifier) const;
-  bool reopen(const QString& identifier) const;
 
   QDBusConnection bus_;
 };

@@ -52,7 +52,7 @@ Covers::Covers(XConnection& connection)
       windowType_(connection.atom("_NET_WM_WINDOW_TYPE")),
       dockType_(connection.atom("_NET_WM_WINDOW_TYPE_DOCK")) {}
 
-void Covers::lay(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
+void Covers::place(const std::vector<GuardedRegion>& regions, bool keepGrabs) {
   const auto planned = plan(regions);
   const auto stays = [&planned](Cover& cover) {
     const auto found = std::ranges::find(planned, cover.place, &Planned::place);
@@ -103,7 +103,7 @@ bool Covers::concerns(const xcb_generic_event_t& event) {
   }
 }
 
-// Somebody else moved a cover or took it off the screen: it is laid anew.
+// Somebody else moved a cover or took it off the screen: it is placed anew.
 bool Covers::isDisturbed(const xcb_generic_event_t& event) {
   const auto window = reinterpret_cast<const xcb_map_notify_event_t&>(event).window;
   const auto cover = std::ranges::find(covers_, window, &Cover::window);

@@ -25,14 +25,14 @@ class Covers {
  public:
   explicit Covers(XConnection& connection);
 
-  // Lays covers over the regions as far as a dock window lies there; a region elsewhere gets none.
+  // Places covers over the regions as far as a dock window lies there; a region elsewhere gets none.
   // With `keepGrabs`, covers that go are only moved out of sight, so that a button held on one of
   // them keeps its grab and the panel gets no release without a press; the next call without it
   // removes them.
-  void lay(const std::vector<GuardedRegion>& regions, bool keepGrabs);
-  void removeAll() { lay({}, false); }
+  void place(const std::vector<GuardedRegion>& regions, bool keepGrabs);
+  void removeAll() { place({}, false); }
 
-  // True when the event tells that panel windows came, went or moved, so that covers need laying
+  // True when the event tells that panel windows came, went or moved, so that covers need placing
   // afresh.
   bool concerns(const xcb_generic_event_t& event);
 

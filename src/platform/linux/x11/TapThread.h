@@ -1,15 +1,38 @@
-// The thread of the event tap: lays covers over the regions, holds the presses they catch, and gives
-// clicks to the session. Owned by X11EventTaps. Public operations may be called from any thread and
-// return at once; the sink's functions are called on the tap's thread.
+// The thread of the event tap: places covers over the regions, holds the presses they catch, and replays those
+// that pass. Owned by X11EventTaps. Public operations may be called from any thread and return at once; the sink's
+// functions are called on the tap's thread.
+//
+// What becomes of a press that a cover caught:
+//
+//   state     event                                            next
+//   held      the main thread's verdict                        decided: passes, or does not
+//             verdictLimit is over and nobody was asked        decided: passes; all regions are dropped
+//             the tap ends and nobody was asked                the same
+//   held or   its button goes up, or the server says that      released as well
+//   decided   it is up, where the grab was lost
+//   decided,  it passes                                        waiting, as a click
+//   released  it does not                                      forgotten
+//   waiting   clickLimit is over, or its control has gone      forgotten
+//             no button is down, its control has been found    given
+//   given     the server counts its button as up again         forgotten
+//
+// A posted click begins as waiting. A press that was caught while this process was stopped, for longer than
+// clickLimit, is forgotten at once, and the regions are dropped. A second button comes here from anywhere while the
+// first is held on a cover; where that is on no cover, it is decided from the start and passes.
+//
+// Until it is given, nobody but the main thread hears of a press or its release. What is given goes to whatever
+// stands there: covers are away meanwhile, so that the tap does not catch it itself.
 #pragma once
 
+#include "platform/linux/x11/ClickReplay.h"
 #include "platform/linux/x11/Covers.h"
 #include "platform/linux/x11/GuardedRegion.h"
 #include "platform/linux/x11/HeldPress.h"
+#include "platform/linux/x11/ServerClock.h"
 #include "platform/linux/x11/XConnection.h"
 
+#include <atomic>
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -21,10 +44,6 @@ namespace orvo {
 
 // How long a click waits for the main thread. Below what a person takes for a hung control.
 inline constexpr std::chrono::milliseconds verdictLimit{1000};
-// A click that could not be given until so long after its button went up is given no more: whoever
-// clicked has gone on, and a control that opens out of nowhere is worse than one that has to be clicked
-// again.
-inline constexpr std::chrono::milliseconds clickLimit{2000};
 
 class TapThread {
  public:
@@ -69,26 +88,6 @@ class TapThread {
     bool passes = false;
     bool released = false;
   };
-  // Root coordinates.
-  struct Position {
-    std::int16_t x;
-    std::int16_t y;
-
-    bool operator==(const Position&) const = default;
-  };
-  struct Click {
-    xcb_button_t button;
-    HeldPress::Place place;
-    Clock::time_point moment;
-  };
-  // The click that was given last, until the server has handed it out.
-  struct Given {
-    xcb_button_t button;
-    Position at;
-    Clock::time_point limit;
-    // Where the pointer was, if elsewhere.
-    std::optional<Position> from;
-  };
 
   TapThread(std::unique_ptr<XConnection> connection, Sink sink);
   void post(std::function<void()> command);
@@ -104,37 +103,24 @@ class TapThread {
   void expirePresses();
   void drop();
   void retireHeld();
-  void giveClicks();
-  bool finishGiven(const xcb_query_pointer_reply_t& pointer);
-  bool isFree() const;
-  bool giveNext();
-  std::optional<Point> locate(const ControlPoint& point, const ControlPlaces::List& controls);
-  void give(xcb_button_t button, Position at);
-  void movePointer(Position position);
-  void layCovers();
+  void placeCovers();
   void wait();
   int waitLimit() const;
   bool anyHeld() const;
 
-  void askServerTime();
-  Clock::time_point momentOf(xcb_timestamp_t time) const;
-
   std::unique_ptr<XConnection> connection_;
   Sink sink_;
   Covers covers_;
+  ServerClock clock_;
+  ClickReplay replay_;
   int wakeUp_;  // an eventfd
   std::mutex mutex_;
   std::vector<std::function<void()>> commands_;  // guarded by mutex_
   std::atomic<bool> dead_ = false;
 
-  xcb_window_t self_ = XCB_WINDOW_NONE;  // only there to be told the server's time
-  std::uint32_t serverTimeOffset_ = 0;   // our clock minus the server's, in milliseconds
   std::vector<GuardedRegion> regions_;
   bool coversStale_ = false;
   std::vector<Held> held_;
-  std::deque<Click> clicks_;
-  Clock::time_point lastRelease_;
-  std::optional<Given> given_;
   bool finishing_ = false;
   std::thread thread_;
 };

@@ -138,9 +138,9 @@ TEST(AgentClientTest, ASilentAgentIsAnErrorAndItsLateGrantIsEndedAgain) {
   AgentClient client(QDBusConnection::connectToBus(QDBusConnection::SessionBus, "client"),
                      std::chrono::milliseconds(50));
   std::atomic<int> errors = 0;
-  const auto concealment = std::make_shared<Concealment>();
+  const auto concealment = std::make_shared<AssertionState>();
   concealment->completion = [&](const auto& error) {
-    if (error && error->code == ConcealmentErrorCode::noAnswer) ++errors;
+    if (error && error->code == AgentClient::noAnswer) ++errors;
   };
   client.activate(concealment, {});
   ASSERT_TRUE(runUntil([&] { return errors == 1; }));

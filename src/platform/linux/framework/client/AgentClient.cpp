@@ -1,12 +1,8 @@
 #include "platform/linux/framework/client/AgentClient.h"
 
-#include "platform/linux/AgentProtocol.h"
+#include "platform/linux/bus/SessionBus.h"
 
 #include <QCoreApplication>
-#include <QDBusPendingCallWatcher>
-#include <QDBusReply>
-#include <QDBusServiceWatcher>
-#include <QDBusVariant>
 #include <QTimer>
 
 #include <climits>
@@ -14,36 +10,20 @@
 
 namespace orvo {
 
+using session_bus::latin;
+
 namespace {
 
-constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+FrameworkError error(AgentClient::Error code, const std::string& text) { return {"MenuBarClientCore", code, text}; }
 
-QString latin(const char* text) { return QString::fromLatin1(text); }
-
-QDBusMessage agentCall(const QString& service, const char* interface, const char* method) {
-  return QDBusMessage::createMethodCall(service, latin(agent_protocol::path), latin(interface), latin(method));
-}
-
-QDBusMessage heldQuestion() {
-  QDBusMessage message = agentCall(latin(agent_protocol::service), propertiesInterface, "Get");
-  message << latin(agent_protocol::interface) << latin(agent_protocol::heldProperty);
-  return message;
-}
-
-bool saysHeld(const QDBusMessage& reply) {
-  const QDBusReply<QDBusVariant> answer(reply);
-  return answer.isValid() && answer.value().variant().toBool();
-}
-
-ConcealmentError failure(const QDBusMessage& reply) {
-  const QString name = reply.errorName();
-  if (name == latin(agent_protocol::watcherNotHeldError))
-    return {ConcealmentErrorCode::watcherNotHeld, QStringLiteral("Another program manages the status icons.")};
+FrameworkError failure(const QDBusMessage& reply) {
+  if (reply.errorName() == latin(agent_protocol::watcherNotHeldError))
+    return error(AgentClient::watcherNotHeld, "Another program manages the status icons.");
   const auto type = QDBusError(reply).type();
   if (type == QDBusError::ServiceUnknown || type == QDBusError::NoReply || type == QDBusError::Disconnected)
-    return {ConcealmentErrorCode::agentUnavailable, QStringLiteral("The menu bar agent is not running.")};
+    return error(AgentClient::agentUnavailable, "The menu bar agent is not running.");
   const QString text = reply.errorMessage();
-  return {ConcealmentErrorCode::refused, text.isEmpty() ? QStringLiteral("The menu bar agent refused.") : text};
+  return error(AgentClient::refused, text.isEmpty() ? "The menu bar agent refused." : text.toStdString());
 }
 
 }  // namespace
@@ -61,113 +41,80 @@ AgentClient::~AgentClient() {
 }
 
 bool AgentClient::watcherHeld() {
-  if (heldForSure_) return true;
+  if (held_.value()) return true;
   // Without an application there is no event loop to hear changes with: then each question is asked.
   if (QCoreApplication::instance() != nullptr) ensureThread();
-  return saysHeld(connection_.call(heldQuestion(), QDBus::Block, static_cast<int>(questionLimit.count())));
+  return FollowedProperty::valueOf(held_.ask(questionLimit)).value_or(false);
 }
 
-void AgentClient::activate(std::shared_ptr<Concealment> concealment, ConcealmentConfiguration configuration) {
+void AgentClient::activate(std::shared_ptr<AssertionState> assertion, ConcealmentConfiguration configuration) {
   ensureThread();
   QMetaObject::invokeMethod(
       this,
-      [this, concealment = std::move(concealment), configuration = std::move(configuration)] {
-        send(concealment, configuration);
+      [this, assertion = std::move(assertion), configuration = std::move(configuration)] {
+        send(assertion, configuration);
       },
       Qt::QueuedConnection);
 }
 
-void AgentClient::invalidate(std::shared_ptr<Concealment> concealment) {
+void AgentClient::invalidate(std::shared_ptr<AssertionState> assertion) {
   QMetaObject::invokeMethod(
-      this, [this, concealment = std::move(concealment)] { end(*concealment); }, Qt::QueuedConnection);
+      this, [this, assertion = std::move(assertion)] { end(*assertion); }, Qt::QueuedConnection);
 }
 
 void AgentClient::ensureThread() {
   const std::lock_guard lock(mutex_);
   if (thread_.isRunning()) return;
   QMetaObject::invokeMethod(
-      this, [this] { watchAgent(); }, Qt::QueuedConnection);
+      this,
+      [this] {
+        held_.follow();
+        held_.fetch();
+      },
+      Qt::QueuedConnection);
   thread_.start();
 }
 
-void AgentClient::watchAgent() {
-  const QString service = latin(agent_protocol::service);
-  auto* watcher = new QDBusServiceWatcher(service, connection_, QDBusServiceWatcher::WatchForOwnerChange, this);
-  connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString&, const QString& newOwner) {
-            heldForSure_ = false;
-            if (!newOwner.isEmpty()) fetchWatcherHeld();
-          });
-  connection_.connect(service, latin(agent_protocol::path), latin(propertiesInterface),
-                      QStringLiteral("PropertiesChanged"), this,
-                      SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
-  fetchWatcherHeld();
-}
-
-void AgentClient::fetchWatcherHeld() {
-  auto* call = new QDBusPendingCallWatcher(connection_.asyncCall(heldQuestion()), this);
-  connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-    heldForSure_ = saysHeld(call->reply());
-    call->deleteLater();
-  });
-}
-
-void AgentClient::propertiesChanged(const QString& interface, const QVariantMap& changed,
-                                    const QStringList& invalidated) {
-  if (interface != latin(agent_protocol::interface)) return;
-  const auto held = changed.find(latin(agent_protocol::heldProperty));
-  if (held != changed.end()) heldForSure_ = held->toBool();
-  if (invalidated.contains(latin(agent_protocol::heldProperty))) fetchWatcherHeld();
-}
-
-void AgentClient::send(const std::shared_ptr<Concealment>& concealment, const ConcealmentConfiguration& configuration) {
-  QDBusMessage message = agentCall(latin(agent_protocol::service), agent_protocol::interface, "Activate");
+void AgentClient::send(const std::shared_ptr<AssertionState>& assertion,
+                       const ConcealmentConfiguration& configuration) {
+  QDBusMessage message = session_bus::agentCall("Activate");
   message << QVariant::fromValue(configuration.allowedSystemItems) << configuration.allowedBundleIdentifiers;
   // The bus itself sets no limit, so that an answer after ours still names the assertion to end.
-  auto* call = new QDBusPendingCallWatcher(connection_.asyncCall(message, INT_MAX), this);
-  connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, concealment] {
-    answered(concealment, call->reply());
-    call->deleteLater();
-  });
+  auto* call = session_bus::ask(connection_, message, std::chrono::milliseconds(INT_MAX), this,
+                                [this, assertion](const QDBusMessage& reply) { answered(*assertion, reply); });
   auto* patience = new QTimer(call);  // goes with the answer, so that it wakes nobody later
   patience->setSingleShot(true);
-  connect(patience, &QTimer::timeout, this, [this, concealment] {
-    if (!concealment->completion) return;
-    complete(*concealment, ConcealmentError{ConcealmentErrorCode::noAnswer,
-                                            QStringLiteral("The menu bar agent did not answer in time.")});
-    end(*concealment);
+  connect(patience, &QTimer::timeout, this, [this, assertion] {
+    if (!assertion->completion) return;
+    complete(*assertion, error(noAnswer, "The menu bar agent did not answer in time."));
+    end(*assertion);
   });
   patience->start(limit_);
 }
 
-void AgentClient::answered(const std::shared_ptr<Concealment>& concealment, const QDBusMessage& reply) {
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("u")) {
-    complete(*concealment, failure(reply));
-    return;
-  }
-  concealment->agent = reply.service();
-  concealment->identifier = reply.arguments().constFirst().toUInt();
-  if (!concealment->ended) {
-    complete(*concealment, std::nullopt);
-    return;
-  }
-  end(*concealment);
-  complete(*concealment,
-           ConcealmentError{ConcealmentErrorCode::ended, QStringLiteral("The request ended before it took effect.")});
+void AgentClient::answered(AssertionState& assertion, const QDBusMessage& reply) {
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("u"))
+    return complete(assertion, failure(reply));
+  assertion.agent = reply.service();
+  assertion.identifier = reply.arguments().constFirst().toUInt();
+  if (!assertion.ended) return complete(assertion, std::nullopt);
+  end(assertion);
+  complete(assertion, error(ended, "The request ended before it took effect."));
 }
 
-void AgentClient::end(Concealment& concealment) {
-  concealment.ended = true;
-  if (!concealment.identifier) return;
+void AgentClient::end(AssertionState& assertion) {
+  assertion.ended = true;
+  if (!assertion.identifier) return;
   // To the very agent that granted it: a later one may use the same number for another assertion.
-  QDBusMessage message = agentCall(concealment.agent, agent_protocol::interface, "Invalidate");
-  message << *std::exchange(concealment.identifier, std::nullopt);
+  QDBusMessage message =
+      session_bus::call(assertion.agent, latin(agent_protocol::path), agent_protocol::interface, "Invalidate");
+  message << *std::exchange(assertion.identifier, std::nullopt);
   message.setAutoStartService(false);
   connection_.call(message, QDBus::NoBlock);
 }
 
-void AgentClient::complete(Concealment& concealment, const std::optional<ConcealmentError>& error) {
-  if (const auto completion = std::exchange(concealment.completion, nullptr)) completion(error);
+void AgentClient::complete(AssertionState& assertion, const std::optional<FrameworkError>& error) {
+  if (const auto completion = std::exchange(assertion.completion, nullptr)) completion(error);
 }
 
 }  // namespace orvo

@@ -3,15 +3,13 @@
 // assertion of a connection that goes away. Callable from any thread.
 #pragma once
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QObject>
-#include <QStringList>
+#include "platform/ConcealmentFramework.h"
+#include "platform/linux/AgentProtocol.h"
+#include "platform/linux/bus/FollowedProperty.h"
+
 #include <QThread>
 
-#include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -23,33 +21,19 @@ struct ConcealmentConfiguration {
   QStringList allowedBundleIdentifiers;
 };
 
-enum class ConcealmentErrorCode : int {
-  watcherNotHeld = 1,
-  agentUnavailable = 2,
-  noAnswer = 3,
-  ended = 4,
-  refused = 5
-};
-
-struct ConcealmentError {
-  ConcealmentErrorCode code;
-  QString text;
-};
-
 // What became of one activation. Touched on the client's thread alone; others only hold it.
-struct Concealment {
-  using Completion = std::function<void(const std::optional<ConcealmentError>&)>;
-
-  Completion completion;  // empty once called
-  QString agent;          // unique name of the agent that granted it
+struct AssertionState {
+  FrameworkClasses::CompletionHandler completion;  // empty once called
+  QString agent;                                   // unique name of the agent that granted it
   std::optional<quint32> identifier;
   bool ended = false;
 };
 
 class AgentClient : public QObject {
-  Q_OBJECT
-
  public:
+  // The framework's numbers of errors.
+  enum Error : int { watcherNotHeld = 1, agentUnavailable = 2, noAnswer = 3, ended = 4, refused = 5 };
+
   // How long watcherHeld() may wait, D-Bus starting the agent included.
   static constexpr std::chrono::milliseconds questionLimit{1000};
   // When an activation counts as failed. Beyond the patience of any caller that keeps its own time.
@@ -65,26 +49,26 @@ class AgentClient : public QObject {
   bool watcherHeld();
 
   // The completion is called exactly once, later, on the client's thread. What follows for the same
-  // concealment is carried out after it.
-  void activate(std::shared_ptr<Concealment> concealment, ConcealmentConfiguration configuration);
-  void invalidate(std::shared_ptr<Concealment> concealment);
+  // assertion is carried out after it.
+  void activate(std::shared_ptr<AssertionState> assertion, ConcealmentConfiguration configuration);
+  void invalidate(std::shared_ptr<AssertionState> assertion);
 
  private:
-  Q_SLOT void propertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
-
   void ensureThread();
-  void watchAgent();
-  void fetchWatcherHeld();
-  void send(const std::shared_ptr<Concealment>& concealment, const ConcealmentConfiguration& configuration);
-  void answered(const std::shared_ptr<Concealment>& concealment, const QDBusMessage& reply);
-  void end(Concealment& concealment);
-  static void complete(Concealment& concealment, const std::optional<ConcealmentError>& error);
+  void send(const std::shared_ptr<AssertionState>& assertion, const ConcealmentConfiguration& configuration);
+  void answered(AssertionState& assertion, const QDBusMessage& reply);
+  void end(AssertionState& assertion);
+  static void complete(AssertionState& assertion, const std::optional<FrameworkError>& error);
 
   const std::chrono::milliseconds limit_;
   QDBusConnection connection_;
   std::mutex mutex_;  // guards the thread's start
   QThread thread_;
-  std::atomic<bool> heldForSure_ = false;  // written by thread_ only, which hears of every change
+  // Lives on the thread, which hears of every change.
+  FollowedProperty held_{
+      connection_,
+      {agent_protocol::service, agent_protocol::path, agent_protocol::interface, agent_protocol::heldProperty},
+      this};
 };
 
 }  // namespace orvo

@@ -1,4 +1,4 @@
-#include "ui/settings/Panel.h"
+#include "ui/settings/RoundedRectangle.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -18,11 +18,11 @@ QPainterPath rounded(const QRectF& place, double radius) {
 
 }  // namespace
 
-Panel::Panel(QQuickItem* parent) : QQuickPaintedItem(parent) {
-  connect(this, &Panel::changed, this, [this] { update(); });
+RoundedRectangle::RoundedRectangle(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  connect(this, &RoundedRectangle::changed, this, [this] { update(); });
 }
 
-void Panel::paint(QPainter* painter) {
+void RoundedRectangle::paint(QPainter* painter) {
   painter->setRenderHint(QPainter::Antialiasing);
   const QPainterPath outer = rounded(boundingRect(), radius_);
   painter->fillPath(outer, color_);

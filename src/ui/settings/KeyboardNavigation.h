@@ -9,7 +9,7 @@
 
 namespace orvo {
 
-class Keyboard : public QObject, public EngineSingleton<Keyboard> {
+class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNavigation> {
   Q_OBJECT
   QML_ELEMENT
   QML_SINGLETON
@@ -18,7 +18,7 @@ class Keyboard : public QObject, public EngineSingleton<Keyboard> {
 
  public:
   // Watches `window` as long as both live.
-  explicit Keyboard(QObject& window) { window.installEventFilter(this); }
+  explicit KeyboardNavigation(QObject& window) { window.installEventFilter(this); }
 
   bool inUse() const { return inUse_; }
 

@@ -8,7 +8,7 @@
 
 namespace orvo {
 
-class Panel : public QQuickPaintedItem {
+class RoundedRectangle : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
 
@@ -19,7 +19,7 @@ class Panel : public QQuickPaintedItem {
   Q_PROPERTY(double radius MEMBER radius_ NOTIFY changed)
 
  public:
-  explicit Panel(QQuickItem* parent = nullptr);
+  explicit RoundedRectangle(QQuickItem* parent = nullptr);
 
   void paint(QPainter* painter) override;
 

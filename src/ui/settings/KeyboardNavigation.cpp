@@ -1,4 +1,4 @@
-#include "ui/settings/Keyboard.h"
+#include "ui/settings/KeyboardNavigation.h"
 
 #include <QKeyEvent>
 
@@ -26,13 +26,13 @@ bool movesFocus(int key) {
 
 }  // namespace
 
-bool Keyboard::eventFilter(QObject* watched, QEvent* event) {
+bool KeyboardNavigation::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);
   if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) setInUse(true);
   return QObject::eventFilter(watched, event);
 }
 
-void Keyboard::setInUse(bool inUse) {
+void KeyboardNavigation::setInUse(bool inUse) {
   if (inUse_ == inUse) return;
   inUse_ = inUse;
   emit inUseChanged();

@@ -1,4 +1,4 @@
-#include "platform/linux/session/SessionBus.h"
+#include "platform/linux/bus/SessionBus.h"
 
 #include "platform/linux/AgentProtocol.h"
 
@@ -9,6 +9,10 @@ namespace {
 constexpr const char* busService = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 constexpr const char* itemPath = "/StatusNotifierItem";
+constexpr const char* applicationInterface = "org.freedesktop.Application";
+
+// Long enough for a busy machine.
+constexpr int activationLimit = 2000;  // milliseconds
 
 }  // namespace
 
@@ -31,28 +35,31 @@ std::optional<std::int32_t> processAnswer(const QDBusMessage& reply) {
   return static_cast<std::int32_t>(reply.arguments().constFirst().toUInt());
 }
 
-std::vector<TrayItem> itemsAnswer(const QDBusMessage& reply) {
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a(sus)")) return {};
-  std::vector<TrayItem> items;
-  const auto list = reply.arguments().constFirst().value<QDBusArgument>();
-  list.beginArray();
-  while (!list.atEnd()) {
-    TrayItem item;
-    quint32 process = 0;
-    list.beginStructure();
-    list >> item.address >> process >> item.bundle;
-    list.endStructure();
-    item.process = static_cast<std::int32_t>(process);
-    items.push_back(std::move(item));
-  }
-  list.endArray();
-  return items;
+QList<KnownItem> itemsAnswer(const QDBusMessage& reply) {
+  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != latin(agent_protocol::itemsForm)) return {};
+  return qdbus_cast<QList<KnownItem>>(reply.arguments().constFirst());
 }
 
 std::pair<QString, QString> splitItemAddress(const QString& address) {
   const auto slash = address.indexOf(QLatin1Char('/'));
   if (slash < 0) return {address, latin(itemPath)};
   return {address.left(slash), address.mid(slash)};
+}
+
+QString activateApplication(const QDBusConnection& bus, const QString& identifier, const QVariantMap& platformData) {
+  QDBusMessage message = call(identifier, applicationPath(identifier), applicationInterface, "Activate");
+  message << platformData;
+  message.setAutoStartService(false);
+  return bus.call(message, QDBus::Block, activationLimit).errorName();
+}
+
+bool meansNoOwner(const QString& error) {
+  return error == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
+         error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
+}
+
+QString applicationPath(QString identifier) {
+  return '/' + identifier.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
 }
 
 }  // namespace orvo::session_bus

@@ -1,29 +1,35 @@
 // Shorthand for talking to the session bus and to the agent on it.
 #pragma once
 
-#include <QDBusArgument>
+#include "platform/linux/bus/WireStruct.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QObject>
 #include <QString>
+#include <QVariantMap>
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <utility>
-#include <vector>
 
-namespace orvo::session_bus {
+namespace orvo {
+
+// One of what Items answers.
+struct KnownItem {
+  QString address;
+  quint32 process = 0;
+  QString bundle;  // as the agent names it; empty where unknown
+
+  static auto membersOf(auto& item) { return std::tie(item.address, item.process, item.bundle); }
+};
+
+namespace session_bus {
 
 inline constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
-
-struct TrayItem {
-  QString address;
-  std::int32_t process = 0;
-  QString bundle;  // as the agent names it; empty where unknown
-};
 
 inline QString latin(const char* text) { return QString::fromLatin1(text); }
 
@@ -34,21 +40,31 @@ QDBusMessage processQuestion(const QString& busName);
 std::optional<std::int32_t> processAnswer(const QDBusMessage& reply);
 
 // Empty for anything but a list of items.
-std::vector<TrayItem> itemsAnswer(const QDBusMessage& reply);
+QList<KnownItem> itemsAnswer(const QDBusMessage& reply);
 
-// Calls `answer` with the reply, once, unless `context` is gone by then.
+// Calls `answer` with the reply, once, unless `context` is gone by then. The watcher goes with the answer.
 template <typename Answer>
-void ask(const QDBusConnection& bus, const QDBusMessage& message, std::chrono::milliseconds limit, QObject* context,
-         Answer answer) {
+QDBusPendingCallWatcher* ask(const QDBusConnection& bus, const QDBusMessage& message, std::chrono::milliseconds limit,
+                             QObject* context, Answer answer) {
   auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message, static_cast<int>(limit.count())), context);
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
                    [watcher, answer = std::move(answer)]() mutable {
                      answer(watcher->reply());
                      watcher->deleteLater();
                    });
+  return watcher;
 }
+
+// Asks a running application to come to the front, and waits: the name of the error, empty on success. Only
+// meansNoOwner() tells for certain that no copy is running; one that is slow to answer is a running copy all the same.
+QString activateApplication(const QDBusConnection& bus, const QString& identifier, const QVariantMap& platformData);
+bool meansNoOwner(const QString& error);
+// As the desktop entry specification derives it from the application's bus name.
+QString applicationPath(QString identifier);
 
 // What a service and its object path make of the address of a tray item.
 std::pair<QString, QString> splitItemAddress(const QString& address);
 
-}  // namespace orvo::session_bus
+}  // namespace session_bus
+
+}  // namespace orvo
