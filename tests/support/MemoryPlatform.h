@@ -3,6 +3,7 @@
 // goes first. The plain services record what they were told and answer what the test sets.
 #pragma once
 
+#include "bridge/FrameworkEntry.h"
 #include "platform/Application.h"
 #include "platform/ApplicationIcons.h"
 #include "platform/Bundle.h"
@@ -23,6 +24,10 @@
 #include "support/MemoryAccessibility.h"
 #include "support/MemoryEventTaps.h"
 #include "support/MemoryFramework.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
 
 namespace orvo {
 
@@ -104,8 +109,17 @@ struct MemoryHotKeys : HotKeys {
 
 // Case-insensitive in ASCII, runs of digits by their value.
 struct AsciiText : LocalizedText {
-  int standardCompare(std::string_view left, std::string_view right) const override;
-  bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override;
+  int standardCompare(std::string_view left, std::string_view right) const override {
+    return strverscmp(lower(left).c_str(), lower(right).c_str());
+  }
+  bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override {
+    return !needle.empty() && lower(text).find(lower(needle)) != std::string::npos;
+  }
+  static std::string lower(std::string_view text) {
+    std::string all(text);
+    for (char& each : all) each = each >= 'A' && each <= 'Z' ? static_cast<char>(each - 'A' + 'a') : each;
+    return all;
+  }
 };
 
 struct MemoryUserDefaults : UserDefaults {
@@ -146,7 +160,9 @@ struct MemoryFileSystem : FileSystem {
   std::string resolvingSymbolicLinks(const std::string& path) const override {
     return path.starts_with("/link/") ? "/Applications" + path.substr(5) : path;
   }
-  std::string standardizing(const std::string& path) const override;
+  std::string standardizing(const std::string& path) const override {
+    return std::filesystem::path(path).lexically_normal().string();
+  }
 };
 
 struct MemoryLoginItem : LoginItem {
@@ -269,21 +285,44 @@ struct MemoryApplicationIcons : ApplicationIcons {
   void icon(std::int32_t pid, int size, Answer answer) override { requests.push_back({pid, size, std::move(answer)}); }
 };
 
+struct NamedApp {
+  std::string bundleID;
+  std::string name;
+};
+
 class MemoryPlatform {
  public:
   // Where the clock of `showItems` stands.
   static constexpr Rect clockFrame{1800, 0, 60, 24};
 
-  MemoryPlatform();
+  static constexpr std::int32_t hostPid = 10;
+  std::int32_t freePid = 2000;
+
+  MemoryPlatform() {
+    setConcealmentFramework(&framework);
+    workspace.launch(std::string(menuBarHostBundle), hostPid);
+  }
   MemoryPlatform(const MemoryPlatform&) = delete;
   MemoryPlatform& operator=(const MemoryPlatform&) = delete;
-  ~MemoryPlatform();
+  ~MemoryPlatform() { setConcealmentFramework(nullptr); }
 
-  // From now on the menu bar shows a clock and the items of these applications, which are launched
-  // if they do not run yet. Posts no notification.
-  void showItems(const std::vector<std::string>& bundles);
+  // From now on the menu bar shows a clock and the items of these applications, which are launched, from process
+  // 2000 on, if they do not run yet. Posts no notification.
+  void showItems(const std::vector<NamedApp>& apps) {
+    std::vector children{element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
+    for (const NamedApp& app : apps) {
+      if (workspace.runningApplications(app.bundleID).empty()) workspace.launch(app.bundleID, freePid++);
+      const auto running = std::ranges::find(workspace.running, app.bundleID, &RunningApplication::bundleIdentifier);
+      running->localizedName = app.name;
+      children.push_back(element(running->processIdentifier));
+    }
+    accessibility.trees[hostPid] = element(hostPid)->withChildren(children);
+  }
   // Runs scans and posted tasks until none is left; the clock stands still.
-  void settle();
+  void settle() {
+    while (scanExecutor.runOne() || mainQueue.runOne()) {
+    }
+  }
 
   ManualMainQueue mainQueue;
   ManualExecutor scanExecutor;
