@@ -41,16 +41,6 @@ TEST(AppDelegateTest, TheSettingsOpenAtLaunchUnlessNothingIsMissing) {
   }
 }
 
-TEST(AppDelegateTest, TheArrowStandsInTheBarBeforeTheModelStarts) {
-  MemoryPlatform memory;
-  const MemoryStatusBar& bar = memory.statusBar;
-  const auto delegate = AppDelegate::make(memory.platform);
-  delegate->model().willChange.observe([&] { EXPECT_EQ(bar.items.use_count(), 2); });
-  delegate->applicationDidFinishLaunching();
-  EXPECT_TRUE(bar.autosaveName == "Quillet.Toggle" && bar.eventMask == 20U);
-  EXPECT_EQ(bar.label + "/" + bar.identifier, "Orvo menu bar manager/Orvo.NativeMenuBarToggle");
-}
-
 TEST(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
   App app;
   const auto& bar = app.memory.statusBar;

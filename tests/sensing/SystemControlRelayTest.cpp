@@ -31,20 +31,6 @@ class SystemControlRelayTest : public testing::Test {
   std::shared_ptr<SystemControlRelay> relay_ = SystemControlRelay::make(taps_, queue_);
 };
 
-TEST_F(SystemControlRelayTest, MakesOneActiveSessionTapForMouseButtons) {
-  for (const bool fails : {true, false, false}) {
-    taps_.creationFails = fails;
-    relay_->install();
-    EXPECT_EQ(relay_->isInstalled(), !fails);
-  }
-  EXPECT_TRUE(taps_.created == 1 && taps_.mask == 0x1EU && taps_.enabled && taps_.inRunLoop);
-  for (int twice = 0; twice < 2; ++twice) relay_->stop();
-  EXPECT_FALSE(taps_.valid || taps_.inRunLoop || relay_->isInstalled());
-  taps_.sourceFails = true;
-  relay_->install();
-  EXPECT_TRUE(relay_->isInstalled() && taps_.enabled) << "without a run-loop source";
-}
-
 TEST_F(SystemControlRelayTest, HoldsAClickFor180MillisecondsAndForNobodyOnceItIsGone) {
   conceal();
   EXPECT_FALSE(passes(rightMouseDown));

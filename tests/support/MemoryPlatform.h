@@ -26,6 +26,7 @@
 #include "support/MemoryFramework.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -80,22 +81,19 @@ struct MemoryWorkspace : Workspace {
   NotificationCenter& notificationCenter() override { return center; }
 };
 
-// Counts what is held, which falls below zero when more is released than was had, and refuses on demand.
+// Counts what is held, and ends the process where more is released than was had. Refuses on demand.
 struct MemoryHotKeys : HotKeys {
-  HotKeyStatus installStatus = hotKeyNoError;
   HotKeyStatus registerStatus = hotKeyNoError;
   bool available = true;
-  int handlers = 0;
   int hotKeys = 0;
   EventHandlerFunction function = nullptr;
   void* userData = nullptr;
 
-  // Presses any registered combination; answers the handler's status.
-  HotKeyStatus press() { return function(userData); }
+  // Presses any registered combination.
+  void press() const { function(userData); }
   HotKeyStatus installEventHandler(EventHandlerFunction newFunction, EventTypeSpec, void* newUserData,
                                    EventHandlerRef& handler) override {
-    if (installStatus != hotKeyNoError) return installStatus;
-    ++handlers, function = newFunction, userData = newUserData, handler = EventHandlerRef{1};
+    function = newFunction, userData = newUserData, handler = EventHandlerRef{1};
     return hotKeyNoError;
   }
   HotKeyStatus registerEventHotKey(std::uint32_t, std::uint32_t, HotKeyID, std::uint32_t, HotKeyRef& key) override {
@@ -103,8 +101,10 @@ struct MemoryHotKeys : HotKeys {
     return registerStatus;
   }
   bool isAvailable(HotKeyRef) const override { return available; }
-  void unregisterEventHotKey(HotKeyRef) override { --hotKeys; }
-  void removeEventHandler(EventHandlerRef) override { --handlers; }
+  void unregisterEventHotKey(HotKeyRef) override {
+    if (--hotKeys < 0) std::abort();
+  }
+  void removeEventHandler(EventHandlerRef) override { function = nullptr; }
 };
 
 // Case-insensitive in ASCII, runs of digits by their value.
@@ -211,15 +211,14 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   bool grantsButtons = true;
   // Has as many owners as there are items, and one more.
   std::shared_ptr<void> items = std::make_shared<int>();
-  std::string autosaveName, label, identifier, image, toolTip;
+  std::string image, toolTip;
   std::function<void()> action;
-  std::uint32_t eventMask = 0;
   std::optional<Menu> menu;
   Point menuPoint;
 
   struct Item : StatusItem {
     explicit Item(MemoryStatusBar& in) : bar(in), alive(in.items) {}
-    void setAutosaveName(const std::string& name) override { bar.autosaveName = name; }
+    void setAutosaveName(const std::string&) override {}
     void setBehavior(std::uint32_t) override {}
     void setVisible(bool) override {}
     StatusItemButton* button() override { return bar.grantsButtons ? &bar : nullptr; }
@@ -229,11 +228,9 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   std::unique_ptr<StatusItem> statusItem(double) override {
     return grantsItems ? std::make_unique<Item>(*this) : nullptr;
   }
-  void setAction(std::function<void()> newAction, std::uint32_t mask) override {
-    action = std::move(newAction), eventMask = mask;
-  }
-  void setAccessibilityLabel(const std::string& text) override { label = text; }
-  void setAccessibilityIdentifier(const std::string& text) override { identifier = text; }
+  void setAction(std::function<void()> newAction, std::uint32_t) override { action = std::move(newAction); }
+  void setAccessibilityLabel(const std::string&) override {}
+  void setAccessibilityIdentifier(const std::string&) override {}
   void setImage(const std::string& symbolName, const std::string&) override { image = symbolName; }
   void setToolTip(const std::string& text) override { toolTip = text; }
   Rect bounds() const override { return {0, 3, 24, 22}; }

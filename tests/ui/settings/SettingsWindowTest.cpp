@@ -201,13 +201,10 @@ TEST_F(SettingsWindowTest, ARescanKeepsPlaceAndFocusUntilTheRowItselfGoes) {
 
 TEST_F(SettingsWindowTest, EveryPageIsReachedAndWorkedByKeyboardAlone) {
   open();
-  for (const char* name : {"Menu bar", "Behavior", "About Orvo", "Find an app", "Refresh menu bar icons", "Keep"})
-    tabTo(name);
+  for (const char* name : {"About Orvo", "Find an app", "Refresh menu bar icons", "Keep"}) tabTo(name);
   // Within the list the arrows choose and move.
-  press("Down Right");
-  EXPECT_TRUE(isMarked("two"));
-  press("Tab");
-  EXPECT_EQ(focused(), "Hide selected icons");
+  press("Down Right Tab");
+  EXPECT_TRUE(isMarked("two") && focused() == "Hide selected icons");
   press("Shift+Backtab");
   EXPECT_EQ(focused(), "Hide");
   tabTo("Behavior");
@@ -219,7 +216,6 @@ TEST_F(SettingsWindowTest, EveryPageIsReachedAndWorkedByKeyboardAlone) {
   EXPECT_TRUE(model->launchAtLogin());
   tabTo("About Orvo");
   press("Space");
-  tabTo("Copy system details");
   tabTo("macOS compatibility research");
   press("Return");
   EXPECT_EQ(memory.workspace.openedURLs.size(), 1U);
