@@ -209,7 +209,7 @@ QImage picture(const State& state, bool dark) {
   SettingsWorld world;
   world.memory.words = linuxWords;
   world.memory.processInfo.version = "Debian GNU/Linux 12 (bookworm)";
-  world.setApps(state.apps);
+  world.memory.showItems(state.apps);
   for (const Step& step : state.before) step(world);
   world.setLook(dark);
   world.show();

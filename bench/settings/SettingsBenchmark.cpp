@@ -75,7 +75,7 @@ void measureRescans(SettingsWorld& world) {
     auto apps = manyApps(400);
     // Every tenth application comes and goes.
     std::erase_if(apps, [&, index = 0](const NamedApp&) mutable { return index++ % 10 == round % 2; });
-    world.setApps(apps);
+    world.memory.showItems(apps);
     rescans.push_back(costOf([&] { world.rescan(); }));
   }
   print("rescan of 400 rows, 80 of them changed", rescans);
@@ -101,7 +101,7 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argc, argv);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   orvo::SettingsWorld world;
-  world.setApps(orvo::manyApps(400));
+  world.memory.showItems(orvo::manyApps(400));
   world.setLook(false, false);
   world.launch();
   orvo::measureShowing(world);

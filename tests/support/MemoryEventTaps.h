@@ -28,10 +28,8 @@ struct MemoryEvent : Event {
 
 struct MemoryEventTaps : EventTaps {
   bool creationFails = false;
-  bool sourceFails = false;
   std::vector<MemoryEvent> posted;
   // Of the newest tap, also after its port has gone.
-  int created = 0;
   std::uint64_t mask = 0;
   EventTapCallback callback = nullptr;
   void* userInfo = nullptr;
@@ -61,7 +59,7 @@ struct MemoryEventTaps : EventTaps {
     Port(const Port&) = delete;
     Port& operator=(const Port&) = delete;
     ~Port() override { taps.valid = false; }
-    bool addToMainRunLoop() override { return taps.inRunLoop = !taps.sourceFails; }
+    bool addToMainRunLoop() override { return taps.inRunLoop = true; }
     void removeFromMainRunLoop() override { taps.inRunLoop = false; }
     void enable() override { taps.enabled = true; }
     void invalidate() override { taps.valid = false; }
@@ -71,7 +69,7 @@ struct MemoryEventTaps : EventTaps {
   std::unique_ptr<EventTapPort> create(EventTapLocation, EventTapPlacement, EventTapOptions, std::uint64_t newMask,
                                        EventTapCallback newCallback, void* newUserInfo) override {
     if (creationFails) return nullptr;
-    ++created, mask = newMask, callback = newCallback, userInfo = newUserInfo;
+    mask = newMask, callback = newCallback, userInfo = newUserInfo;
     inRunLoop = enabled = false, valid = true, regions.clear();
     return std::make_unique<Port>(*this);
   }

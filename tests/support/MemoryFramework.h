@@ -24,11 +24,9 @@ struct MemoryFramework : ConcealmentFramework {
     std::weak_ptr<void> concealing;
   };
 
-  // Faults. Names are of classes and messages.
+  // Faults. Names are of classes and messages, and "configuration" and "assertion" of their objects.
   bool loads = true;
   std::set<std::string> missing;
-  bool configurationIsNull = false;
-  bool assertionIsNull = false;
   // Runs at the start of the step and may throw; see `raising`.
   std::map<Step, std::function<void()>> raises;
   // Runs at the end of every activation, with its number; may answer at once, on any thread, or throw.
@@ -89,11 +87,11 @@ struct MemoryFramework : ConcealmentFramework {
     raiseIn(Step::makeConfiguration);
     const auto made = std::make_shared<Object>(alive);
     made->wanted = {nullptr, {items.begin(), items.end()}, bundles, {}, {}};
-    return configurationIsNull ? nullptr : made;
+    return missing.contains("configuration") ? nullptr : made;
   }
   FrameworkObjectRef makeAssertion(FrameworkClassRef) override {
     raiseIn(Step::makeAssertion);
-    return assertionIsNull ? nullptr : std::make_shared<Object>(alive);
+    return missing.contains("assertion") ? nullptr : std::make_shared<Object>(alive);
   }
   void activate(FrameworkObject& assertion, const FrameworkObjectRef& with, CompletionHandler completion) override {
     raiseIn(Step::activate);

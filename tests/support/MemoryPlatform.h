@@ -3,6 +3,7 @@
 // goes first. The plain services record what they were told and answer what the test sets.
 #pragma once
 
+#include "bridge/FrameworkEntry.h"
 #include "platform/Application.h"
 #include "platform/ApplicationIcons.h"
 #include "platform/Bundle.h"
@@ -23,6 +24,11 @@
 #include "support/MemoryAccessibility.h"
 #include "support/MemoryEventTaps.h"
 #include "support/MemoryFramework.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
 
 namespace orvo {
 
@@ -75,22 +81,19 @@ struct MemoryWorkspace : Workspace {
   NotificationCenter& notificationCenter() override { return center; }
 };
 
-// Counts what is held, which falls below zero when more is released than was had, and refuses on demand.
+// Counts what is held, and ends the process where more is released than was had. Refuses on demand.
 struct MemoryHotKeys : HotKeys {
-  HotKeyStatus installStatus = hotKeyNoError;
   HotKeyStatus registerStatus = hotKeyNoError;
   bool available = true;
-  int handlers = 0;
   int hotKeys = 0;
   EventHandlerFunction function = nullptr;
   void* userData = nullptr;
 
-  // Presses any registered combination; answers the handler's status.
-  HotKeyStatus press() { return function(userData); }
+  // Presses any registered combination.
+  void press() const { function(userData); }
   HotKeyStatus installEventHandler(EventHandlerFunction newFunction, EventTypeSpec, void* newUserData,
                                    EventHandlerRef& handler) override {
-    if (installStatus != hotKeyNoError) return installStatus;
-    ++handlers, function = newFunction, userData = newUserData, handler = EventHandlerRef{1};
+    function = newFunction, userData = newUserData, handler = EventHandlerRef{1};
     return hotKeyNoError;
   }
   HotKeyStatus registerEventHotKey(std::uint32_t, std::uint32_t, HotKeyID, std::uint32_t, HotKeyRef& key) override {
@@ -98,14 +101,25 @@ struct MemoryHotKeys : HotKeys {
     return registerStatus;
   }
   bool isAvailable(HotKeyRef) const override { return available; }
-  void unregisterEventHotKey(HotKeyRef) override { --hotKeys; }
-  void removeEventHandler(EventHandlerRef) override { --handlers; }
+  void unregisterEventHotKey(HotKeyRef) override {
+    if (--hotKeys < 0) std::abort();
+  }
+  void removeEventHandler(EventHandlerRef) override { function = nullptr; }
 };
 
 // Case-insensitive in ASCII, runs of digits by their value.
 struct AsciiText : LocalizedText {
-  int standardCompare(std::string_view left, std::string_view right) const override;
-  bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override;
+  int standardCompare(std::string_view left, std::string_view right) const override {
+    return strverscmp(lower(left).c_str(), lower(right).c_str());
+  }
+  bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override {
+    return !needle.empty() && lower(text).find(lower(needle)) != std::string::npos;
+  }
+  static std::string lower(std::string_view text) {
+    std::string all(text);
+    for (char& each : all) each = each >= 'A' && each <= 'Z' ? static_cast<char>(each - 'A' + 'a') : each;
+    return all;
+  }
 };
 
 struct MemoryUserDefaults : UserDefaults {
@@ -146,7 +160,9 @@ struct MemoryFileSystem : FileSystem {
   std::string resolvingSymbolicLinks(const std::string& path) const override {
     return path.starts_with("/link/") ? "/Applications" + path.substr(5) : path;
   }
-  std::string standardizing(const std::string& path) const override;
+  std::string standardizing(const std::string& path) const override {
+    return std::filesystem::path(path).lexically_normal().string();
+  }
 };
 
 struct MemoryLoginItem : LoginItem {
@@ -195,15 +211,14 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   bool grantsButtons = true;
   // Has as many owners as there are items, and one more.
   std::shared_ptr<void> items = std::make_shared<int>();
-  std::string autosaveName, label, identifier, image, toolTip;
+  std::string image, toolTip;
   std::function<void()> action;
-  std::uint32_t eventMask = 0;
   std::optional<Menu> menu;
   Point menuPoint;
 
   struct Item : StatusItem {
     explicit Item(MemoryStatusBar& in) : bar(in), alive(in.items) {}
-    void setAutosaveName(const std::string& name) override { bar.autosaveName = name; }
+    void setAutosaveName(const std::string&) override {}
     void setBehavior(std::uint32_t) override {}
     void setVisible(bool) override {}
     StatusItemButton* button() override { return bar.grantsButtons ? &bar : nullptr; }
@@ -213,11 +228,9 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   std::unique_ptr<StatusItem> statusItem(double) override {
     return grantsItems ? std::make_unique<Item>(*this) : nullptr;
   }
-  void setAction(std::function<void()> newAction, std::uint32_t mask) override {
-    action = std::move(newAction), eventMask = mask;
-  }
-  void setAccessibilityLabel(const std::string& text) override { label = text; }
-  void setAccessibilityIdentifier(const std::string& text) override { identifier = text; }
+  void setAction(std::function<void()> newAction, std::uint32_t) override { action = std::move(newAction); }
+  void setAccessibilityLabel(const std::string&) override {}
+  void setAccessibilityIdentifier(const std::string&) override {}
   void setImage(const std::string& symbolName, const std::string&) override { image = symbolName; }
   void setToolTip(const std::string& text) override { toolTip = text; }
   Rect bounds() const override { return {0, 3, 24, 22}; }
@@ -269,21 +282,44 @@ struct MemoryApplicationIcons : ApplicationIcons {
   void icon(std::int32_t pid, int size, Answer answer) override { requests.push_back({pid, size, std::move(answer)}); }
 };
 
+struct NamedApp {
+  std::string bundleID;
+  std::string name;
+};
+
 class MemoryPlatform {
  public:
   // Where the clock of `showItems` stands.
   static constexpr Rect clockFrame{1800, 0, 60, 24};
 
-  MemoryPlatform();
+  static constexpr std::int32_t hostPid = 10;
+  std::int32_t freePid = 2000;
+
+  MemoryPlatform() {
+    setConcealmentFramework(&framework);
+    workspace.launch(std::string(menuBarHostBundle), hostPid);
+  }
   MemoryPlatform(const MemoryPlatform&) = delete;
   MemoryPlatform& operator=(const MemoryPlatform&) = delete;
-  ~MemoryPlatform();
+  ~MemoryPlatform() { setConcealmentFramework(nullptr); }
 
-  // From now on the menu bar shows a clock and the items of these applications, which are launched
-  // if they do not run yet. Posts no notification.
-  void showItems(const std::vector<std::string>& bundles);
+  // From now on the menu bar shows a clock and the items of these applications, which are launched, from process
+  // 2000 on, if they do not run yet. Posts no notification.
+  void showItems(const std::vector<NamedApp>& apps) {
+    std::vector children{element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
+    for (const NamedApp& app : apps) {
+      if (workspace.runningApplications(app.bundleID).empty()) workspace.launch(app.bundleID, freePid++);
+      const auto running = std::ranges::find(workspace.running, app.bundleID, &RunningApplication::bundleIdentifier);
+      running->localizedName = app.name;
+      children.push_back(element(running->processIdentifier));
+    }
+    accessibility.trees[hostPid] = element(hostPid)->withChildren(children);
+  }
   // Runs scans and posted tasks until none is left; the clock stands still.
-  void settle();
+  void settle() {
+    while (scanExecutor.runOne() || mainQueue.runOne()) {
+    }
+  }
 
   ManualMainQueue mainQueue;
   ManualExecutor scanExecutor;

@@ -10,6 +10,11 @@ using M = MemoryPlatform;
 using W = World;
 using Step = MemoryFramework::Step;
 
+const std::vector<NamedApp> bothApps{{appOne, appOne}, {appTwo, appTwo}};
+const std::vector<NamedApp> twoAlone{{appTwo, "two"}};
+const FrameworkError refusal{"Some.Domain", 7, "not now"};
+constexpr Point onClock{M::clockFrame.x, M::clockFrame.y};
+
 const std::map<std::string, void (*)(M&)> platformSteps{
     {"elsewhere", [](M& m) { m.bundle.bundlePath = "/Downloads/Orvo.app"; }},
     {"noframework", [](M& m) { m.framework.loads = false; }},
@@ -18,22 +23,19 @@ const std::map<std::string, void (*)(M&)> platformSteps{
     {"untrusted", [](M& m) { m.accessibility.trusted = false; }},
     {"taps", [](M& m) { m.eventTaps.creationFails = false; }},
     {"notaps", [](M& m) { m.eventTaps.creationFails = true; }},
-    {"controls",
-     [](M& m) {
-       m.showItems({appOne, appTwo});
-     }},
+    {"taken", [](M& m) { m.hotKeys.registerStatus = -9878; }},
+    {"neveropened", [](M& m) { m.userDefaults.booleans.clear(); }},
+    {"nologin", [](M& m) { m.loginItem.failure = "full"; }},
+    {"controls", [](M& m) { m.showItems(bothApps); }},
     {"nocontrols", [](M& m) { m.accessibility.trees.clear(); }},
-    {"onlytwo", [](M& m) { m.showItems({appTwo}), m.workspace.running.back().localizedName = "two"; }},
+    {"onlytwo", [](M& m) { m.showItems(twoAlone); }},
     {"onequits", [](M& m) { m.workspace.quit(appOne); }},
     {"echo", [](M& m) { m.framework.onActivate = [&m](std::size_t number) { m.framework.answer(number); }; }},
-    {"null", [](M& m) { m.framework.assertionIsNull = true; }},
+    {"null", [](M& m) { m.framework.missing = {"assertion"}; }},
     {"broken", [](M& m) { m.framework.raises[Step::activate] = MemoryFramework::raising("broken"); }},
-    {"whole", [](M& m) { m.framework.assertionIsNull = false, m.framework.raises.erase(Step::activate); }},
+    {"whole", [](M& m) { m.framework.missing.clear(), m.framework.raises.erase(Step::activate); }},
     {"press", [](M& m) { m.hotKeys.press(); }},
-    {"click",
-     [](M& m) {
-       m.eventTaps.press({M::clockFrame.x + 1, M::clockFrame.y + 1});
-     }},
+    {"click", [](M& m) { m.eventTaps.press(onClock); }},
     {"losttap", [](M& m) { m.eventTaps.disable(EventType::tapDisabledByUserInput); }},
     {"launch", [](M& m) { m.workspace.center.post(Notification::applicationLaunched); }},
     {"exit", [](M& m) { m.workspace.center.post(Notification::applicationTerminated); }},
@@ -51,10 +53,7 @@ const std::map<std::string, void (*)(M&)> platformSteps{
 const std::map<std::string, void (*)(W&)> modelSteps{
     {"hide", [](W& w) { w.model->hideSelected(); }},
     {"yes", [](W& w) { w.answerLast(); }},
-    {"no",
-     [](W& w) {
-       w.answerLast(FrameworkError{"Some.Domain", 7, "not now"});
-     }},
+    {"no", [](W& w) { w.answerLast(refusal); }},
     {"reveal", [](W& w) { w.model->reveal(false); }},
     {"peek", [](W& w) { w.model->reveal(true); }},
     {"refresh", [](W& w) { w.model->refresh(); }},
@@ -63,16 +62,17 @@ const std::map<std::string, void (*)(W&)> modelSteps{
     {"picktwo", [](W& w) { w.model->setRule(IconRule::hidden, appTwo); }},
     {"dropone", [](W& w) { w.model->setRule(IconRule::visible, appOne); }},
     {"ask", [](W& w) { w.model->requestAccessibility(); }},
+    {"search", [](W& w) { w.model->searchText = " "; }},
     {"login", [](W& w) { w.model->setLoginItem(true); }},
     {"stop", [](W& w) { w.model->stop(); }}};
 
 }  // namespace
 
 World::World(const std::function<void(MemoryPlatform&)>& prepare) {
-  memory.showItems({appOne, appTwo});
+  memory.showItems(bothApps);
   memory.userDefaults.setData(preferencesKey, R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
   memory.userDefaults.setBoolean(openedSettingsKey, true);
-  if (prepare) prepare(memory);
+  prepare(memory);
   delegate = AppDelegate::make(memory.platform);
   model = &delegate->model();
   memory.application.setDelegate(delegate.get());

@@ -17,8 +17,9 @@ inline constexpr const char* openedSettingsKey = "Orvo.HasOpenedSettings";
 
 class World {
  public:
-  // `prepare` changes the platform before the launch.
-  explicit World(const std::function<void(MemoryPlatform&)>& prepare = {});
+  // `prepare` changes the platform before the launch; it may be told by the names of steps.
+  explicit World(const std::function<void(MemoryPlatform&)>& prepare);
+  explicit World(const std::string& steps = "") : World([&](MemoryPlatform& platform) { play(platform, steps); }) {}
 
   // Takes steps by their names, which World.cpp tells, parted by blanks. "400ms" lets time pass, "delay7" chooses a
   // delay in seconds.

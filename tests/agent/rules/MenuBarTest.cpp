@@ -126,22 +126,12 @@ TEST(MenuBar, HasRoomForSoManyItemsOfAProcessAndRequestsOfARequester) {
 TEST(MenuBar, ReadsNamesAndPathsThatTheBusKnowsAndNothingElse) {
   const std::string name = "a." + std::string(253, 'b');
   const std::string path = "/" + std::string(1020, 'x');
-  const std::vector<std::pair<std::string, std::string>> cases{{":1.5", ":1.5 /StatusNotifierItem"},
-                                                               {"/aZ_09/z", ":1.7 /aZ_09/z"},
-                                                               {"A-z_0.9/", "A-z_0.9 /"},
-                                                               {name, name + " /StatusNotifierItem"},
-                                                               {"a.b" + path, "a.b " + path},
-                                                               {"", ""},
-                                                               {name + "b", ""},
-                                                               {"a.b" + path + "x", ""},
-                                                               {"plain", ""},
-                                                               {"a.b c", ""},
-                                                               {"a.b{", ""},
-                                                               {"/a/", ""},
-                                                               {"//", ""},
-                                                               {"/a-b", ""},
-                                                               {"a.b//c", ""}};
-  for (const auto& [text, expected] : cases) {
+  using Case = std::pair<std::string, std::string>;
+  for (const auto& [text, expected] :
+       {Case{":1.5", ":1.5 /StatusNotifierItem"}, Case{"/aZ_09/z", ":1.7 /aZ_09/z"}, Case{"A-z_0.9/", "A-z_0.9 /"},
+        Case{name, name + " /StatusNotifierItem"}, Case{"a.b" + path, "a.b " + path}, Case{"", ""},
+        Case{name + "b", ""}, Case{"a.b" + path + "x", ""}, Case{"plain", ""}, Case{"a.b c", ""}, Case{"a.b{", ""},
+        Case{"/a/", ""}, Case{"//", ""}, Case{"/a-b", ""}, Case{"a.b//c", ""}}) {
     const auto item = parseRegistration(text, text.empty() ? "" : ":1.7");
     EXPECT_EQ(item ? item->name + ' ' + item->path : "", expected) << text;
   }

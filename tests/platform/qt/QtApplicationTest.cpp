@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <string>
+#include <tuple>
 
 namespace orvo {
 namespace {
@@ -70,29 +71,26 @@ TEST(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndAClosedLastWindowEnd
 
 TEST(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
   Program program;
-  const auto item = [](const char* key, MenuAction action) {
-    return MenuItem{.title = "", .action = std::move(action), .keyEquivalent = key, .submenu = {}};
-  };
-  auto top = item("", {});
-  top.submenu.emplace_back().items = {item("q", [&] { program.log += "quit "; }),
-                                      item("c", FirstResponderAction{"copy:"})};
+  MenuItem top;
+  top.submenu.emplace_back().items.resize(2);
+  MenuItem &quit = top.submenu[0].items[0], &copy = top.submenu[0].items[1];
+  quit.keyEquivalent = "q", quit.action = [&] { program.log += "quit "; };
+  copy.keyEquivalent = "c", copy.action = FirstResponderAction{"copy:"};
   Menu menu;
   menu.items = {top};
   program.application.setMainMenu(menu);
-  struct Receiver final : QWindow {
-    void keyPressEvent(QKeyEvent* event) override { keys += static_cast<char>(event->key()); }
-    std::string keys;
-  } window;
-  const std::pair<int, Qt::KeyboardModifiers> presses[]{{Qt::Key_Q, Qt::ControlModifier},
-                                                        {Qt::Key_C, Qt::ControlModifier},
-                                                        {Qt::Key_Q, Qt::NoModifier},
-                                                        {Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier}};
-  for (const auto& [key, modifiers] : presses) {
+  QWindow window;
+  const std::tuple<int, Qt::KeyboardModifiers, bool> presses[]{
+      {Qt::Key_Q, Qt::ControlModifier, true},
+      {Qt::Key_C, Qt::ControlModifier, false},
+      {Qt::Key_Q, Qt::NoModifier, false},
+      {Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, false}};
+  for (const auto& [key, modifiers, acts] : presses) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers);
     QCoreApplication::sendEvent(&window, &event);
+    EXPECT_EQ(program.log, acts ? "quit " : "");
+    program.log.clear();
   }
-  EXPECT_EQ(program.log, "quit ");
-  EXPECT_EQ(window.keys, "CQQ");
 }
 
 }  // namespace

@@ -7,8 +7,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QPointer>
-#include <QQmlExpression>
-#include <qqml.h>
 #include <qpa/qplatformaccessibility.h>
 #include <qpa/qplatformintegration.h>
 #include <QtGui/private/qguiapplication_p.h>
@@ -29,9 +27,10 @@ double top(QQuickItem* item) { return item->mapToScene({}).y(); }
 
 class SettingsWindowTest : public ::testing::Test, protected SettingsWorld {
  protected:
+  // Opens the window with these applications, or has them found where it is open.
   void open(const std::vector<NamedApp>& apps = {{"one", "One"}, {"two", "Two"}}) {
-    setApps(apps);
-    show();
+    memory.showItems(apps);
+    window == nullptr ? show() : rescan();
   }
   // One of the row's two segments; both are below its picker.
   QQuickItem* segment(const QString& app, const QString& text) const {
@@ -49,6 +48,11 @@ class SettingsWindowTest : public ::testing::Test, protected SettingsWorld {
     model->setLoginItem(true);
     turn();
   }
+  void trust(bool trusted) {
+    memory.accessibility.trusted = trusted;
+    if (model != nullptr) advance(4000);
+  }
+  double place(QQuickItem* list) const { return list->property("contentY").toDouble(); }
   QQuickItem* focus() const { return quickView().activeFocusItem(); }
   std::string focused() const {
     QAccessibleInterface* const element = focus() == nullptr ? nullptr : accessible(focus());
@@ -58,33 +62,30 @@ class SettingsWindowTest : public ::testing::Test, protected SettingsWorld {
     for (int step = 0; step < 40 && focused() != name; ++step) press("Tab");
     ASSERT_EQ(focused(), name);
   }
-  // The applications that are to be hidden, run together.
-  std::string marked() const {
-    std::string all;
-    for (const auto& [bundle, rule] : model->preferences().rules) all += rule == IconRule::hidden ? bundle : "";
-    return all;
+  bool isMarked(const char* bundle) const {
+    const auto& rules = model->preferences().rules;
+    return rules.contains(bundle) && rules.at(bundle) == IconRule::hidden;
   }
-  void expectReadable(const char* what, int least);
+  void expectReadable(const char* what);
 };
 
 TEST_F(SettingsWindowTest, ARowsChoiceIsStoredAndRestsWhileHidingIsApplied) {
   open();
-  click(segment("Two", "Hide"));
-  EXPECT_EQ(marked(), "two");
-  EXPECT_EQ(accessible(item("Two"))->text(QAccessible::Description), "Orvo away");
   QQuickItem* const hide = segment("Two", "Hide");
-  EXPECT_EQ(accessible(hide)->role(), QAccessible::RadioButton);
+  click(hide);
+  EXPECT_EQ(accessible(item("Two"))->text(QAccessible::Description), "Orvo away");
   act(segment("Two", "Keep"));
-  EXPECT_FALSE(state(hide).checked);
+  EXPECT_FALSE(state(hide).checked || isMarked("two"));
   act(hide);
-  EXPECT_TRUE(state(hide).checked);
+  EXPECT_TRUE(state(hide).checked && isMarked("two"));
   click(hide);
   act(item("Hide selected icons"));
   ASSERT_EQ(model->state(), BarState::applying);
   EXPECT_TRUE(state(item("Visibility for Two")).disabled && state(hide).disabled);
   EXPECT_TRUE(item("Reveal hidden icons")->isEnabled());
   click(segment("Two", "Keep"));
-  EXPECT_EQ(marked(), "two");
+  act(segment("Two", "Keep"));
+  EXPECT_TRUE(isMarked("two"));
   memory.framework.answer(0);
   turn();
   EXPECT_FALSE(state(hide).disabled);
@@ -113,23 +114,13 @@ TEST_F(SettingsWindowTest, SearchingFiltersAndIsClearedByButtonAndByEscapeWhichT
   }
 }
 
-TEST_F(SettingsWindowTest, OnlyTheLastRowHasNoDividerAndRowsThatFadeInAreWhollyShownInTheEnd) {
+TEST_F(SettingsWindowTest, RowsThatFadeInAreWhollyShownInTheEndAndAtOnceWhereNothingMoves) {
   open(manyApps(120));
-  QQuickItem* const content = quickView().rootObject();
-  QQmlExpression movement(qmlContext(content), content, "Theme.movement");
-  EXPECT_EQ(movement.evaluate().toInt(), 0);
-  setLook(false, false);
-  EXPECT_NE(movement.evaluate().toInt(), 0);
-  press("Ctrl+F 1 1 Backspace Backspace 2 Backspace");
   const auto faint = [](QQuickItem* each) { return each->property("bundleID").isValid() && each->opacity() < 1; };
-  EXPECT_TRUE(QTest::qWaitFor([&] { return find(faint) == nullptr; }, 2000));
-  const auto isDivided = [&](const char* name) {
-    return findItem(item(name), [](QQuickItem* each) { return each->height() == 1; }) != nullptr;
-  };
-  for (const int count : {2, 1}) {
-    rescan(manyApps(count));
-    EXPECT_EQ(isDivided("Application 1000"), count == 2);
-    EXPECT_FALSE(count == 2 && isDivided("Application 1001"));
+  for (const bool reducesMotion : {true, false}) {
+    setLook(false, reducesMotion);
+    press("Ctrl+F 1 1 Backspace Backspace 2 Backspace");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return find(faint) == nullptr; }, reducesMotion ? 0 : 2000));
   }
 }
 
@@ -139,29 +130,14 @@ TEST_F(SettingsWindowTest, IconsAreAskedForAFewAtATimeAndAnAppWithoutOneKeepsThe
     return findItem(item(app), [](QQuickItem* each) { return each->property("name") == "app.dashed"; }) != nullptr;
   };
   auto& requests = memory.applicationIcons.requests;
-  int answered = 0;
-  for (; !requests.empty(); ++answered) {
-    ASSERT_LE(requests.size(), 6U);
-    const auto request = requests.back();
-    requests.pop_back();
+  std::size_t answered = 0;
+  for (; answered < requests.size(); ++answered) {
+    ASSERT_LE(requests.size() - answered, 6U);
+    const auto request = requests[answered];
     request.answer(request.processIdentifier == 2000 ? std::nullopt : std::optional(Picture{1, 1, {0xFF00FF00U}}));
   }
   EXPECT_TRUE(answered >= 7 && answered < 40) << answered;
   EXPECT_TRUE(dashed("Application 1000") && !dashed("Application 1001"));
-}
-
-TEST_F(SettingsWindowTest, AChangeIsToldToWhatShowsItAlone) {
-  open();
-  QQuickItem* const content = quickView().rootObject();
-  QQmlExpression hint(qmlContext(content), content, "View.actionHint");
-  int told = 0;
-  QObject::connect(&hint, &QQmlExpression::valueChanged, [&] { ++told; });
-  hint.setNotifyOnValueChanged(true);
-  hint.evaluate();
-  say("something went wrong");
-  EXPECT_EQ(told, 0);
-  click(segment("Two", "Hide"));
-  EXPECT_EQ(told, 1);
 }
 
 TEST_F(SettingsWindowTest, TheLoginSwitchShowsWhatTheModelReports) {
@@ -190,8 +166,7 @@ TEST_F(SettingsWindowTest, TheDelayPickerStoresItsOptionsAndShowsAStoredDelayOfI
       // Closed it lets keys pass; opened and left as it is, it stores nothing either.
       {"Home End N Down Return Up Esc", 45, "After 45 seconds"},
       {"Return Home Return", 0, "Never"},
-      {"Return Home Down Return", 5, "After 5 seconds"},
-      {"Down Home Down Down Return", 10, "After 10 seconds"},
+      {"Down Down Down Return", 10, "After 10 seconds"},
       {"Space End Return", 30, "After 30 seconds"}};
   for (const auto& [keys, delay, value] : steps) {
     press(keys);
@@ -214,30 +189,26 @@ TEST_F(SettingsWindowTest, ARescanKeepsPlaceAndFocusUntilTheRowItselfGoes) {
   const double before = top(kept());
   apps.erase(apps.begin() + 2, apps.begin() + 6);
   apps.push_back({"new", "Application 1000 again"});
-  rescan(apps);
+  open(apps);
   EXPECT_EQ(focus(), kept());
   EXPECT_NEAR(top(kept()), before, 1);
   // The keyboard goes on from a neighbour.
   std::erase_if(apps, [](const NamedApp& app) { return app.name == "Application 1030"; });
-  rescan(apps);
+  open(apps);
   press("Down Right");
   EXPECT_EQ(model->preferences().rules.size(), 1U);
 }
 
 TEST_F(SettingsWindowTest, EveryPageIsReachedAndWorkedByKeyboardAlone) {
   open();
-  for (const char* name : {"Menu bar", "Behavior", "About Orvo", "Find an app", "Refresh menu bar icons", "Keep"})
-    tabTo(name);
+  for (const char* name : {"About Orvo", "Find an app", "Refresh menu bar icons", "Keep"}) tabTo(name);
   // Within the list the arrows choose and move.
-  press("Down Right");
-  EXPECT_EQ(marked(), "two");
-  press("Tab");
-  EXPECT_EQ(focused(), "Hide selected icons");
+  press("Down Right Tab");
+  EXPECT_TRUE(isMarked("two") && focused() == "Hide selected icons");
   press("Shift+Backtab");
   EXPECT_EQ(focused(), "Hide");
   tabTo("Behavior");
   press("Return");
-  EXPECT_EQ(view->page(), behavior);
   EXPECT_TRUE(state(item("Behavior")).selected && !state(item("Menu bar")).selected);
   tabTo("Automatically hide again");
   tabTo("Open Orvo at login");
@@ -245,16 +216,15 @@ TEST_F(SettingsWindowTest, EveryPageIsReachedAndWorkedByKeyboardAlone) {
   EXPECT_TRUE(model->launchAtLogin());
   tabTo("About Orvo");
   press("Space");
-  tabTo("Copy system details");
   tabTo("macOS compatibility research");
   press("Return");
   EXPECT_EQ(memory.workspace.openedURLs.size(), 1U);
 }
 
 TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
-  const std::string frame = "NSWindow Frame Orvo.Settings";
   auto& stored = memory.userDefaults.datas;
-  stored[frame] = "0 40 800 700";
+  std::string& frame = stored["NSWindow Frame Orvo.Settings"];
+  frame = "0 40 800 700";
   open();
   EXPECT_EQ(QRect(quickView().framePosition(), quickView().size()), QRect(0, 40, 800, 700));
   model->searchText = "tw";
@@ -265,22 +235,19 @@ TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
   quickView().close();
   turn();
   EXPECT_TRUE(keyboard == nullptr && window->quickView() == nullptr);
-  EXPECT_EQ(stored[frame], "0 40 800 660");
+  EXPECT_EQ(frame, "0 40 800 660");
   show();
-  EXPECT_EQ(quickView().size(), QSize(800, 660));
-  EXPECT_TRUE(item("Copy system details"));
-  EXPECT_EQ(model->searchText(), "tw");
+  EXPECT_TRUE(quickView().size() == QSize(800, 660) && item("Copy system details") && model->searchText() == "tw");
   // A drag is stored once it rests.
   advance(600);
-  stored.clear();
-  for (int step = 1; step <= 20; ++step) {
-    quickView().setPosition(step, step);
+  for (int step = 1; step <= 30; ++step) {
+    quickView().setFramePosition({step, step});
     turn();
     advance(20);
-    ASSERT_TRUE(stored.empty());
+    ASSERT_EQ(frame, "0 40 800 660");
   }
   advance(500);
-  EXPECT_EQ(stored.count(frame), 1U);
+  EXPECT_EQ(frame, "30 30 800 660");
 }
 
 TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
@@ -289,6 +256,7 @@ TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
     quickView().resize(size);
     turn();
     int rows = 0;
+    int dividers = 0;
     find([&](QQuickItem* each) {
       const QVariant label = each->property("label");
       if (!label.isValid() || each->width() != 126) return false;
@@ -300,55 +268,50 @@ TEST_F(SettingsWindowTest, NothingOverlapsOrLeavesTheWindow) {
       EXPECT_LE(name->mapToScene({name->width(), 0}).x(), each->mapToScene({}).x());
       EXPECT_LE(name->property("contentHeight").toDouble(), 24);
       EXPECT_LE(each->mapToScene({each->width(), 0}).x(), size.width() - 28);
+      dividers += findItem(each->parentItem(), [](QQuickItem* line) { return line->height() == 1; }) ? 1 : 0;
       return false;
     });
-    EXPECT_EQ(rows, 3);
+    EXPECT_TRUE(rows == 3 && dividers == 2) << rows << ' ' << dividers;
   }
 }
 
 TEST_F(SettingsWindowTest, AListIsScrolledByWheelFingerAndPageKeysButNeverDraggedByTheButton) {
   open(manyApps(60));
   QQuickItem* const list = item("Apps");
-  const auto place = [&] { return list->property("contentY").toDouble(); };
   const auto turnWheel = [&](int angle) {
     const QPointF at = list->mapToScene({100, 100});
     QWheelEvent event(at, at, {}, {0, angle}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
     QCoreApplication::sendEvent(&quickView(), &event);
-    return place();
+    return place(list);
   };
   for (int notch = 1; notch <= 8; ++notch) EXPECT_EQ(turnWheel(-120), notch * 150);
   EXPECT_EQ(turnWheel(60), 8 * 150 - 75);
-  for (const double x : {100.0, list->width() - 40}) {
-    const QPoint from = list->mapToScene({x, 200}).toPoint();
-    QTest::mousePress(&quickView(), Qt::LeftButton, {}, from);
-    for (int step = 10; step <= 150; step += 10) QTest::mouseMove(&quickView(), from - QPoint(0, step));
-    QTest::mouseRelease(&quickView(), Qt::LeftButton, {}, from - QPoint(0, 150));
-    turn();
-    EXPECT_EQ(place(), 8 * 150 - 75);
-  }
+  const QPoint from = list->mapToScene({100, 200}).toPoint();
+  QTest::mousePress(&quickView(), Qt::LeftButton, {}, from);
+  for (int step = 10; step <= 150; step += 10) QTest::mouseMove(&quickView(), from - QPoint(0, step));
+  QTest::mouseRelease(&quickView(), Qt::LeftButton, {}, from - QPoint(0, 150));
+  EXPECT_EQ(place(list), 8 * 150 - 75);
   EXPECT_EQ(turnWheel(12000), 0);
   static QPointingDevice* const finger = QTest::createTouchDevice();
-  const QPoint touched = list->mapToScene({100, 200}).toPoint();
-  QTest::touchEvent(&quickView(), finger).press(1, touched, &quickView());
+  QTest::touchEvent(&quickView(), finger).press(1, from, &quickView());
   for (int step = 10; step <= 150; step += 10)
-    QTest::touchEvent(&quickView(), finger).move(1, touched - QPoint(0, step), &quickView());
-  QTest::touchEvent(&quickView(), finger).release(1, touched - QPoint(0, 150), &quickView());
-  EXPECT_NEAR(place(), 150, 25) << "less the way after which a touch is a drag";
+    QTest::touchEvent(&quickView(), finger).move(1, from - QPoint(0, step), &quickView());
+  QTest::touchEvent(&quickView(), finger).release(1, from - QPoint(0, 150), &quickView());
+  EXPECT_NEAR(place(list), 150, 25) << "less the way after which a touch is a drag";
   tabTo("Menu bar");
   const std::tuple<const char*, int, int> keys[] = {
       {"Home", 0, 0}, {"PgDown", 50, 350}, {"End", 2000, 3000}, {"PgUp", 2000, 2600}};
   for (const auto& [code, least, most] : keys) {
     press(code);
-    EXPECT_TRUE(place() >= least && place() <= most) << code << " leads to " << place();
+    EXPECT_TRUE(place(list) >= least && place(list) <= most) << code << " leads to " << place(list);
   }
 }
 
 TEST_F(SettingsWindowTest, TheFocusIsWhereSomethingCanBeDoneAndLeavesWhatHasGone) {
-  memory.accessibility.trusted = false;
+  trust(false);
   open();
   EXPECT_EQ(focused(), "Open Settings…");
-  memory.accessibility.trusted = true;
-  advance(4000);
+  trust(true);
   EXPECT_EQ(focused(), "Find an app");
   tabTo("Refresh menu bar icons");
   memory.scanExecutor.holds = true;
@@ -358,7 +321,7 @@ TEST_F(SettingsWindowTest, TheFocusIsWhereSomethingCanBeDoneAndLeavesWhatHasGone
   turn();
   EXPECT_EQ(focused(), "Refresh menu bar icons");
   tabTo("Keep");
-  rescan({});
+  open({});
   EXPECT_EQ(focused(), "Find an app");
   say("gone soon");
   tabTo("Login item could not be changed: gone soon");
@@ -368,8 +331,7 @@ TEST_F(SettingsWindowTest, TheFocusIsWhereSomethingCanBeDoneAndLeavesWhatHasGone
   model->hideSelected();
   turn();
   EXPECT_EQ(focused(), "Find an app");
-  memory.accessibility.trusted = false;
-  advance(4000);
+  trust(false);
   EXPECT_EQ(focused(), "Open Settings…");
 }
 
@@ -387,15 +349,14 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedInASmallWindowAndAValueIsCopied)
     }
   }
   QQuickItem* const title = item("Version 0.2.0");
-  press("End");
-  EXPECT_LT(top(title), 0);
-  press("Home");
-  EXPECT_GT(top(title), 0);
+  for (const auto& [key, shows] : {std::pair{"End", false}, {"Home", true}}) {
+    press(key);
+    EXPECT_EQ(top(title) > 0, shows);
+  }
   quickView().resize(850, 630);
   turn();
   QQuickItem* const value = find([](QQuickItem* each) { return each->property("text") == "Enabled"; });
   QTest::mouseDClick(&quickView(), Qt::LeftButton, {}, value->mapToScene({10, 8}).toPoint());
-  turn();
   press("Ctrl+C");
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "Enabled");
 }
@@ -432,71 +393,68 @@ TEST_F(SettingsWindowTest, AssistiveProgramsReadTextsFindOneFocusAndHearEachMess
   EXPECT_TRUE(item("Accessibility: Enabled"));
 }
 
-double luminance(const QColor& color) {
-  const auto linear = [](double channel) {
-    return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-  };
-  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
 // From 1 to 21, as the web content accessibility guidelines define it.
 double contrast(const QColor& first, const QColor& second) {
+  const auto luminance = [](const QColor& color) {
+    const auto linear = [](double channel) {
+      return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF()) + 0.05;
+  };
   const auto [darker, lighter] = std::minmax({luminance(first), luminance(second)});
-  return (lighter + 0.05) / (darker + 0.05);
+  return lighter / darker;
 }
 
-// What a text stands on: the colour of most of its place.
+// What a text stands on: the colour of most of its place; none where it is not in the picture.
 QColor ground(const QImage& picture, QQuickItem* item) {
   const QRect place = item->mapRectToScene(item->boundingRect()).toRect() & picture.rect();
   std::map<QRgb, int> counts;
   for (int y = place.top(); y <= place.bottom(); ++y) {
     for (int x = place.left(); x <= place.right(); ++x) ++counts[picture.pixel(x, y)];
   }
-  const auto most = std::ranges::max_element(counts, {}, [](const auto& count) { return count.second; });
+  const auto most = std::ranges::max_element(counts, {}, &std::pair<const QRgb, int>::second);
   return most == counts.end() ? QColor() : QColor(most->first);
 }
 
-// Of every text in the window that can be used, in both appearances; `least` is how many there are.
-void SettingsWindowTest::expectReadable(const char* what, int least) {
+// Of every text in the window that can be used, in both appearances.
+void SettingsWindowTest::expectReadable(const char* what) {
   for (const bool dark : {false, true}) {
     setLook(dark);
     const QImage picture = quickView().grabWindow();
     EXPECT_EQ(picture.pixelColor(5, 400).lightness() < 60, dark);
+    int texts = 0;
     find([&](QQuickItem* each) {
       const QString text = each->property("text").toString();
-      if (text.isEmpty() || !each->isEnabled() || !each->property("color").isValid()) return false;
+      const QVariant color = each->property("color");
       const QColor under = ground(picture, each);
-      if (!under.isValid()) return false;
-      --least;
-      EXPECT_GE(contrast(each->property("color").value<QColor>(), under), 4.5)
-          << what << (dark ? ", dark: " : ", light: ") << qPrintable(text) << " on " << qPrintable(under.name());
+      if (text.isEmpty() || !each->isEnabled() || !color.isValid() || !under.isValid()) return false;
+      ++texts;
+      EXPECT_GE(contrast(color.value<QColor>(), under), 4.5) << what << dark << qPrintable(text);
       return false;
     });
+    EXPECT_GT(texts, 9) << what;
   }
-  EXPECT_LT(least, 0) << what;
 }
 
 TEST_F(SettingsWindowTest, EveryTextIsReadableInEveryStateInBothAppearances) {
-  memory.accessibility.trusted = false;
+  trust(false);
   open();
-  expectReadable("not trusted", 30);
-  memory.accessibility.trusted = true;
-  rescan();
-  expectReadable("nothing selected", 30);
+  expectReadable("not trusted");
+  trust(true);
   model->setRule(IconRule::hidden, "two");
   say("something went wrong");
-  expectReadable("one selected", 30);
+  expectReadable("one selected");
   model->hideSelected();
-  expectReadable("applying", 20);
+  expectReadable("applying");
   memory.framework.answer(0);
-  expectReadable("hidden", 30);
+  expectReadable("hidden");
   model->searchText = "zz";
-  expectReadable("no hits", 20);
+  expectReadable("no hits");
   openPage(behavior);
   click(item("rehidePicker"));
-  expectReadable("behavior", 30);
+  expectReadable("behavior");
   openPage(about);
-  expectReadable("about", 50);
+  expectReadable("about");
 }
 
 // What QML and the symbols complain of is a fault, whichever test brings it up.

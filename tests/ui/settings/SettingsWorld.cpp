@@ -27,45 +27,25 @@ QQuickItem* findItem(QQuickItem* root, const std::function<bool(QQuickItem*)>& m
   return nullptr;
 }
 
-class SettingsWorld::Look : public Appearance {
- public:
-  explicit Look(SettingsWorld& world) : world_(world) {}
-  AppearanceTraits traits() const override { return world_.look_; }
-  void setObserver(std::function<void()> observer) override { world_.lookChanged_ = std::move(observer); }
-
- private:
-  SettingsWorld& world_;
+struct SettingsWorld::Look : Appearance {
+  explicit Look(SettingsWorld& of) : world(of) {}
+  AppearanceTraits traits() const override { return world.look_; }
+  void setObserver(std::function<void()> observer) override { world.lookChanged_ = std::move(observer); }
+  SettingsWorld& world;
 };
 
-void SettingsWorld::setApps(const std::vector<NamedApp>& apps) {
-  std::vector<std::string> bundles;
-  std::int32_t pid = 2000;
-  for (const auto& running : memory.workspace.running) pid = std::max(pid, running.processIdentifier + 1);
-  for (const NamedApp& app : apps) {
-    bundles.push_back(app.bundleID);
-    if (!memory.workspace.runningApplications(app.bundleID).empty()) continue;
-    memory.workspace.running.push_back({app.bundleID, pid++, app.name, std::nullopt});
-  }
-  memory.showItems(bundles);
-}
-
 void SettingsWorld::launch() {
-  const Platform& all = memory.platform;
   memory.userDefaults.setBoolean("Orvo.HasOpenedSettings", true);
-  delegate =
-      AppDelegate::make({all.mainQueue, all.scanExecutor, all.userDefaults, all.bundle, all.processInfo, all.fileSystem,
-                         all.workspace, all.accessibility, all.eventTaps, all.hotKeys, all.loginItem, all.localizedText,
-                         all.application, all.statusBar, *this, all.pasteboard, all.applicationIcons, all.words});
+  memory.windows.maker = [this](const WindowDescription& description, WindowContent& content) {
+    view = dynamic_cast<OrvoView*>(&content);
+    auto made = std::make_unique<SettingsWindow>(description, *view, memory.platform, std::make_unique<Look>(*this));
+    window = made.get();
+    return made;
+  };
+  delegate = AppDelegate::make(memory.platform);
   model = &delegate->model();
   delegate->applicationDidFinishLaunching();
   memory.settle();
-}
-
-std::unique_ptr<Window> SettingsWorld::make(const WindowDescription& description, WindowContent& content) {
-  view = dynamic_cast<OrvoView*>(&content);
-  auto made = std::make_unique<SettingsWindow>(description, *view, memory.platform, std::make_unique<Look>(*this));
-  window = made.get();
-  return made;
 }
 
 void SettingsWorld::show() {
@@ -92,11 +72,6 @@ void SettingsWorld::advance(int milliseconds) {
 void SettingsWorld::rescan() {
   model->refresh();
   turn();
-}
-
-void SettingsWorld::rescan(const std::vector<NamedApp>& apps) {
-  setApps(apps);
-  rescan();
 }
 
 void SettingsWorld::openPage(OrvoView::Page page) {

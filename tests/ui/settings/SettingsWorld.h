@@ -12,24 +12,17 @@
 
 namespace orvo {
 
-struct NamedApp {
-  std::string bundleID;
-  std::string name;
-};
-
 // `count` applications with plain names.
 std::vector<NamedApp> manyApps(int count);
 
 // The first visible item that matches, in painting order from `root` on; null when there is none.
 QQuickItem* findItem(QQuickItem* root, const std::function<bool(QQuickItem*)>& matches);
 
-class SettingsWorld : private Windows {
+class SettingsWorld {
   AppearanceTraits look_{.dark = false, .reducesMotion = true};
   std::function<void()> lookChanged_;
 
  public:
-  // What the menu bar shows from the next scan on.
-  void setApps(const std::vector<NamedApp>& apps);
   // Starts Orvo, with its window not shown unless something is missing. What the platform should answer is set before.
   void launch();
   // Launches Orvo first where that has not been done.
@@ -38,7 +31,6 @@ class SettingsWorld : private Windows {
   void turn();
   void advance(int milliseconds);
   void rescan();
-  void rescan(const std::vector<NamedApp>& apps);
   void openPage(OrvoView::Page page);
   void setLook(bool dark, bool reducesMotion = true);
 
@@ -58,9 +50,7 @@ class SettingsWorld : private Windows {
   SettingsWindow* window = nullptr;
 
  private:
-  class Look;
-
-  std::unique_ptr<Window> make(const WindowDescription& description, WindowContent& content) override;
+  struct Look;
 };
 
 }  // namespace orvo
