@@ -24,7 +24,7 @@ TEST(DesktopWorkspaceTest, AProgramIsTakenForLaunchedByItsFirstItemAloneAndForTe
   for (const char* name : {"first", "second"}) {
     const auto program = test::peer(name);
     for (const char* item : {"'/item'", "'/another'"}) program->ask(QStringLiteral("register(%1)").arg(item));
-    EXPECT_TRUE(runUntil([&] { return !told.empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !told.empty(); }));
     program->end();
     EXPECT_TRUE(runUntil([&] { return told.back() == Notification::applicationTerminated; }));
     EXPECT_EQ(std::exchange(told, {}).size(), 2U);
