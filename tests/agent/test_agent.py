@@ -102,7 +102,9 @@ class Agent(AgentCase):
         orvo.kill()
         self.expect_told(tray.bus + ITEM)
         for _ in range(5):  # Gone before the agent could watch it: nobody would tell.
-            self.programs("hasty")[0].last("die_while_asking()")
+            hasty, = self.programs("hasty")
+            hasty.order("activate_many(1) or os._exit(0)")
+            hasty.process.communicate()
         self.expect_told(tray.bus + ITEM)
 
 

@@ -40,11 +40,6 @@ class Peer:
         self.order(expression)
         return json.loads(self.process.stdout.readline())
 
-    def last(self, expression):
-        """One that the program does not survive."""
-        self.order(expression)
-        self.process.communicate()
-
     def __getattr__(self, command):
         return lambda *arguments: self.ask(f"{command}{arguments}")
 

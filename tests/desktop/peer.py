@@ -117,11 +117,6 @@ def activate_many(count):
     bus.flush_sync(None)
 
 
-def die_while_asking():
-    activate_many(1)
-    os._exit(0)
-
-
 for line in sys.stdin:
     try:
         result = eval(line)

@@ -5,7 +5,7 @@ import unittest
 
 from Xlib import X, Xatom, display
 
-from case import COPYQ, PASYSTRAY, HidingCase, Peer, center
+from case import COPYQ, HidingCase, Peer, center
 from probe import Probe
 from waiting import stays, wait
 

@@ -86,7 +86,8 @@ TEST_F(FrameworkLibraryTest, IsUsableWhileTheAgentIsThereAnswersAndHoldsTheWatch
   const auto first = activated();
   EXPECT_EQ(answer(), "The menu bar agent is not running.");
   EXPECT_THROW(activate(framework_, *first), FrameworkException) << "a second time";
-  EXPECT_THROW(activate(framework_, *first, "caf\xe9"), FrameworkException) << "what the bus cannot carry";
+  const auto fresh = framework_.makeAssertion(assertionType_);
+  EXPECT_THROW(activate(framework_, *fresh, "caf\xe9"), FrameworkException) << "what the bus cannot carry";
 
   const auto holder = test::peer("holder");
   holder->ask("own('org.kde.StatusNotifierWatcher')");

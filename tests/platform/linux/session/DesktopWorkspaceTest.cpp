@@ -15,6 +15,22 @@ using test::inHome;
 using test::runUntil;
 using test::writeFile;
 
+TEST(DesktopWorkspaceTest, AProgramIsTakenForLaunchedByItsFirstItemAloneAndForTerminatedByItsEnd) {
+  const auto agent = test::agent();
+  DesktopWorkspace workspace{std::nullopt};
+  std::vector<Notification> told;
+  for (const auto name : {Notification::applicationLaunched, Notification::applicationTerminated})
+    workspace.notificationCenter().addObserver(name, [&](Notification news) { told.push_back(news); });
+  for (const char* name : {"first", "second"}) {
+    const auto program = test::peer(name);
+    for (const char* item : {"'/item'", "'/another'"}) program->ask(QStringLiteral("register(%1)").arg(item));
+    ASSERT_TRUE(runUntil([&] { return !told.empty(); }));
+    program->end();
+    EXPECT_TRUE(runUntil([&] { return told.back() == Notification::applicationTerminated; }));
+    EXPECT_EQ(std::exchange(told, {}).size(), 2U);
+  }
+}
+
 TEST(ApplicationRegistryTest, AWordOnWhoItIsHoldsForAKnownProcessTooAndNoNumberStandsForOneThatHasEnded) {
   ApplicationRegistry registry;
   int launches = 0;
