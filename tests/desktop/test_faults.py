@@ -5,7 +5,26 @@ import signal
 import unittest
 
 from case import MARKED, DesktopCase, HidingCase
-from waiting import stays, wait
+from waiting import settled, stays, wait
+
+
+class WithoutAgent(HidingCase):
+    def guardians(self):
+        agent = self.desktop.processes["agent"].pid
+        with open(f"/proc/{agent}/task/{agent}/children", encoding="ascii") as file:
+            return file.read().split()
+
+    def test_a_guardian_and_then_its_agent_killed_while_icons_are_hidden_leave_every_icon_shown_once(self):
+        desktop, first = self.desktop, self.guardians()
+        self.hide()
+        os.kill(int(first[0]), signal.SIGKILL)
+        wait(lambda: len(self.guardians()) == 1 and self.guardians() != first, 2, "another guardian, and no zombie")
+        desktop.end("agent", signal.SIGKILL)
+        # Ayatana's programs may show an older kind of icon besides, made while they saw no watcher; its place may
+        # show for a while what stood there before. So the panel's own list is what has to hold each just once.
+        settled(lambda: self.others < set(desktop.shown()) and len(desktop.told_items()) == len(self.all), 0.25, 5,
+                "every icon and the arrow")
+        wait(lambda: not desktop.is_hidden(), what="the arrow saying visible")
 
 
 class WithoutServer(HidingCase):

@@ -31,7 +31,7 @@ std::string iconOf(int process, int size) {
 }
 
 QString saveIcon(const QString& name, int width, int height) {
-  const QString path = test::writeFile(name, {});
+  QString path = test::writeFile(name, {});
   QImage image(width, height, QImage::Format_ARGB32);
   image.fill(Qt::red);
   EXPECT_TRUE(image.save(path));

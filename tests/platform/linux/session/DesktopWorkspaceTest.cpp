@@ -78,7 +78,7 @@ class OpeningTest : public ::testing::Test {
   static std::string opened(const std::function<bool()>& until = [] { return false; }) {
     QFile file(inHome("opened"));
     EXPECT_TRUE(runUntil([&] { return file.exists() || until(); }));
-    const std::string text = file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "";
+    std::string text = file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "";
     file.remove();
     return text;
   }
