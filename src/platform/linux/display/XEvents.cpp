@@ -8,7 +8,7 @@ namespace orvo {
 
 XEvents::XEvents(Handler handler) : handler_(std::move(handler)) {
   const auto* x11 = qGuiApp != nullptr ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-  if (x11 == nullptr) return;
+  if (x11 == nullptr || x11->connection() == nullptr) return;
   connection_ = XConnection::borrow(x11->connection(), "display");
   qGuiApp->installNativeEventFilter(this);
 }
