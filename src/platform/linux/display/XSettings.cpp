@@ -9,7 +9,6 @@ namespace {
 
 // Setting kinds of the XSETTINGS protocol.
 constexpr std::uint8_t integerKind = 0;
-constexpr std::uint8_t textKind = 1;
 constexpr std::uint8_t colorKind = 2;
 constexpr std::size_t colorBytes = 8;
 
