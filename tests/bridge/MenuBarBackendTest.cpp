@@ -127,6 +127,7 @@ TEST_F(MenuBarBackendTest, EndsAnAssertionOrSaysWhyNotInTheLog) {
     framework_.raises = {{step, MemoryFramework::raising(reason)}};
     QLReleaseMenuBarAssertion(caller_.create());
   }
+  framework_.raises.clear();
   QLAssertionRef mute = caller_.create();
   framework_.missing = {"invalidate"};
   QLReleaseMenuBarAssertion(mute);

@@ -54,6 +54,7 @@ TEST(PanelNewsTest, LeavesThePanelWithWhatIsWantedAndEqualsInTheirOrderWhateverH
     EXPECT_TRUE(panel.news.isSettled());
     EXPECT_EQ(panel.news.told(), std::vector<std::string>(wanted.begin(), wanted.end()));
     for (const std::string& each : wanted) EXPECT_EQ(panel.news.forget(each), (std::vector<News>{{each, false}}));
+    EXPECT_TRUE(panel.news.told().empty());
     std::erase(panel.views, "d");
     EXPECT_TRUE(std::is_sorted(panel.views.begin(), panel.views.end())) << testing::PrintToString(panel.views);
   }
