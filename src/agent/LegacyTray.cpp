@@ -1,7 +1,5 @@
 #include "agent/LegacyTray.h"
 
-#include <xcb/res.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -33,7 +31,7 @@ constexpr int mostAtOnce = 100;
 std::unique_ptr<LegacyTray> LegacyTray::open(sd_event* loop) {
   if (!XConnection::canOpen()) return nullptr;
   auto connection = XConnection::open({}, "icons of the older kind");
-  if (!connection || !connection->hasExtension(xcb_res_id)) return nullptr;
+  if (!connection || !connection->tellsProcesses()) return nullptr;
   return std::unique_ptr<LegacyTray>(new LegacyTray(std::move(connection), loop));
 }
 
@@ -132,7 +130,9 @@ void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
   if (!attributes) return;
   const bool wasLeft = takeMark(window);
   if (wasLeft) restore(window, true);
-  LegacyIcon icon{.window = window, .socket = socket, .process = processOf(window)};
+  // As the X server knows it: what a window claims may be anything, and Tk's claims nothing.
+  const std::int32_t process = connection_->process(connection_->askProcess(window));
+  LegacyIcon icon{.window = window, .socket = socket, .process = process};
   if (const auto identity = identifyProcess(icon.process)) icon.bundle = identity->bundleIdentifier;
   icon.overridesRedirect = attributes->override_redirect != 0 || wasLeft;
   icon.isMapped = attributes->map_state != XCB_MAP_STATE_UNMAPPED;
@@ -266,17 +266,6 @@ std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window) const {
   if (!reply) return {};
   const xcb_window_t* const first = xcb_query_tree_children(reply.get());
   return {first, first + reply->children_len};
-}
-
-// As the X server knows it: what a window claims may be anything, and Tk's claims nothing.
-std::int32_t LegacyTray::processOf(xcb_window_t window) const {
-  const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-  const auto reply = owned(xcb_res_query_client_ids_reply(
-      connection_->get(), xcb_res_query_client_ids(connection_->get(), 1, &wanted), nullptr));
-  if (!reply) return 0;
-  const auto id = xcb_res_query_client_ids_ids_iterator(reply.get());
-  if (id.rem == 0 || xcb_res_client_id_value_value_length(id.data) < 1) return 0;
-  return static_cast<std::int32_t>(*xcb_res_client_id_value_value(id.data));
 }
 
 bool LegacyTray::wantsToBeMapped(xcb_window_t window) const {

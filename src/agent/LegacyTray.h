@@ -61,7 +61,6 @@ class LegacyTray {
   void repaint();
 
   std::vector<xcb_window_t> children(xcb_window_t window) const;
-  std::int32_t processOf(xcb_window_t window) const;
   bool wantsToBeMapped(xcb_window_t window) const;
   bool takeMark(xcb_window_t window);
   void set(xcb_window_t window, std::uint32_t attribute, std::uint32_t value);

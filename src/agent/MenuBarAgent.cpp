@@ -181,8 +181,7 @@ int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*
     ListReply tree(call.get(), agent_protocol::treeForm);
     addWithoutFrame(tree, -1, ::getpid(), panel.isFresh ? "" : agent_protocol::outOfDate);
     for (const DockControls& dock : panel.docks) addDock(tree, dock);
-    for (const TrayItem& item : self.service_.menuBar().items())
-      addWithoutFrame(tree, 0, item.processIdentifier, "");
+    for (const TrayItem& item : self.service_.menuBar().items()) addWithoutFrame(tree, 0, item.processIdentifier, "");
     for (const LegacyIcon& icon : self.legacyIcons()) addWithoutFrame(tree, 0, icon.process, "");
     tree.send();
   });

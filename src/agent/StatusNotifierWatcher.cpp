@@ -2,13 +2,12 @@
 
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 
 #include "agent/MenuBarService.h"
+#include "platform/linux/Program.h"
 
 namespace orvo {
 
@@ -107,10 +106,9 @@ void StatusNotifierWatcher::takeOver(std::function<void(const char*)> done) {
 }
 
 void StatusNotifierWatcher::restartTray(std::int32_t process) {
-  std::error_code failure;
-  const auto program = std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", failure);
   if (held_) return;
-  if (program.filename() != pluginProgram) return endTakeOver("Another program than Xfce’s panel manages it.");
+  if (baseName(executableOf("/proc/" + std::to_string(process))) != pluginProgram)
+    return endTakeOver("Another program than Xfce’s panel manages it.");
   takingLate_.start(takeOverLimit);
   kill(process, SIGUSR1);
 }

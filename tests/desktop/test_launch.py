@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import signal
 import unittest
 
 from case import DesktopCase, HidingCase, Peer, stopped
@@ -110,6 +111,12 @@ class WithoutAgent(DesktopCase):
         wait(lambda: set(desktop.shown()) == {"orvo", "org.rncbc.qmidinet"}, what="every icon, once")
         desktop.hide_and_expect(["orvo-hidden"])
         desktop.reveal()
+        # A later agent finds the panel first as well; this time Orvo knows that icons can be hidden.
+        desktop.end("agent", signal.SIGKILL)
+        desktop.start_agent()
+        self.take_over()
+        wait(lambda: desktop.owner(WATCHER) == desktop.owner(AGENT), what="the tray being taken over")
+        wait(lambda: not desktop.shown_control("Take Over"), what="the card leaving")
 
     def take_over(self):
         wait(lambda: self.desktop.control("Take Over").has(STATE_ENABLED), what="the button")

@@ -22,10 +22,6 @@ FocusScope {
         else if (place + item.height + margin > flick.contentY + flick.height)
             wheel.scrollTo(place + item.height + margin - flick.height);
     }
-    function showMessage() {
-        if (teller && teller.visible)
-            show(teller);
-    }
     function scrollByKey(key) {
         return scrollPage(key);
     }
@@ -55,13 +51,10 @@ FocusScope {
     onFocusedChanged: if (holds(focused))
         show(focused)
     // Its place is there once the page is laid out anew.
-    onMessageChanged: {
-        messageIsNew = message !== "";
-        Qt.callLater(showMessage);
-    }
-    onContentHeightChanged: if (messageIsNew) {
+    onMessageChanged: messageIsNew = message !== ""
+    onContentHeightChanged: if (messageIsNew && teller) {
         messageIsNew = false;
-        showMessage();
+        show(teller);
     }
 
     ScrollWheel {

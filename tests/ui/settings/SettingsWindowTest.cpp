@@ -339,13 +339,17 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedInASmallWindowAndAValueIsCopied)
   open(manyApps(5));
   quickView().setMinimumSize({1, 1});
   quickView().resize(500, 300);
+  const QRectF sight(0, 0, 500, 300);
+  openPage(OrvoView::Page::behavior);
   say("Something went wrong.");
+  QQuickItem* const told = item("Login item could not be changed: Something went wrong.");
+  EXPECT_TRUE(sight.contains(told->mapRectToScene(told->boundingRect())));
   for (const OrvoView::Page page : OrvoView::allPages) {
     openPage(page);
     for (int step = 0; step < 12; ++step) {
       press("Tab");
       const QRectF place = focus()->mapRectToScene(focus()->boundingRect());
-      EXPECT_TRUE(QRectF(0, 0, 500, 300).contains(place)) << focused() << " at " << place.y();
+      EXPECT_TRUE(sight.contains(place)) << focused() << " at " << place.y();
     }
   }
   QQuickItem* const title = item("Version 0.2.0");

@@ -46,16 +46,24 @@ void FollowedProperty::fetch() {
 }
 
 bool FollowedProperty::take(const QDBusMessage& answer) {
-  const auto told = valueOf(answer);
-  value_ = told.value_or(false);
-  return told.has_value();
+  const auto value = valueOf(answer);
+  if (value)
+    set(*value);
+  else
+    value_ = false;
+  return value.has_value();
+}
+
+void FollowedProperty::set(bool value) {
+  value_ = value;
+  emit told(value);
 }
 
 void FollowedProperty::propertiesChanged(const QString& interface, const QVariantMap& changed,
                                          const QStringList& invalidated) {
   if (interface != latin(name_.interface)) return;
-  const auto told = changed.find(latin(name_.property));
-  if (told != changed.end()) value_ = told->toBool();
+  const auto value = changed.find(latin(name_.property));
+  if (value != changed.end()) set(value->toBool());
   if (invalidated.contains(latin(name_.property))) fetch();
 }
 

@@ -41,7 +41,13 @@ class FollowedProperty : public QObject {
   // False for an answer that says nothing, and the value with it.
   bool take(const QDBusMessage& answer);
 
+ signals:
+  // Whenever the service has said it, new or not.
+  void told(bool value);
+
  private:
+  void set(bool value);
+
   Q_SLOT void propertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
 
   QDBusMessage question() const;

@@ -25,17 +25,9 @@ void ClientWindows::begin() {
   windowProcess_ = x->atom("_NET_WM_PID");
   windowType_ = x->atom("_NET_WM_WINDOW_TYPE");
   applicationTypes_ = {x->atom("_NET_WM_WINDOW_TYPE_NORMAL"), x->atom("_NET_WM_WINDOW_TYPE_DIALOG")};
-  askServer_ = serverTellsProcesses();
+  askServer_ = x->tellsProcesses();
   events_->select(x->root(), XCB_EVENT_MASK_PROPERTY_CHANGE);
   readWindows();
-}
-
-bool ClientWindows::serverTellsProcesses() const {
-  const XConnection& x = *events_->connection();
-  if (!x.hasExtension(xcb_res_id)) return false;
-  const auto cookie = xcb_res_query_version(x.get(), 1, 2);
-  const auto reply = owned(xcb_res_query_version_reply(x.get(), cookie, nullptr));
-  return reply && std::pair(reply->server_major, reply->server_minor) >= std::pair<std::uint16_t, std::uint16_t>(1, 2);
 }
 
 bool ClientWindows::isChange(const xcb_generic_event_t& event) const {
@@ -66,18 +58,16 @@ void ClientWindows::reportOwners(const std::vector<xcb_window_t>& windows) {
   for (const xcb_window_t window : windows) {
     const auto type = xcb_get_property(x.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, mostTypes);
     const auto claimed = xcb_get_property(x.get(), 0, window, windowProcess_, XCB_ATOM_CARDINAL, 0, 1);
-    const xcb_res_client_id_spec_t owner{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    asked.push_back({type, claimed,
-                     askServer_ ? xcb_res_query_client_ids(x.get(), 1, &owner) : xcb_res_query_client_ids_cookie_t{}});
+    asked.push_back({type, claimed, askServer_ ? x.askProcess(window) : xcb_res_query_client_ids_cookie_t{}});
   }
   for (const Questions& questions : asked) {
     const bool ofApplication = isOfApplication(questions.type);
     const auto claimed = x.values(questions.claimed);
-    const auto connected = askServer_ ? connectedProcess(questions.connected) : std::nullopt;
+    const std::int32_t connected = askServer_ ? x.process(questions.connected) : 0;
     if (!ofApplication) continue;
     // A sandboxed program claims the number that it has inside its sandbox.
     if (!claimed.empty() && owner_(static_cast<std::int32_t>(claimed.front()))) continue;
-    if (connected) owner_(*connected);
+    if (connected != 0) owner_(connected);
   }
 }
 
@@ -85,17 +75,6 @@ void ClientWindows::reportOwners(const std::vector<xcb_window_t>& windows) {
 bool ClientWindows::isOfApplication(xcb_get_property_cookie_t cookie) const {
   const auto types = events_->connection()->values(cookie);
   return types.empty() || std::ranges::any_of(types, [&](xcb_atom_t type) { return applicationTypes_.contains(type); });
-}
-
-std::optional<std::int32_t> ClientWindows::connectedProcess(xcb_res_query_client_ids_cookie_t cookie) const {
-  const auto reply = owned(xcb_res_query_client_ids_reply(events_->connection()->get(), cookie, nullptr));
-  if (!reply) return std::nullopt;
-  for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0; xcb_res_client_id_value_next(&id)) {
-    if ((id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) == 0U) continue;
-    if (xcb_res_client_id_value_value_length(id.data) < 1) continue;
-    return static_cast<std::int32_t>(*xcb_res_client_id_value_value(id.data));
-  }
-  return std::nullopt;
 }
 
 }  // namespace orvo

@@ -7,12 +7,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
-
-#include <xcb/res.h>
 
 namespace orvo {
 
@@ -30,12 +27,10 @@ class ClientWindows {
   void begin();
 
  private:
-  bool serverTellsProcesses() const;
   bool isChange(const xcb_generic_event_t& event) const;
   void readWindows();
   void reportOwners(const std::vector<xcb_window_t>& windows);
   bool isOfApplication(xcb_get_property_cookie_t cookie) const;
-  std::optional<std::int32_t> connectedProcess(xcb_res_query_client_ids_cookie_t cookie) const;
 
   Owner owner_;
   std::unique_ptr<XEvents> events_;

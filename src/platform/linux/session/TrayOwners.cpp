@@ -3,7 +3,6 @@
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/bus/SessionBus.h"
 
-#include <QDBusReply>
 #include <QDBusServiceWatcher>
 
 #include <utility>
@@ -22,7 +21,13 @@ constexpr std::chrono::milliseconds takeOverPatience{7000};
 
 }  // namespace
 
-TrayOwners::TrayOwners(QDBusConnection bus, Found found) : bus_(std::move(bus)), found_(std::move(found)) {}
+TrayOwners::TrayOwners(QDBusConnection bus, Found found)
+    : bus_(std::move(bus)),
+      found_(std::move(found)),
+      managesItems_(bus_, {agent_protocol::service, agent_protocol::path, agent_protocol::interface,
+                           agent_protocol::heldProperty}) {
+  connect(&managesItems_, &FollowedProperty::told, this, [this](bool managesItems) { found_.manager(managesItems); });
+}
 
 void TrayOwners::begin() {
   subscribe();
@@ -33,7 +38,7 @@ void TrayOwners::begin() {
   if (!agent) return;
   found_.agent(*agent);
   askRequesters();
-  askManager();
+  managesItems_.fetch();
   if (items.type() == QDBusMessage::ReplyMessage) {
     takeItems(items);
   } else {
@@ -42,6 +47,7 @@ void TrayOwners::begin() {
 }
 
 void TrayOwners::subscribe() {
+  managesItems_.follow();
   const QString agent = latin(agent_protocol::service);
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface), QStringLiteral("ItemAdded"), this,
                SLOT(itemAdded(QString, quint32, QString)));
@@ -49,8 +55,6 @@ void TrayOwners::subscribe() {
                this, SLOT(treeChanged()));
   bus_.connect(agent, latin(agent_protocol::path), latin(agent_protocol::interface),
                QStringLiteral("RequestersChanged"), this, SLOT(requestersChanged(QDBusMessage)));
-  bus_.connect(agent, latin(agent_protocol::path), latin(session_bus::propertiesInterface),
-               QStringLiteral("PropertiesChanged"), this, SLOT(askManager()));
   auto* watch = new QDBusServiceWatcher(agent, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString& oldOwner, const QString& newOwner) {
@@ -70,7 +74,6 @@ void TrayOwners::agentStarted(const QString& name) {
   });
   askItems();
   askRequesters();
-  askManager();
 }
 
 void TrayOwners::endOthers() { bus_.send(session_bus::agentCall("EndOthers")); }
@@ -88,16 +91,6 @@ void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)>
 void TrayOwners::askRequesters() {
   session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
     if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);
-  });
-}
-
-void TrayOwners::askManager() {
-  QDBusMessage question = session_bus::call(latin(agent_protocol::service), latin(agent_protocol::path),
-                                            session_bus::propertiesInterface, "Get");
-  question << latin(agent_protocol::interface) << latin(agent_protocol::heldProperty);
-  session_bus::ask(bus_, question, patience, this, [this](const QDBusMessage& reply) {
-    const QDBusReply<QDBusVariant> answer(reply);
-    if (answer.isValid()) found_.manager(answer.value().variant().toBool());
   });
 }
 

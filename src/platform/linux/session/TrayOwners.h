@@ -3,6 +3,8 @@
 // can be hidden and no owner matters.
 #pragma once
 
+#include "platform/linux/bus/FollowedProperty.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
@@ -52,8 +54,6 @@ class TrayOwners : public QObject {
 
   Q_SLOT void requestersChanged(const QDBusMessage& message);
 
-  Q_SLOT void askManager();
-
   void subscribe();
   void agentStarted(const QString& name);
   void askItems();
@@ -62,6 +62,7 @@ class TrayOwners : public QObject {
 
   QDBusConnection bus_;
   Found found_;
+  FollowedProperty managesItems_;
 };
 
 }  // namespace orvo

@@ -54,6 +54,25 @@ bool XConnection::hasExtension(xcb_extension_t& extension) const {
   return data != nullptr && data->present != 0;
 }
 
+bool XConnection::tellsProcesses() const {
+  if (!hasExtension(xcb_res_id)) return false;
+  const auto reply = owned(xcb_res_query_version_reply(get(), xcb_res_query_version(get(), 1, 2), nullptr));
+  return reply && std::pair(reply->server_major, reply->server_minor) >= std::pair<std::uint16_t, std::uint16_t>(1, 2);
+}
+
+xcb_res_query_client_ids_cookie_t XConnection::askProcess(xcb_window_t window) const {
+  const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+  return xcb_res_query_client_ids(get(), 1, &wanted);
+}
+
+std::int32_t XConnection::process(xcb_res_query_client_ids_cookie_t asked) const {
+  const auto reply = owned(xcb_res_query_client_ids_reply(get(), asked, nullptr));
+  if (!reply) return 0;
+  const auto id = xcb_res_query_client_ids_ids_iterator(reply.get());
+  if (id.rem == 0 || xcb_res_client_id_value_value_length(id.data) < 1) return 0;
+  return static_cast<std::int32_t>(*xcb_res_client_id_value_value(id.data));
+}
+
 XReply<xcb_query_pointer_reply_t> XConnection::queryPointer() const {
   return owned(xcb_query_pointer_reply(get(), xcb_query_pointer(get(), root_), nullptr));
 }

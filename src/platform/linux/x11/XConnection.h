@@ -2,6 +2,7 @@
 // come from any thread. Errors of the server never end the process, as they would through Xlib.
 #pragma once
 
+#include <xcb/res.h>
 #include <xcb/xcb.h>
 
 #include <cstdint>
@@ -45,6 +46,10 @@ class XConnection {
 
   xcb_atom_t atom(const std::string& name) const;
   bool hasExtension(xcb_extension_t& extension) const;
+  // Whether the server can say which process a window's client is.
+  bool tellsProcesses() const;
+  xcb_res_query_client_ids_cookie_t askProcess(xcb_window_t window) const;
+  std::int32_t process(xcb_res_query_client_ids_cookie_t asked) const;  // 0 for a window that has gone
   XReply<xcb_query_pointer_reply_t> queryPointer() const;
   // What a property of a window holds, in units of 32 bits; empty for one of another kind, or none.
   std::vector<std::uint32_t> values(xcb_get_property_cookie_t property) const;
