@@ -37,7 +37,7 @@ struct Process {
 };
 
 // What the kernel tells of a process at most: arguments and environment share a quarter of the stack.
-constexpr std::size_t processLimit = 2 * 1024 * 1024;
+constexpr std::size_t processLimit = std::size_t{2} * 1024 * 1024;
 
 std::vector<std::string> readList(const fs::path& path) {
   const std::string content = contentOf(path, processLimit);

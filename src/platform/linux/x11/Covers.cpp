@@ -157,7 +157,7 @@ void Covers::endHover(const Place& place) {
   if (!parent) return;
   const Point corner{parent->x, parent->y};
   tell(place.parent, XCB_ENTER_NOTIFY, corner,
-       {corner.x + place.x + place.width / 2, corner.y + place.y + place.height / 2});
+       {corner.x + place.x + place.width / 2.0, corner.y + place.y + place.height / 2.0});
   // One that leaves before it is told to be there has left for good, as its program hears it: asked once more.
   bool isTold = false;
   while (const auto pointer = connection_.queryPointer()) {
