@@ -452,13 +452,14 @@ class Desktop:
         self.spawn_item(name, PROGRAMS[name], lambda: self.learn(name, known, 20))
 
     def spawn_item(self, name, command, arrive):
-        """Starts a program and has its icon arrive. Diodon comes up without its bus now and then, says so, and never
-        has an icon: it is started anew."""
+        """Starts a program and has its icon arrive. The library of diodon and pasystray comes up without its bus now
+        and then, says so, and never has an icon: the program is started anew."""
         self.spawn(name, command)
+        before = len(self.log(name))
         try:
             arrive()
         except Timeout:
-            if "G_IS_DBUS_CONNECTION" not in self.log(name):
+            if "G_IS_DBUS_CONNECTION" not in self.log(name)[before:]:
                 raise
             self.end(name)
             self.spawn(name, command)

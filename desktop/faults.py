@@ -112,11 +112,8 @@ class Faults:
 
     def start_item(self, name):
         """Any of them takes its time until it has an icon."""
-        self.desktop.spawn(name, PROGRAMS[name])
-        self.wait_for_items()
-
-    def wait_for_items(self):
-        wait(lambda: len(self.desktop.call_agent("Items")) == len(ITEMS) + 1, 20, "every item")
+        self.desktop.spawn_item(name, PROGRAMS[name], lambda: wait(
+            lambda: name in [bundle for *_, bundle in self.desktop.call_agent("Items")], 20, name))
 
     def log_in_again(self):
         """What the agent's end leaves must be all icons; that the panel has them in hand, and some of them an icon of
@@ -129,8 +126,7 @@ class Faults:
         desktop.start_agent()
         desktop.start_panel()
         for name in ITEMS:
-            desktop.spawn(name, PROGRAMS[name])
-        self.wait_for_items()
+            self.start_item(name)
 
     def start_accessibility(self):
         """The panel does not look for another bus."""
@@ -211,8 +207,8 @@ class Faults:
             raise AssertionError(problem or "the desktop does not come to rest") from None
 
     def dismiss(self):
-        """Closes what the clicks have opened. A program of Qt that was stopped while its menu was asked for may keep
-        one that no key reaches, so it is ended like any that hangs."""
+        """Closes what the clicks have opened. What was stopped while a menu was asked for may keep one that no key and
+        no click reaches, so it is ended like anything that hangs."""
         desktop = self.desktop
         if window := desktop.settings_window():
             desktop.close_window(window)
@@ -228,6 +224,9 @@ class Faults:
         for name in [name for name in ITEMS if desktop.processes[name].pid in owners]:
             desktop.end(name, signal.SIGKILL)
             self.start_item(name)
+        if (tray := desktop.plug_in("libsystray.so")[0]) and tray in owners:
+            print(", whereupon a menu of the tray stayed", end="")
+            os.kill(tray, signal.SIGKILL)
         # The panel leaves an icon lit that has moved away from below the pointer, and one framed that got the focus.
         if "?" in desktop.shown():
             desktop.display.set_input_focus(X.PointerRoot, X.RevertToPointerRoot, X.CurrentTime)
