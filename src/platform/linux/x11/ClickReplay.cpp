@@ -66,17 +66,16 @@ bool ClickReplay::giveNext() {
     if (control) {
       const auto controls = controls_();
       if (!controls) return false;
-      point = locate(*control, *controls);
+      const auto now = std::ranges::find(*controls, control->identifier, &ControlPlace::identifier);
+      point = now == controls->end() ? std::nullopt : covers_.locate(*now, control->offset);
+      // Since the panel was asked, it may have moved the control, or changed its own size.
+      if (point && !covers_.isUnder(control->window, *point)) return false;
+      if (!point && now != controls->end() && !covers_.hasDock(now->window)) return false;
     }
   }
   clicks_.pop_front();
   if (point) give(click.button, {coordinate(point->x), coordinate(point->y)});
   return true;
-}
-
-std::optional<Point> ClickReplay::locate(const ControlPoint& point, const ControlPlaces::List& controls) {
-  const auto now = std::ranges::find(controls, point.identifier, &ControlPlace::identifier);
-  return now == controls.end() ? std::nullopt : covers_.locate(*now, point.offset);
 }
 
 void ClickReplay::give(xcb_button_t button, Position at) {

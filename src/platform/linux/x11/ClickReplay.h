@@ -65,7 +65,6 @@ class ClickReplay {
   bool finishGiven();
   bool isFree() const;
   bool giveNext();
-  std::optional<Point> locate(const ControlPoint& point, const ControlPlaces::List& controls);
   void give(xcb_button_t button, Position at);
   void movePointer(Position position) const;
 

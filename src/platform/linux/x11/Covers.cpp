@@ -139,7 +139,8 @@ std::optional<HeldPress::Place> Covers::caught(const xcb_button_press_event_t& p
   const Point location{cover->corner.x + press.event_x, cover->corner.y + press.event_y};
   HeldPress::Place where{{static_cast<double>(press.root_x), static_cast<double>(press.root_y)}, location};
   if (const auto& control = cover->region.control) {
-    where.control = ControlPoint{control->identifier, {location.x - control->frame.x, location.y - control->frame.y}};
+    const Point offset{location.x - control->frame.x, location.y - control->frame.y};
+    where.control = ControlPoint{control->identifier, offset, place.parent};
   }
   return where;
 }
@@ -244,14 +245,18 @@ std::optional<Rect> Covers::frameOf(xcb_window_t window) {
               static_cast<double>(size->height)};
 }
 
-// By size and age, since a panel may slide out of sight; else where it was.
-const Covers::Dock* Covers::dockOf(const PanelWindow& window, const std::vector<Dock>& docks) {
+bool Covers::hasDock(const PanelWindow& window) { return dockOf(window, docks()) != nullptr; }
+
+// By size and age, since a panel may slide out of sight; else where it was. Not of another program than that which
+// has one where it was.
+const Covers::Dock* Covers::dockOf(const PanelWindow& window, const std::vector<Dock>& docks) const {
+  const auto there = std::ranges::find(docks, window.frame, &Dock::frame);
   std::size_t older = 0;
   for (const Dock& dock : docks) {
+    if (there != docks.end() && clientOf(dock.window) != clientOf(there->window)) continue;
     const bool isAlike = dock.frame.width == window.frame.width && dock.frame.height == window.frame.height;
     if (isAlike && older++ == window.ordinal) return &dock;
   }
-  const auto there = std::ranges::find(docks, window.frame, &Dock::frame);
   return there == docks.end() ? nullptr : &*there;
 }
 
@@ -322,9 +327,12 @@ bool Covers::isUnder(xcb_window_t window, Point point) {
   return false;
 }
 
+std::uint32_t Covers::clientOf(xcb_window_t window) const {
+  return window & ~xcb_get_setup(connection_.get())->resource_id_mask;
+}
+
 bool Covers::isOwn(xcb_window_t window) const {
-  const auto* setup = xcb_get_setup(connection_.get());
-  return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+  return clientOf(window) == xcb_get_setup(connection_.get())->resource_id_base;
 }
 
 void Covers::watch(xcb_window_t window) {

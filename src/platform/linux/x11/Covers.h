@@ -45,6 +45,11 @@ class Covers {
   // Where the point of the control is on the screen; absent where the pointer would not reach it there.
   std::optional<Point> locate(const ControlPlace& control, Point offset);
 
+  // Whether the panel has the window still as it was told.
+  bool hasDock(const PanelWindow& window);
+  // Whether a click at the point of the screen would go to the window or into it.
+  bool isUnder(xcb_window_t window, Point point);
+
  private:
   // Where a cover goes, in the parent's coordinates.
   struct Place {
@@ -79,11 +84,12 @@ class Covers {
   std::vector<xcb_window_t> topLevelWindows();
   bool isDock(xcb_window_t window);
   std::optional<Rect> frameOf(xcb_window_t window);
-  static const Dock* dockOf(const PanelWindow& window, const std::vector<Dock>& docks);
+  const Dock* dockOf(const PanelWindow& window, const std::vector<Dock>& docks) const;
   std::optional<Planned> planOn(const Dock& dock, const GuardedRegion& region, Point origin);
   bool childHolding(Place& place);
+  // The part of a window's number that all windows of its program share.
+  std::uint32_t clientOf(xcb_window_t window) const;
   bool isOwn(xcb_window_t window) const;
-  bool isUnder(xcb_window_t window, Point point);
   bool isDisturbed(const xcb_generic_event_t& event);
   void endHover(const Place& place);
   void tell(xcb_window_t window, std::uint8_t code, Point corner, Point onScreen);

@@ -4,6 +4,7 @@
 
 #include "platform/linux/ControlPlaces.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,7 @@ struct GuardedRegion {
 struct ControlPoint {
   std::string identifier;
   Point offset;
+  std::uint32_t window = 0;  // of the panel's, the deepest that held the control; moves with it
 };
 
 }  // namespace orvo
