@@ -23,14 +23,17 @@ std::vector<News> PanelNews::forget(const std::string& address) {
   return isTold ? std::vector<News>{{address, false}} : std::vector<News>{};
 }
 
-// Whoever was not waited for comes late to its place: those behind it have to follow.
+// Whoever comes late to its place, not having been waited for or its Id not having been known, has those behind it
+// follow.
 void PanelNews::viewMade(const std::string& address) {
   Item* item = find(address);
   if (item == nullptr || item->view != View::beingMade) return;
   item->view = View::made;
-  if (!std::exchange(item->isDelayed, false) || item->id.empty()) return;
-  std::for_each(item + 1, items_.data() + items_.size(), [id = item->id](Item& later) {
-    later.isOutdated = later.isOutdated || (later.view != View::none && later.id == id);
+  const bool wasDelayed = std::exchange(item->isDelayed, false);
+  if (item->id.empty()) return;
+  std::for_each(item + 1, items_.data() + items_.size(), [id = item->id, wasDelayed](Item& later) {
+    const bool isEarly = wasDelayed ? later.view != View::none : later.view == View::made;
+    later.isOutdated = later.isOutdated || (isEarly && later.id == id);
   });
 }
 
