@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "agent/Guardian.h"
@@ -53,6 +54,8 @@ constexpr std::chrono::milliseconds drawing{300};
 
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
+  // Before the next login, whose agent cannot start until this process has ended.
+  if (bequest.kept.empty()) return EXIT_SUCCESS;
   const auto loop = newLoop();
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
@@ -76,7 +79,7 @@ int main(int count, char** arguments) {
   if (const auto bequest = orvo::Guardian::outlive(count, arguments)) return restore(*bequest);
   std::signal(SIGPIPE, SIG_IGN);  // whoever read our standard error may be gone
   const auto loop = newLoop();
-  orvo::Guardian guardian(loop.get());
+  std::optional<orvo::Guardian> guardian;
   const auto bus = connectToSession(loop.get());
   if (!bus) return fail("there is no session bus");
 
@@ -88,13 +91,14 @@ int main(int count, char** arguments) {
   orvo::PanelReader panel(bus.get());
   const auto legacy = orvo::LegacyTray::open(loop.get());
   orvo::MenuBarAgent agent(bus.get(), service, watcher, panel, legacy.get());
+  if (!agent.claimName()) return fail("another agent is running");
+  guardian.emplace(loop.get());
   service.onChanged = [&] {
-    guardian.keep(orvo::keptItems(service.menuBar().items()));
+    guardian->keep(orvo::keptItems(service.menuBar().items()));
     // Icons that go move what stands beside them, and only while some are gone does it matter where that is.
     panel.watch(service.menuBar().isConcealing());
     if (legacy) legacy->apply([&](const std::string& bundle) { return service.menuBar().shows(bundle); });
   };
-  if (!agent.claimName()) return fail("another agent is running");
   if (!watcher.claimName()) return fail("the bus refuses the watcher's name");
   if (legacy) legacy->follow();
   sd_event_loop(loop.get());
