@@ -67,7 +67,8 @@ bool OrvoModel::beginScan() {
 }
 
 void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
-  const bool wasGuardable = !systemRelay_->systemFrames().empty();
+  // The first scan may have come before the panel.
+  const bool wasGuardable = !lastScan_ || !systemRelay_->systemFrames().empty();
   systemRelay_->setSystemFrames(snapshot.systemFrames);
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
