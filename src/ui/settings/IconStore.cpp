@@ -2,6 +2,8 @@
 
 #include <QPointer>
 
+#include <optional>
+
 namespace orvo {
 
 namespace {
@@ -18,14 +20,14 @@ QImage image(const std::optional<Picture>& picture) {
 
 }  // namespace
 
-std::optional<QImage> IconStore::icon(std::int32_t pid, int pixels) {
+QImage IconStore::icon(std::int32_t pid, int pixels) {
   const Key key{pid, pixels};
   if (const auto found = kept_.find(key); found != kept_.end()) return found->second;
   if (asked_.insert(key).second) {
     waiting_.push_back(key);
     askNext();
   }
-  return std::nullopt;
+  return {};
 }
 
 // The latest first: they are the rows that have just come into sight.
@@ -43,9 +45,10 @@ void IconStore::ask(const Key& key) {
     if (!self) return;
     --self->underWay_;
     self->asked_.erase(key);
-    self->keep(key, image(picture));
+    const QImage icon = image(picture);
+    if (!icon.isNull()) self->keep(key, icon);
     self->askNext();
-    emit self->answered(key.first, key.second);
+    emit self->answered(key.first, key.second, icon);
   });
 }
 

@@ -12,7 +12,6 @@
 #include <deque>
 #include <list>
 #include <map>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -28,12 +27,13 @@ class IconStore : public QObject, public EngineSingleton<IconStore> {
   // The view outlives it.
   explicit IconStore(const OrvoView& view) : view_(view) {}
 
-  // Absent until the answer has come, which `answered` tells; null where the application has none.
-  // Asking again is free.
-  std::optional<QImage> icon(std::int32_t pid, int pixels);
+  // Null until it has come, which `answered` tells. One that is kept or asked for is not asked for again; one
+  // that the application did not have is.
+  QImage icon(std::int32_t pid, int pixels);
 
  signals:
-  void answered(std::int32_t pid, int pixels);
+  // Null where the application has none, or gave none in time.
+  void answered(std::int32_t pid, int pixels, const QImage& icon);
 
  private:
   using Key = std::pair<std::int32_t, int>;

@@ -17,8 +17,8 @@ RowIcon::RowIcon(QQuickItem* parent) : QQuickPaintedItem(parent) {
 void RowIcon::componentComplete() {
   QQuickPaintedItem::componentComplete();
   if (IconStore* store = IconStore::of(qmlEngine(this))) {
-    connect(store, &IconStore::answered, this, [this](std::int32_t pid, int size) {
-      if (pid == pid_ && size == pixels()) fetch();
+    connect(store, &IconStore::answered, this, [this](std::int32_t pid, int size, const QImage& icon) {
+      if (pid == pid_ && size == pixels()) show(icon);
     });
   }
   fetch();
@@ -27,6 +27,12 @@ void RowIcon::componentComplete() {
 void RowIcon::itemChange(ItemChange change, const ItemChangeData& value) {
   QQuickPaintedItem::itemChange(change, value);
   if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) fetch();
+  // The program may have been too busy to answer.
+  if (change == ItemSceneChange && value.window != nullptr) {
+    connect(value.window, &QWindow::activeChanged, this, [this] {
+      if (!available()) fetch();
+    });
+  }
 }
 
 int RowIcon::pixels() const {
@@ -37,7 +43,11 @@ int RowIcon::pixels() const {
 void RowIcon::fetch() {
   IconStore* store = isComponentComplete() && window() != nullptr ? IconStore::of(qmlEngine(this)) : nullptr;
   if (store == nullptr || pixels() <= 0) return;
-  image_ = store->icon(pid_, pixels()).value_or(QImage());
+  show(store->icon(pid_, pixels()));
+}
+
+void RowIcon::show(const QImage& icon) {
+  image_ = icon;
   emit availableChanged();
   update();
 }

@@ -32,6 +32,7 @@ class RowIcon : public QQuickPaintedItem {
  private:
   int pixels() const;
   void fetch();
+  void show(const QImage& icon);
 
   int pid_ = 0;
   QImage image_;

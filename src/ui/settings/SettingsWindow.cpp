@@ -17,6 +17,7 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
+#include <QThread>
 
 #include <algorithm>
 #include <chrono>
@@ -166,6 +167,8 @@ bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
 void SettingsWindow::dropScene() {
   platform_.mainQueue.cancel(std::exchange(rememberHandle_, MainQueue::Handle::none));
   quickView_.reset();
+  // Where no exec() runs, nobody else deletes what Qt puts off.
+  if (QThread::currentThread()->loopLevel() == 0) QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   keyboard_.reset();
   binding_.reset();
   icons_.reset();
