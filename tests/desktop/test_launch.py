@@ -97,7 +97,7 @@ class WithoutAgent(DesktopCase):
         self.assertFalse(desktop.can_hide())
         self.take_over()
         desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer. "
-                        "Run packaging/linux/install, then log in again.")
+                        "Install Orvo again, then log in.")
         self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
         desktop.start_agent()
         with stopped(desktop.process_of(WATCHER)):

@@ -84,7 +84,7 @@ void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)>
                      if (reply.type() == QDBusMessage::ReplyMessage) return done(std::nullopt);
                      const bool isAgents = QDBusError(reply).type() == QDBusError::Failed;
                      done(isAgents ? reply.errorMessage().toStdString()
-                                   : "Orvo’s agent does not answer. Run packaging/linux/install, then log in again.");
+                                   : "Orvo’s agent does not answer. Install Orvo again, then log in.");
                    });
 }
 
