@@ -31,6 +31,7 @@ ORVO = "local.orvo.Orvo"
 LOGIND = "org.freedesktop.login1"
 BACKGROUND = "#40566b"
 CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.
+FRAME = 3  # Around an icon, where the panel shows that it has the focus.
 SETTINGS_KEY = "Quillet.Preferences.v1"
 
 # Real programs with a tray icon, one of each toolkit: the name by which tests call them, and how
@@ -435,11 +436,11 @@ class Desktop:
         if count == 0:
             return []
         try:
-            picture = Picture(self.root, x, y, width, height)
+            picture = Picture(self.root, x, y + FRAME, width, height - 2 * FRAME)
         except error.BadMatch:  # The screen or the panel changed in between.
             return []
         margin = (width - count * CELL) // 2
-        return [picture.column(margin + index * CELL, CELL) for index in range(count)]
+        return [picture.column(margin + index * CELL + FRAME, CELL - 2 * FRAME) for index in range(count)]
 
     def shown(self):
         """The names of the icons that the panel shows now, from left to right; "?" for one unknown."""

@@ -227,9 +227,8 @@ class Faults:
         if (tray := desktop.plug_in("libsystray.so")[0]) and tray in owners:
             print(", whereupon a menu of the tray stayed", end="")
             os.kill(tray, signal.SIGKILL)
-        # The panel leaves an icon lit that has moved away from below the pointer, and one framed that got the focus.
+        # The panel leaves an icon lit that has moved away from below the pointer.
         if "?" in desktop.shown():
-            desktop.display.set_input_focus(X.PointerRoot, X.RevertToPointerRoot, X.CurrentTime)
             x, y, width, height = desktop.tray_frame()
             for step in range(x, x + width, CELL // 2):
                 desktop.person.move(step, y + height // 2)
