@@ -179,11 +179,11 @@ class Hostile(AgentCase):
     def entries_that_take_long(self):
         """Meanwhile the agent answers, and once it knows whose the item is, hides that."""
         write(f"{self.entries}/0.desktop", "[Desktop Entry]\n" + "".join(f"X-{key}=1\n" for key in range(8000)))
-        for number in range(1, 400):
+        for number in range(1, 1000):
             os.symlink("0.desktop", f"{self.entries}/{number}.desktop")
         assertion, (slow,) = self.orvo.activate("tray"), self.programs("slow")
         slow.order("register(bus.get_unique_name())")
-        wait(lambda: self.desktop.told_items() and self.desktop.call_agent("Items")[-1][2] == "slow", 15)
+        wait(lambda: self.desktop.told_items() and self.desktop.call_agent("Items")[-1][2] == "slow", 25)
         self.expect_told(self.tray.bus + ITEM)
         self.orvo.invalidate(assertion)
 

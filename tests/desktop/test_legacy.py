@@ -89,7 +89,7 @@ class Legacy(HidingCase):
         both.kill()
         desktop.expect_shown(self.all)
 
-    def test_windows_that_dock_and_vanish_trouble_nobody(self):
+    def test_docking_windows_that_vanish_trouble_nobody(self):
         server, root = self.desktop.display, self.desktop.root
         tray = server.get_selection_owner(server.intern_atom("_NET_SYSTEM_TRAY_S0"))
         opcode = server.intern_atom("_NET_SYSTEM_TRAY_OPCODE")
