@@ -103,6 +103,7 @@ xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
   std::size_t searched = level.size();
   for (int depth = 1; depth < deepest && searched <= mostSearched; ++depth) {
     std::vector<xcb_query_tree_cookie_t> asked;
+    asked.reserve(level.size());
     for (const xcb_window_t window : level) asked.push_back(xcb_query_tree(connection_->get(), window));
     level.clear();
     for (const auto cookie : asked) {
