@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/linux/ApplicationIdentity.h"
-
 namespace orvo {
 
 namespace {
@@ -75,6 +73,11 @@ void LegacyTray::apply(LegacyIcons::Shows shows) {
   dispatch();
 }
 
+void LegacyTray::identify(std::int32_t process, const std::string& bundle) {
+  for (const LegacyIcons::Order& order : icons_.identify(process, bundle, shows_)) carryOut(order);
+  dispatch();
+}
+
 // The sockets stand in the window of the tray's own program that the panel has embedded.
 void LegacyTray::findTray() {
   const auto owner = owned(xcb_get_selection_owner_reply(
@@ -100,6 +103,7 @@ xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
   std::size_t searched = level.size();
   for (int depth = 1; depth < deepest && searched <= mostSearched; ++depth) {
     std::vector<xcb_query_tree_cookie_t> asked;
+    asked.reserve(level.size());
     for (const xcb_window_t window : level) asked.push_back(xcb_query_tree(connection_->get(), window));
     level.clear();
     for (const auto cookie : asked) {
@@ -133,27 +137,22 @@ void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
   // As the X server knows it: what a window claims may be anything, and Tk's claims nothing.
   const std::int32_t process = connection_->process(connection_->askProcess(window));
   LegacyIcon icon{.window = window, .socket = socket, .process = process};
-  if (const auto identity = identifyProcess(icon.process)) icon.bundle = identity->bundleIdentifier;
   icon.overridesRedirect = attributes->override_redirect != 0 || wasLeft;
   icon.isMapped = attributes->map_state != XCB_MAP_STATE_UNMAPPED;
   if (const auto order = icons_.dock(icon, shows_)) carryOut(*order);
-  if (icons_.find(window) == nullptr) return;
-  if (onDocked) onDocked(icon);
-  if (onChanged) onChanged();
+  if (onDocked && icons_.find(window) != nullptr) onDocked(icon);
 }
 
 void LegacyTray::undock(xcb_window_t window) {
   const auto left = icons_.undock(window);
   if (!left) return;
   if (left->isHeld) restore(window, left->overridesRedirect);
-  if (onChanged) onChanged();
 }
 
 void LegacyTray::socketLost(xcb_window_t socket) {
   sockets_.erase(socket);
   for (const LegacyIcon& left : icons_.socketLost(socket)) {
     if (left.isHeld) restore(left.window, left.overridesRedirect);
-    if (onChanged) onChanged();
   }
 }
 

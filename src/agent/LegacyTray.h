@@ -25,13 +25,15 @@ class LegacyTray {
   // Null where there is no X server. Finds nothing before follow().
   static std::unique_ptr<LegacyTray> open(sd_event* loop);
 
-  // Called as things happen, from follow() on; may be empty.
+  // Called as it happens, from follow() on, without the icon's application; may be empty.
   std::function<void(const LegacyIcon&)> onDocked;
-  std::function<void()> onChanged;  // also after the former
 
   // From now on the tray's icons are known. What an agent before this one changed of them is put right, and all
   // are drawn again.
   void follow();
+
+  // The application of a process whose icons had none known.
+  void identify(std::int32_t process, const std::string& bundle);
 
   // Hides what this does not show, and shows the rest.
   void apply(LegacyIcons::Shows shows);

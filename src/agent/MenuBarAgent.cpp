@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "agent/ApplicationLookup.h"
 #include "agent/LegacyTray.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
@@ -106,25 +108,20 @@ void addDock(ListReply& tree, const DockControls& dock) {
 
 }  // namespace
 
-MenuBarAgent::MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel,
-                           LegacyTray* legacy)
+MenuBarAgent::MenuBarAgent(sd_bus* bus, ApplicationLookup& applications, MenuBarService& service,
+                           StatusNotifierWatcher& watcher, PanelReader& panel, LegacyTray* legacy)
     : bus_(bus),
+      applications_(applications),
       service_(service),
       watcher_(watcher),
       panel_(panel),
       legacy_(legacy),
       pause_(sd_bus_get_event(bus), [this] { requestersChanged(); }) {
   service_.onItemArrived = [this](const TrayItem& item) {
-    sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
-                       item.address().c_str(), item.processIdentifier, item.bundle.c_str());
+    announceItem(item.address(), item.processIdentifier, item.bundle);
   };
   service_.onRequestersChanged = [this] { requestersChanged(); };
-  if (legacy_ != nullptr) {
-    legacy_->onDocked = [this](const LegacyIcon& icon) {
-      sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus",
-                         addressOf(icon).c_str(), icon.process, icon.bundle.c_str());
-    };
-  }
+  if (legacy_ != nullptr) legacy_->onDocked = [this](const LegacyIcon& icon) { docked(icon); };
   watcher_.onNameHeld = [this] {
     sd_bus_emit_properties_changed(bus_, agent_protocol::path, agent_protocol::interface, agent_protocol::heldProperty,
                                    nullptr);
@@ -229,6 +226,19 @@ int MenuBarAgent::takeOver(sd_bus_message* call, void* agent, sd_bus_error* /*er
     sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_FAILED, "%s", hindrance);
   });
   return 1;
+}
+
+void MenuBarAgent::announceItem(const std::string& address, std::int32_t process, const std::string& bundle) {
+  sd_bus_emit_signal(bus_, agent_protocol::path, agent_protocol::interface, "ItemAdded", "sus", address.c_str(),
+                     process, bundle.c_str());
+}
+
+void MenuBarAgent::docked(const LegacyIcon& icon) {
+  applications_.find(icon.process, [this, icon](const std::string& bundle) {
+    if (std::ranges::find(legacy_->icons(), icon.window, &LegacyIcon::window) == legacy_->icons().end()) return;
+    legacy_->identify(icon.process, bundle);
+    announceItem(addressOf(icon), icon.process, bundle);
+  });
 }
 
 void MenuBarAgent::requestersChanged() {

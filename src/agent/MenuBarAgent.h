@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "agent/BusCall.h"
@@ -12,6 +13,7 @@
 
 namespace orvo {
 
+class ApplicationLookup;
 class LegacyTray;
 class MenuBarService;
 class PanelReader;
@@ -20,8 +22,8 @@ class StatusNotifierWatcher;
 class MenuBarAgent {
  public:
   // `legacy` may be null.
-  MenuBarAgent(sd_bus* bus, MenuBarService& service, StatusNotifierWatcher& watcher, PanelReader& panel,
-               LegacyTray* legacy);
+  MenuBarAgent(sd_bus* bus, ApplicationLookup& applications, MenuBarService& service, StatusNotifierWatcher& watcher,
+               PanelReader& panel, LegacyTray* legacy);
 
   // False when another agent has it.
   bool claimName();
@@ -38,11 +40,14 @@ class MenuBarAgent {
                            sd_bus_message* reply, void* agent, sd_bus_error* error);
 
  private:
+  void announceItem(const std::string& address, std::int32_t process, const std::string& bundle);
+  void docked(const LegacyIcon& icon);
   void requestersChanged();
   void announceRequesters();
   std::vector<LegacyIcon> legacyIcons() const;
 
   sd_bus* bus_;
+  ApplicationLookup& applications_;
   MenuBarService& service_;
   StatusNotifierWatcher& watcher_;
   PanelReader& panel_;

@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <utility>
 
-#include "platform/linux/ApplicationIdentity.h"
-
 namespace orvo {
 
 namespace {
@@ -16,10 +14,12 @@ constexpr std::size_t mostAtOnce = 16;
 
 }  // namespace
 
-MenuBarService::MenuBarService(sd_bus* bus)
+MenuBarService::MenuBarService(sd_bus* bus, ApplicationLookup& applications)
     : bus_(bus),
+      applications_(applications),
+      panels_(bus),
       views_(
-          bus,
+          bus, panels_,
           [this](const std::string& address) {
             news_.viewMade(address);
             tellPanel();
@@ -38,21 +38,24 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
   }
   ++registering_[sender];
   const std::string name = registration->name;
-  watch(name);
-  const auto finish = [=, this, done = std::move(done)](const std::string& owner, std::int32_t process) {
-    // For others there is no more to say than that they have an item.
-    const bool isOwn = sender.empty() || sender == owner || registration->path == defaultItemPath;
-    const bool isThere = answered(name) && process != 0 && isOwn;
+  const Question question = watch(name);
+  const auto finish = [=, this, done = std::move(done)](const std::string& owner, std::int32_t process,
+                                                        const std::string& bundle) {
+    const bool isThere = answered(question) && process != 0;
     if (--registering_[sender] == 0) registering_.erase(sender);
-    if (isThere) add({owner, registration->path, process, {name}, bundleOf(process)});
+    if (isThere) add({owner, registration->path, process, {name}, bundle});
     if (!menuBar_.isNamed(name) && !requesters_.contains(name)) unwatch(name);
     done();
   };
   askAboutName(bus_, "GetNameOwner", name, unlimited, [=, this](sd_bus_message* answer) {
     const std::string owner = readText(answer);
-    if (owner.empty()) return finish({}, 0);
-    askAboutName(bus_, "GetConnectionUnixProcessID", owner, unlimited,
-                 [=](sd_bus_message* process) { finish(owner, readNumber(process)); });
+    // For others there is no more to say than that they have an item.
+    const bool isOwn = sender.empty() || sender == owner || registration->path == defaultItemPath;
+    if (owner.empty() || !isOwn) return finish({}, 0, {});
+    askAboutName(bus_, "GetConnectionUnixProcessID", owner, unlimited, [=, this](sd_bus_message* found) {
+      const std::int32_t process = readNumber(found);
+      applications_.find(process, [=](const std::string& bundle) { finish(owner, process, bundle); });
+    });
   });
 }
 
@@ -70,11 +73,11 @@ void MenuBarService::activate(const std::string& requester, std::set<std::string
     refuse(requester, "asks for too much at once");
     return done(0);
   }
-  watch(requester);
+  const Question question = watch(requester);
   // Whoever left before we watched is told of by nobody: ask first.
   askAboutName(bus_, "GetConnectionUnixProcessID", requester, unlimited,
                [=, this, conceal = std::move(conceal), done = std::move(done)](sd_bus_message* answer) {
-                 answered(requester);
+                 answered(question);
                  if (isError(answer)) return unwatch(requester), done(0);
                  requesters_[requester] = readNumber(answer);
                  conceal();
@@ -85,14 +88,6 @@ bool MenuBarService::isProtected(std::int32_t process) const {
   return std::ranges::any_of(menuBar_.items(), [&](const TrayItem& item) {
     return item.processIdentifier == process && menuBar_.isProtected(item.bundle);
   });
-}
-
-// Looking at a process costs files to read: once is enough while it has an item.
-std::string MenuBarService::bundleOf(std::int32_t process) const {
-  for (const TrayItem& item : menuBar_.items())
-    if (item.processIdentifier == process && !item.bundle.empty()) return item.bundle;
-  auto identity = identifyProcess(process);
-  return identity ? std::move(identity->bundleIdentifier) : std::string();
 }
 
 void MenuBarService::endOthers(std::int32_t process) {
@@ -108,19 +103,17 @@ bool MenuBarService::invalidate(std::uint32_t assertion, const std::string& requ
 }
 
 // The watch goes out before the questions, so that no loss falls between them.
-void MenuBarService::watch(const std::string& name) {
-  asking_.insert(name);
-  if (watched_.contains(name)) return;
-  watched_[name] = watchName(bus_, name, [this, name](const std::string& before, const std::string& /*now*/) {
-    if (!before.empty()) nameLost(name);
-  });
+MenuBarService::Question MenuBarService::watch(const std::string& name) {
+  asking_.emplace(name, ++last_);
+  if (!watched_.contains(name))
+    watched_[name] = watchName(bus_, name, [this, name](const std::string& before, const std::string& /*now*/) {
+      if (!before.empty()) nameLost(name);
+    });
+  return last_;
 }
 
-bool MenuBarService::answered(const std::string& name) {
-  const auto found = asking_.find(name);
-  if (found == asking_.end()) return false;
-  asking_.erase(found);
-  return true;
+bool MenuBarService::answered(Question question) {
+  return std::erase_if(asking_, [=](const auto& asked) { return asked.second == question; }) > 0;
 }
 
 // A later question about the same name relies on the same watch.
@@ -170,8 +163,17 @@ void MenuBarService::announce(const MenuBarChange& change) {
   onChanged();
 }
 
-void MenuBarService::toldItemsRead() {
+void MenuBarService::listTold() {
   for (const std::string& address : news_.beginAll()) follow(address);
+}
+
+// Nothing is told away until it is known whether a panel has read. Others could keep all panels busy.
+void MenuBarService::listRead(const std::string& reader) {
+  panels_.ask([this, reader, begun = news_.beginAll()](const PanelQueue::Panels& panels) {
+    for (const std::string& address : begun) news_.viewMade(address);
+    if (panels.contains(reader)) return listTold();
+    tell(news_.due());
+  });
 }
 
 void MenuBarService::renewViews() {

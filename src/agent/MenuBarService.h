@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "agent/ApplicationLookup.h"
 #include "agent/BusCall.h"
+#include "agent/PanelQueue.h"
 #include "agent/PanelViews.h"
 #include "agent/rules/MenuBar.h"
 #include "agent/rules/PanelNews.h"
@@ -19,7 +21,7 @@ namespace orvo {
 
 class MenuBarService {
  public:
-  explicit MenuBarService(sd_bus* bus);
+  MenuBarService(sd_bus* bus, ApplicationLookup& applications);
 
   // Set before the first item registers, and called as things happen.
   std::function<void(const std::string& address)> onItemShown;
@@ -30,13 +32,18 @@ class MenuBarService {
   std::function<void()> onChanged;            // after the others, and for a further name of an item alone
 
   const MenuBar& menuBar() const { return menuBar_; }
+  PanelQueue& panels() { return panels_; }
 
   // What the panel was told; follows the menu bar, see PanelNews.
   std::vector<std::string> toldItems() const { return news_.told(); }
   bool isSettled() const { return news_.isSettled(); }
 
-  // Somebody has asked for them, as panels do when they start.
-  void toldItemsRead();
+  // Panels make their views of whatever a list holds that they are told, or ask for when they start.
+  void listTold();
+  void listRead(const std::string& reader);  // by its unique name, panel or not
+
+  // The application of a process that had none when its items were registered.
+  void identify(std::int32_t process, const std::string& bundle) { announce(menuBar_.identify(process, bundle)); }
 
   // Has the panel make every view anew, where it shows other items than it was told.
   void renewViews();
@@ -63,11 +70,11 @@ class MenuBarService {
   bool invalidate(std::uint32_t assertion, const std::string& requester);
 
  private:
-  void watch(const std::string& name);
-  bool answered(const std::string& name);  // false when it was lost meanwhile
+  using Question = std::uint64_t;  // no other has its number
+  Question watch(const std::string& name);
+  bool answered(Question question);  // false when the name was lost meanwhile
   void unwatch(const std::string& name);
   void add(const TrayItem& item);
-  std::string bundleOf(std::int32_t process) const;  // empty for unknown
   void refuse(const std::string& whom, const char* what);
   void nameLost(const std::string& name);
   void announce(const MenuBarChange& change);
@@ -76,11 +83,14 @@ class MenuBarService {
   void follow(const std::string& address);
 
   sd_bus* bus_;
+  ApplicationLookup& applications_;
   MenuBar menuBar_;
   PanelNews news_;
+  PanelQueue panels_;
   PanelViews views_;
   std::map<std::string, BusSlot> watched_;
-  std::multiset<std::string> asking_;               // names about which the bus has yet to answer
+  std::multimap<std::string, Question> asking_;  // names about which there is no answer yet
+  Question last_ = 0;
   std::map<std::string, std::int32_t> requesters_;  // watched, and there when the watch began; their processes
   std::set<std::int32_t> told_;
   std::map<std::string, std::size_t> registering_;  // by sender: registrations that the bus has yet to answer

@@ -26,14 +26,11 @@ void PanelViews::follow(const TrayItem& item) {
   const auto late = [this, address] { delayed_(address); };
   Following& following = *(open_[address] = std::make_unique<Following>(item, ++last_, sd_bus_get_event(bus_), late));
   following.patience.start(patience);
-  // Panels stand in the queue for the watcher's name.
-  askAboutName(bus_, "ListQueuedOwners", watcherName, unlimited,
-               ifStill(following, [this](Following& each, sd_bus_message* answer) {
-                 each.panels = readTexts(answer);
-                 std::erase(each.panels, uniqueName(bus_));
-                 if (each.panels.empty()) each.rounds = neededRounds;
-                 proceed(each);
-               }));
+  panels_.ask(ifStill<const PanelQueue::Panels&>(following, [this](Following& each, const PanelQueue::Panels& panels) {
+    for (const auto& [name, process] : panels) each.panels.push_back(name);
+    if (panels.empty()) each.rounds = neededRounds;
+    proceed(each);
+  }));
 }
 
 void PanelViews::proceed(Following& following) {
@@ -47,22 +44,24 @@ void PanelViews::askPanels(Following& following) {
   following.answers = following.panels.size();
   for (const std::string& panel : following.panels) {
     askProperty(bus_, {panel, watcherPath}, watcherName, "ProtocolVersion", unlimited,
-                ifStill(following, [this](Following& each, sd_bus_message*) {
+                ifStill<sd_bus_message*>(following, [this](Following& each, sd_bus_message*) {
                   if (--each.answers == 0) askProgram(each);
                 }));
   }
 }
 
 void PanelViews::askProgram(Following& following) {
-  askItem(bus_, following.item, "Status", unlimited, ifStill(following, [this](Following& each, sd_bus_message*) {
+  askItem(bus_, following.item, "Status", unlimited,
+          ifStill<sd_bus_message*>(following, [this](Following& each, sd_bus_message*) {
             ++each.rounds;
             proceed(each);
           }));
 }
 
-BusHandler PanelViews::ifStill(const Following& following, std::function<void(Following&, sd_bus_message*)> step) {
-  return [this, address = following.item.address(), number = following.number,
-          step = std::move(step)](sd_bus_message* answer) {
+template <typename Answer>
+std::function<void(Answer)> PanelViews::ifStill(const Following& following,
+                                                std::function<void(Following&, Answer)> step) {
+  return [this, address = following.item.address(), number = following.number, step = std::move(step)](Answer answer) {
     const auto found = open_.find(address);
     if (found != open_.end() && found->second->number == number) step(*found->second, answer);
   };

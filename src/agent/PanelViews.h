@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "agent/BusCall.h"
+#include "agent/PanelQueue.h"
 #include "agent/Timer.h"
 #include "agent/rules/ItemRegistry.h"
 
@@ -28,7 +29,8 @@ class PanelViews {
  public:
   using Tell = std::function<void(const std::string& address)>;
 
-  PanelViews(sd_bus* bus, Tell made, Tell delayed) : bus_(bus), made_(std::move(made)), delayed_(std::move(delayed)) {}
+  PanelViews(sd_bus* bus, PanelQueue& panels, Tell made, Tell delayed)
+      : bus_(bus), panels_(panels), made_(std::move(made)), delayed_(std::move(delayed)) {}
 
   // To be called when the panel has just been told of the item.
   void follow(const TrayItem& item);
@@ -51,9 +53,11 @@ class PanelViews {
   void askProgram(Following& following);
   void proceed(Following& following);
   // Nothing for one that was forgotten, or followed anew, in the meantime.
-  BusHandler ifStill(const Following& following, std::function<void(Following&, sd_bus_message*)> step);
+  template <typename Answer>
+  std::function<void(Answer)> ifStill(const Following& following, std::function<void(Following&, Answer)> step);
 
   sd_bus* bus_;
+  PanelQueue& panels_;
   Tell made_;
   Tell delayed_;
   std::map<std::string, std::unique_ptr<Following>> open_;  // by address

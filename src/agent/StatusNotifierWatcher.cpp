@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "agent/MenuBarService.h"
-#include "platform/linux/Program.h"
+#include "agent/PanelQueue.h"
 
 namespace orvo {
 
@@ -19,8 +19,6 @@ constexpr std::chrono::milliseconds answerPause{300};
 
 // A plug-in that is not stopped has made way in 30 ms.
 constexpr std::chrono::seconds takeOverLimit{2};
-// The program in which Xfce's panel runs a plug-in. It ends on SIGUSR1 with the wish to be started again.
-constexpr const char* pluginProgram = "wrapper-2.0";
 
 constexpr const char* listProperty = "RegisteredStatusNotifierItems";
 
@@ -105,10 +103,10 @@ void StatusNotifierWatcher::takeOver(std::function<void(const char*)> done) {
   });
 }
 
+// A plug-in ends on SIGUSR1 with the wish to be started again.
 void StatusNotifierWatcher::restartTray(std::int32_t process) {
   if (held_) return;
-  if (baseName(executableOf("/proc/" + std::to_string(process))) != pluginProgram)
-    return endTakeOver("Another program than Xfce’s panel manages it.");
+  if (!isPlugin(process)) return endTakeOver("Another program than Xfce’s panel manages it.");
   takingLate_.start(takeOverLimit);
   kill(process, SIGUSR1);
 }
@@ -127,14 +125,15 @@ void StatusNotifierWatcher::announceList() {
   sd_bus_emit_properties_changed(bus_, watcherPath, watcherName, listProperty, nullptr);
 }
 
-int StatusNotifierWatcher::items(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
-                                 const char* /*property*/, sd_bus_message* reply, void* watcher,
-                                 sd_bus_error* /*error*/) {
+int StatusNotifierWatcher::items(sd_bus* bus, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                                 sd_bus_message* reply, void* watcher, sd_bus_error* /*error*/) {
   MenuBarService& service = static_cast<StatusNotifierWatcher*>(watcher)->service_;
   int result = sd_bus_message_open_container(reply, 'a', "s");
   for (const std::string& address : service.toldItems())
     if (result >= 0) result = sd_bus_message_append(reply, "s", address.c_str());
-  service.toldItemsRead();
+  sd_bus_message* call = sd_bus_get_current_message(bus);
+  const bool isRead = call != nullptr && sd_bus_message_is_method_call(call, nullptr, nullptr) > 0;
+  isRead ? service.listRead(sd_bus_message_get_sender(call)) : service.listTold();
   return result < 0 ? result : sd_bus_message_close_container(reply);
 }
 

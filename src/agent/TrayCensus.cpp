@@ -10,7 +10,6 @@
 #include "agent/MenuBarService.h"
 #include "agent/PanelSettings.h"
 #include "agent/PanelViews.h"
-#include "agent/StatusNotifierWatcher.h"
 
 namespace orvo {
 
@@ -46,20 +45,13 @@ TrayCensus::TrayCensus(sd_bus* session, MenuBarService& service, std::function<v
 }
 
 void TrayCensus::begin() {
-  askAboutName(session_, "ListQueuedOwners", watcherName, limit,
-               [this](sd_bus_message* answer) { askProcesses(readTexts(answer)); });
-}
-
-void TrayCensus::askProcesses(const std::vector<std::string>& panels) {
-  processes_.clear();
-  for (const std::string& panel : panels) {
-    if (panel == uniqueName(session_)) continue;
-    askAboutName(session_, "GetConnectionUnixProcessID", panel, limit,
-                 [this](sd_bus_message* answer) { processes_.insert(readNumber(answer)); });
-  }
-  // The bus answers in order.
-  askAccessibilityAddress(session_, limit, [this](sd_bus_message* answer) {
-    if (!isError(answer) && !processes_.empty()) count(readText(answer));
+  service_.panels().ask([this](const PanelQueue::Panels& panels) {
+    processes_.clear();
+    for (const auto& [name, process] : panels) processes_.insert(process);
+    if (panels.empty()) return;
+    askAccessibilityAddress(session_, limit, [this](sd_bus_message* answer) {
+      if (!isError(answer)) count(readText(answer));
+    });
   });
 }
 

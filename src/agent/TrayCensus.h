@@ -9,7 +9,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "agent/AccessibilityBus.h"
 #include "agent/Timer.h"
@@ -24,7 +23,6 @@ class TrayCensus {
 
  private:
   void begin();
-  void askProcesses(const std::vector<std::string>& panels);
   void count(const std::string& accessibilityAddress);
   void descend(const Accessible& accessible);
   void compare();

@@ -1,6 +1,7 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "agent/ApplicationLookup.h"
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
 #include "agent/LegacyTray.h"
@@ -83,16 +85,21 @@ int main(int count, char** arguments) {
   const auto bus = connectToSession(loop.get());
   if (!bus) return fail("there is no session bus");
 
-  orvo::MenuBarService service(bus.get());
+  orvo::ApplicationLookup applications(loop.get());
+  orvo::MenuBarService service(bus.get(), applications);
   // The arrow that brings the icons back belongs to the bundle that the agent is part of.
   service.protect(orvo::bundleOfExecutable(std::filesystem::read_symlink("/proc/self/exe")));
   orvo::StatusNotifierWatcher watcher(bus.get(), service);
   orvo::TrayCensus census(bus.get(), service, [&] { watcher.announceList(); });
   orvo::PanelReader panel(bus.get());
   const auto legacy = orvo::LegacyTray::open(loop.get());
-  orvo::MenuBarAgent agent(bus.get(), service, watcher, panel, legacy.get());
+  orvo::MenuBarAgent agent(bus.get(), applications, service, watcher, panel, legacy.get());
   if (!agent.claimName()) return fail("another agent is running");
   guardian.emplace(loop.get());
+  applications.onLate = [&](std::int32_t process, const std::string& bundle) {
+    service.identify(process, bundle);
+    if (legacy) legacy->identify(process, bundle);
+  };
   service.onChanged = [&] {
     guardian->keep(orvo::keptItems(service.menuBar().items()));
     // Icons that go move what stands beside them, and only while some are gone does it matter where that is.

@@ -8,7 +8,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
 from case import Peer  # noqa: E402
-from desktop import WATCHER, Desktop  # noqa: E402
+from desktop import AGENT, WATCHER, Desktop  # noqa: E402
 from waiting import wait  # noqa: E402
 
 ITEM = "/StatusNotifierItem"
@@ -120,6 +120,11 @@ class Hostile(AgentCase):
             "information of 300 MB": self.identified(is_empty_of(300_000_000)),
             "nested information": self.identified(lambda path: write(path, "[" * 100_000 + "]" * 100_000)),
             "entries that are none": self.identified(lambda _path: self.arrange_entries()),
+            "entries that take seconds to read": self.entries_that_take_long,
+            "a mute program where panels queue": self.mute_in_the_queue,
+            "a false agent": lambda: self.hostile.own(AGENT, 2),
+            "an Id of a megabyte": lambda: self.hostile.ask("describe(Id=('s', 'x' * 1_000_000)) or register('/x')"),
+            "descriptors": self.descriptors,
             "object paths that the bus forbids": self.forbidden_paths,
             "20,000 items of one peer": self.items_of_one,
             "20,000 requests of one peer": self.requests_of_one,
@@ -170,6 +175,30 @@ class Hostile(AgentCase):
         os.symlink("/dev/zero", f"{self.entries}/endless.desktop")
         for loop in "abcd":
             os.symlink(".", f"{self.entries}/{loop}")
+
+    def entries_that_take_long(self):
+        """Meanwhile the agent answers, and once it knows whose the item is, hides that."""
+        write(f"{self.entries}/0.desktop", "[Desktop Entry]\n" + "".join(f"X-{key}=1\n" for key in range(8000)))
+        for number in range(1, 1000):
+            os.symlink("0.desktop", f"{self.entries}/{number}.desktop")
+        assertion, (slow,) = self.orvo.activate("tray"), self.programs("slow")
+        slow.order("register(bus.get_unique_name())")
+        wait(lambda: self.desktop.told_items() and self.desktop.call_agent("Items")[-1][2] == "slow", 25)
+        self.expect_told(self.tray.bus + ITEM)
+        self.orvo.invalidate(assertion)
+
+    def mute_in_the_queue(self):
+        self.hostile.own(WATCHER, 0)
+        with self.hostile.stopped():
+            self.with_item("late")
+            assertion = self.orvo.activate("tray")
+            self.expect_told(self.tray.bus + ITEM)
+            self.orvo.invalidate(assertion)
+
+    def descriptors(self):
+        self.assertEqual(self.hostile.ask(
+            "bus.call_with_unix_fd_list_sync(AGENT, AGENT_PATH, AGENT_INTERFACE, 'Items', None, None, 0, -1,"
+            " Gio.UnixFDList.new_from_array([os.dup(0)]), None)"), "org.freedesktop.DBus.Error.NotSupported")
 
     def forbidden_paths(self):
         for text in ("/a//b", "/a/", "/a-b", "/a.b", "nobody", "org.example.X/\xC4"):

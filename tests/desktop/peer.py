@@ -21,8 +21,8 @@ bus = connect(ADDRESS)
 items = {}
 
 
-def own(name):
-    call_bus(bus, "RequestName", "(su)", name, 4)
+def own(name, flags=4):
+    call_bus(bus, "RequestName", "(su)", name, flags)
 
 
 def release(name):

@@ -4,6 +4,9 @@ import os
 import signal
 import unittest
 
+from Xlib import X
+from Xlib.protocol.event import ClientMessage
+
 from case import HidingCase, Peer, stopped
 from desktop import PROGRAMS
 from waiting import stays, wait
@@ -85,6 +88,18 @@ class Legacy(HidingCase):
         wait(lambda: len(desktop.cells()) == len(before) + 2, 5, "both again")
         both.kill()
         desktop.expect_shown(self.all)
+
+    def test_docking_windows_that_vanish_trouble_nobody(self):
+        server, root = self.desktop.display, self.desktop.root
+        tray = server.get_selection_owner(server.intern_atom("_NET_SYSTEM_TRAY_S0"))
+        opcode = server.intern_atom("_NET_SYSTEM_TRAY_OPCODE")
+        for _ in range(1000):
+            window = root.create_window(0, 0, 22, 22, 0, X.CopyFromParent)
+            dock = (32, [X.CurrentTime, 0, window.id, 0, 0])
+            tray.send_event(ClientMessage(window=tray, client_type=opcode, data=dock))
+            window.destroy()
+        self.hide()
+        self.reveal()
 
     def test_when_the_agent_is_killed_the_server_brings_them_back_and_the_guardian_has_them_drawn(self):
         self.hide()

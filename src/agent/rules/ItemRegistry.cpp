@@ -60,6 +60,11 @@ bool ItemRegistry::add(TrayItem item) {
   return true;
 }
 
+void ItemRegistry::identify(std::int32_t processIdentifier, const std::string& bundle) {
+  for (TrayItem& item : items_)
+    if (item.processIdentifier == processIdentifier && item.bundle.empty()) item.bundle = bundle;
+}
+
 bool ItemRegistry::isNamed(const std::string& name) const {
   return std::any_of(items_.begin(), items_.end(),
                      [&](const TrayItem& item) { return item.owner == name || item.names.contains(name); });

@@ -20,7 +20,7 @@ struct TrayItem {
   std::string path;
   std::int32_t processIdentifier = 0;  // 0 where the bus does not know
   std::set<std::string> names;         // the names it registered under and has not lost
-  std::string bundle{};                // the owner's application as it was told at first; empty for unknown
+  std::string bundle{};                // the owner's application as it was first known; empty for unknown
 
   // As panels are told it. The unique name stays right whichever of its names an item gives up.
   std::string address() const { return owner + path; }
@@ -45,6 +45,9 @@ class ItemRegistry {
 
   // False when the item was registered already, under whichever name, or there is no room for it.
   bool add(TrayItem item);
+
+  // For items whose application was unknown.
+  void identify(std::int32_t processIdentifier, const std::string& bundle);
 
   // Whether an item has registered under the name, or belongs to it.
   bool isNamed(const std::string& name) const;

@@ -16,6 +16,13 @@ std::optional<LegacyIcons::Order> LegacyIcons::dock(LegacyIcon icon, const Shows
   return enforce(icons_.back());
 }
 
+std::vector<LegacyIcons::Order> LegacyIcons::identify(std::int32_t process, const std::string& bundle,
+                                                      const Shows& shows) {
+  for (LegacyIcon& icon : icons_)
+    if (icon.process == process && icon.bundle.empty()) icon.bundle = bundle;
+  return apply(shows);
+}
+
 bool LegacyIcons::moved(std::uint32_t window, std::uint32_t socket) {
   LegacyIcon* const icon = known(window);
   if (icon != nullptr) icon->socket = socket;

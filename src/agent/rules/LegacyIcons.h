@@ -44,6 +44,8 @@ class LegacyIcons {
 
   // What is to be done about the new icon; absent for nothing, or no room for it.
   std::optional<Order> dock(LegacyIcon icon, const Shows& shows);
+  // The application of a process whose icons had none known.
+  std::vector<Order> identify(std::int32_t process, const std::string& bundle, const Shows& shows);
   // Into another socket; false for unknown.
   bool moved(std::uint32_t window, std::uint32_t socket);
   // What left, with the state it had; absent for what is not known.

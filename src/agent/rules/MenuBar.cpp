@@ -13,6 +13,13 @@ std::optional<MenuBarChange> MenuBar::add(TrayItem item) {
   return change;
 }
 
+MenuBarChange MenuBar::identify(std::int32_t process, const std::string& bundle) {
+  registry_.identify(process, bundle);
+  MenuBarChange change;
+  announce(change);
+  return change;
+}
+
 MenuBarChange MenuBar::nameLost(const std::string& name) {
   MenuBarChange change;
   for (const TrayItem& item : registry_.nameLost(name)) {

@@ -29,6 +29,8 @@ class MenuBar {
 
   // Absent when the item was there already, or there is no room for it.
   std::optional<MenuBarChange> add(TrayItem item);
+  // The application of a process whose items had none known.
+  MenuBarChange identify(std::int32_t process, const std::string& bundle);
   // Whether an item hangs on the name.
   bool isNamed(const std::string& name) const { return registry_.isNamed(name); }
 

@@ -28,7 +28,7 @@ std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifie
 // The identifier of the bundle that the program is in; empty for none.
 std::string bundleOfExecutable(const std::filesystem::path& executable);
 
-// The same from another process folder than /proc and other entries than the session's; for tests.
+// The same from a folder of processes such as /proc, and from entries of the caller's own.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier,
                                                    const std::filesystem::path& processes,
                                                    const DesktopEntries& entries);

@@ -1,15 +1,17 @@
 #include "platform/linux/session/PictureSource.h"
 
+#include "platform/linux/RegularFile.h"
+
+#include <QBuffer>
 #include <QDBusArgument>
 #include <QDir>
 #include <QDirIterator>
-#include <QFileInfo>
-#include <QIcon>
+#include <QFile>
 #include <QImage>
 #include <QImageReader>
-#include <QPixmap>
 #include <QStandardPaths>
 #include <QtEndian>
+#include <QtGui/private/qiconloader_p.h>
 
 #include <algorithm>
 #include <array>
@@ -24,7 +26,7 @@ namespace {
 
 // A file with more pixels on an edge, or more bytes, is no icon; decoding it would stall the window.
 constexpr int largestFileEdge = 2048;
-constexpr qint64 largestFile = 4'000'000;
+constexpr std::size_t largestFile = 4'000'000;
 
 constexpr std::array fileEndings{".svg", ".png", ".xpm"};
 
@@ -44,18 +46,27 @@ std::optional<Picture> toPicture(QImage image, int size) {
   return picture;
 }
 
-// The path may come from any program: opening a pipe would wait for its writer.
+// The path, or what stands there, may come from any program.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
-  const QFileInfo file(path);
-  if (!file.isFile() || file.size() > largestFile) return std::nullopt;
-  QImageReader reader(path);
+  QByteArray content = QByteArray::fromStdString(contentOf(QFile::encodeName(path).toStdString(), largestFile));
+  QBuffer file(&content);
+  QImageReader reader(&file);
   reader.setDecideFormatFromContent(true);
   const QSize whole = reader.size();
-  if (!whole.isValid() || whole.width() > largestFileEdge || whole.height() > largestFileEdge) return std::nullopt;
-  // Lets drawings be drawn at the wanted size instead of being enlarged from a small one.
+  const bool isDrawing = reader.format().startsWith("svg");
+  if (!whole.isValid() || (!isDrawing && std::max(whole.width(), whole.height()) > largestFileEdge))
+    return std::nullopt;
+  // Lets drawings be drawn at the wanted size, whatever their own.
   const int edge = std::clamp(size, 1, largestPicture);
   reader.setScaledSize(whole.scaled(edge, edge, Qt::KeepAspectRatio));
   return toPicture(reader.read(), size);
+}
+
+// As QIcon finds it, which would open whatever stands there.
+QString themeFile(const QString& name, int size) {
+  const QThemeIconInfo found = QIconLoader::instance()->loadIcon(name);
+  const QIconLoaderEngineEntry* entry = QIconLoaderEngine::entryForSize(found, {size, size});
+  return entry == nullptr ? QString() : entry->filename;
 }
 
 QString pixmapsFile(const QString& name) {
@@ -123,12 +134,8 @@ QImage bestPixmap(const QVariant& value, int size) {
 std::optional<Picture> pictureOfIcon(const QString& nameOrPath, int size) {
   if (nameOrPath.isEmpty()) return std::nullopt;
   if (QDir::isAbsolutePath(nameOrPath)) return pictureOfFile(nameOrPath, size);
-  const int edge = std::clamp(size, 1, largestPicture);
-  if (const QIcon icon = QIcon::fromTheme(nameOrPath); !icon.isNull()) {
-    if (auto picture = toPicture(icon.pixmap(QSize(edge, edge), 1.0).toImage(), size)) return picture;
-  }
-  const QString file = pixmapsFile(nameOrPath);
-  return file.isEmpty() ? std::nullopt : pictureOfFile(file, size);
+  if (auto picture = pictureOfFile(themeFile(nameOrPath, size), size)) return picture;
+  return pictureOfFile(pixmapsFile(nameOrPath), size);
 }
 
 std::optional<Picture> pictureOfTrayItem(const QVariantMap& properties, int size) {

@@ -3,6 +3,7 @@
 #include "platform/linux/busSupport/TestSession.h"
 
 #include <QDir>
+#include <QIcon>
 #include <QImage>
 
 #include <sys/stat.h>
@@ -41,7 +42,12 @@ QString saveIcon(const QString& name, int width, int height) {
 TEST(DesktopIconsTest, AnIconFromADesktopEntryIsScaledAndWhatIsNoReasonablePictureIsRefused) {
   saveIcon("pixmaps/named.png", 64, 32);
   const QByteArray small("#define a_width 8\n#define a_height 8\nstatic char a_bits[] = {1,1,1,1,1,1,1,1};\n");
-  EXPECT_EQ(::mkfifo(test::inHome("pipe.png").toUtf8().constData(), S_IRUSR | S_IWUSR), 0);  // nobody writes into it
+  test::writeFile("icons/hicolor/index.theme", "[Icon Theme]\nName=Hicolor\nDirectories=22\n[22]\nSize=22\n");
+  saveIcon("icons/hicolor/22/themed.png", 22, 11);
+  QIcon::setThemeSearchPaths({test::inHome("icons")});
+  QIcon::setThemeName("hicolor");
+  for (const QString pipe : {"pipe.png", "icons/hicolor/22/piped.png"})  // nobody writes into them
+    EXPECT_EQ(::mkfifo(test::inHome(pipe).toUtf8().constData(), S_IRUSR | S_IWUSR), 0);
   const struct {
     QString icon;
     int size;
@@ -49,6 +55,8 @@ TEST(DesktopIconsTest, AnIconFromADesktopEntryIsScaledAndWhatIsNoReasonablePictu
   } cases[]{{saveIcon("wide.png", 400, 100), 48, "ffff0000 48x12"},
             {saveIcon("large.png", 2000, 2000), 4000, "ffff0000 512x512"},
             {"named", 32, "ffff0000 32x16"},
+            {"themed", 44, "ffff0000 44x22"},
+            {"piped", 22, ""},
             {saveIcon("absurd.png", 2049, 1), 48, ""},
             {test::writeFile("heavy.xbm", small + QByteArray(5'000'000, ' ')), 48, ""},
             {test::inHome("pipe.png"), 48, ""},

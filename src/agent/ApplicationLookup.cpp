@@ -1,0 +1,112 @@
+#include "agent/ApplicationLookup.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iterator>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/ApplicationIdentity.h"
+
+namespace orvo {
+
+namespace {
+
+// Processes about which questions are open; far more than have icons.
+constexpr std::size_t most = 1000;
+
+}  // namespace
+
+// Shared, since a thread may outlive everything else.
+struct ApplicationLookup::Bell {
+  Bell() = default;
+  Bell(const Bell&) = delete;
+  Bell& operator=(const Bell&) = delete;
+  ~Bell() { close(descriptor); }
+
+  const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+};
+
+ApplicationLookup::ApplicationLookup(sd_event* loop)
+    : bell_(std::make_shared<Bell>()),
+      rung_(loop, bell_->descriptor, [this] { takeAnswers(); }),
+      late_(loop, [this] { giveUp(); }) {}
+
+void ApplicationLookup::find(std::int32_t process, Found found) {
+  const auto open = std::ranges::find_if(
+      questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
+  if (open != questions_.end()) {
+    open->found.push_back(std::move(found));
+  } else if (questions_.size() < most) {
+    questions_.push_back({process, Clock::now() + limit, {std::move(found)}});
+  } else {
+    return found({});
+  }
+  proceed();
+}
+
+// One thread looks at a time. One that is late is left to itself, and the next question has another.
+void ApplicationLookup::proceed() {
+  const auto next = std::ranges::find_if_not(questions_, &isBegun);
+  const auto begun = static_cast<std::size_t>(next - questions_.begin());
+  if (next != questions_.end() && begun < mostThreads && std::all_of(questions_.begin(), next, &isLate)) begin(*next);
+  const auto due = std::ranges::find_if_not(questions_, &isLate);
+  if (due == questions_.end()) return late_.stop();
+  late_.start(std::chrono::ceil<std::chrono::milliseconds>(due->deadline - Clock::now()));
+}
+
+void ApplicationLookup::begin(Question& question) {
+  std::packaged_task<Answer()> task([process = question.process, entries = std::move(entries_)]() mutable {
+    return look(process, std::move(entries));
+  });
+  auto answer = task.get_future();
+  try {
+    std::thread([bell = bell_, task = std::move(task)]() mutable {
+      task();
+      eventfd_write(bell->descriptor, 1);
+    }).detach();
+    question.answer = std::move(answer);
+  } catch (const std::system_error&) {
+    // Out of threads: with the next question, or when this one is late.
+  }
+}
+
+ApplicationLookup::Answer ApplicationLookup::look(std::int32_t process, std::unique_ptr<DesktopEntries> entries) {
+  if (!entries) entries = std::make_unique<DesktopEntries>(DesktopEntries::standardFolders());
+  entries->refresh();
+  auto identity = identifyProcess(process, "/proc", *entries);
+  return {identity ? std::move(identity->bundleIdentifier) : std::string(), std::move(entries)};
+}
+
+void ApplicationLookup::takeAnswers() {
+  eventfd_t rings = 0;
+  eventfd_read(bell_->descriptor, &rings);
+  rung_.start();
+  const auto answered = std::stable_partition(questions_.begin(), questions_.end(), [](const Question& each) {
+    return !isBegun(each) || each.answer.wait_for(std::chrono::seconds(0)) != std::future_status::ready;
+  });
+  std::vector<Question> done(std::make_move_iterator(answered), std::make_move_iterator(questions_.end()));
+  questions_.erase(answered, questions_.end());
+  for (Question& question : done) take(question);
+  proceed();
+}
+
+void ApplicationLookup::take(Question& question) {
+  Answer answer = question.answer.get();
+  entries_ = std::move(answer.entries);
+  if (isLate(question)) onLate(question.process, answer.bundle);
+  for (const Found& found : question.found) found(answer.bundle);
+}
+
+void ApplicationLookup::giveUp() {
+  std::vector<Found> late;
+  for (Question& each : questions_)
+    if (each.deadline <= Clock::now()) std::ranges::move(std::exchange(each.found, {}), std::back_inserter(late));
+  for (const Found& found : late) found({});
+  proceed();
+}
+
+}  // namespace orvo
