@@ -120,7 +120,7 @@ class Hostile(AgentCase):
             "information of 300 MB": self.identified(is_empty_of(300_000_000)),
             "nested information": self.identified(lambda path: write(path, "[" * 100_000 + "]" * 100_000)),
             "entries that are none": self.identified(lambda _path: self.arrange_entries()),
-            "entries that take seconds to read": self.entries_that_take_long,
+            "a folder of large entries": self.large_entries,
             "a mute program where panels queue": self.mute_in_the_queue,
             "a false agent": lambda: self.hostile.own(AGENT, 2),
             "an Id of a megabyte": lambda: self.hostile.ask("describe(Id=('s', 'x' * 1_000_000)) or register('/x')"),
@@ -176,7 +176,7 @@ class Hostile(AgentCase):
         for loop in "abcd":
             os.symlink(".", f"{self.entries}/{loop}")
 
-    def entries_that_take_long(self):
+    def large_entries(self):
         """Meanwhile the agent answers, and once it knows whose the item is, hides that."""
         write(f"{self.entries}/0.desktop", "[Desktop Entry]\n" + "".join(f"X-{key}=1\n" for key in range(8000)))
         for number in range(1, 1000):
