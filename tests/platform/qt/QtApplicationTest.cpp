@@ -3,14 +3,12 @@
 #include "platform/qt/QtMainQueue.h"
 
 #include <QGuiApplication>
-#include <QKeyEvent>
 #include <QWindow>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <string>
-#include <tuple>
 
 namespace orvo {
 namespace {
@@ -69,29 +67,12 @@ TEST(QtApplicationTest, ARequestToReopenWaitsForTheLaunchAndAClosedLastWindowEnd
   EXPECT_EQ(program.log, "launched reopen runs end ");
 }
 
-TEST(QtApplicationTest, MainMenuKeysActInAWindowAndLeaveItsTextFieldsAlone) {
-  Program program;
-  MenuItem top;
-  top.submenu.emplace_back().items.resize(2);
-  MenuItem &quit = top.submenu[0].items[0], &copy = top.submenu[0].items[1];
-  quit.keyEquivalent = "q", quit.action = [&] { program.log += "quit "; };
-  copy.keyEquivalent = "c", copy.action = FirstResponderAction{"copy:"};
-  Menu menu;
-  menu.items = {top};
-  program.application.setMainMenu(menu);
-  QWindow window;
-  const std::tuple<int, Qt::KeyboardModifiers, bool> presses[]{
-      {Qt::Key_Q, Qt::ControlModifier, true},
-      {Qt::Key_C, Qt::ControlModifier, false},
-      {Qt::Key_Q, Qt::NoModifier, false},
-      {Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, false}};
-  for (const auto& [key, modifiers, acts] : presses) {
-    QKeyEvent event(QEvent::KeyPress, key, modifiers);
-    QCoreApplication::sendEvent(&window, &event);
-    EXPECT_EQ(program.log, acts ? "quit " : "");
-    program.log.clear();
-  }
-}
-
 }  // namespace
 }  // namespace orvo
+
+int main(int count, char** arguments) {
+  testing::InitGoogleTest(&count, arguments);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QGuiApplication application(count, arguments);
+  return RUN_ALL_TESTS();
+}
