@@ -36,12 +36,12 @@ class WithoutAccessibilityBus(DesktopCase):
 
     def test_orvo_lives_without_its_window_too_every_icon_is_shown_and_a_mute_bus_keeps_nobody_waiting(self):
         desktop = self.desktop
+        os.remove(f"{desktop.bundle}/lib/liborvo-settings.so")
         desktop.start_all(hidden=[QMIDINET], programs=[QMIDINET], ready=False)
         stays(lambda: desktop.orvo.poll() is None, 4.0, "Orvo running")
         self.assertIn("Orvo: the accessibility bus does not answer", desktop.log("orvo"))
         self.assertIn(QMIDINET, desktop.shown())
         self.assertFalse(desktop.can_hide())
-        os.remove(f"{desktop.bundle}/lib/liborvo-settings.so")
         desktop.choose("Settings…")
         wait(lambda: "could not be loaded" in desktop.log("orvo"), what="what became of the window")
         address = os.path.join(desktop.folder, "mute")

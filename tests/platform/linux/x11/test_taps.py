@@ -231,6 +231,9 @@ class Taps(unittest.TestCase):
                 self.doCleanups()
                 self.setUp()
                 self.tap.say("note", *was)
+                self.tap.say("regions", 10, 10, 50, 50)  # Beside every dock: no former cover is taken for the new one.
+                wait(lambda: not self.dock.covers(), 5, "no cover")
+                self.tap.say("regions", *REGION)
                 self.catch()
                 self.tap.say("find")  # Nobody knows at first.
                 if behind:
