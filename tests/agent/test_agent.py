@@ -7,12 +7,11 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
-from case import Peer  # noqa: E402
+from case import Peer, stopped  # noqa: E402
 from desktop import WATCHER, Desktop  # noqa: E402
 from waiting import wait  # noqa: E402
 
 ITEM = "/StatusNotifierItem"
-MOST_ITEMS = 32  # of one peer
 
 
 class AgentCase(unittest.TestCase):
@@ -68,7 +67,7 @@ class Agent(AgentCase):
     def test_the_panel_is_told_before_the_requester_is_answered_and_never_to_hide_orvos_own_item(self):
         own, one, two = (self.with_item(name) for name in ("local.orvo.Orvo", "one", "two"))
         orvo, = self.programs("requester")
-        with two.stopped():
+        with stopped(two.process.pid):
             self.assertEqual(orvo.activate("one"), 1)
             self.assertEqual(self.desktop.told_items(), [own.bus + ITEM, one.bus + ITEM])
             # Concealed ones too: the question of a scan may overtake the end of the concealment.
@@ -150,7 +149,7 @@ class Hostile(AgentCase):
 
     def items_of_one(self):
         self.hostile.register_many(20_000)
-        self.assertEqual(len(self.desktop.told_items()), 1 + MOST_ITEMS)
+        self.assertEqual(len(self.desktop.told_items()), 1 + 32)
         self.expect_told_once()
 
     def requests_of_one(self):

@@ -41,9 +41,6 @@ class Peer:
     def __getattr__(self, command):
         return lambda *arguments: self.ask(f"{command}{arguments}")
 
-    def stopped(self):
-        return stopped(self.process.pid)
-
     def kill(self):
         self.process.kill()
         self.process.communicate()

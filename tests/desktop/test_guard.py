@@ -16,7 +16,6 @@ PLUGINS["clock"]["digital-time-format"] = STILL = "12:00"  # No picture of it ch
 PLUGINS["clock:full"] = {}  # As Xfce sets it up.
 PLUGINS["separator:gap"] = {"style": 0}
 BOTTOM = {"position": "p=8;x=0;y=0"}
-SHORT = {"length": 1}
 LEFT = {"position": "p=5;x=0;y=0", "mode": 1}
 STRETCH, GAP = "separator", "separator:gap"
 
@@ -26,7 +25,7 @@ LAYOUTS = {
     "the tray in the middle": ([({}, (STRETCH, "clock", "systray", "xkb", STRETCH))], 1),
     "the clock before the tray, which is last": ([({}, ("tasklist", STRETCH, "clock", "xkb", "systray"))], 1),
     "everything packed to the left": ([({}, ("applicationsmenu", "systray", "xkb", "clock", GAP))], 1),
-    "a panel as short as what is on it": ([({**SHORT, "position": "p=11;x=0;y=0"}, ("systray", "clock", "xkb"))], 1),
+    "as short as what is on it": ([({"length": 1, "position": "p=11;x=0;y=0"}, ("systray", "clock", "xkb"))], 1),
     "standing at the left": ([({**LEFT, "size": 32}, ("systray", "xkb", "clock:full"))], 1),
     "64 pixels": ([({"size": 64}, ("tasklist", STRETCH, "clock", "systray", "xkb"))], 1),
     "three rows": ([({"size": 28, "nrows": 3}, ("tasklist", STRETCH, "systray", "xkb", "clock"))], 1),
@@ -195,7 +194,7 @@ class UsualPanel(GuardCase):
             self.assertLess(self.window.events()[-2][0] - since, REPLAY_DELAY)
         x, y, width, height = *self.at("systray")[:2], *self.desktop.size
         for what, *place, button in (("the applications menu", 40, 14, 1), ("the panel's own menu", width // 2, 14, 3),
-                                     ("an icon's menu", x + 14, y + 14, 3), ("the root's", width - 100, height - 100, 3)):
+                                     ("an icon's", x + 14, y + 14, 3), ("the root's", width - 100, height - 100, 3)):
             with self.subTest(what):
                 self.desktop.click(place, button)
                 wait(self.desktop.pop_ups, 3, what)

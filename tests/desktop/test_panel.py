@@ -1,5 +1,5 @@
-"""What the agent tells the real panel, and of it. Icons keep their places, and none is lost, however fast things change;
-the status controls are told at once, whatever state the panel is in.
+"""What the agent tells the real panel, and of it. Icons keep their places, and none is lost, however fast things
+change; the status controls are told at once, whatever state the panel is in.
 With ROUNDS and SEED in the environment, the rounds of quick changes are played as often as you like."""
 
 import os

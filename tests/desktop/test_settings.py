@@ -15,16 +15,13 @@ from picture import Picture
 from waiting import wait
 
 
-def executable(path, flags):
-    return os.open(path, flags, 0o755)
-
-
 class Settings(DesktopCase):
     @classmethod
     def prepare(cls):
         programs = cls.desktop.folder_for("home", "bin")
-        with open(f"{programs}/xfce4-accessibility-settings", "w", opener=executable, encoding="ascii") as file:
+        with open(f"{programs}/xfce4-accessibility-settings", "w", encoding="ascii") as file:
             file.write(f"#!/bin/sh\n>{programs}/opened\n")
+        os.chmod(file.name, 0o755)
         cls.desktop.environment["PATH"] = programs + ":" + cls.desktop.environment["PATH"]
         cls.desktop.start_orvo(ready=False)
         wait(cls.desktop.settings_window, what="the settings window of a first start")

@@ -1,25 +1,9 @@
 #include "platform/linux/desktop/IcuText.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxProcessInfo.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace orvo {
 namespace {
-
-TEST(SurroundingsTest, TheSystemsNameIsOneShellWordAndPathsComeWithoutDetours) {
-  const std::pair<const char*, const char*> names[]{{R"(PRETTY_NAME='Single \ "quoted"')", R"(Single \ "quoted")"},
-                                                    {R"(PRETTY_NAME="Costs \$5 \"now\"")", R"(Costs $5 "now")"},
-                                                    {"#PRETTY_NAME=no\nX_PRETTY_NAME=no\n", ""}};
-  for (const auto& [text, name] : names) {
-    std::istringstream stream(text);
-    EXPECT_EQ(prettyName(stream), name) << text;
-  }
-  for (const auto& [path, standard] : {std::pair("/a//b/./c/../d/", "/a/b/d"), std::pair("//", "/")})
-    EXPECT_EQ(LinuxFileSystem().standardizing(path), standard) << path;
-}
 
 TEST(IcuTextTest, OrderAndContainmentIgnoreCaseInEveryLanguage) {
   const IcuText text{icu::Locale("en_US_POSIX")};
