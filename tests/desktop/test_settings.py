@@ -68,9 +68,12 @@ class Settings(DesktopCase):
             client.sync()
             wait(lambda d=is_dark: (self.brightness() < 110) == d, 3, f"dark is {is_dark}")
 
+    def picture(self):
+        return Picture(self.desktop.root, *self.desktop.frame_of(self.desktop.settings_window()))
+
     def brightness(self):
-        data = Picture(self.desktop.root, *self.desktop.frame_of(self.desktop.settings_window())).data
-        return sum(data[::4]) / len(data[::4])
+        data = self.picture().data[::4]
+        return sum(data) / len(data)
 
     def test_what_is_copied_reaches_other_programs_and_the_menus_keys_act_beside_the_fields(self):
         self.press("About Orvo")
@@ -95,7 +98,6 @@ class Settings(DesktopCase):
         wait(lambda: not self.desktop.shown_control("Open Settings…"), what="the card leaving")
 
     def test_a_program_that_gives_no_reasonable_picture_holds_up_nobody(self):
-        """Another's picture comes all the same, the only one in this colour."""
         desktop, entries = self.desktop, self.desktop.folder_for("home", ".local", "share", "applications")
         os.mkfifo(f"{entries}/pipe.png")
         os.symlink("/dev/zero", f"{entries}/endless.png")
@@ -106,15 +108,15 @@ class Settings(DesktopCase):
         programs = [Peer(desktop, name) for name in ("pipe", "endless", "absurd", "good")]
         for program in programs[:3]:
             self.addCleanup(program.kill)
-            program.ask("describe(IconPixmap=('a(iiay)', [(513, 1, bytes(2052)), (-4, -4, bytes(64)), (8, 8, b'')]))")
+            picture = "('a(iiay)', [(513, 1, bytes(2052)), (-4, -4, bytes(64)), (8, 8, b'')])"
+            program.ask(f"describe(Id=('s', 'Bad'), Status=('s', 'Active'), IconPixmap={picture})")
             program.register(program.bus)
         self.addCleanup(programs[3].kill)
         programs[3].show("d000d0", "Good")
         self.press("Menu bar")
         for program in ("pipe", "endless", "absurd", "good"):
             desktop.control(f"Visibility for {program}")
-        place = desktop.frame_of(desktop.settings_window())
-        wait(lambda: b"\xd0\x00\xd0" in Picture(desktop.root, *place).data, 5, "the picture")
+        wait(lambda: b"\xd0\x00\xd0" in self.picture().data, 5, "the picture")
 
     def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
         os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))

@@ -96,17 +96,16 @@ TEST_F(FileUserDefaultsTest, WhatCannotBeStoredDamagesNothingCountsHereAndBelong
   open().setData("data", Bytes(50000, 'a'));
   auto defaults = open();
   // Stands for a disk with no room: files may not grow at all.
-  const auto old = signal(SIGXFSZ, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
   rlimit usual{};
   getrlimit(RLIMIT_FSIZE, &usual);
   const rlimit nothing{0, usual.rlim_max};
   setrlimit(RLIMIT_FSIZE, &nothing);
   defaults.setData("data", Bytes(50000, 'b'));
   setrlimit(RLIMIT_FSIZE, &usual);
-  signal(SIGXFSZ, old);
   EXPECT_EQ(open().data("data"), Bytes(50000, 'a'));
+  open().setBoolean("another copy's", true);
   EXPECT_EQ(defaults.data("data"), Bytes(50000, 'b'));
-  EXPECT_NE(defaults.storageFailure(), std::nullopt);
   fs::remove_all(file_.parent_path());
   std::ofstream(file_.parent_path()) << "a file where the folder should be";
   defaults.setData("other", "rules");
