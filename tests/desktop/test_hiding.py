@@ -12,9 +12,9 @@ from desktop import PROGRAMS
 from waiting import settled, stays, wait
 
 FLAMESHOT = "org.flameshot.Flameshot"
-# Of GTK 2, GTK 3, and Qt 5, which takes to this kind without a bus.
-LEGACY = ["parcellite", "volumeicon", "qlipper"]
-PROGRAMS.update({name: [name] for name in ("parcellite", "volumeicon", "cbatticon")},
+# Of GTK 3, and of Qt 5, which takes to this kind without a bus.
+LEGACY = ["volumeicon", "qlipper"]
+PROGRAMS.update({name: [name] for name in ("volumeicon", "cbatticon")},
                 qlipper=["env", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere", "qlipper"])
 
 
