@@ -120,8 +120,11 @@ class OrvoDesktop(Desktop):
 
     def choose(self, label):
         """Chooses an item of the menu as the panel does."""
-        identifier = next(item[0] for item in self.menu() if item[1] == label)
-        self._call_menu("EventGroup", "(a(isvu))", [(identifier, "clicked", GLib.Variant("i", 0), 0)])
+        self.send_to_menu((next(item[0] for item in self.menu() if item[1] == label), "clicked"))
+
+    def send_to_menu(self, *events):
+        """Each an item's identifier and what the panel says has happened to it."""
+        self._call_menu("EventGroup", "(a(isvu))", [(*event, GLib.Variant("i", 0), 0) for event in events])
 
     def can_hide(self):
         with contextlib.suppress(GLib.Error, IndexError):

@@ -12,13 +12,11 @@ import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "..", "desktop"))
-from bus import DBUS, call, connect  # noqa: E402
-from desktop import center, stopped  # noqa: E402, F401
+from desktop import PROGRAMS, center, stopped  # noqa: E402, F401
 from session import OrvoDesktop  # noqa: E402
 from waiting import wait  # noqa: E402
 
-COPYQ, PASYSTRAY = "com.github.hluk.copyq", "pasystray"
-MARKED = [COPYQ, PASYSTRAY]
+COPYQ, PASYSTRAY, QMIDINET = "com.github.hluk.copyq", "pasystray", "org.rncbc.qmidinet"
 
 
 class Peer:
@@ -43,31 +41,14 @@ class Peer:
     def __getattr__(self, command):
         return lambda *arguments: self.ask(f"{command}{arguments}")
 
-    def stopped(self):
-        return stopped(self.process.pid)
-
     def kill(self):
         self.process.kill()
         self.process.communicate()
 
 
-def overheard(address, rule):
-    """A list that grows by the name of each method call on the bus that the rule matches."""
-    monitor, heard = connect(address), []
-    call(monitor, DBUS, "/org/freedesktop/DBus", f"{DBUS}.Monitoring.BecomeMonitor", "(asu)",
-         [f"type='method_call',{rule}"], 0)
-
-    def hear(_connection, message, incoming, _alive=monitor):  # Whoever lets go of the monitor hears no more.
-        if incoming:
-            heard.append(message.get_member())
-    monitor.add_filter(hear)
-    return heard
-
-
 class DesktopCase(unittest.TestCase):
     """Each class starts one desktop; a class says in prepare() what runs on it."""
 
-    desktop = None
     options = {}
     start = {}
     failed = False
@@ -75,13 +56,10 @@ class DesktopCase(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.desktop = OrvoDesktop(**cls.options)
-        try:
-            cls.desktop.start(**cls.start)
-            cls.prepare()
-        except BaseException:
-            cls.failed = True
-            cls.tearDownClass()
-            raise
+        cls.addClassCleanup(lambda: os.path.exists(cls.desktop.logs) and print(f"logs are kept in {cls.desktop.logs}"))
+        cls.addClassCleanup(cls.desktop.stop)
+        cls.desktop.start(**cls.start)
+        cls.prepare()
 
     @classmethod
     def prepare(cls):
@@ -89,17 +67,10 @@ class DesktopCase(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        try:
-            if not cls.failed:
-                cls.failed = True
-                cls.desktop.end_while_scanning()
-                cls.failed = False
-        finally:
+        if not cls.failed:
+            cls.desktop.end_while_scanning()
             cls.desktop.stop()
-            if cls.failed:
-                print(f"logs are kept in {cls.desktop.logs}", file=sys.stderr)
-            else:
-                cls.desktop.forget()
+            cls.desktop.forget()
 
     def run(self, result=None):
         before = len(result.failures) + len(result.errors)
@@ -112,14 +83,16 @@ class DesktopCase(unittest.TestCase):
 
 
 class HidingCase(DesktopCase):
-    """Four programs, two of them marked; each test begins with every icon shown and hiding offered."""
+    """Programs with icons, some of them marked; each test begins with every icon shown and hiding offered."""
+
+    programs = tuple(PROGRAMS)[:4]
+    marked = [COPYQ, PASYSTRAY]
 
     @classmethod
     def prepare(cls):
-        cls.desktop.start_all(hidden=MARKED)
+        cls.desktop.start_all(cls.marked, cls.programs)
         cls.all = cls.desktop.shown()
-        cls.others = {name for name in cls.all if name != "orvo"}
-        cls.rest = cls.desktop.without(MARKED)
+        cls.rest = cls.desktop.without(cls.marked)
 
     def setUp(self):
         desktop = self.desktop
@@ -128,8 +101,11 @@ class HidingCase(DesktopCase):
         desktop.dismiss()
         if desktop.is_hidden():
             desktop.choose("Show all icons")
-        wait(lambda: set(desktop.shown()) == set(self.all), what="every icon")
+        self.expect_every_icon()
         wait(desktop.can_hide, what="hiding being offered")
+
+    def expect_every_icon(self, limit=10):
+        wait(lambda: set(self.desktop.shown()) == set(self.all), limit, "every icon")
 
     def hide(self):
         self.desktop.hide_and_expect(self.rest)

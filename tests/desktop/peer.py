@@ -6,10 +6,8 @@ import json
 import os
 import random
 import sys
-import threading
 import time
 
-import gi
 from gi.repository import Gio, GLib
 
 from bus import call, call_bus, connect
@@ -69,17 +67,6 @@ def show(color, identifier):
     describe(items[color], Id=("s", identifier), Title=("s", color), Status=("s", "Active"),
              IconPixmap=pixels("ff" + color, (22, 22)))
     register(items[color].get_unique_name(), items[color])
-
-
-def show_legacy(icon):
-    """One of the older kind besides."""
-    def run():
-        gi.require_version("Gtk", "3.0")
-        from gi.repository import Gtk
-        kept = Gtk.StatusIcon.new_from_icon_name(icon)
-        kept.set_visible(True)
-        Gtk.main()
-    threading.Thread(target=run, daemon=True).start()
 
 
 def lie(color):

@@ -5,20 +5,14 @@ import shutil
 import signal
 import unittest
 
-from case import DesktopCase, HidingCase, Peer, stopped
+from case import QMIDINET, DesktopCase, HidingCase, Peer, stopped
 from accessible import STATE_ENABLED
 from bus import call_bus
-from desktop import AGENT, ORVO, WATCHER
+from desktop import AGENT, ORVO, REPOSITORY, WATCHER
 from waiting import stays, wait
-
-INSTALL = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux", "install"))
 
 
 class Launch(HidingCase):
-    def setUp(self):
-        if self.desktop.orvo.poll() is not None:
-            self.desktop.start_orvo()
-
     def diagnose(self, *command):
         answer = self.desktop.run([*command, "--diagnose"])
         self.assertEqual(answer.returncode, 0, answer.stderr)
@@ -27,50 +21,35 @@ class Launch(HidingCase):
     def test_the_report_tells_of_bundle_desktop_and_accessibility_and_needs_no_display(self):
         program, bundle = self.desktop.program, self.desktop.bundle
         lines = self.diagnose("env", "DISPLAY=:32001", program)
-        labels = ["Orvo 0.2.0", "OS: ", "Backend: ", "Accessibility: enabled", "Bundle: local.orvo.Orvo",
-                  f"Application path: {bundle}", "Desktop entry path: "]
-        self.assertEqual([line[:len(label)] for line, label in zip(lines, labels)], labels)
-        self.assertEqual(len(lines), len(labels))
-        bare = shutil.copy(program, self.desktop.folder_for("home", "bare", "bin"))
-        self.assertEqual(self.diagnose(bare)[4:], ["Bundle: unbundled command line process",
-                                              f"Application path: {os.path.dirname(bare)}"])
+        labels = ["Orvo 0.2.0", "OS: Debian GNU/Linux", "Backend: ", "Accessibility: enabled",
+                  "Bundle: local.orvo.Orvo", f"Application path: {bundle}", "Desktop entry path: "]
+        self.assertEqual([line[:len(label)] for line, label in zip(lines, labels, strict=True)], labels)
+        link = os.path.join(self.desktop.home, "link")
+        os.symlink(program, link)
+        for started in ([link], ["bash", "-c", f'exec -a /bin/sh {program} "$0"']):  # The name is of another program.
+            self.assertEqual(self.diagnose(*started)[4:], lines[4:])
+        bare = shutil.copy(program, self.desktop.folder_for("home", "bare.app", "bin"))
+        for information in ("", "{", "[]", '{"CFBundleIdentifier": 7}'):
+            with open(f"{self.desktop.home}/bare.app/Info.json", "w", encoding="ascii") as file:
+                file.write(information)
+            self.assertEqual(self.diagnose(bare)[4], "Bundle: unbundled command line process")
+        self.addCleanup(self.desktop.set_accessibility, True)
         self.desktop.set_accessibility(False)
-        try:
-            self.assertIn("Accessibility: switched off", self.diagnose(program))
-        finally:
-            self.desktop.set_accessibility(True)
-
-    def test_an_installed_copy_is_known_to_the_desktop(self):
-        home = os.path.join(self.desktop.home, "installed")
-        own = ["env", f"HOME={home}", f"XDG_DATA_HOME={home}/data", f"XDG_CONFIG_HOME={home}/config"]
-        bundle = f"{home}/Applications/Orvo.app"
-        for _ in range(2):  # over nothing, then over itself
-            answer = self.desktop.run([*own, INSTALL, self.desktop.bundle])
-            self.assertEqual(answer.returncode, 0, answer.stderr)
-        self.assertIn(f"Desktop entry path: {bundle}", self.diagnose(*own, f"{bundle}/bin/orvo"))
-        for file in ("data/dbus-1/services/local.orvo.MenuBarAgent.service", "config/systemd/user/orvo-agent.service"):
-            with open(f"{home}/{file}", encoding="utf-8") as text:
-                self.assertIn(f"{bundle}/bin/orvo-agent", text.read())
-        self.assertEqual(os.listdir(f"{home}/Applications"), ["Orvo.app"])
+        self.assertIn("Accessibility: switched off", self.diagnose(program))
 
     def test_where_orvo_cannot_run_it_says_so_and_ends(self):
         self.desktop.end("orvo")
-        try:
-            self.expect_refused("there is no X server to run on", "env", "DISPLAY=:32001")
-            holder = Peer(self.desktop, "holder")
-            holder.own(ORVO)
-            self.expect_refused("another program holds Orvo's name on the session bus")
-            holder.kill()
-        finally:
-            self.desktop.start_orvo()
-
-    def expect_refused(self, reason, *prefix):
-        answer = self.desktop.run([*prefix, self.desktop.program])
-        self.assertEqual((answer.returncode, answer.stderr), (1, f"Orvo: {reason}; Orvo ends.\n"))
+        self.addCleanup(self.desktop.start_orvo)
+        holder = Peer(self.desktop, "holder")
+        self.addCleanup(holder.kill)
+        holder.own(ORVO)
+        for reason, display in (("there is no X server to run on", ":32001"),
+                                ("another program holds Orvo's name on the session bus", self.desktop.display_name)):
+            answer = self.desktop.run(["env", f"DISPLAY={display}", self.desktop.program])
+            self.assertEqual((answer.returncode, answer.stderr), (1, f"Orvo: {reason}; Orvo ends.\n"))
 
     def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
         desktop = self.desktop
-        wait(desktop.can_hide, what="hiding being offered")
         desktop.hide()
         answer = desktop.run([desktop.program])
         self.assertEqual((answer.returncode, answer.stdout), (0, ""))
@@ -78,27 +57,32 @@ class Launch(HidingCase):
         wait(lambda: not desktop.is_hidden(), 2, "the reveal")
         stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
 
+    def test_every_way_out_shows_the_icons(self):
+        for number in (signal.SIGINT, signal.SIGHUP):
+            self.hide()
+            self.assertEqual(self.desktop.end("orvo", number), 0)
+            self.desktop.expect_shown([name for name in self.all if name != "orvo"])
+            self.desktop.start_orvo()
+
 
 class WithoutAgent(DesktopCase):
     start = {"agent": False}
 
     def test_orvo_says_what_is_missing_and_takes_the_tray_over_when_asked(self):
         desktop = self.desktop
-        desktop.start_item("org.rncbc.qmidinet")
-        report = desktop.run([desktop.program, "--diagnose"]).stdout
-        self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
-                      "Icons will remain visible.\n", report)
+        desktop.start_item(QMIDINET)
         bare = shutil.copytree(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
         shutil.rmtree(os.path.join(bare, "System"))
-        self.assertIn(report.splitlines()[2], desktop.run([f"{bare}/bin/orvo", "--diagnose"]).stdout)
-        desktop.remember(["org.rncbc.qmidinet"])
+        for bundle in (desktop.bundle, bare):
+            self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
+                          "Icons will remain visible.\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
+        desktop.remember([QMIDINET])
         desktop.start_orvo(ready=False)
         desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
         self.take_over()
         desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer. "
                         "Install Orvo again, then log in.")
-        self.assertEqual(set(desktop.shown()), {"orvo", "org.rncbc.qmidinet"})
         desktop.start_agent()
         with stopped(desktop.process_of(WATCHER)):
             self.take_over()
@@ -108,14 +92,9 @@ class WithoutAgent(DesktopCase):
         wait(desktop.can_hide, 20, "hiding being offered")
         wait(desktop.settings_window, what="the settings of the Orvo that started anew")
         self.assertEqual(desktop.process_of(ORVO), process)
-        wait(lambda: set(desktop.shown()) == {"orvo", "org.rncbc.qmidinet"}, what="every icon, once")
+        wait(lambda: set(desktop.shown()) == {"orvo", QMIDINET}, what="every icon, once")
         desktop.hide_and_expect(["orvo-hidden"])
         desktop.reveal()
-        # A later agent finds the panel first as well; this time Orvo knows that icons can be hidden.
-        desktop.end("agent", signal.SIGKILL)
-        desktop.start_agent()
-        self.take_over()
-        wait(lambda: desktop.owner(WATCHER) == desktop.owner(AGENT), what="the tray being taken over")
         wait(lambda: not desktop.shown_control("Take Over"), what="the card leaving")
 
     def take_over(self):
@@ -126,12 +105,18 @@ class WithoutAgent(DesktopCase):
 class AgentStart(DesktopCase):
     start = {"agent": False, "panel": False}
 
-    def test_the_bus_starts_an_installed_agent_and_a_second_one_says_so_and_ends(self):
-        desktop = self.desktop
-        self.assertEqual(desktop.run([INSTALL, desktop.bundle]).returncode, 0)
+    def test_the_bus_starts_the_agent_of_an_installed_copy_and_a_second_one_says_so_and_ends(self):
+        desktop, bundle = self.desktop, os.path.join(self.desktop.home, "Applications", "Orvo.app")
+        desktop.bundle = shutil.move(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
+        for _ in range(2):  # over nothing, then over itself
+            answer = desktop.run([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
+            self.assertEqual(answer.returncode, 0, answer.stderr)
+        self.assertEqual(os.listdir(os.path.dirname(bundle)), ["Orvo.app"])
+        self.assertIn(f"Desktop entry path: {bundle}\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
         call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)
         wait(lambda: desktop.owner(AGENT) and desktop.owner(AGENT) == desktop.owner(WATCHER), 5, "both names")
-        second = desktop.run([os.path.join(desktop.bundle, "bin", "orvo-agent")])
+        self.assertEqual(os.readlink(f"/proc/{desktop.process_of(AGENT)}/exe"), f"{bundle}/bin/orvo-agent")
+        second = desktop.run([f"{bundle}/bin/orvo-agent"])
         self.assertEqual((second.returncode, second.stderr), (1, "orvo-agent: another agent is running\n"))
 
 

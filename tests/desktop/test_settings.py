@@ -1,31 +1,30 @@
-"""The settings window worked by the pointer, read through the accessibility tree."""
+"""The settings window worked by pointer and keys, read through the accessibility tree."""
 
 import contextlib
 import os
 import unittest
+from struct import pack
 
 from gi.repository import GLib
+from Xlib import X, display
+from Xlib.protocol import event
 
-from case import DesktopCase
-from accessible import STATE_SELECTED, STATE_SHOWING
-from desktop import PROGRAMS
+from case import DesktopCase, Peer
+from accessible import STATE_SHOWING
+from picture import Picture
 from waiting import wait
 
 
 class Settings(DesktopCase):
     @classmethod
     def prepare(cls):
-        for name in list(PROGRAMS)[:4]:
-            cls.desktop.start_item(name)
+        programs = cls.desktop.folder_for("home", "bin")
+        with open(f"{programs}/xfce4-accessibility-settings", "w", encoding="ascii") as file:
+            file.write(f"#!/bin/sh\n>{programs}/opened\n")
+        os.chmod(file.name, 0o755)
+        cls.desktop.environment["PATH"] = programs + ":" + cls.desktop.environment["PATH"]
         cls.desktop.start_orvo(ready=False)
-        window = wait(cls.desktop.settings_window, what="the settings window of a first start")
-        cls.first_size = cls.desktop.frame_of(window)[2:]
-
-    def setUp(self):
-        if not self.desktop.settings_window():
-            self.desktop.choose("Settings…")
-            wait(self.desktop.settings_window, what="the settings window")
-        self.press("Menu bar")
+        wait(cls.desktop.settings_window, what="the settings window of a first start")
 
     def press(self, name):
         """Clicks on the control with the pointer, once it stands still."""
@@ -33,17 +32,12 @@ class Settings(DesktopCase):
         self.desktop.rest(0.1, 1)
         self.desktop.click(control.center())
 
-    def test_the_window_opens_at_its_size_with_orvos_icon_and_tells_every_application_and_the_page(self):
-        self.assertEqual(self.first_size, (880, 680))
-        icon = self.desktop.property(self.desktop.window(self.desktop.settings_window()), "_NET_WM_ICON")
-        self.assertGreater(len(icon), 64 * 64)
-        names = {element.name for element in self.desktop.application().walk()}
-        for name in ("Visibility for CopyQ", "Visibility for QmidiNet", "Visibility for Diodon", "Your menu bar"):
-            self.assertIn(name, names)
-        self.assertTrue(self.desktop.control("Menu bar").has(STATE_SELECTED))
-        self.assertFalse(self.desktop.control("Behavior").has(STATE_SELECTED))
+    def expect_copied(self, text):
+        copied = ["xclip", "-o", "-selection", "clipboard"]
+        wait(lambda: self.desktop.run(copied, limit=5).stdout.startswith(text), what=f"{text} in the clipboard")
 
     def test_no_call_of_an_assistive_program_ends_orvo(self):
+        self.press("Menu bar")
         field = self.desktop.control("Find an app")
         text, properties, greatest = "org.a11y.atspi.Text.", "org.freedesktop.DBus.Properties.", 2**31 - 1
         for method, kinds, *arguments in (
@@ -56,11 +50,73 @@ class Settings(DesktopCase):
                 field.ask(method, kinds, *arguments)
             self.assertTrue(field.has(STATE_SHOWING), f"no answer after {method} {arguments}")
 
-    def test_the_system_details_reach_another_program_by_the_clipboard(self):
+    def test_the_window_follows_the_theme_and_survives_whatever_a_settings_manager_writes(self):
+        client = display.Display(self.desktop.display_name)
+        self.addCleanup(client.close)
+        root = client.screen().root
+        window = root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        selection, settings, manager = map(client.intern_atom, ("_XSETTINGS_S0", "_XSETTINGS_SETTINGS", "MANAGER"))
+        window.set_selection_owner(selection, X.CurrentTime)
+        news = event.ClientMessage(window=root, client_type=manager, data=(32, [0, selection, window.id, 0, 0]))
+        root.send_event(news, X.StructureNotifyMask)
+        light, dark = (pack("<BxH16sII8s", 1, 13, b"Net/ThemeName", 1, len(theme), theme)
+                       for theme in (b"Arc-lite", b"Arc-dark"))
+        for content, is_dark in ((pack("<4xII", 7, 1) + dark, True), (pack("<4xII", 7, 1) + light, False),
+                                 (pack("<4xII", 7, 9) + dark + pack("<BxH", 1, 60), True),  # A name beyond the end.
+                                 (pack("<4xII", 7, 2) + light + b"\x09" + dark, False)):  # No such kind.
+            window.change_property(settings, settings, 8, content)
+            client.sync()
+            wait(lambda d=is_dark: (self.brightness() < 110) == d, 3, f"dark is {is_dark}")
+
+    def picture(self):
+        return Picture(self.desktop.root, *self.desktop.frame_of(self.desktop.settings_window()))
+
+    def brightness(self):
+        data = self.picture().data[::4]
+        return sum(data) / len(data)
+
+    def test_what_is_copied_reaches_other_programs_and_the_menus_keys_act_beside_the_fields(self):
         self.press("About Orvo")
         self.press("Copy system details")
-        text = wait(lambda: self.desktop.run(["xclip", "-o", "-selection", "clipboard"], limit=5).stdout, what="a text")
-        self.assertRegex(text, "^Orvo (?s:.*)\nAccessibility: enabled")
+        self.expect_copied("Orvo 0.2.0\n")
+        self.press("Menu bar")
+        self.press("Find an app")
+        person = self.desktop.person
+        person.type("quit")
+        for key in "ac":
+            person.key("Control_L", key)
+        self.expect_copied("quit")
+        self.desktop.run(["wmctrl", "-a", "Orvo Settings"])
+        person.key("Control_L", "q")
+        wait(lambda: self.desktop.orvo.poll() == 0, what="the end of Orvo")
+
+    def test_accessibility_that_is_switched_off_is_asked_for_and_switched_on_by_the_window(self):
+        self.press("Menu bar")
+        self.desktop.set_accessibility(False)
+        self.press("Open Settings…")
+        wait(lambda: os.path.exists(f"{self.desktop.home}/bin/opened"), 5, "the desktop's own page")
+        wait(lambda: not self.desktop.shown_control("Open Settings…"), what="the card leaving")
+
+    def test_a_program_that_gives_no_reasonable_picture_holds_up_nobody(self):
+        desktop, entries = self.desktop, self.desktop.folder_for("home", ".local", "share", "applications")
+        os.mkfifo(f"{entries}/pipe.png")
+        os.symlink("/dev/zero", f"{entries}/endless.png")
+        for name in ("pipe", "endless"):
+            with open(f"{entries}/{name}.desktop", "w", encoding="ascii") as file:
+                file.write(f"[Desktop Entry]\nType=Application\nName={name}\nIcon={entries}/{name}.png\n"
+                           f"Exec={desktop.folder}/{name}\n")
+        programs = [Peer(desktop, name) for name in ("pipe", "endless", "absurd", "good")]
+        for program in programs[:3]:
+            self.addCleanup(program.kill)
+            picture = "('a(iiay)', [(513, 1, bytes(2052)), (-4, -4, bytes(64)), (8, 8, b'')])"
+            program.ask(f"describe(Id=('s', 'Bad'), Status=('s', 'Active'), IconPixmap={picture})")
+            program.register(program.bus)
+        self.addCleanup(programs[3].kill)
+        programs[3].show("d000d0", "Good")
+        self.press("Menu bar")
+        for program in ("pipe", "endless", "absurd", "good"):
+            desktop.control(f"Visibility for {program}")
+        wait(lambda: b"\xd0\x00\xd0" in self.picture().data, 5, "the picture")
 
     def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
         os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))

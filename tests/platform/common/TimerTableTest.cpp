@@ -26,10 +26,8 @@ class TimerTableTest : public ::testing::Test {
 };
 
 TEST_F(TimerTableTest, TasksRunAsTheyFellDueWhatTheyAddWaitsAndTheLongestDelayNeverComes) {
-  for (const TimerTable::Time now : {TimerTable::Time{0}, TimerTable::Time::max()}) {
-    table_.addOnce(now, Duration::max(), note('x'));
-    table_.addRepeating(now, Duration::max(), Duration::max(), note('x'));
-  }
+  table_.addOnce(TimerTable::Time::max(), Duration::max(), note('x'));
+  table_.addRepeating(0s, Duration::max(), Duration::max(), note('x'));
   EXPECT_EQ(table_.wakeTime(), std::nullopt);
   MainQueue::Handle victim{};
   table_.addOnce(0s, 3s, note('c'));

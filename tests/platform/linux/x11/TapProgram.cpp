@@ -30,7 +30,9 @@ Rect readRect(std::istream& words) {
 
 class TapProgram {
  public:
-  TapProgram() : port_(makeTap()) {
+  TapProgram()
+      : port_(taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter,
+                            0x1E, &callback, this)) {
     port_->addToMainRunLoop();
     port_->enable();
   }
@@ -43,7 +45,6 @@ class TapProgram {
     if (command == "passes") words >> passes_;
     if (command == "enable") port_->enable();
     if (command == "invalidate") port_->invalidate();
-    if (command == "makes-another") std::cout << (makeTap() != nullptr) << '\n';
     if (command == "note") places_.note(*readControls(words));
     if (command == "find") find(words);
     if (command == "hang") hangs_ = true;
@@ -61,11 +62,6 @@ class TapProgram {
   }
 
  private:
-  std::unique_ptr<EventTapPort> makeTap() {
-    return taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter, 0x1E,
-                         &callback, this);
-  }
-
   static Event* callback(EventType type, Event* event, void* userInfo) {
     auto& self = *static_cast<TapProgram*>(userInfo);
     const Point place = event->location();

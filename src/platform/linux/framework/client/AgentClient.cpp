@@ -28,8 +28,7 @@ FrameworkError failure(const QDBusMessage& reply) {
 
 }  // namespace
 
-AgentClient::AgentClient(QDBusConnection connection, std::chrono::milliseconds limit)
-    : limit_(limit), connection_(std::move(connection)) {
+AgentClient::AgentClient(QDBusConnection connection) : connection_(std::move(connection)) {
   thread_.setObjectName(QStringLiteral("MenuBarClient"));
   moveToThread(&thread_);
 }
@@ -89,7 +88,7 @@ void AgentClient::send(const std::shared_ptr<AssertionState>& assertion,
     complete(*assertion, error(noAnswer, "The menu bar agent did not answer in time."));
     end(*assertion);
   });
-  patience->start(limit_);
+  patience->start(activationLimit);
 }
 
 void AgentClient::answered(AssertionState& assertion, const QDBusMessage& reply) {

@@ -40,7 +40,7 @@ class AgentClient : public QObject {
   static constexpr std::chrono::milliseconds activationLimit{25000};
 
   // The connection is the client's own and is closed with it.
-  explicit AgentClient(QDBusConnection connection, std::chrono::milliseconds limit = activationLimit);
+  explicit AgentClient(QDBusConnection connection);
   AgentClient(const AgentClient&) = delete;
   AgentClient& operator=(const AgentClient&) = delete;
   ~AgentClient() override;
@@ -60,7 +60,6 @@ class AgentClient : public QObject {
   void end(AssertionState& assertion);
   static void complete(AssertionState& assertion, const std::optional<FrameworkError>& error);
 
-  const std::chrono::milliseconds limit_;
   QDBusConnection connection_;
   std::mutex mutex_;  // guards the thread's start
   QThread thread_;
