@@ -25,14 +25,6 @@ struct App : World {
 
 void choose(const Menu& menu, std::size_t index) { std::get<std::function<void()>>(menu.items.at(index).action)(); }
 
-TEST(AppDelegateTest, TheSettingsOpenAtLaunchUnlessNothingIsMissing) {
-  for (const std::string missing : {"", "untrusted", "/Downloads/O", "neveropened"}) {
-    const App app(missing);
-    EXPECT_EQ(app.memory.windows.shown == 0, missing.empty()) << missing;
-    EXPECT_TRUE(app.memory.userDefaults.boolean(openedSettingsKey)) << missing;
-  }
-}
-
 TEST(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
   App app;
   const auto& bar = app.memory.statusBar;
@@ -62,24 +54,14 @@ TEST(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
   }
 }
 
-TEST(AppDelegateTest, SettingsAndReopeningRevealForGoodAndShowTheOneWindow) {
-  App app;
-  for (int time = 1; time <= 2; ++time) {
-    app.from("hide yes");
-    time == 1 ? choose(app.memory.application.mainMenu->items.at(0).submenu.at(0), 0)
-              : void(app.delegate->applicationShouldHandleReopen(true));
-    EXPECT_TRUE(app.model->state() == BarState::visible && app.memory.application.activations == time);
-    EXPECT_TRUE(app.memory.windows.shown == 1 && app.memory.windows.open.use_count() == 2);
-    EXPECT_FALSE(app.hidesAgain());
-  }
-  EXPECT_FALSE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
-}
-
-TEST(AppDelegateTest, EveryEndRevealsAndWhatOutlivesItDoesNothing) {
+TEST(AppDelegateTest, ReopeningAndEveryEndRevealAndWhatOutlivesItDoesNothing) {
   for (const bool byMenu : {true, false}) {
     App app;
     auto& memory = app.memory;
+    app.play("hide yes");
     app.delegate->applicationShouldHandleReopen(false);
+    EXPECT_TRUE(app.model->state() == BarState::visible && memory.windows.shown == 1 && !app.hidesAgain());
+    EXPECT_FALSE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
     app.from("hide yes");
     app.click(rightMouseUp);
     const Menu menu = memory.statusBar.menu.value();

@@ -1,7 +1,6 @@
 #include "bridge/MenuBarBackend.h"
 
-#include "bridge/FrameworkEntry.h"
-#include "support/MemoryFramework.h"
+#include "support/MemoryPlatform.h"
 
 #include <gmock/gmock.h>
 
@@ -34,14 +33,11 @@ struct Caller {
   }
 };
 
-class MenuBarBackendTest : public testing::Test {
- protected:
-  MenuBarBackendTest() { setConcealmentFramework(&framework_); }
-  ~MenuBarBackendTest() override { setConcealmentFramework(nullptr); }
-
+struct MenuBarBackendTest : testing::Test {
   // Outlives the framework, which releases what it still holds when it goes.
-  Caller caller_;
-  MemoryFramework framework_;
+  Caller caller;
+  MemoryPlatform memory;
+  MemoryFramework& framework = memory.framework;
 };
 
 TEST_F(MenuBarBackendTest, ServesACallerThatNeedsNoAnswer) {
@@ -49,12 +45,12 @@ TEST_F(MenuBarBackendTest, ServesACallerThatNeedsNoAnswer) {
   QLReleaseMenuBarAssertion(QLCreateMenuBarAssertion(bundles, 2, {}));
   QLReleaseMenuBarAssertion(QLCreateMenuBarAssertion(bundles, 0, {}));
   QLReleaseMenuBarAssertion(nullptr);
-  ASSERT_EQ(framework_.activations.size(), 2U);
-  EXPECT_THAT(framework_.activations[0].allowedBundleIdentifiers, ElementsAre("first", "second"));
-  EXPECT_THAT(framework_.activations[1].allowedSystemItems, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
-  framework_.answer(0);
-  EXPECT_EQ(framework_.liveObjects(), 0U);
-  EXPECT_THAT(framework_.loaded,
+  ASSERT_EQ(framework.activations.size(), 2U);
+  EXPECT_THAT(framework.activations[0].allowedBundleIdentifiers, ElementsAre("first", "second"));
+  EXPECT_THAT(framework.activations[1].allowedSystemItems, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
+  framework.answer(0);
+  EXPECT_EQ(framework.liveObjects(), 0U);
+  EXPECT_THAT(framework.loaded,
               ElementsAre("/System/Library/PrivateFrameworks/MenuBarClientCore.framework/MenuBarClientCore"));
 }
 
@@ -63,50 +59,50 @@ TEST_F(MenuBarBackendTest, CallsNobodyWhereTheFrameworkIsIncompleteOrYieldsNull)
        {"configuration", "assertion", "MBAssessmentModeConfiguration", "MBAssessmentModeAssertion",
         "initWithAllowedSystemItems:allowedBundleIdentifiers:", "activateWithConfiguration:completionHandler:",
         "invalidate", "the library", "a framework at all"}) {
-    MemoryFramework framework;
-    Caller caller;
-    framework.missing = {missing};
-    framework.loads = missing != "the library";
-    setConcealmentFramework(missing == "a framework at all" ? nullptr : &framework);
+    MemoryFramework incomplete;
+    Caller nobody;
+    incomplete.missing = {missing};
+    incomplete.loads = missing != "the library";
+    setConcealmentFramework(missing == "a framework at all" ? nullptr : &incomplete);
     const bool yieldsNull = missing == "configuration" || missing == "assertion";
     EXPECT_STREQ(QLMenuBarBackendDescription(), yieldsNull ? macWords.backendAvailable : macWords.backendMissing);
-    EXPECT_EQ(caller.create(), nullptr) << missing;
-    EXPECT_TRUE(caller.answers.empty() && caller.releases == 1 && framework.liveObjects() == 0) << missing;
+    EXPECT_EQ(nobody.create(), nullptr) << missing;
+    EXPECT_TRUE(nobody.answers.empty() && nobody.releases == 1 && incomplete.liveObjects() == 0) << missing;
   }
 }
 
 TEST_F(MenuBarBackendTest, TurnsTheFrameworksExceptionsIntoOneErrorOrALineOfTheLogAndLetsOthersPass) {
   for (const auto& reason : {std::optional<std::string>("out of order"), {}}) {
     for (const Step step : {Step::makeConfiguration, Step::makeAssertion, Step::activate}) {
-      framework_.raises = {{step, MemoryFramework::raising(reason)}};
-      Caller caller;
-      EXPECT_EQ(caller.create(), nullptr);
-      EXPECT_THAT(caller.answers, ElementsAre("Orvo.MenuBar1" + reason.value_or("Menu bar activation failed.")));
-      EXPECT_EQ(caller.releases, 1);
+      framework.raises = {{step, MemoryFramework::raising(reason)}};
+      Caller refused;
+      EXPECT_EQ(refused.create(), nullptr);
+      EXPECT_THAT(refused.answers, ElementsAre("Orvo.MenuBar1" + reason.value_or("Menu bar activation failed.")));
+      EXPECT_EQ(refused.releases, 1);
     }
     for (const Step step : {Step::respondsTo, Step::invalidate}) {
-      framework_.raises = {{step, MemoryFramework::raising(reason)}};
-      QLReleaseMenuBarAssertion(caller_.create());
-      EXPECT_EQ(framework_.logged.back(), "Orvo: could not release menu bar assertion: " + reason.value_or("(null)"));
+      framework.raises = {{step, MemoryFramework::raising(reason)}};
+      QLReleaseMenuBarAssertion(caller.create());
+      EXPECT_EQ(framework.logged.back(), "Orvo: could not release menu bar assertion: " + reason.value_or("(null)"));
     }
   }
-  framework_.raises = {{Step::activate, [] { throw std::runtime_error("not the framework's own"); }}};
-  EXPECT_THROW(caller_.create(), std::runtime_error);
-  EXPECT_TRUE(framework_.logged.size() == 4 && framework_.liveObjects() == 0 && caller_.answers.empty());
+  framework.raises = {{Step::activate, [] { throw std::runtime_error("not the framework's own"); }}};
+  EXPECT_THROW(caller.create(), std::runtime_error);
+  EXPECT_TRUE(framework.logged.size() == 4 && framework.liveObjects() == 0 && caller.answers.empty());
 }
 
 TEST_F(MenuBarBackendTest, PassesOneAnswerOnFromWhereverItComesAndSurvivesThatItsHandlerGoesMeanwhile) {
-  QLAssertionRef assertion = caller_.create();
-  const auto handler = framework_.activations[0].completion;
-  std::thread([&] { framework_.answer(0, FrameworkError{"Elsewhere", 7, "No."}); }).join();
+  QLAssertionRef assertion = caller.create();
+  const auto handler = framework.activations[0].completion;
+  std::thread([&] { framework.answer(0, FrameworkError{"Elsewhere", 7, "No."}); }).join();
   handler(std::nullopt);
-  EXPECT_THAT(caller_.answers, ElementsAre("Elsewhere7No."));
+  EXPECT_THAT(caller.answers, ElementsAre("Elsewhere7No."));
   QLReleaseMenuBarAssertion(assertion);
-  EXPECT_EQ(framework_.active(), 0U);
+  EXPECT_EQ(framework.active(), 0U);
   Caller last;
   assertion = last.create();
-  last.inside = [this] { framework_.activations[1].completion = nullptr; };
-  framework_.activations[1].completion(std::nullopt);
+  last.inside = [this] { framework.activations[1].completion = nullptr; };
+  framework.activations[1].completion(std::nullopt);
   EXPECT_EQ(last.releases, 1);
   QLReleaseMenuBarAssertion(assertion);
 }

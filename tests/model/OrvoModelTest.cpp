@@ -50,6 +50,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes hostends", "H+! V- V+! One Two 1/2", false, "The menu bar agent ended."},
       {"", "hide yes click", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes losttap", "V+! V+! V+! One Two 1/1", false, ""},
+      {"", "hide yes untrusted refresh", "V- V- V- One Two 1/1", false, ""},
       // Requests and their answers.
       {"echo", "hide settle 5000ms", "H+! H+! H+! One Two 1/1", false, ""},
       {"", "hide no reveal refresh settle 5000ms", "V+! V+! V+! One Two 1/2", false, "Could not hide icons: not now"},
@@ -62,6 +63,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"notaps", "login hide", "V. V. V. One Two 0/1", false, "System controls are not ready."},
       {"nohost", "login hide", "V- V- V- 0/0", false, "System controls are not ready."},
       // Hiding again.
+      {"", "hide yes delay0 peek", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes delay1 peek 1000ms", "A+ A+ A+ One Two 2/1", false, ""},
       {"", "hide yes delay9223372036854775807 peek", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes peek delay6", "V+! V+! V+! One Two 1/1", false, ""},

@@ -191,19 +191,18 @@ struct MemoryLoginItem : LoginItem {
 // Without an event loop: `run` sends the launch message and returns.
 struct MemoryApplication : Application {
   ApplicationDelegate* delegate = nullptr;
-  std::optional<Menu> mainMenu;
   std::optional<EventType> currentEvent;
-  int runs = 0, terminations = 0, activations = 0;
+  int terminations = 0;
   NotificationCenter center;
 
   void setDelegate(ApplicationDelegate* newDelegate) override { delegate = newDelegate; }
-  void run() override { ++runs, delegate->applicationDidFinishLaunching(); }
+  void run() override { delegate->applicationDidFinishLaunching(); }
   void terminate() override {
     if (++terminations == 1) delegate->applicationWillTerminate();
   }
   void setActivationPolicy(ActivationPolicy) override {}
-  void setMainMenu(const Menu& menu) override { mainMenu = menu; }
-  void activateIgnoringOtherApps() override { ++activations; }
+  void setMainMenu(const Menu&) override {}
+  void activateIgnoringOtherApps() override {}
   std::optional<EventType> currentEventType() const override { return currentEvent; }
   NotificationCenter& notificationCenter() override { return center; }
 };

@@ -47,7 +47,9 @@ class World {
       } else if (word.starts_with("/")) {
         memory.bundle.bundlePath = word;
       } else if (word.ends_with("ms")) {
-        advance(MainQueue::Duration(std::stoll(word)));
+        const auto end = memory.mainQueue.now() + MainQueue::Duration(std::stoll(word));
+        for (; memory.mainQueue.now() < end; memory.settle())
+          memory.mainQueue.advance(std::min(end - memory.mainQueue.now(), MainQueue::Duration{100}));
       } else {
         stepsByName().at(word)(*this);
       }
@@ -56,10 +58,6 @@ class World {
   void answerLast(const std::optional<FrameworkError>& error = std::nullopt) {
     memory.framework.answer(requests() - 1, error);
     memory.settle();
-  }
-  void advance(MainQueue::Duration time) {
-    for (const auto end = memory.mainQueue.now() + time; memory.mainQueue.now() < end; memory.settle())
-      memory.mainQueue.advance(std::min(end - memory.mainQueue.now(), MainQueue::Duration{100}));
   }
   // Lets the seven seconds pass; whether revealed icons hide again then, and not before.
   bool hidesAgain() {
@@ -102,7 +100,6 @@ class World {
         {"taps", [](W& w) { w.memory.eventTaps.creationFails = false; }},
         {"notaps", [](W& w) { w.memory.eventTaps.creationFails = true; }},
         {"taken", [](W& w) { w.memory.hotKeys.registerStatus = -9878; }},
-        {"neveropened", [](W& w) { w.memory.userDefaults.booleans.clear(); }},
         {"nowindow", [](W& w) { w.memory.windows.grantsWindows = false; }},
         {"noitem", [](W& w) { w.memory.statusBar.grantsItems = false; }},
         {"nobutton", [](W& w) { w.memory.statusBar.grantsButtons = false; }},
