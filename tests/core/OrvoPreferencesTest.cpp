@@ -15,7 +15,8 @@ std::string withSeconds(const std::string& seconds) { return document(R"({"a":"h
 TEST(OrvoPreferencesTest, ReadsEveryCorrectDocument) {
   const std::string deep = R"({"other":)" + std::string(100'000, '[') + std::string(100'000, ']');
   const std::pair<std::string, OrvoPreferences> cases[]{
-      {R"( {"autoRehideSeconds" : -3, "rules":{"b":"visible","a":"hidden"}} )", {{{"a", hidden}, {"b", visible}}, -3}},
+      {R"( {"autoRehideSeconds":      -30000, "rules":{"b":"visible","a":"hidden"}} )",
+       {{{"a", hidden}, {"b", visible}}, -30000}},
       {R"({"other":{"rules":{"x":7},"autoRehideSeconds":[{}]},"rules":{},"autoRehideSeconds":5,"more":null})", {{}, 5}},
       {document(R"({"":"hidden","rules":"hidden"})", "0"), {{{"", hidden}, {"rules", hidden}}, 0}},
       {R"({"more":[-1e999,{"\"1e999":"\\\"1e999"}],"rules":{"1e999\\":"hidden"},"autoRehideSeconds":5,"x":)" +

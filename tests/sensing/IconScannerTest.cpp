@@ -75,7 +75,7 @@ TEST(IconScannerTest, AsksTheFirstTrustedHostAloneAndAnswersAndForgetsOnTheMainT
   MemoryPlatform memory;
   memory.workspace.running.insert(memory.workspace.running.begin(), RunningApplication{});
   memory.workspace.launch(std::string(menuBarHostBundle), 200);
-  const Element root = parentOf({clock()});
+  const Element root = parentOf({parentOf({parentOf({parentOf({parentOf({clock()})})})})});
   memory.accessibility.trees[host] = root;
   for (const bool trusted : {false, true}) {
     memory.accessibility.trusted = trusted;
