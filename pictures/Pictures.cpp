@@ -208,10 +208,10 @@ QImage picture(const State& state, bool dark) {
   QGuiApplication::setFont(usualFont);
   SettingsWorld world;
   world.memory.words = linuxWords;
-  world.memory.processInfo.version = "Debian GNU/Linux 12 (bookworm)";
+  world.memory.bundle.systemVersion = "Debian GNU/Linux 12 (bookworm)";
   world.memory.showItems(state.apps);
   for (const Step& step : state.before) step(world);
-  world.setLook(dark);
+  world.look.dark = dark;
   world.show();
   world.quickView().setMinimumSize({1, 1});
   world.quickView().resize(state.size);

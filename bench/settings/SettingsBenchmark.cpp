@@ -102,7 +102,7 @@ int main(int argc, char** argv) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   orvo::SettingsWorld world;
   world.memory.showItems(orvo::manyApps(400));
-  world.setLook(false, false);
+  world.look.reducesMotion = false;
   world.launch();
   orvo::measureShowing(world);
   orvo::measureRescans(world);

@@ -13,7 +13,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using enum BarState;
-using Step = MemoryFramework::Step;
 
 // Steps of the world, the first one seldom, beside answers, times and clicks.
 const std::vector<std::string> worldSteps{
@@ -36,43 +35,35 @@ class Machine : public World {
       must(model->state() != hidden || active() == 1, "hidden with an older assertion");
     };
   }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
   // What the hooks use goes before the model.
   ~Machine() { memory.framework.raises.clear(); }
 
   void must(bool holds, const char* otherwise) {
     if (!holds) broken = otherwise;
   }
-  std::size_t active() const { return memory.framework.active().size(); }
+  std::size_t active() const { return memory.framework.active(); }
 
   void happen(unsigned which, unsigned choice) {
     const bool rare = which == 0 && choice % 8 > 0;
+    const bool wasGuarded = guarded();
     if (which < worldSteps.size()) return rare ? void() : play(worldSteps[which]);
     if (which % 7 == 0) return memory.mainQueue.advance(choice % 8 * 1s);
     if (which % 7 == 1) return memory.mainQueue.sleepThrough(choice % 20 * 1s);
-    if (which % 7 == 2) return click();
-    if (which % 7 == 3) return loseTap();
-    answer(choice, which % 7 == 4 ? std::optional(FrameworkError{"Some.Domain", 7, "not now"}) : std::nullopt);
-    if (which % 7 == 6) settle();
+    if (which % 7 > 3) return answer(choice, which % 7 == 4, which % 7 == 6);
+    play(which % 7 == 2 ? "click" : "losttap");
+    must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid),
+         "a control out of reach");
   }
 
   // The first answer to a request counts, given here or on another thread.
-  void answer(unsigned choice, const std::optional<FrameworkError>& error) {
+  void answer(unsigned choice, bool denies, bool settles) {
     if (requests() == 0) return;
     const std::size_t number = choice % 2 == 0 ? requests() - 1 : choice % requests();
-    if (!confirmed.contains(number) && !denied.contains(number)) (error ? denied : confirmed).insert(number);
+    if (!confirmed.contains(number) && !denied.contains(number)) (denies ? denied : confirmed).insert(number);
+    const auto error = denies ? std::optional(FrameworkError{"Some.Domain", 7, "not now"}) : std::nullopt;
     const auto give = [&] { memory.framework.answer(number, error); };
     choice % 3 == 0 ? std::thread(give).join() : give();
-  }
-  void click() {
-    const bool wasGuarded = guarded();
-    play("click");
-    must(!wasGuarded || model->state() == visible, "a control clicked in vain");
-  }
-  void loseTap() {
-    play("losttap");
-    must(!memory.eventTaps.valid || model->state() == visible, "hidden without a guard");
+    if (settles) settle();
   }
   void settle() {
     memory.settle();
@@ -97,7 +88,7 @@ class Machine : public World {
     const BarState state = model->state();
     must(told == state, "changed without a word");
     must(state == visible ? active() == 0 : active() >= 1, "holds what it should not, or nothing");
-    must(state == visible || memory.framework.active().back().assertion == assertion(*current), "lost the latest");
+    must(state == visible || !memory.framework.activations[*current].concealing.expired(), "lost the latest");
     must(state != hidden || active() == 1, "hidden by more than one");
     must(state != hidden || confirmed.contains(*current), "hidden without its own confirmation");
     must(state != applying || memory.mainQueue.now() - since < 5s, "applying for ever");
@@ -105,17 +96,12 @@ class Machine : public World {
     must(message() != "Could not hide icons: not now" || denied.contains(issued), "another request's refusal");
     must(message() != macWords.hidingUnconfirmed || memory.mainQueue.now() - since >= 5s, "another request's time-out");
   }
-  const FrameworkObject* assertion(std::size_t number) const {
-    return number < requests() ? memory.framework.activations[number].assertion : nullptr;
-  }
 
   // Numbers of requests: answered without and with an error; told to the bar; under way or in force; issued last.
-  std::set<std::size_t> confirmed;
-  std::set<std::size_t> denied;
-  std::optional<std::size_t> announced;
-  std::optional<std::size_t> current;
-  BarState told = visible;
+  std::set<std::size_t> confirmed, denied;
+  std::optional<std::size_t> announced, current;
   std::size_t issued = 0;
+  BarState told = visible;
   MainQueue::Duration since{};
   // What did not hold.
   std::string broken;
@@ -134,8 +120,7 @@ TEST(OrvoModelPropertyTest, NoSequenceOfEventsLeavesAnAssertionBehindOrTheBarInD
     machine.model->stop();
     machine.settle();
     machine.look();
-    RC_ASSERT(machine.broken == "");
-    RC_ASSERT(!machine.model->isScanning());
+    RC_ASSERT(machine.broken == "" && !machine.model->isScanning());
     machine.delegate.reset();
     RC_ASSERT(machine.memory.framework.liveObjects() == 0U);
   };

@@ -1,7 +1,6 @@
 #include "support/World.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <tuple>
 
@@ -13,20 +12,8 @@ using testing::ElementsAre;
 using enum BarState;
 
 constexpr const char* appThree = "org.example.Three";
-constexpr const char* install = "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.";
-constexpr const char* notReady = "System controls are not ready. Refresh the icon list after granting Accessibility.";
-constexpr const char* newApp = "A new app opened. Icons are shown so its menu bar item can load.";
-constexpr const char* hostMissing = "Could not hide icons: The menu bar agent is not running.";
-constexpr const char* hostEnded = "The menu bar agent ended. All icons are visible.";
-constexpr const char* refused = "Could not hide icons: not now";
-constexpr const char* unconfirmed = "macOS did not confirm hiding. All icons have been restored.";
-constexpr const char* notStarted = "The menu bar API could not start. All icons are visible.";
-constexpr const char* unguarded = "The system controls could not be found. All icons are visible.";
-constexpr const char* notKept = "Login item could not be changed: full";
-
 // V, A or H for visible, applying or hidden; "+" while controls are guarded, "-" while a tap waits for some, "."
-// without;
-// "!" while hiding is offered; "*" while somebody else hides icons.
+// without one; "!" while hiding is offered; "*" while somebody else hides icons.
 std::string told(const World& world) {
   const OrvoModel& model = *world.model;
   const char* const tap = world.memory.eventTaps.valid ? "-" : ".";
@@ -45,40 +32,36 @@ std::string outcome(World& world, const std::string& steps) {
   }
   for (const DiscoveredApp& app : world.model->apps()) text += ' ' + app.name.substr(app.name.rfind('.') + 1);
   text += ' ' + std::to_string(world.requests()) + '/' + std::to_string(world.scans());
-  EXPECT_EQ(world.memory.framework.active().empty(), world.model->state() == visible);
+  EXPECT_EQ(world.memory.framework.active() == 0, world.model->state() == visible);
   return text;
 }
 
 TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
-  // What is missing before the launch, the steps, their outcome, whether icons hide again 7 seconds later, the message.
-  using Course = std::tuple<const char*, const char*, const char*, bool, const char*>;
+  // What is missing before the launch, the steps, their outcome, whether icons hide again 7 seconds later, how the
+  // message begins.
+  using Course = std::tuple<const char*, const char*, const char*, bool, std::string_view>;
   const Course courses[]{
       {"", "hide press", "A+ V+! V+! One Two 1/1", true, ""},
-      {"", "hide yes launch", "H+! V+! V+! One Two 1/2", false, newApp},
-      {"", "hide yes exit", "H+! H+! A+ One Two 2/2", false, ""},
+      {"", "hide yes launch", "H+! V+! V+! One Two 1/2", false, "A new app opened. Icons are shown so its"},
       {"", "hide yes sleep wake settle", "V+! V+! V+! One Two 1/2", false, ""},
-      {"", "hide yes sleep", "H+! V- V- One Two 1/1", false, ""},
       {"", "wake", "V+! V- V+! One Two 0/2", false, ""},
       {"", "hide yes screens", "H+! V- V+! One Two 1/2", false, ""},
-      {"", "hide hostends", "A+ V- V+! One Two 1/2", false, hostMissing},
-      {"", "hide yes hostends", "H+! V- V+! One Two 1/2", false, hostEnded},
+      {"", "hide hostends", "A+ V- V+! One Two 1/2", false, "Could not hide icons: The menu bar agent is"},
+      {"", "hide yes hostends", "H+! V- V+! One Two 1/2", false, "The menu bar agent ended."},
       {"", "hide yes click", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes losttap", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes untrusted refresh", "V- V- V- One Two 1/1", false, ""},
       // Requests and their answers.
       {"echo", "hide settle 5000ms", "H+! H+! H+! One Two 1/1", false, ""},
-      {"", "hide reveal 5000ms", "V+! V+! V+! One Two 1/1", false, ""},
-      {"", "hide no reveal refresh settle 5000ms", "V+! V+! V+! One Two 1/2", false, refused},
-      {"", "hide no hide", "A+ A+ A+ One Two 2/1", false, ""},
-      {"", "hide yes 4000ms hide 4999ms", "A+ A+ A+ One Two 2/1", false, ""},
-      {"", "hide yes 4000ms hide 5000ms", "V+! V+! V+! One Two 2/1", false, unconfirmed},
-      {"", "hide yes broken hide", "V+! V+! V+! One Two 1/1", false, notStarted},
+      {"", "hide no reveal refresh settle 5000ms", "V+! V+! V+! One Two 1/2", false, "Could not hide icons: not now"},
+      {"", "hide yes 4000ms hide 5000ms", "V+! V+! V+! One Two 2/1", false, "macOS did not confirm"},
+      {"", "hide yes broken hide", "V+! V+! V+! One Two 1/1", false, "The menu bar API could not start."},
       {"", "hide yes untrusted ask", "H+ H+ H+ One Two 1/1", false, ""},
       // What is missing.
-      {"elsewhere", "login hide", "V+ V+ V+ One Two 0/1", false, install},
-      {"noframework", "login hide", "V+ V+ V+ One Two 0/1", false, notKept},
-      {"notaps", "login hide", "V. V. V. One Two 0/1", false, notReady},
-      {"nohost", "login hide", "V- V- V- 0/0", false, notReady},
+      {"/Downloads/O", "login hide", "V+ V+ V+ One Two 0/1", false, "Install Orvo in Applications"},
+      {"noframework", "login hide", "V+ V+ V+ One Two 0/1", false, "Login item could not be changed: full"},
+      {"notaps", "login hide", "V. V. V. One Two 0/1", false, "System controls are not ready."},
+      {"nohost", "login hide", "V- V- V- 0/0", false, "System controls are not ready."},
       // Hiding again.
       {"", "hide yes delay0 peek", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes delay1 peek 1000ms", "A+ A+ A+ One Two 2/1", false, ""},
@@ -90,18 +73,19 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "dropone peek pickone", "V+! V+! V+! One Two 0/1", false, ""},
       {"", "hide yes untrusted refresh trusted refresh settle", "V+! V+! V+! One Two 1/2", false, ""},
       // Scans carry running applications over while icons are concealed.
-      {"", "onlytwo refresh", "V+! V+! V+ two 0/2", false, ""},
       {"", "hide yes onequits onlytwo refresh", "H+! H+! H+ two 1/2", false, ""},
       // Somebody else hides icons.
       {"", "otherhides settle onlytwo refresh", "V+!* V+!* V+!* One two 0/3", false, ""},
       {"", "otherhides settle press", "V+!* V+! V+! One Two 0/3", true, ""},
       // Controls that are missing for a while, and scans that the layout outran.
       {"", "hide yes nocontrols layout settle 1600ms controls 400ms", "H+! H+! H+! One Two 1/7", false, ""},
-      {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false, unguarded},
+      {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false,
+       "The system controls"},
       {"", "hide yes nocontrols exit settle controls 400ms", "A+ A+ A+ One Two 2/3", false, ""},
       {"", "hide yes nocontrols exit settle reveal controls 400ms", "V+! V+! V+! One Two 1/3", false, ""},
       {"", "nocontrols refresh settle 3200ms refresh settle 2000ms", "V- V- V- 0/8", false, ""},
       {"", "hide yes refresh layout", "H+! H+! H+! One Two 1/3", false, ""},
+      {"", "refresh sleep turn scan onlytwo", "V- V- V+ two 0/3", false, ""},
       // The poll.
       {"notaps", "taps 3000ms", "V+! V+! V+! One Two 0/1", false, ""},
       {"notaps", "trusted refresh settle taps refresh", "V+! V+! V+! One Two 0/3", false, ""},
@@ -117,7 +101,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
     SCOPED_TRACE(std::string(missing) + " | " + steps);
     World world(missing + std::string(" nologin"));
     EXPECT_EQ(outcome(world, steps), expected);
-    EXPECT_EQ(world.message(), message);
+    EXPECT_EQ(world.message().substr(0, message.empty() ? std::string::npos : message.size()), message);
     const std::size_t before = world.requests();
     EXPECT_EQ(world.hidesAgain(), hidesAgain);
     EXPECT_EQ(world.requests(), before + (hidesAgain ? 1 : 0));
@@ -161,8 +145,8 @@ TEST(OrvoModelTest, NothingActsOnceItHasStoppedOrGone) {
     EXPECT_EQ(t.memory.mainQueue.wakeTime(), std::nullopt);
     t.memory.settle();
     EXPECT_EQ(t.memory.hotKeys.hotKeys, gone ? 0 : 1);
-    EXPECT_TRUE(t.memory.framework.active().empty() && !t.memory.eventTaps.valid);
-    World::play(t.memory, "launch screens");
+    EXPECT_TRUE(t.memory.framework.active() == 0 && !t.memory.eventTaps.valid);
+    t.play("launch screens");
     EXPECT_FALSE(t.memory.mainQueue.runOne()) << "still observed";
     t.answerLast();
     EXPECT_EQ(t.memory.framework.liveObjects(), 0U);
@@ -171,21 +155,24 @@ TEST(OrvoModelTest, NothingActsOnceItHasStoppedOrGone) {
 
 TEST(OrvoModelTest, WhatAnotherCopyStoresIsFollowedAndKept) {
   World t;
+  std::size_t before = 99;
+  t.model->willChange.observe([&] { before = t.model->preferences().rules.size(); });
   t.play("hide yes");
+  // Rules, the delay, whether icons are revealed first, how often hiding was asked for in the end.
+  const std::tuple<const char*, int, bool, std::size_t> copies[]{
+      {R"("org.example.One":"hidden")", 8, false, 1},
+      {R"("org.example.One":"hidden","org.example.Two":"hidden")", 9, false, 2},
+      {R"("org.example.One":"hidden","org.example.Two":"visible")", 9, true, 2}};
   auto& stored = t.memory.userDefaults.datas[preferencesKey];
-  stored = R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":8})";
-  t.play("3000ms");
-  EXPECT_EQ(t.requests(), 1U);
-  stored = R"({"rules":{"org.example.One":"hidden","org.example.Two":"hidden"},"autoRehideSeconds":9})";
-  t.play("3000ms");
-  EXPECT_EQ(t.model->preferences().autoRehideSeconds, 9);
-  EXPECT_EQ(t.requests(), 2U) << "as if chosen here";
-  t.play("reveal");
-  stored = R"({"rules":{"org.example.One":"hidden","org.example.Two":"visible"},"autoRehideSeconds":9})";
-  t.play("3000ms");
-  EXPECT_EQ(t.model->state(), visible);
+  for (const auto& [rules, delay, reveals, requests] : copies) {
+    stored = R"({"rules":{)" + std::string(rules) + R"(},"autoRehideSeconds":)" + std::to_string(delay) + "}";
+    t.play(reveals ? "reveal 3000ms" : "3000ms");
+    EXPECT_EQ(t.model->preferences().autoRehideSeconds, delay);
+    EXPECT_EQ(t.requests(), requests);
+  }
   stored = R"({"rules":{"org.example.Two":"visible"},"autoRehideSeconds":4})";
   t.model->setRule(IconRule::hidden, appThree);
+  EXPECT_EQ(before, 2U) << "announced before it happens";
   EXPECT_EQ(OrvoPreferences::decode(stored),
             (OrvoPreferences{{{appTwo, IconRule::visible}, {appThree, IconRule::hidden}}, 4}));
 }
@@ -210,78 +197,42 @@ TEST(OrvoModelTest, TheListLeavesOutOrvoAndTheSystemAndIsSortedByNameAndSearched
                       {"a", "App 10"},
                       {"com.apple.ControlCenter", "Notes"}});
   t.play("refresh settle");
-  EXPECT_EQ(t.listed(), "app 9 App 10 Notes");
-  using Case = std::pair<const char*, std::size_t>;
-  for (const auto& [text, found] : {Case{"", 3}, {"NOTES", 1}, {"app", 3}, {"apple.con", 1}, {"notes ", 0}, {" ", 2}}) {
+  using Case = std::pair<const char*, const char*>;
+  for (const auto& [text, names] : {Case{"", "App 10 app 9 Notes "}, Case{"NOTES", "Notes "}, Case{"notes ", ""},
+                                    Case{"apple.con", "Notes "}, Case{" ", "App 10 app 9 "}}) {
     t.model->searchText = std::string(text);
-    EXPECT_EQ(t.model->filteredApps().size(), found) << text;
+    std::string found;
+    for (const DiscoveredApp& app : t.model->filteredApps()) found += app.name + ' ';
+    EXPECT_EQ(found, names) << text;
   }
   t.model->setRule(IconRule::hidden, "a");
   EXPECT_EQ(t.model->selectedCount(), 1U) << "of what is not listed, or of the search";
 }
 
-TEST(OrvoModelTest, AScanThatTheGeometryOutranIsDroppedAndRepeated) {
-  World t;
-  int done = 0;
-  t.model->refresh([&] { ++done; });
-  t.model->refresh([&] { done += 10; });
-  t.play("sleep turn scan onlytwo turn");
-  EXPECT_EQ(done, 10);
-  EXPECT_EQ(t.listed(), "org.example.One org.example.Two");
-  EXPECT_TRUE(t.model->isScanning() && !t.model->systemClickProtection());
-  t.play("settle");
-  EXPECT_EQ(done, 11);
-  EXPECT_EQ(t.listed(), "two");
-  EXPECT_TRUE(!t.model->isScanning() && t.model->systemClickProtection());
-}
-
-TEST(OrvoModelTest, ARuleIsAnnouncedStoredAndTakesEffectAtOnceWhileHidden) {
-  World t;
-  std::size_t before = 99;
-  const auto token = t.model->willChange.observe([&] { before = t.model->preferences().rules.size(); });
-  t.model->setRule(IconRule::hidden, appThree);
-  EXPECT_EQ(before, 1U) << "announced before it happens";
-  t.model->willChange.remove(token);
-  EXPECT_EQ(t.requests(), 0U);
-  t.play("hide yes picktwo");
-  EXPECT_EQ(t.requests(), 2U);
-  t.play("dropone");
-  EXPECT_EQ(t.requests(), 2U);
-  EXPECT_EQ(
-      OrvoPreferences::decode(t.memory.userDefaults.data(preferencesKey)),
-      (OrvoPreferences{{{appOne, IconRule::visible}, {appTwo, IconRule::hidden}, {appThree, IconRule::hidden}}, 7}));
-}
-
 TEST(OrvoModelTest, OnlyACopyInsideAnApplicationsFolderCountsAsInstalled) {
   using Case = std::pair<const char*, bool>;
   for (const auto& [path, installed] :
-       {Case{"/Applications/Tools/Orvo.app", true}, Case{"/home/user/Applications/Orvo.app", true},
-        Case{"/link/Orvo.app", true}, Case{"/Applications Extra/Orvo.app", false}, Case{"/applications/O.app", false},
+       {Case{"/home/user/Applications/Orvo.app", true}, Case{"/link/Orvo.app", true},
+        Case{"/applications/O.app", false}, Case{"/ApplicationsExtra/Orvo.app", false},
         Case{"/home/other/Applications/Orvo.app", false}, Case{"/Applications/../Downloads/O.app", false},
         Case{"/mnt/Applications/Orvo.app", false}}) {
-    const World t([at = path](MemoryPlatform& m) { m.bundle.bundlePath = at, m.bundle.bundleIdentifier.reset(); });
+    const World t(path);
     EXPECT_EQ(t.model->nativeMenuBarReady, installed) << path;
-    EXPECT_EQ(t.model->ownBundle, "local.quillet.menubar");
   }
 }
 
 TEST(OrvoModelTest, TheLoginItemTellsWhatCameOfTheChange) {
   using enum LoginItemStatus;
   constexpr const char* allow = "Allow Orvo in System Settings → General → Login Items.";
-  using Case = std::tuple<bool, LoginItemStatus, std::optional<std::string>, std::string>;
-  for (const auto& [enable, status, failure, message] :
-       {Case{true, enabled, {}, ""}, Case{true, requiresApproval, {}, allow}, Case{true, enabled, "full", notKept},
-        Case{false, notRegistered, {}, ""}, Case{false, requiresApproval, {}, ""}}) {
-    SCOPED_TRACE(message);
-    World t([was = enable ? notRegistered : enabled](MemoryPlatform& m) { m.loginItem.current = was; });
+  for (const auto& [enable, status, message] :
+       {std::tuple{true, enabled, ""}, {true, requiresApproval, allow}, {false, requiresApproval, ""}}) {
+    World t(enable ? "" : "atlogin");
     EXPECT_EQ(t.model->launchAtLogin(), !enable);
-    t.memory.loginItem.current = requiresApproval;
     t.memory.loginItem.after = status;
-    t.memory.loginItem.failure = failure;
     t.model->setLoginItem(enable);
-    EXPECT_EQ(t.model->launchAtLogin(), status == enabled && !failure);
+    EXPECT_EQ(t.model->launchAtLogin(), status == enabled);
     EXPECT_EQ(t.message(), message);
-    EXPECT_EQ(t.memory.loginItem.settingsOpened, message == allow ? 1 : 0);
+    EXPECT_EQ(t.memory.loginItem.settingsOpened, enable && status == requiresApproval ? 1 : 0);
   }
 }
 

@@ -24,13 +24,11 @@ class ManualTasks {
     const std::function<void()> task = std::move(tasks_.front());
     tasks_.pop_front();
     lock.unlock();
-    task();
-    return true;
+    return task(), true;
   }
   // Runs tasks until none is left, those included that are posted meanwhile.
   void runPosted() {
-    while (runOne()) {
-    }
+    while (runOne()) continue;
   }
   // Blocks until a task is posted; false after `limit` of real time.
   bool waitUntilPosted(std::chrono::seconds limit) {

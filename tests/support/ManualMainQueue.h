@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <thread>
-#include <utility>
 
 namespace orvo {
 
@@ -35,8 +34,7 @@ class ManualMainQueue : public MainQueue, public ManualTasks {
       if (now_ == end) return;
     }
   }
-  // The machine sleeps: the clock goes on, nothing runs, and afterwards everything that became due
-  // runs at the new time, a repeating task once.
+  // The machine sleeps: what became due meanwhile runs at the new time, a repeating task once.
   void sleepThrough(Duration time) {
     now_ += time;
     advance(Duration::zero());

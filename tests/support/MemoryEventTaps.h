@@ -5,14 +5,12 @@
 
 namespace orvo {
 
-// Has one field, the one that a program may fill.
 struct MemoryEvent : Event {
   MemoryEvent(EventType kind, Point location, int number = 0) : type(kind), point(location), serial(number) {}
 
   EventType type;
   Point point;
-  // Travels with copies, so that a test can tell which event was posted.
-  int serial;
+  int serial;  // travels with copies
   std::int64_t userData = 0;
   bool copyFails = false;
 
@@ -33,9 +31,7 @@ struct MemoryEventTaps : EventTaps {
   std::uint64_t mask = 0;
   EventTapCallback callback = nullptr;
   void* userInfo = nullptr;
-  bool inRunLoop = false;
-  bool enabled = false;
-  bool valid = false;
+  bool inRunLoop = false, enabled = false, valid = false;
   std::vector<Rect> regions;
 
   // Sends one event through the tap: true when the session gets it. A tap that is disabled, not in the run
@@ -56,8 +52,6 @@ struct MemoryEventTaps : EventTaps {
 
   struct Port : EventTapPort {
     explicit Port(MemoryEventTaps& of) : taps(of) {}
-    Port(const Port&) = delete;
-    Port& operator=(const Port&) = delete;
     ~Port() override { taps.valid = false; }
     bool addToMainRunLoop() override { return taps.inRunLoop = true; }
     void removeFromMainRunLoop() override { taps.inRunLoop = false; }

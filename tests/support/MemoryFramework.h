@@ -1,22 +1,18 @@
-// An imitation of the concealment framework with faults that a test chooses. Nothing is locked: one
-// thread at a time, but for `load` and the questions after it.
+// An imitation of the concealment framework with faults that a test chooses. Nothing is locked: one thread at a time.
 #pragma once
 
 #include "platform/ConcealmentFramework.h"
 
-#include <atomic>
+#include <algorithm>
 #include <map>
 #include <set>
-#include <utility>
 
 namespace orvo {
 
 struct MemoryFramework : ConcealmentFramework {
   enum class Step { makeConfiguration, makeAssertion, activate, respondsTo, invalidate };
 
-  // One request that reached activation.
   struct Activation {
-    const FrameworkObject* assertion = nullptr;
     std::vector<int> allowedSystemItems;
     std::vector<std::string> allowedBundleIdentifiers;
     CompletionHandler completion;
@@ -27,28 +23,23 @@ struct MemoryFramework : ConcealmentFramework {
   // Faults. Names are of classes and messages, and "configuration" and "assertion" of their objects.
   bool loads = true;
   std::set<std::string> missing;
-  // Runs at the start of the step and may throw; see `raising`.
   std::map<Step, std::function<void()>> raises;
-  // Runs at the end of every activation, with its number; may answer at once, on any thread, or throw.
+  // Runs at the end of every activation, with its number; may answer at once, or throw.
   std::function<void(std::size_t)> onActivate;
   // Throws the framework's exception; absent reason allowed.
   static std::function<void()> raising(const std::optional<std::string>& reason) {
     return [reason] { throw FrameworkException{reason}; };
   }
 
-  // What happened.
-  std::atomic<int> loadings{0};
-  std::string loadedPath;
+  std::vector<std::string> loaded;
   std::vector<Activation> activations;
   std::vector<std::string> logged;
   // Has as many owners as there are assertion and configuration objects, and one more.
   const std::shared_ptr<void> alive = std::make_shared<int>();
   std::size_t liveObjects() const { return static_cast<std::size_t>(alive.use_count()) - 1; }
-  // Those of `activations` that conceal now, in order.
-  std::vector<Activation> active() const {
-    std::vector<Activation> all = activations;
-    std::erase_if(all, [](const Activation& each) { return each.concealing.expired(); });
-    return all;
+  std::size_t active() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(activations, [](const Activation& each) { return !each.concealing.expired(); }));
   }
   // Calls a request's completion, on this thread; may be done again, also after the release.
   void answer(std::size_t activation, const std::optional<FrameworkError>& error = std::nullopt) {
@@ -64,29 +55,18 @@ struct MemoryFramework : ConcealmentFramework {
     // An assertion's, from activation until it is invalidated or goes.
     std::shared_ptr<void> concealment;
   };
-  // By class. Class objects are opaque to everybody else, so these sets stand for them.
-  const std::map<std::string, std::set<std::string>> messages{
-      {"MBAssessmentModeConfiguration", {"initWithAllowedSystemItems:allowedBundleIdentifiers:"}},
-      {"MBAssessmentModeAssertion", {"activateWithConfiguration:completionHandler:", "invalidate"}}};
-
-  bool load(const char* path) override { return ++loadings, loadedPath = path, loads; }
+  bool load(const char* path) override { return loaded.emplace_back(path), loads; }
+  // Class objects are opaque to everybody else.
   FrameworkClassRef classNamed(const char* name) override {
-    const auto known = messages.find(name);
-    if (known == messages.end() || missing.contains(name)) return nullptr;
-    return reinterpret_cast<FrameworkClassRef>(&known->second);
+    return missing.contains(name) ? nullptr : reinterpret_cast<FrameworkClassRef>(this);
   }
-  bool instancesRespondTo(FrameworkClassRef type, const char* message) override {
-    return reinterpret_cast<const std::set<std::string>*>(type)->contains(message) && !missing.contains(message);
-  }
-  bool respondsTo(const FrameworkObject&, const char* message) override {
-    raiseIn(Step::respondsTo);
-    return !missing.contains(message);
-  }
+  bool instancesRespondTo(FrameworkClassRef, const char* message) override { return !missing.contains(message); }
+  bool respondsTo(const FrameworkObject&, const char*) override { return raiseIn(Step::respondsTo), true; }
   FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> items,
                                        const std::vector<std::string>& bundles) override {
     raiseIn(Step::makeConfiguration);
     const auto made = std::make_shared<Object>(alive);
-    made->wanted = {nullptr, {items.begin(), items.end()}, bundles, {}, {}};
+    made->wanted = {{items.begin(), items.end()}, bundles, {}, {}};
     return missing.contains("configuration") ? nullptr : made;
   }
   FrameworkObjectRef makeAssertion(FrameworkClassRef) override {
@@ -95,12 +75,10 @@ struct MemoryFramework : ConcealmentFramework {
   }
   void activate(FrameworkObject& assertion, const FrameworkObjectRef& with, CompletionHandler completion) override {
     raiseIn(Step::activate);
-    auto& concealer = dynamic_cast<Object&>(assertion);
-    concealer.concealment = std::make_shared<int>();
+    auto& concealment = dynamic_cast<Object&>(assertion).concealment = std::make_shared<int>();
     Activation& request = activations.emplace_back(dynamic_cast<const Object&>(*with).wanted);
-    request.assertion = &assertion;
     request.completion = std::move(completion);
-    request.concealing = concealer.concealment;
+    request.concealing = concealment;
     if (onActivate) onActivate(activations.size() - 1);
   }
   void invalidate(FrameworkObject& assertion) override {

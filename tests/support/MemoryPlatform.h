@@ -1,9 +1,9 @@
-// A whole platform in memory, over which the real bridge, scanner and relay run. The thread that makes it
-// is the main thread; one at a time, since the bridge knows one framework. Whoever was handed `platform`
-// goes first. The plain services record what they were told and answer what the test sets.
+// A whole platform in memory, over which the real bridge, scanner and relay run. The thread that makes it is the main
+// thread; one at a time, since the bridge knows one framework. Whoever was handed `platform` goes first.
 #pragma once
 
 #include "bridge/FrameworkEntry.h"
+#include "platform/Accessibility.h"
 #include "platform/Application.h"
 #include "platform/ApplicationIcons.h"
 #include "platform/Bundle.h"
@@ -19,34 +19,63 @@
 #include "platform/Window.h"
 #include "platform/Words.h"
 #include "platform/Workspace.h"
-#include "support/ManualExecutor.h"
 #include "support/ManualMainQueue.h"
-#include "support/MemoryAccessibility.h"
 #include "support/MemoryEventTaps.h"
 #include "support/MemoryFramework.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
 namespace orvo {
 
-// What a map holds under a key, if anything.
-template <typename Map>
-auto found(const Map& map, std::string_view key) {
+auto found(const auto& map, const auto& key) {
   const auto at = map.find(key);
   return at == map.end() ? std::nullopt : std::optional(at->second);
 }
 
-// Notifications are posted by hand on its center.
+// An attribute that was not given fails to be read; one of another kind is given as it is.
+struct MemoryElement : AccessibilityElement, std::enable_shared_from_this<MemoryElement> {
+  explicit MemoryElement(std::optional<std::int32_t> process) : pid(process) {}
+
+  std::optional<std::int32_t> pid;
+  std::map<std::string, AttributeValue, std::less<>> attributes;
+  std::optional<float> messagingTimeout;
+
+  std::shared_ptr<MemoryElement> with(const char* name, AttributeValue value) {
+    attributes[name] = std::move(value);
+    return shared_from_this();
+  }
+  std::shared_ptr<MemoryElement> withChildren(const std::vector<std::shared_ptr<MemoryElement>>& children) {
+    return with("AXChildren", std::vector<AccessibilityElementRef>(children.begin(), children.end()));
+  }
+
+  void setMessagingTimeout(float seconds) override { messagingTimeout = seconds; }
+  std::optional<std::int32_t> processIdentifier() override { return pid; }
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override { return found(attributes, name); }
+};
+
+// Bare; without a process, the request for it fails.
+inline auto element(std::optional<std::int32_t> pid) { return std::make_shared<MemoryElement>(pid); }
+
+struct MemoryAccessibility : Accessibility {
+  bool trusted = true;
+  int prompts = 0;
+  std::map<std::int32_t, AccessibilityElementRef> trees;
+  // Processes whose application element was asked for, in order.
+  std::vector<std::int32_t> asked;
+
+  bool isProcessTrusted() const override { return trusted; }
+  bool isProcessTrusted(bool prompt) override { return prompts += prompt ? 1 : 0, trusted; }
+  AccessibilityElementRef applicationElement(std::int32_t pid) override {
+    asked.push_back(pid);
+    return found(trees, pid).value_or(element(pid));
+  }
+};
+
 struct MemoryWorkspace : Workspace {
-  // In the system's order.
   std::vector<RunningApplication> running;
-  std::map<std::string, std::string, std::less<>> registered;
   std::vector<std::string> openedURLs;
   bool opensNothing = false;
-  // Other programs that hide icons.
   std::vector<std::string> others;
   NotificationCenter center;
 
@@ -56,8 +85,7 @@ struct MemoryWorkspace : Workspace {
   }
   std::vector<RunningApplication> runningApplications() const override { return running; }
   std::optional<RunningApplication> runningApplication(std::int32_t pid) const override {
-    const auto at =
-        std::find_if(running.begin(), running.end(), [=](auto& each) { return each.processIdentifier == pid; });
+    const auto at = std::ranges::find(running, pid, &RunningApplication::processIdentifier);
     return at == running.end() ? std::nullopt : std::optional(*at);
   }
   std::vector<RunningApplication> runningApplications(const std::string& bundle) const override {
@@ -65,9 +93,7 @@ struct MemoryWorkspace : Workspace {
     std::erase_if(all, [&](const auto& each) { return each.bundleIdentifier != bundle; });
     return all;
   }
-  std::optional<std::string> applicationPath(const std::string& bundle) const override {
-    return found(registered, bundle);
-  }
+  std::optional<std::string> applicationPath(const std::string&) const override { return {}; }
   void openURL(const std::string& url, std::function<void()> failed) override {
     openedURLs.push_back(url);
     if (opensNothing && failed) failed();
@@ -81,7 +107,6 @@ struct MemoryWorkspace : Workspace {
   NotificationCenter& notificationCenter() override { return center; }
 };
 
-// Counts what is held, and ends the process where more is released than was had. Refuses on demand.
 struct MemoryHotKeys : HotKeys {
   HotKeyStatus registerStatus = hotKeyNoError;
   bool available = true;
@@ -89,8 +114,6 @@ struct MemoryHotKeys : HotKeys {
   EventHandlerFunction function = nullptr;
   void* userData = nullptr;
 
-  // Presses any registered combination.
-  void press() const { function(userData); }
   HotKeyStatus installEventHandler(EventHandlerFunction newFunction, EventTypeSpec, void* newUserData,
                                    EventHandlerRef& handler) override {
     function = newFunction, userData = newUserData, handler = EventHandlerRef{1};
@@ -101,24 +124,16 @@ struct MemoryHotKeys : HotKeys {
     return registerStatus;
   }
   bool isAvailable(HotKeyRef) const override { return available; }
-  void unregisterEventHotKey(HotKeyRef) override {
-    if (--hotKeys < 0) std::abort();
-  }
+  void unregisterEventHotKey(HotKeyRef) override { --hotKeys; }
   void removeEventHandler(EventHandlerRef) override { function = nullptr; }
 };
 
-// Case-insensitive in ASCII, runs of digits by their value.
 struct AsciiText : LocalizedText {
   int standardCompare(std::string_view left, std::string_view right) const override {
-    return strverscmp(lower(left).c_str(), lower(right).c_str());
+    return strcasecmp(std::string(left).c_str(), std::string(right).c_str());
   }
   bool caseInsensitiveContains(std::string_view text, std::string_view needle) const override {
-    return !needle.empty() && lower(text).find(lower(needle)) != std::string::npos;
-  }
-  static std::string lower(std::string_view text) {
-    std::string all(text);
-    for (char& each : all) each = each >= 'A' && each <= 'Z' ? static_cast<char>(each - 'A' + 'a') : each;
-    return all;
+    return !needle.empty() && strcasestr(std::string(text).c_str(), std::string(needle).c_str()) != nullptr;
   }
 };
 
@@ -134,34 +149,25 @@ struct MemoryUserDefaults : UserDefaults {
   void setBoolean(std::string_view key, bool value) override { booleans[std::string(key)] = value; }
 };
 
-struct MemoryBundle : Bundle {
+// The installed copy, its process and where it lies. One symbolic link: "/link" leads to the Applications folder.
+struct MemoryBundle : Bundle, ProcessInfo, FileSystem {
   std::optional<std::string> bundleIdentifier = "local.orvo.Orvo";
   std::map<std::string, InfoValue, std::less<>> info{{"CFBundleShortVersionString", std::string("0.2.0")}};
   std::string bundlePath = "/Applications/Orvo.app";
+  std::string systemVersion = "Version 27.0 (Build 26A100)";
 
   std::optional<std::string> identifier() const override { return bundleIdentifier; }
   std::optional<InfoValue> infoValue(std::string_view key) const override { return found(info, key); }
   std::string path() const override { return bundlePath; }
-};
-
-struct MemoryProcessInfo : ProcessInfo {
-  std::vector<std::string> argumentList{"/Applications/Orvo.app/bin/orvo"};
-
-  std::vector<std::string> arguments() const override { return argumentList; }
+  std::vector<std::string> arguments() const override { return {}; }
   std::int32_t processIdentifier() const override { return 1000; }
-  std::string version = "Version 27.0 (Build 26A100)";
-
-  std::string operatingSystemVersionString() const override { return version; }
-};
-
-// One symbolic link: "/link" leads to the Applications folder.
-struct MemoryFileSystem : FileSystem {
+  std::string operatingSystemVersionString() const override { return systemVersion; }
   std::string homeDirectoryForCurrentUser() const override { return "/home/user"; }
-  std::string resolvingSymbolicLinks(const std::string& path) const override {
-    return path.starts_with("/link/") ? "/Applications" + path.substr(5) : path;
+  std::string resolvingSymbolicLinks(const std::string& at) const override {
+    return at.starts_with("/link/") ? "/Applications" + at.substr(5) : at;
   }
-  std::string standardizing(const std::string& path) const override {
-    return std::filesystem::path(path).lexically_normal().string();
+  std::string standardizing(const std::string& at) const override {
+    return std::filesystem::path(at).lexically_normal().string();
   }
 };
 
@@ -185,45 +191,36 @@ struct MemoryLoginItem : LoginItem {
 // Without an event loop: `run` sends the launch message and returns.
 struct MemoryApplication : Application {
   ApplicationDelegate* delegate = nullptr;
-  std::optional<ActivationPolicy> policy;
-  std::optional<Menu> mainMenu;
   std::optional<EventType> currentEvent;
-  int runs = 0;
   int terminations = 0;
-  int activations = 0;
   NotificationCenter center;
 
   void setDelegate(ApplicationDelegate* newDelegate) override { delegate = newDelegate; }
-  void run() override { ++runs, delegate->applicationDidFinishLaunching(); }
+  void run() override { delegate->applicationDidFinishLaunching(); }
   void terminate() override {
     if (++terminations == 1) delegate->applicationWillTerminate();
   }
-  void setActivationPolicy(ActivationPolicy newPolicy) override { policy = newPolicy; }
-  void setMainMenu(const Menu& menu) override { mainMenu = menu; }
-  void activateIgnoringOtherApps() override { ++activations; }
+  void setActivationPolicy(ActivationPolicy) override {}
+  void setMainMenu(const Menu&) override {}
+  void activateIgnoringOtherApps() override {}
   std::optional<EventType> currentEventType() const override { return currentEvent; }
   NotificationCenter& notificationCenter() override { return center; }
 };
 
-// Pops no menu up, but keeps it until the test clears it.
+// The bar, its items and their button in one. Pops no menu up, but keeps it until the test clears it.
 struct MemoryStatusBar : StatusBar, StatusItemButton {
-  bool grantsItems = true;
-  bool grantsButtons = true;
-  // Has as many owners as there are items, and one more.
-  std::shared_ptr<void> items = std::make_shared<int>();
+  bool grantsItems = true, grantsButtons = true;
   std::string image, toolTip;
   std::function<void()> action;
   std::optional<Menu> menu;
-  Point menuPoint;
 
   struct Item : StatusItem {
-    explicit Item(MemoryStatusBar& in) : bar(in), alive(in.items) {}
+    explicit Item(MemoryStatusBar& in) : bar(in) {}
     void setAutosaveName(const std::string&) override {}
     void setBehavior(std::uint32_t) override {}
     void setVisible(bool) override {}
     StatusItemButton* button() override { return bar.grantsButtons ? &bar : nullptr; }
     MemoryStatusBar& bar;
-    std::shared_ptr<void> alive;
   };
   std::unique_ptr<StatusItem> statusItem(double) override {
     return grantsItems ? std::make_unique<Item>(*this) : nullptr;
@@ -233,25 +230,22 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
   void setAccessibilityIdentifier(const std::string&) override {}
   void setImage(const std::string& symbolName, const std::string&) override { image = symbolName; }
   void setToolTip(const std::string& text) override { toolTip = text; }
-  Rect bounds() const override { return {0, 3, 24, 22}; }
-  void popUpMenu(const Menu& newMenu, Point point) override { menu = newMenu, menuPoint = point; }
+  Rect bounds() const override { return {}; }
+  void popUpMenu(const Menu& newMenu, Point) override { menu = newMenu; }
 };
 
 struct MemoryWindows : Windows {
   bool grantsWindows = true;
-  // Makes windows in place of the recorder, where it is set.
   std::function<std::unique_ptr<Window>(const WindowDescription&, WindowContent&)> maker;
   // Of the newest window; null before there is one.
   WindowContent* content = nullptr;
-  int made = 0;
-  int centered = 0;
   int shown = 0;
   // Has as many owners as there are windows, and one more.
   std::shared_ptr<void> open = std::make_shared<int>();
 
   struct Recorder : Window {
-    explicit Recorder(MemoryWindows& all) : windows(all), alive(all.open) { ++windows.made; }
-    void center() override { ++windows.centered; }
+    explicit Recorder(MemoryWindows& all) : windows(all), alive(all.open) {}
+    void center() override {}
     void makeKeyAndOrderFront() override { ++windows.shown; }
     MemoryWindows& windows;
     std::shared_ptr<void> alive;
@@ -287,13 +281,9 @@ struct NamedApp {
   std::string name;
 };
 
-class MemoryPlatform {
- public:
-  // Where the clock of `showItems` stands.
+struct MemoryPlatform {
   static constexpr Rect clockFrame{1800, 0, 60, 24};
-
   static constexpr std::int32_t hostPid = 10;
-  std::int32_t freePid = 2000;
 
   MemoryPlatform() {
     setConcealmentFramework(&framework);
@@ -306,7 +296,8 @@ class MemoryPlatform {
   // From now on the menu bar shows a clock and the items of these applications, which are launched, from process
   // 2000 on, if they do not run yet. Posts no notification.
   void showItems(const std::vector<NamedApp>& apps) {
-    std::vector children{element(hostPid)->withIdentifier("com.apple.menuextra.clock")->withFrame(clockFrame)};
+    const auto clock = element(hostPid)->with("AXIdentifier", "com.apple.menuextra.clock");
+    std::vector children{clock->with("AXFrame", clockFrame)};
     for (const NamedApp& app : apps) {
       if (workspace.runningApplications(app.bundleID).empty()) workspace.launch(app.bundleID, freePid++);
       const auto running = std::ranges::find(workspace.running, app.bundleID, &RunningApplication::bundleIdentifier);
@@ -317,16 +308,14 @@ class MemoryPlatform {
   }
   // Runs scans and posted tasks until none is left; the clock stands still.
   void settle() {
-    while (scanExecutor.runOne() || mainQueue.runOne()) {
-    }
+    while (scanExecutor.runOne() || mainQueue.runOne()) continue;
   }
 
+  std::int32_t freePid = 2000;
   ManualMainQueue mainQueue;
   ManualExecutor scanExecutor;
   MemoryUserDefaults userDefaults;
   MemoryBundle bundle;
-  MemoryProcessInfo processInfo;
-  MemoryFileSystem fileSystem;
   MemoryWorkspace workspace;
   MemoryAccessibility accessibility;
   MemoryEventTaps eventTaps;
@@ -341,7 +330,7 @@ class MemoryPlatform {
   MemoryFramework framework;
   Words words = macWords;
 
-  const Platform platform{mainQueue,   scanExecutor,  userDefaults, bundle,     processInfo,      fileSystem,
+  const Platform platform{mainQueue,   scanExecutor,  userDefaults, bundle,     bundle,           bundle,
                           workspace,   accessibility, eventTaps,    hotKeys,    loginItem,        localizedText,
                           application, statusBar,     windows,      pasteboard, applicationIcons, words};
 };

@@ -3,110 +3,69 @@
 #include <algorithm>
 #include <map>
 #include <random>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace orvo {
 namespace {
 
-const std::vector<std::string> bundles{"one", "two", "three", ""};
-
-// Plays random operations and keeps the books as simply as possible: what a panel that hears every
-// announcement shows has to be what the requests in force allow, and no announcement may be idle.
-class Books {
- public:
-  explicit Books(unsigned seed) : random_(seed) { bar_.protect("three"); }
-
-  void step() {
-    const std::string item = ":1." + std::to_string(pick(8));
+// Random operations, with the books kept as simply as possible: what a panel that hears every announcement shows has
+// to be what the requests in force allow, and no announcement may be idle.
+void playRandomly(unsigned seed) {
+  const std::vector<std::string> bundles{"one", "two", "three", ""};
+  std::mt19937 random(seed);
+  const auto pick = [&](std::size_t count) { return random() % count; };
+  MenuBar bar;
+  bar.protect("three");
+  std::set<std::string> panel;
+  std::map<std::uint32_t, std::pair<std::string, std::set<std::string>>> requests;
+  const auto hear = [&](const MenuBarChange& change) {
+    for (const std::string& address : change.left) panel.erase(address);
+    for (const std::string& address : change.hidden) EXPECT_EQ(panel.erase(address), 1U) << address;
+    for (const std::string& address : change.shown) EXPECT_TRUE(panel.insert(address).second) << address;
+  };
+  for (int count = 0; count < 200; ++count) {
+    const std::string owner = ":1." + std::to_string(pick(8));
     const std::string requester = ":2." + std::to_string(pick(3));
-    const unsigned choice = pick(5);
-    if (choice == 0) arrive(item);
-    if (choice == 1) request(requester);
-    if (choice == 2) withdraw(requester);
-    if (choice > 2) lose(choice == 3 ? item : requester);
+    const auto choice = pick(5);
+    if (choice == 0) {
+      const bool known = bar.isNamed(owner);
+      const auto change = bar.add({owner, "/i", 1, {owner}, bundles[owner.back() % bundles.size()]});
+      EXPECT_TRUE(change.has_value() != known && bar.find(owner + "/i") != nullptr);
+      if (change) hear(*change);
+    } else if (choice == 1) {
+      std::set<std::string> allowed(bundles.begin(), bundles.end());
+      std::erase_if(allowed, [&](const auto&) { return pick(2) == 0; });
+      const auto [assertion, change] = bar.activate(requester, requester.back(), allowed);
+      EXPECT_TRUE(requests.emplace(assertion, std::pair(requester, allowed)).second);
+      hear(change);
+    } else if (choice == 2 && !requests.empty()) {
+      const auto request = std::next(requests.begin(), static_cast<std::ptrdiff_t>(pick(requests.size())));
+      const auto change = bar.invalidate(request->first, requester);
+      EXPECT_EQ(change.has_value(), request->second.first == requester);
+      if (change) requests.erase(request), hear(*change);
+    } else if (choice > 2) {
+      const std::string& lost = choice == 3 ? owner : requester;
+      std::erase_if(requests, [&](const auto& each) { return each.second.first == lost; });
+      const std::size_t kept = bar.items().size() - (bar.isNamed(lost) ? 1 : 0);
+      hear(bar.nameLost(lost));
+      EXPECT_TRUE(bar.items().size() == kept && !bar.isNamed(lost));
+    }
+    std::set<std::string> expected;
+    for (const TrayItem& item : bar.items()) {
+      // Nobody hides what nobody can tell, or what is protected.
+      const auto allows = [&](const auto& each) { return each.second.second.contains(item.bundle); };
+      if (item.bundle.empty() || item.bundle == "three" || std::ranges::all_of(requests, allows))
+        expected.insert(item.address());
+    }
+    EXPECT_EQ(panel, expected);
+    EXPECT_EQ(bar.shownItems().size(), expected.size());
+    EXPECT_EQ(bar.isConcealing(), !requests.empty());
   }
-
-  void check() const {
-    std::vector<std::string> expected;
-    for (const auto& [address, bundle] : items_)
-      if (allowed(bundle)) expected.push_back(address);
-    std::vector<std::string> shown;
-    for (const TrayItem& item : bar_.shownItems()) shown.push_back(item.address());
-    EXPECT_EQ(shown, expected);
-    EXPECT_EQ(panel_, std::set<std::string>(expected.begin(), expected.end()));
-    EXPECT_EQ(bar_.isConcealing(), !requests_.empty());
-  }
-
- private:
-  unsigned pick(std::size_t count) { return static_cast<unsigned>(random_() % count); }
-
-  // Nobody hides what nobody can tell, or what is protected.
-  bool allowed(const std::string& bundle) const {
-    return bundle.empty() || bundle == "three" ||
-           std::all_of(requests_.begin(), requests_.end(),
-                       [&](const auto& each) { return each.second.second.contains(bundle); });
-  }
-
-  void hear(const MenuBarChange& change) {
-    for (const std::string& address : change.left) panel_.erase(address);
-    for (const std::string& address : change.hidden) EXPECT_EQ(panel_.erase(address), 1U) << address;
-    for (const std::string& address : change.shown) EXPECT_TRUE(panel_.insert(address).second) << address;
-  }
-
-  void arrive(const std::string& owner) {
-    const std::string& bundle = bundles[owner.back() % bundles.size()];
-    const bool known =
-        std::any_of(items_.begin(), items_.end(), [&](const auto& item) { return item.first == owner + "/i"; });
-    EXPECT_TRUE(bar_.isNamed(owner) == known && (bar_.find(owner + "/i") != nullptr) == known);
-    if (!known) items_.emplace_back(owner + "/i", bundle);
-    const auto change = bar_.add({owner, "/i", 1, {owner}, bundle});
-    EXPECT_EQ(change.has_value(), !known);
-    if (change) hear(*change);
-  }
-
-  void lose(const std::string& name) {
-    std::erase_if(items_, [&](const auto& each) { return each.first == name + "/i"; });
-    std::erase_if(requests_, [&](const auto& request) { return request.second.first == name; });
-    hear(bar_.nameLost(name));
-  }
-
-  void request(const std::string& requester) {
-    std::set<std::string> all;
-    for (const std::string& bundle : bundles)
-      if (pick(2) == 0) all.insert(bundle);
-    const auto [assertion, change] = bar_.activate(requester, requester.back(), all);
-    EXPECT_TRUE(requests_.emplace(assertion, std::pair(requester, all)).second);
-    hear(change);
-  }
-
-  void withdraw(const std::string& requester) {
-    if (requests_.empty()) return;
-    const auto request = std::next(requests_.begin(), pick(requests_.size()));
-    const auto change = bar_.invalidate(request->first, requester);
-    EXPECT_EQ(change.has_value(), request->second.first == requester);
-    if (!change) return;
-    requests_.erase(request);
-    hear(*change);
-  }
-
-  std::mt19937 random_;
-  MenuBar bar_;
-  std::set<std::string> panel_;
-  std::vector<std::pair<std::string, std::string>> items_;
-  std::map<std::uint32_t, std::pair<std::string, std::set<std::string>>> requests_;
-};
+}
 
 TEST(MenuBar, AnnouncesExactlyTheDifferenceWhateverHappens) {
-  for (unsigned seed = 1; seed <= 50 && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
-    Books books(seed);
-    for (int count = 0; count < 200; ++count) books.step(), books.check();
-  }
+  for (unsigned seed = 1; seed <= 50 && !HasFailure(); ++seed) playRandomly(seed);
 }
 
 TEST(MenuBar, HasRoomForSoManyItemsOfAProcessAndRequestsOfARequester) {

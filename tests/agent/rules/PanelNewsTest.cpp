@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <random>
-#include <set>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +10,10 @@ namespace {
 
 // A panel that lists items in the order in which it finished its views of them.
 struct Panel {
+  Panel() {
+    for (const char* address : {"a", "b", "c", "d"}) news.add(address);
+    for (const char* address : {"a", "b", "c"}) news.identify(address, "same");
+  }
   void hear() {
     for (const auto& [address, isShown] : news.due()) {
       EXPECT_FALSE(busy.contains(address)) << "news of what the panel is busy with";
@@ -37,17 +38,14 @@ TEST(PanelNewsTest, LeavesThePanelWithWhatIsWantedAndEqualsInTheirOrderWhateverH
     std::mt19937 random(seed);
     Panel panel;
     std::set<std::string> wanted;
-    for (const char* address : {"a", "b", "c", "d"}) {
-      panel.news.add(address);
-      panel.news.identify(address, *address == 'd' ? "" : "same");
-    }
     for (int count = 0; count < 60; ++count) {
       const std::string address(1, static_cast<char>('a' + random() % 4));
       const auto choice = random() % 8;
       if (choice < 2) panel.finish(address);
       if (choice == 2 || choice == 3) panel.news.viewDelayed(address);
       if (choice > 3) panel.news.want(address, choice > 5);
-      if (choice > 3) choice > 5 ? void(wanted.insert(address)) : void(wanted.erase(address));
+      if (choice > 3) wanted.erase(address);
+      if (choice > 5) wanted.insert(address);
       panel.hear();
     }
     while (!panel.busy.empty()) panel.finish(std::string(*panel.busy.rbegin()));
@@ -62,11 +60,7 @@ TEST(PanelNewsTest, LeavesThePanelWithWhatIsWantedAndEqualsInTheirOrderWhateverH
 
 TEST(PanelNewsTest, NobodyWaitsForABusyProgramBehindWhichItsEqualsFollowOnceItIsDone) {
   Panel panel;
-  for (const char* address : {"a", "b"}) {
-    panel.news.add(address);
-    panel.news.identify(address, "same");
-    panel.news.want(address, true);
-  }
+  for (const char* address : {"a", "b"}) panel.news.want(address, true);
   panel.hear();
   EXPECT_EQ(panel.busy, std::set<std::string>{"a"});
   panel.news.viewDelayed("a");
