@@ -108,7 +108,8 @@ class Package(unittest.TestCase):
         agent = f"{BUNDLE}/bin/orvo-agent"
         here, usual = self.log_in_to("othersession")
         self.assertFalse(here)
-        self.assertEqual(self.log_in_to("startxfce4")[0], True)
+        for _ in range(2):  # The second meets the first one's agent, where that outlives its session.
+            self.assertEqual(self.log_in_to("startxfce4")[0], True)
         os.rename(agent, agent + ".kept")
         for command in ("exec sleep 60", "exit 1"):
             with self.subTest(command):

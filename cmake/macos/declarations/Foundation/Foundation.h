@@ -122,11 +122,15 @@ enum { NSUTF8StringEncoding = 4 };
 - (id)objectForInfoDictionaryKey:(NSString*)key;
 @end
 
+// A set of bits.
+typedef NS_ENUM(uint64_t, NSActivityOptions) { NSActivityUserInitiatedAllowingIdleSystemSleep = 0x00EFFFFF };
+
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
 @property(readonly, copy) NSArray* arguments;
 @property(readonly, copy) NSString* operatingSystemVersionString;
 @property(readonly) int processIdentifier;
+- (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
 @end
 
 @interface NSFileManager : NSObject

@@ -33,8 +33,11 @@ NSArray* listIn(NSDictionary* change, NSString* key) {
   return [list isKindOfClass:[NSArray class]] ? list : nil;
 }
 
+// One that may have an icon: the system's own agents, services and helpers inside other programs come and go without.
 bool isAccessory(NSRunningApplication* application) {
-  return [application activationPolicy] == NSApplicationActivationPolicyAccessory;
+  if ([application activationPolicy] != NSApplicationActivationPolicyAccessory) return false;
+  const std::string path = textOf([[application bundleURL] path]).value_or("");
+  return path.ends_with(".app") && !path.starts_with("/System/") && path.find("/Frameworks/") == std::string::npos;
 }
 
 bool isMenuBarHost(NSRunningApplication* application) {

@@ -261,7 +261,8 @@ TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
   using enum Notification;
   NSRunningApplication* const host = standIn({"com.apple.MenuBarAgent", 10, {}, {}}, 2);
   NSRunningApplication* const regular = standIn({{}, 11, {}, {}}, 0);
-  NSRunningApplication* const accessory = standIn({{}, 12, {}, {}}, 1);
+  NSRunningApplication* const accessory = standIn({{}, 12, {}, "/Applications/A.app"}, 1);
+  NSRunningApplication* const helper = standIn({{}, 13, {}, "/Applications/A.app/Contents/Frameworks/H.app"}, 1);
   std::vector<Notification> received;
   auto observing = std::make_unique<CocoaWorkspace>();
   for (const auto ours : {applicationLaunched, applicationTerminated, willSleep, didWake, menuBarHostTerminated})
@@ -277,7 +278,7 @@ TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
     [observer observeValueForKeyPath:@"" ofObject:nil change:change context:nullptr];
     return std::exchange(received, {});
   };
-  EXPECT_THAT(changed(@[], @[ host, accessory ]), ElementsAre(applicationLaunched));
+  EXPECT_THAT(changed(@[], @[ host, accessory, helper ]), ElementsAre(applicationLaunched));
   EXPECT_THAT(told(@"Launch", accessory), IsEmpty());
   EXPECT_THAT(changed(@[ host, accessory ], @[ host, accessory, regular ]), IsEmpty());
   EXPECT_THAT(told(@"Launch", regular), ElementsAre(applicationLaunched));
