@@ -12,15 +12,28 @@ from desktop import PROGRAMS
 from waiting import settled, stays, wait
 
 FLAMESHOT = "org.flameshot.Flameshot"
-# Of GTK 3, and of Qt 5, which takes to this kind without a bus.
-LEGACY = ["volumeicon", "qlipper"]
-PROGRAMS.update({name: [name] for name in ("volumeicon", "cbatticon")},
-                qlipper=["env", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere", "qlipper"])
+# Of GTK 2, GTK 3, Tk, and Qt 5, which takes to this kind without a bus.
+LEGACY = ["parcellite", "volumeicon", "square.tcl", "qlipper"]
+PROGRAMS.update({name: [name] for name in ("parcellite", "volumeicon", "cbatticon")}, **{
+    "square.tcl": ["wish", "square.tcl"],
+    "qlipper": ["env", "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere", "qlipper"]})
+SQUARE = """package require tktray
+wm withdraw .
+image create photo square -width 22 -height 22
+square put red -to 0 0 22 22
+tktray::icon .icon -image square
+"""
 
 
 class Hiding(HidingCase):
     programs = [COPYQ, PASYSTRAY, QMIDINET, *LEGACY, "cbatticon"]
     marked = [COPYQ, PASYSTRAY, *LEGACY]
+
+    @classmethod
+    def prepare(cls):
+        with open(f"{cls.desktop.home}/square.tcl", "w", encoding="ascii") as file:
+            file.write(SQUARE)
+        super().prepare()
 
     def test_a_click_hides_the_marked_icons_alone_and_another_brings_them_back_in_order(self):
         for _ in range(20):
