@@ -47,9 +47,9 @@ struct CocoaApplication::Held {
 
   NotificationObserver screens;
   // The system would hold up the timers of a program without windows, and with them a click that is held.
-  Retained<id> awake = Retained<id>::retaining(
-      [[NSProcessInfo processInfo] beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
-                                                     reason:@"Guards the menu bar"]);
+  Retained<id> awake = Retained<id>::retaining([[NSProcessInfo processInfo]
+      beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                        reason:@"Guards the menu bar"]);
   Retained<OrvoApplicationDelegate*> delegate;  // the application does not keep it
 };
 

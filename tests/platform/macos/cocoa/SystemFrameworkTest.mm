@@ -6,6 +6,7 @@
 #include "platform/macos/foundation/SystemFramework.h"
 
 #include <Block.h>
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -16,8 +17,8 @@ using Handler = void (^)(NSError*);
 constexpr int blockIsOnTheHeap = 1 << 24;  // of the flags behind a block's class
 
 struct Script {
-  std::string fault{};   // "configuration", "assertion", "activation", "late", "invalidation" or "none"
-  std::string reason{};  // of what is raised; an empty one stands for nil instead of an exception
+  std::string fault{};           // "configuration", "assertion", "activation", "late", "invalidation" or "none"
+  const char* reason = nullptr;  // of what is raised; an empty one stands for nil instead of an exception
   std::vector<std::string> calls{};
   std::vector<std::string> answers{};
   int requests = 0;        // that may still be answered
@@ -25,23 +26,39 @@ struct Script {
   int assertions = 0;
 } script;
 Handler handler = nil;
+std::int64_t code = 0;
 
 void keep(Handler given) {
   Block_release(handler);
   handler = Block_copy(given);
 }
 
-void answer(NSError* error) { handler(error); }
+}  // namespace
+
+// clang-format off
+// GNUstep keeps 32 bits of a code, and makes a reason up where there is none.
+@interface WideError : NSError @end @implementation WideError - (NSInteger)code { return code; } @end
+@interface FakeException : NSException @end @implementation FakeException
+- (NSString*)reason { return script.reason ? orvo::nsText(script.reason) : nil; } @end
+
+namespace {
+
+void answer(const std::string& domain, std::int64_t with, const std::string& told) {
+  code = with;
+  @autoreleasepool {
+    NSDictionary* const information = @{NSLocalizedDescriptionKey : orvo::nsText(told)};
+    handler(with == 0 ? nil : [WideError errorWithDomain:orvo::nsText(domain) code:1 userInfo:information]);
+  }
+}
 
 id unless(const char* fault, id made) {
   if (script.fault != fault) return made;
-  if (script.reason.empty()) return [made release], nil;
-  @throw [NSException exceptionWithName:@"Fake" reason:orvo::nsText(script.reason) userInfo:nil];
+  if (script.reason != nullptr && *script.reason == 0) return [made release], nil;
+  @throw [FakeException exceptionWithName:@"Fake" reason:@"" userInfo:nil];
 }
 
 }  // namespace
 
-// clang-format off
 @interface MBAssessmentModeConfiguration : NSObject @end @implementation MBAssessmentModeConfiguration
 + (id)alloc { ++script.configurations; return [super alloc]; }
 - (void)dealloc { --script.configurations; [super dealloc]; }
@@ -60,7 +77,7 @@ id unless(const char* fault, id made) {
   EXPECT_TRUE((reinterpret_cast<int*>(completion)[2] & blockIsOnTheHeap) != 0);
   unless("activation", self);
   keep(completion);
-  if (script.fault == "late" || script.fault == "none") answer(nil);
+  if (script.fault == "late" || script.fault == "none") answer("", 0, "");
   unless("late", self);
 }
 - (void)invalidate { script.calls.emplace_back("invalidate"); unless("invalidation", self); }
@@ -102,41 +119,54 @@ TEST_F(SystemFrameworkTest, ARequestHoldsItsAssertionUntilItIsReleasedAndHearsOn
   QLAssertionRef assertion = create({"org.example.One", "org.example.Zwei-ü"});
   EXPECT_EQ(script.assertions, 1);
   EXPECT_TRUE(script.answers.empty());
-  NSDictionary* const information = @{NSLocalizedDescriptionKey : @"näher"};
-  NSError* const error = [NSError errorWithDomain:@"Domain" code:-7 userInfo:information];
-  std::thread([&] { answer(error); }).join();
-  answer(nil);
+  const std::string domain(3000, 'd');
+  std::thread([&] { answer(domain, -0x7000000000000001, "näher"); }).join();
+  answer("", 0, "");
   QLReleaseMenuBarAssertion(assertion);
   EXPECT_THAT(script.calls, ElementsAre("0 1 2 3 4 5 6 7 8", "org.example.One org.example.Zwei-ü", "invalidate"));
   EXPECT_EQ(script.assertions + script.configurations, 0);
-  answer(nil);
-  EXPECT_THAT(script.answers, ElementsAre("Domain -7 näher"));
+  answer("", 0, "");
+  EXPECT_THAT(script.answers, ElementsAre(domain + " -8070450532247928833 näher"));
 }
 
 // An object whose initialiser raised may be gone or not; the adapter leaves it alone.
 TEST_F(SystemFrameworkTest, NothingThatTheFrameworkRaisesOrWithholdsGetsFurtherThanTheBridge) {
-  const std::vector<std::tuple<std::string, std::string, std::vector<std::string>, int, int>> cases{
+  const std::string fallback = "Orvo.MenuBar 1 Menu bar activation failed.";
+  const std::vector<std::tuple<std::string, const char*, std::vector<std::string>, int, int>> cases{
       {"configuration", "", {}, 0, 0},
       {"configuration", "full", {"Orvo.MenuBar 1 full"}, 1, 0},
+      {"configuration", nullptr, {fallback}, 1, 0},
       {"assertion", "", {}, 0, 0},
       {"assertion", "busy", {"Orvo.MenuBar 1 busy"}, 0, 1},
       {"activation", "no", {"Orvo.MenuBar 1 no"}, 0, 0},
+      {"activation", nullptr, {fallback}, 0, 0},
       {"late", "no", {""}, 0, 0},
       {"none", "", {""}, 0, 0},
-      {"invalidation", "stuck", {}, 0, 0}};
+      {"invalidation", "stuck", {}, 0, 0},
+      {"invalidation", nullptr, {}, 0, 0}};
   for (const auto& [fault, reason, answers, configurations, assertions] : cases) {
     script = {.fault = fault, .reason = reason};
     ::testing::internal::CaptureStderr();
     QLAssertionRef made = create();
     EXPECT_EQ(made != nullptr, fault == "none" || fault == "invalidation");
     QLReleaseMenuBarAssertion(made);
-    const std::string logged = ::testing::internal::GetCapturedStderr();
-    EXPECT_EQ(logged.find("assertion: " + reason) != std::string::npos, fault == "invalidation") << logged;
+    const std::string logged = "could not release menu bar assertion: " + std::string(reason ? reason : "(null)");
+    const bool isLogged = ::testing::internal::GetCapturedStderr().find(logged) != std::string::npos;
+    EXPECT_EQ(isLogged, fault == "invalidation") << fault;
     keep(nil);
     EXPECT_EQ(script.answers, answers) << fault;
     const int open = script.assertions + script.requests;
     EXPECT_EQ(std::pair(script.configurations, open), std::pair(configurations, assertions)) << fault;
   }
+}
+
+TEST_F(SystemFrameworkTest, NoFileOrClassOrMessageIsNoFault) {
+  EXPECT_FALSE(framework_.load("/System/Library/None"));
+  EXPECT_NE(dlopen("libthread_db.so.1", RTLD_LAZY | RTLD_NOLOAD), nullptr);
+  EXPECT_EQ(framework_.classNamed("MBNoSuchClass"), nullptr);
+  const auto* const type = framework_.classNamed("MBAssessmentModeAssertion");
+  EXPECT_FALSE(framework_.instancesRespondTo(type, "noSuchMessage:"));
+  EXPECT_FALSE(framework_.respondsTo(*framework_.makeAssertion(type), "noSuchMessage:"));
 }
 
 }  // namespace
