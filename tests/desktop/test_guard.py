@@ -126,13 +126,13 @@ class GuardCase(DesktopCase):
     def close_pop_ups(self):
         self.desktop.dismiss(lambda: center(self.at("clock")))
 
-    def expect_guarded(self, name, button=1, held=0.05, leave=None):
+    def expect_guarded(self, name, button=1, held=0.05, leave=None, place=None):
         """A click on this control while icons are hidden brings them back, then opens the control, once, and no other
         thing; the pointer stays where the person put it."""
         desktop, person = self.desktop, self.desktop.person
         if not desktop.is_hidden():
             self.hide()
-        place = center(self.at(name))
+        place = place or center(self.at(name))
         wait(lambda: self.is_covered(place), 3, f"{name} being guarded")
         layout, clicks, since = person.keyboard_layout(), len(self.clicked), len(desktop.signals)
         person.move(*place)
@@ -161,6 +161,17 @@ class GuardCase(DesktopCase):
         self.close_pop_ups()
         desktop.away()
 
+    def border(self, name):
+        """A strip of the control that nothing written on it reaches: lit when the pointer is over it, or was."""
+        x, y, _, height = self.at(name)
+        return Picture(self.desktop.root, x + 1, y + height // 4, 2, height // 2).data
+
+    def expect_guarded_and_unlit(self, name, *click):
+        self.desktop.away()
+        unlit = settled(lambda: self.border(name), 0.3)
+        self.expect_guarded(name, *click)
+        wait(lambda: self.border(name) == unlit, 3, f"{name} being no longer lit")
+
 
 class UsualPanel(GuardCase):
     @classmethod
@@ -171,17 +182,10 @@ class UsualPanel(GuardCase):
     def neighbour(self):
         return self.desktop.frame_of(self.desktop.window_titled("neighbour"))
 
-    def border(self):
-        """A strip of the clock that nothing written on it reaches: lit when the pointer is over it, or was."""
-        x, y, _, height = self.at("clock")
-        return Picture(self.desktop.root, x + 1, y + height // 4, 2, height // 2).data
-
     def test_a_click_on_the_clock_brings_the_icons_back_and_then_opens_it_once_wherever_the_pointer_goes(self):
-        unlit = settled(self.border, 0.3)
         for button, held, leaves in ((1, 0.0, True), (1, 1.0, True), (1, 1.0, False), (3, 0.05, True)):
             with self.subTest(button=button, held=held, leaves=leaves):
-                self.expect_guarded("clock", button, held, center(self.neighbour()) if leaves else None)
-                wait(lambda: self.border() == unlit, 3, "the clock being no longer lit")
+                self.expect_guarded_and_unlit("clock", button, held, center(self.neighbour()) if leaves else None)
 
     def test_clicks_elsewhere_go_through_at_once_and_reveal_nothing(self):
         self.hide()
@@ -209,7 +213,36 @@ class Layout(GuardCase):
         for name in ("clock", "xkb"):
             for button, held in ((1, 0.0), (1, 0.4), (3, 0.05)):
                 with self.subTest(control=name, button=button, held=held):
-                    self.expect_guarded(name, button, held)
+                    self.expect_guarded_and_unlit(name, button, held)
+
+    def lights_up(self, name, unlit):
+        """Goes to the control, which a panel that hides may take out of sight in between."""
+        x, y = center(self.at(name))
+        self.desktop.person.move(x, y - 2)
+        self.desktop.person.move(x, y)
+        return self.border(name) != unlit
+
+    def test_a_pointer_that_only_passes_is_not_held_and_leaves_nothing_lit(self):
+        for name, other in (("clock", "xkb"), ("xkb", "clock")):
+            self.desktop.away()
+            unlit = settled(lambda: self.border(name), 0.3)
+            if not self.desktop.is_hidden():
+                self.hide()
+            for out in ((self.desktop.size[0] // 2, self.desktop.size[1] // 2), None):
+                with self.subTest(control=name, out=out):
+                    wait(lambda: self.lights_up(name, unlit), 8, "the control being lit")
+                    self.desktop.person.move(*(out or center(self.controls()[other])))
+                    wait(lambda: self.border(name) == unlit, 2, "the control being no longer lit")
+
+    def test_icons_keep_their_order(self):
+        def picture():
+            return Picture(self.desktop.root, *self.at("systray")).data
+        before = settled(picture, 0.5)
+        for turn in range(10):
+            with self.subTest(turn=turn):
+                self.hide()
+                self.setUp()
+                wait(lambda: picture() == before, 5, "the same picture")
 
 
 class Changes(GuardCase):
@@ -237,9 +270,24 @@ class Changes(GuardCase):
                 self.change(setting, before)
 
 
+class Addition(GuardCase):
+    """A panel with room for one more."""
+
+    options = {"panels": [({}, ("systray", "xkb", "clock", GAP))]}
+
+    def test_an_added_control_is_guarded(self):
+        self.hide()
+        box = self.desktop.accessibility("xfce4-panel").children()[0].children()[0]
+        count = len(box.children())
+        self.desktop.run(["xfce4-panel", "--add=clock"])
+        added = wait(lambda: box.children()[count:], 10, "another control")[0]
+        self.expect_guarded("another clock", place=settled(added.center, 0.7))
+
+
 def load_tests(loader, _tests, _pattern):
-    cases = [UsualPanel, Changes] + [type(f"Layout: {name}", (Layout,), {"options": {"panels": panels, "scale": scale}})
-                                     for name, (panels, scale) in LAYOUTS.items()]
+    cases = [UsualPanel, Changes, Addition]
+    cases += [type(f"Layout: {name}", (Layout,), {"options": {"panels": panels, "scale": scale}})
+              for name, (panels, scale) in LAYOUTS.items()]
     return unittest.TestSuite(map(loader.loadTestsFromTestCase, cases))
 
 
