@@ -1,10 +1,13 @@
 #include "agent/ApplicationLookup.h"
 
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -17,6 +20,13 @@ namespace {
 
 // Processes about which questions are open; far more than have icons.
 constexpr std::size_t most = 1000;
+
+// A thread that the kernel holds up must not keep the agent's connections open beyond the agent's end.
+void keepOnly(int descriptor) {
+  if (unshare(CLONE_FILES) != 0) return;
+  close_range(STDERR_FILENO + 1, static_cast<unsigned>(descriptor) - 1, 0);
+  close_range(static_cast<unsigned>(descriptor) + 1, std::numeric_limits<unsigned>::max(), 0);
+}
 
 }  // namespace
 
@@ -38,6 +48,7 @@ ApplicationLookup::ApplicationLookup(sd_event* loop)
 void ApplicationLookup::find(std::int32_t process, Found found) {
   const auto open = std::ranges::find_if(
       questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
+  if (open != questions_.end() && isLate(*open)) return found({});  // onLate() tells
   if (open != questions_.end()) {
     open->found.push_back(std::move(found));
   } else if (questions_.size() < most) {
@@ -50,12 +61,20 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
 
 // One thread looks at a time. One that is late is left to itself, and the next question has another.
 void ApplicationLookup::proceed() {
+  const auto now = Clock::now();
+  const auto isOver = [now](const Question& each) { return each.deadline <= now; };
   const auto next = std::ranges::find_if_not(questions_, &isBegun);
   const auto begun = static_cast<std::size_t>(next - questions_.begin());
-  if (next != questions_.end() && begun < mostThreads && std::all_of(questions_.begin(), next, &isLate)) begin(*next);
-  const auto due = std::ranges::find_if_not(questions_, &isLate);
-  if (due == questions_.end()) return late_.stop();
-  late_.start(std::chrono::ceil<std::chrono::milliseconds>(due->deadline - Clock::now()));
+  if (next != questions_.end() && begun < mostThreads && std::all_of(questions_.begin(), next, isOver)) {
+    // One that has waited for so long that it is late has the next one wait no longer than others.
+    if (isOver(*next)) next->deadline = now + limit;
+    begin(*next);
+  }
+  std::optional<Clock::time_point> due;
+  for (const Question& each : questions_)
+    if (!isOver(each)) due = std::min(due.value_or(each.deadline), each.deadline);
+  if (!due) return late_.stop();
+  late_.start(std::chrono::ceil<std::chrono::milliseconds>(*due - now));
 }
 
 void ApplicationLookup::begin(Question& question) {
@@ -65,6 +84,7 @@ void ApplicationLookup::begin(Question& question) {
   auto answer = task.get_future();
   try {
     std::thread([bell = bell_, task = std::move(task)]() mutable {
+      keepOnly(bell->descriptor);
       task();
       eventfd_write(bell->descriptor, 1);
     }).detach();

@@ -28,7 +28,8 @@ class ApplicationLookup {
 
   explicit ApplicationLookup(sd_event* loop);
 
-  // Called once, in the order of asking; with an empty text for unknown, and for what is not known within the limit.
+  // Called once, in the order of asking, those about one process together; with an empty text for unknown, and for what
+  // is not known within the limit.
   using Found = std::function<void(const std::string& bundle)>;
   void find(std::int32_t process, Found found);
 

@@ -49,6 +49,7 @@ std::optional<Picture> toPicture(QImage image, int size) {
 // The path, or what stands there, may come from any program.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
   QByteArray content = QByteArray::fromStdString(contentOf(QFile::encodeName(path).toStdString(), largestFile));
+  if (content.startsWith("\x1f\x8b")) return std::nullopt;  // a few packed bytes may unpack to any number
   QBuffer file(&content);
   QImageReader reader(&file);
   reader.setDecideFormatFromContent(true);
