@@ -28,7 +28,12 @@ bool movesFocus(int key) {
 
 bool KeyboardNavigation::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);
-  if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) setInUse(true);
+  if (event->type() == QEvent::KeyPress) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    // One press is one action, however long it is held.
+    if (key->isAutoRepeat() && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) return true;
+    if (movesFocus(key->key())) setInUse(true);
+  }
   return QObject::eventFilter(watched, event);
 }
 
