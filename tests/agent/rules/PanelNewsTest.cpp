@@ -76,5 +76,14 @@ TEST(PanelNewsTest, NobodyWaitsForABusyProgramBehindWhichItsEqualsFollowOnceItIs
   EXPECT_TRUE(panel.news.beginAll().empty());
 }
 
+TEST(PanelNewsTest, AnEqualThatWasQuickerBeforeItsIdWasKnownFollows) {
+  PanelNews news;
+  for (const char* address : {"a", "b"}) news.add(address), news.want(address, true);
+  EXPECT_EQ(news.due().size(), 2U);
+  for (const char* address : {"a", "b"}) news.identify(address, "same");
+  for (const char* address : {"b", "a"}) news.viewMade(address);
+  EXPECT_EQ(news.due(), (std::vector<News>{{"b", false}, {"b", true}}));
+}
+
 }  // namespace
 }  // namespace orvo
