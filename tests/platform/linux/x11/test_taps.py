@@ -253,6 +253,29 @@ class Taps(unittest.TestCase):
                 self.expect_no_more()
                 self.assertTrue(not behind or other.read() == [])
 
+    def test_a_click_waits_while_its_control_has_moved_on_since_it_was_read(self):
+        plugin = Dock(self.desktop, (590, 0, 120, 40), inside=self.dock)
+        self.addCleanup(plugin.close)
+        self.expect_covered(plugin)
+        self.tap.say("regions", 10, 10, 50, 50)
+        wait(lambda: not plugin.covers(), 5, "no cover")
+        was, now = (("clock", DOCK[0] + x, DOCK[1] + 2, 100, 36, *DOCK) for x in (600, 300))
+        self.tap.say("note", *was)
+        self.tap.say("regions", *REGION)
+        self.expect_covered(plugin)
+        self.person.click(*ON_REGION)
+        self.expect_seen(LEFT_DOWN, LEFT_UP)
+        plugin.window.configure(x=290)
+        plugin.read()
+        self.tap.say("find", *was)
+        self.tap.say("passes", 1)
+        self.tap.say("post")
+        self.expect_seen(LEFT_DOWN)
+        hold(0.05)
+        self.assertEqual(self.dock.read() + plugin.read(), [])
+        self.tap.say("find", *now)
+        self.expect_clicks(click(1, (350, 580)), plugin)
+
     def window_at(self, x, y):
         return self.desktop.root.translate_coords(self.desktop.root, x, y).child
 
