@@ -48,13 +48,12 @@ ApplicationLookup::ApplicationLookup(sd_event* loop)
 void ApplicationLookup::find(std::int32_t process, Found found) {
   const auto open = std::ranges::find_if(
       questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
-  if (open != questions_.end() && isLate(*open)) return found({});  // onLate() tells
-  if (open != questions_.end()) {
-    open->found.push_back(std::move(found));
-  } else if (questions_.size() < most) {
+  if (open == questions_.end() && questions_.size() < most) {
     questions_.push_back({process, Clock::now() + limit, {std::move(found)}});
+  } else if (open != questions_.end() && !isLate(*open)) {
+    open->found.push_back(std::move(found));
   } else {
-    return found({});
+    return found({});  // of one that is late, onLate() tells
   }
   proceed();
 }
