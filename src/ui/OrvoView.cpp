@@ -403,7 +403,7 @@ OrvoView::Value OrvoView::diagnostics() const {
   };
   return {diagnosticRow(platform_.words.system, platform_.processInfo.operatingSystemVersionString(), std::nullopt),
           row("Installed application", model_->nativeMenuBarReady, "Ready", "Open from Applications"),
-          row("Menu bar compatibility", model_->backendAvailable, "Available", "Unavailable"),
+          row("Menu bar compatibility", canBeManaged(), "Available", "Unavailable"),
           row("Accessibility", model_->accessibilityGranted(), "Enabled", "Permission required"),
           row("System controls", model_->systemClickProtection(), "Ready", "Not ready — refresh icons"),
           row("Keyboard shortcut", model_->shortcutAvailable(), "Ready", "In use by another app")};
@@ -413,7 +413,7 @@ std::string OrvoView::diagnosticsText() const {
   return "Orvo " + version() + '\n' + platform_.words.system + ": " +
          platform_.processInfo.operatingSystemVersionString() +
          "\nInstalled application: " + eitherText(model_->nativeMenuBarReady, "ready", "not ready") +
-         "\nMenu bar compatibility: " + eitherText(model_->backendAvailable, "available", "unavailable") +
+         "\nMenu bar compatibility: " + eitherText(canBeManaged(), "available", "unavailable") +
          "\nAccessibility: " + eitherText(model_->accessibilityGranted(), "enabled", "not enabled") +
          "\nSystem controls: " + eitherText(model_->systemClickProtection(), "ready", "not ready") +
          "\nKeyboard shortcut: " + eitherText(model_->shortcutAvailable(), "ready", "unavailable");

@@ -50,11 +50,17 @@ FocusScope {
 
     onFocusedChanged: if (holds(focused))
         show(focused)
-    // Its place is there once the page is laid out anew.
     onMessageChanged: messageIsNew = message !== ""
-    onContentHeightChanged: if (messageIsNew && teller) {
-        messageIsNew = false;
-        show(teller);
+
+    // By then the page is laid out anew.
+    Connections {
+        function onAfterAnimating() {
+            area.messageIsNew = false;
+            area.show(area.teller);
+        }
+
+        enabled: area.messageIsNew && area.teller
+        target: area.Window.window
     }
 
     ScrollWheel {

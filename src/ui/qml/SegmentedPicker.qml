@@ -30,7 +30,10 @@ FocusScope {
         x: picker.hide ? parent.width - width - 2 : 2
         y: 2
 
+        // A row that comes to show another application is there at once.
         Behavior on x {
+            enabled: picker.activeFocus
+
             NumberAnimation {
                 duration: Theme.movement
                 easing.type: Easing.OutCubic

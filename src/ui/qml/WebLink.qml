@@ -16,7 +16,10 @@ Item {
     Accessible.role: Accessible.Link
     Keys.onEnterPressed: clicked()
     Keys.onReturnPressed: clicked()
-    Keys.onSpacePressed: clicked()
+    Keys.onSpacePressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
 
     Row {
         id: row

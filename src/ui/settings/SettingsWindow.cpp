@@ -35,13 +35,13 @@ const QUrl contentAddress(QStringLiteral("qrc:/orvo/settings/SettingsContent.qml
 // A drag sends a flood of frames; the last of them is stored after this pause.
 constexpr std::chrono::milliseconds frameSettles{500};
 
+// Of a usual title bar, in points.
+constexpr int titleBar = 30;
+
 QSize toSize(Size size) { return {static_cast<int>(size.width), static_cast<int>(size.height)}; }
 
 // What a screen has for the content: its panels and a usual title bar are left out.
-QRect contentArea(const QScreen& screen) {
-  constexpr int titleBar = 30;
-  return screen.availableGeometry().adjusted(0, 0, 0, -titleBar);
-}
+QRect contentArea(const QScreen& screen) { return screen.availableGeometry().adjusted(0, 0, 0, -titleBar); }
 
 QList<QRect> contentAreas() {
   QList<QRect> areas;
@@ -148,7 +148,9 @@ void SettingsWindow::applyFrame() {
     quickView_->setFramePosition(frame.position);
   } else if (centered_ && screen != nullptr) {
     QRect place({0, 0}, quickView_->size().boundedTo(contentArea(*screen).size()));
-    place.moveCenter(screen->availableGeometry().center());
+    const QRect available = screen->availableGeometry();
+    place.moveCenter(available.center());
+    place.moveTop(std::max(place.top(), available.top() + titleBar));
     quickView_->setGeometry(place);
   }
 }
