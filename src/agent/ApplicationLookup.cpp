@@ -1,18 +1,15 @@
 #include "agent/ApplicationLookup.h"
 
-#include <sched.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/FileThread.h"
 
 namespace orvo {
 
@@ -20,13 +17,6 @@ namespace {
 
 // Processes about which questions are open; far more than have icons.
 constexpr std::size_t most = 1000;
-
-// A thread that the kernel holds up must not keep the agent's connections open beyond the agent's end.
-void keepOnly(int descriptor) {
-  if (unshare(CLONE_FILES) != 0) return;
-  close_range(STDERR_FILENO + 1, static_cast<unsigned>(descriptor) - 1, 0);
-  close_range(static_cast<unsigned>(descriptor) + 1, std::numeric_limits<unsigned>::max(), 0);
-}
 
 }  // namespace
 
@@ -49,7 +39,7 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
   const auto open = std::ranges::find_if(
       questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
   if (open == questions_.end() && questions_.size() < most) {
-    questions_.push_back({process, Clock::now() + limit, {std::move(found)}});
+    questions_.push_back({process, Clock::now() + FileThread::limit, {std::move(found)}});
   } else if (open != questions_.end() && !isLate(*open)) {
     open->found.push_back(std::move(found));
   } else {
@@ -64,9 +54,9 @@ void ApplicationLookup::proceed() {
   const auto isOver = [now](const Question& each) { return each.deadline <= now; };
   const auto next = std::ranges::find_if_not(questions_, &isBegun);
   const auto begun = static_cast<std::size_t>(next - questions_.begin());
-  if (next != questions_.end() && begun < mostThreads && std::all_of(questions_.begin(), next, isOver)) {
+  if (next != questions_.end() && begun < FileThread::most && std::all_of(questions_.begin(), next, isOver)) {
     // One that has waited for so long that it is late has the next one wait no longer than others.
-    if (isOver(*next)) next->deadline = now + limit;
+    if (isOver(*next)) next->deadline = now + FileThread::limit;
     begin(*next);
   }
   std::optional<Clock::time_point> due;
@@ -76,21 +66,18 @@ void ApplicationLookup::proceed() {
   late_.start(std::chrono::ceil<std::chrono::milliseconds>(*due - now));
 }
 
+// Without a thread it is begun with the next question, or when this one is late.
 void ApplicationLookup::begin(Question& question) {
-  std::packaged_task<Answer()> task([process = question.process, entries = std::move(entries_)]() mutable {
-    return look(process, std::move(entries));
-  });
-  auto answer = task.get_future();
-  try {
-    std::thread([bell = bell_, task = std::move(task)]() mutable {
-      keepOnly(bell->descriptor);
-      task();
-      eventfd_write(bell->descriptor, 1);
-    }).detach();
-    question.answer = std::move(answer);
-  } catch (const std::system_error&) {
-    // Out of threads: with the next question, or when this one is late.
-  }
+  const auto task = std::make_shared<std::packaged_task<Answer()>>(
+      [process = question.process, entries = std::move(entries_)]() mutable {
+        return look(process, std::move(entries));
+      });
+  auto answer = task->get_future();
+  const auto work = [bell = bell_, task] {
+    (*task)();
+    eventfd_write(bell->descriptor, 1);
+  };
+  if (FileThread::begin(work, bell_->descriptor)) question.answer = std::move(answer);
 }
 
 ApplicationLookup::Answer ApplicationLookup::look(std::int32_t process, std::unique_ptr<DesktopEntries> entries) {

@@ -21,15 +21,10 @@ namespace orvo {
 
 class ApplicationLookup {
  public:
-  // Icons wait for the answer; a slow disk has given it by then.
-  static constexpr std::chrono::seconds limit{1};
-  // That file systems hold up, a process one at most. Then all answers are late until one is free.
-  static constexpr std::size_t mostThreads = 8;
-
   explicit ApplicationLookup(sd_event* loop);
 
   // Called once, in the order of asking, those about one process together; with an empty text for unknown, and for what
-  // is not known within the limit.
+  // is not known within FileThread's limit. While as many threads as may be are held up, all answers are late.
   using Found = std::function<void(const std::string& bundle)>;
   void find(std::int32_t process, Found found);
 

@@ -233,6 +233,13 @@ void MenuBarAgent::announceItem(const std::string& address, std::int32_t process
                      process, bundle.c_str());
 }
 
+void MenuBarAgent::announceItems(std::int32_t process) {
+  for (const TrayItem& item : service_.menuBar().items())
+    if (item.processIdentifier == process) announceItem(item.address(), process, item.bundle);
+  for (const LegacyIcon& icon : legacyIcons())
+    if (icon.process == process) announceItem(addressOf(icon), process, icon.bundle);
+}
+
 void MenuBarAgent::docked(const LegacyIcon& icon) {
   applications_.find(icon.process, [this, icon](const std::string& bundle) {
     if (std::ranges::find(legacy_->icons(), icon.window, &LegacyIcon::window) == legacy_->icons().end()) return;

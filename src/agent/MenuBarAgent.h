@@ -28,6 +28,9 @@ class MenuBarAgent {
   // False when another agent has it.
   bool claimName();
 
+  // Tells again of the items of a process whose application is known by now.
+  void announceItems(std::int32_t process);
+
   // The methods and the property, see sd-bus.h.
   static int activate(sd_bus_message* call, void* agent, sd_bus_error* error);
   static int invalidate(sd_bus_message* call, void* agent, sd_bus_error* error);

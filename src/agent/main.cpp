@@ -99,6 +99,7 @@ int main(int count, char** arguments) {
   applications.onLate = [&](std::int32_t process, const std::string& bundle) {
     service.identify(process, bundle);
     if (legacy) legacy->identify(process, bundle);
+    agent.announceItems(process);
   };
   service.onChanged = [&] {
     guardian->keep(orvo::keptItems(service.menuBar().items()));

@@ -28,7 +28,8 @@
 //       can be shown, where somebody else has the name, or does not let go of it
 //   signal RequestersChanged(au)          with what Requesters has; before the panel is told, but no sooner than
 //       50 ms after the last
-//   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has
+//   signal ItemAdded(s, u, s)             of an item, concealed or not, with what Items has; again once its
+//       application is known, where that took long
 //   signal TreeChanged()                  while anything is concealed: windows or controls are not as the
 //       last answer to Tree had them
 #pragma once

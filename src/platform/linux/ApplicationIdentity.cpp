@@ -1,8 +1,8 @@
 #include "platform/linux/ApplicationIdentity.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
-#include <mutex>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -14,6 +14,7 @@
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/BundleInfo.h"
 #include "platform/linux/DesktopEntries.h"
+#include "platform/linux/FileThread.h"
 #include "platform/linux/Program.h"
 #include "platform/linux/RegularFile.h"
 
@@ -73,8 +74,8 @@ std::string validText(const std::string& bytes) {
 
 ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry) {
   std::string identifier = validText(name.substr(0, longestIdentifier));
-  if (entry == nullptr) return {std::move(identifier), {}, {}, {}};
-  return {std::move(identifier), entry->name, entry->path, entry->icon};
+  if (entry == nullptr) return {std::move(identifier), {}, {}, {}, {}};
+  return {std::move(identifier), entry->name, entry->path, entry->icon, {}};
 }
 
 std::optional<ApplicationIdentity> fromBundle(const Process& process, const DesktopEntries& entries) {
@@ -135,17 +136,23 @@ const DesktopEntry* installedEntry(const Process& process, const DesktopEntries&
   return entry != nullptr ? entry : entries.withWrapperOf(process.program);
 }
 
+ApplicationIdentity identify(const Process& process, const DesktopEntries& entries) {
+  if (auto identity = fromBundle(process, entries)) return *identity;
+  if (const DesktopEntry* entry = launchedEntry(process, entries)) return describe(entry->identifier, entry);
+  if (auto identity = fromSandbox(process, entries)) return *identity;
+  if (const DesktopEntry* entry = installedEntry(process, entries)) return describe(entry->identifier, entry);
+  return describe(std::string(baseName(process.program)), nullptr);
+}
+
 }  // namespace
 
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, const fs::path& processes,
                                                    const DesktopEntries& entries) {
   const auto process = look(processIdentifier, processes);
   if (!process) return std::nullopt;
-  if (auto identity = fromBundle(*process, entries)) return identity;
-  if (const DesktopEntry* entry = launchedEntry(*process, entries)) return describe(entry->identifier, entry);
-  if (auto identity = fromSandbox(*process, entries)) return identity;
-  if (const DesktopEntry* entry = installedEntry(*process, entries)) return describe(entry->identifier, entry);
-  return describe(std::string(baseName(process->program)), nullptr);
+  ApplicationIdentity identity = identify(*process, entries);
+  identity.bundlePath = bundlePathOfExecutable(process->executable);
+  return identity;
 }
 
 std::string bundleOfExecutable(const fs::path& executable) {
@@ -153,11 +160,17 @@ std::string bundleOfExecutable(const fs::path& executable) {
 }
 
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier) {
-  static std::mutex mutex;
-  static DesktopEntries entries(DesktopEntries::standardFolders());
-  const std::lock_guard lock(mutex);
-  entries.refresh();
-  return identifyProcess(processIdentifier, "/proc", entries);
+  // Null while a thread reads by them.
+  static auto& entries = *new std::atomic<std::shared_ptr<DesktopEntries>>;
+  const auto look = [=] {
+    auto own = entries.exchange(nullptr);
+    if (!own) own = std::make_shared<DesktopEntries>(DesktopEntries::standardFolders());
+    own->refresh();
+    auto identity = identifyProcess(processIdentifier, "/proc", *own);
+    entries = std::move(own);
+    return identity;
+  };
+  return FileThread::find("process " + std::to_string(processIdentifier), look).value_or(std::nullopt);
 }
 
 }  // namespace orvo

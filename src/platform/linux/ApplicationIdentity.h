@@ -20,9 +20,11 @@ struct ApplicationIdentity {
   std::optional<std::string> desktopFile;
   // As the desktop file has it: an icon theme name or an absolute path.
   std::optional<std::string> iconName;
+  // Absolute path of the bundle that the executable lies in, else of the executable.
+  std::string bundlePath;
 };
 
-// Absent when the process is gone or may not be looked at.
+// Absent when the process is gone or may not be looked at, or its files do not answer, see FileThread.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier);
 
 // The identifier of the bundle that the program is in; empty for none.

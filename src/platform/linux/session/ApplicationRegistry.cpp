@@ -1,8 +1,6 @@
 #include "platform/linux/session/ApplicationRegistry.h"
 
 #include "platform/linux/ApplicationIdentity.h"
-#include "platform/linux/BundleInfo.h"
-#include "platform/linux/Program.h"
 
 #include <QSocketNotifier>
 
@@ -113,11 +111,11 @@ std::optional<RunningApplication> ApplicationRegistry::application(std::int32_t 
 
 std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   const auto identity = identifyProcess(processIdentifier);
-  if (!identity) return std::nullopt;
-  const std::string executable = executableOf("/proc/" + std::to_string(processIdentifier));
-  return RunningApplication{bundleIdentifier.empty() ? identity->bundleIdentifier : bundleIdentifier, processIdentifier,
-                            identity->localizedName,
-                            executable.empty() ? std::nullopt : std::optional(bundlePathOfExecutable(executable))};
+  const bool isKnown = !bundleIdentifier.empty();
+  if (!identity && !isKnown) return std::nullopt;
+  if (!identity) return RunningApplication{bundleIdentifier, processIdentifier, {}, {}};
+  return RunningApplication{isKnown ? bundleIdentifier : identity->bundleIdentifier, processIdentifier,
+                            identity->localizedName, identity->bundlePath};
 }
 
 }  // namespace orvo

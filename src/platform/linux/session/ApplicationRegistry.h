@@ -50,7 +50,8 @@ class ApplicationRegistry : public QObject {
   std::vector<RunningApplication> applications_;
 };
 
-// Absent when there is no such process or nobody can say what it is. Any thread.
+// Absent when nobody can say what it is. Given the identifier, that may be all that is known of it. Any thread; waits,
+// see FileThread.
 std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier);
 
 }  // namespace orvo

@@ -1,5 +1,6 @@
 #include "platform/linux/session/PictureSource.h"
 
+#include "platform/linux/FileThread.h"
 #include "platform/linux/RegularFile.h"
 
 #include <QBuffer>
@@ -48,7 +49,9 @@ std::optional<Picture> toPicture(QImage image, int size) {
 
 // The path, or what stands there, may come from any program.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
-  QByteArray content = QByteArray::fromStdString(contentOf(QFile::encodeName(path).toStdString(), largestFile));
+  const std::string name = QFile::encodeName(path).toStdString();
+  const auto read = FileThread::find(name, [=] { return contentOf(name, largestFile); });
+  QByteArray content = QByteArray::fromStdString(read.value_or(""));
   if (content.startsWith("\x1f\x8b")) return std::nullopt;  // a few packed bytes may unpack to any number
   QBuffer file(&content);
   QImageReader reader(&file);
@@ -143,7 +146,8 @@ std::optional<Picture> pictureOfTrayItem(const QVariantMap& properties, int size
   if (auto picture = toPicture(bestPixmap(properties.value(QStringLiteral("IconPixmap")), size), size)) return picture;
   const QString name = properties.value(QStringLiteral("IconName")).toString();
   const QString folder = properties.value(QStringLiteral("IconThemePath")).toString();
-  const QString file = fileInThemeFolder(folder, name);
+  const auto find = [=] { return fileInThemeFolder(folder, name); };
+  const QString file = FileThread::find(folder.toStdString(), find).value_or(QString());
   return pictureOfIcon(file.isEmpty() ? name : file, size);
 }
 
