@@ -5,6 +5,7 @@
 #include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/UserDefaults.h"
+#include "platform/Words.h"
 #include "platform/Workspace.h"
 
 #include <utility>
@@ -55,7 +56,7 @@ OrvoModel::~OrvoModel() {
 }
 
 void OrvoModel::start() {
-  if (!nativeMenuBarReady) message = installMessage;
+  if (!nativeMenuBarReady) message = words_.installMessage;
   systemRelay_->onReveal = [model = weak_from_this()] {
     if (const auto self = model.lock()) self->reveal(false);
   };

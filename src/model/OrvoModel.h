@@ -100,8 +100,6 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
  private:
   static constexpr const char* preferencesKey = "Quillet.Preferences.v1";
-  static constexpr const char* installMessage =
-      "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.";
 
   // Names one hide request, one reveal or one scan epoch. A count is enough: nobody outside the model
   // can make one, and none is used twice.

@@ -43,7 +43,7 @@ void OrvoModel::hideSelected() {
 
 bool OrvoModel::readyToHide() {
   if (!nativeMenuBarReady) {
-    message = installMessage;
+    message = words_.installMessage;
     return false;
   }
   if (!backendAvailable || !accessibilityGranted()) return false;

@@ -26,9 +26,11 @@ struct Words {
   const char* nothingManaged;
   // How Orvo comes into an Applications folder.
   const char* installAdvice;
+  const char* installMessage;
   const char* accessibilityPage;
   const char* accessibilityAdvice;
   const char* nothingFound;
+  const char* systemControls;
   // Where hiding is refused because no system control is known: the message, and the hint beside the button.
   const char* noControls;
   const char* noControlsHint;
@@ -67,10 +69,14 @@ inline constexpr Words macWords{
     .notTakenOver = nullptr,
     .nothingManaged = nullptr,
     .installAdvice = "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available.",
+    .installMessage = "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.",
     .accessibilityPage = "Privacy & Security → Accessibility",
     .accessibilityAdvice =
         "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable.",
     .nothingFound = "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible.",
+    .systemControls =
+        "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons "
+        "then stay visible until you hide them again.",
     .noControls = "System controls are not ready. Refresh the icon list after granting Accessibility.",
     .noControlsHint = "System controls are not ready. Refresh the icon list.",
     .hidingUnconfirmed = "macOS did not confirm hiding. All icons have been restored.",

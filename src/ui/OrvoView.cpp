@@ -297,7 +297,7 @@ std::vector<OrvoView::AppRow> OrvoView::rows() const {
 
 OrvoView::Value OrvoView::emptyState() const {
   const bool granted = model_->accessibilityGranted();
-  return {{"symbol", granted ? "magnifyingglass" : "hand.raised"},
+  return {{"symbol", granted || isListPending() ? "magnifyingglass" : "hand.raised"},
           {"title", emptyTitle()},
           {"detail", emptyDetail()},
           {"offersClearSearch", granted && !model_->searchText().empty()}};
@@ -315,8 +315,8 @@ std::string OrvoView::emptyTitle() const {
 }
 
 std::string OrvoView::emptyDetail() const {
-  if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
   if (isListPending()) return platform_.words.nothingManaged;
+  if (!model_->accessibilityGranted()) return "Allow Accessibility above, then choose which apps to orvo away.";
   if (model_->isScanning()) return "This usually takes a moment.";
   return eitherText(model_->searchText().empty(), platform_.words.nothingFound,
                     "Try a different app name or clear your search.");
@@ -366,11 +366,8 @@ void OrvoView::addBehaviorPage(Value& all) const {
   const auto option = rehideOption(model_->preferences().autoRehideSeconds);
   all["rehideOption"] = option ? static_cast<int>(*option) : -1;
   all["rehideText"] = rehideText();
-  all["systemControlsCard"] = informationCard(
-      "System controls stay within reach",
-      "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons "
-      "then stay visible until you hide them again.",
-      "cursorarrow.click");
+  all["systemControlsCard"] =
+      informationCard("System controls stay within reach", platform_.words.systemControls, "cursorarrow.click");
 }
 
 // What the closed picker shows; a stored delay without an option is told in its own words.

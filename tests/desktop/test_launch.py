@@ -74,8 +74,8 @@ class WithoutAgent(DesktopCase):
         bare = shutil.copytree(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
         shutil.rmtree(os.path.join(bare, "System"))
         for bundle in (desktop.bundle, bare):
-            self.assertIn("\nBackend: This desktop does not expose the expected menu bar protocol. "
-                          "Icons will remain visible.\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
+            self.assertIn("\nBackend: Orvo’s agent does not manage the tray. Icons will remain visible.\n",
+                          desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
         desktop.remember([QMIDINET])
         desktop.start_orvo(ready=False)
         desktop.expect_told("Orvo’s agent does not manage the tray")

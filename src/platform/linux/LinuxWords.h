@@ -16,7 +16,7 @@ inline constexpr Words linuxWords{
         "quitting Orvo restores the bar.",
     .compatibilityResearch = "Linux compatibility research",
     .backendAvailable = "The panel’s protocol for tray icons is available.",
-    .backendMissing = "This desktop does not expose the expected menu bar protocol. Icons will remain visible.",
+    .backendMissing = "Orvo’s agent does not manage the tray. Icons will remain visible.",
     .unsupportedTitle = "Orvo’s agent does not manage the tray",
     .unsupportedDetail =
         "All icons remain visible. Where the panel was there first, let the agent take over now, which restarts "
@@ -30,11 +30,15 @@ inline constexpr Words linuxWords{
     .installAdvice =
         "Orvo hides icons only from an Applications folder. Run packaging/\u2060linux/\u2060install, or move Orvo.app "
         "to ~/\u2060Applications, then open that copy.",
+    .installMessage = "Install Orvo in an Applications folder and open that copy to hide icons.",
     .accessibilityPage = "Settings → Accessibility",
     .accessibilityAdvice =
         "Turn on assistive technologies in Settings → Accessibility to find icons and keep system "
         "controls usable.",
     .nothingFound = "Open an app with a menu bar icon, then use Refresh. System controls are kept visible.",
+    .systemControls =
+        "Clicking a clock, volume, or other control of the panel’s own reveals your icons before opening it. Your "
+        "icons then stay visible until you hide them again.",
     .noControls = "Orvo found no clock or other control in the panel. Add one to it, then refresh the icon list.",
     .noControlsHint = "Add a clock or another control to the panel, then refresh the icon list.",
     .hidingUnconfirmed = "The menu bar agent did not confirm hiding. All icons have been restored.",

@@ -6,7 +6,7 @@ import orvo.settings
 T.Popup {
     id: popup
 
-    required property Item picker
+    required property PlainButton picker
     required property var options
     // -1 for none.
     required property int chosen
@@ -18,13 +18,18 @@ T.Popup {
             picked(option);
     }
 
+    // The picker itself closes it with a second click.
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
     focus: true
     height: contentItem.implicitHeight + topPadding + bottomPadding
     margins: 8
     padding: 5
     width: picker.width
     y: picker.height + 4
-    onAboutToShow: contentItem.currentIndex = chosen
+    onAboutToShow: {
+        contentItem.parent.Accessible.name = picker.name;
+        contentItem.currentIndex = chosen;
+    }
     onClosed: picker.forceActiveFocus(Qt.PopupFocusReason)
 
     background: RoundedRectangle {

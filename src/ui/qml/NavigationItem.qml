@@ -17,7 +17,7 @@ PlainButton {
     Accessible.selected: selected
 
     background: RoundedRectangle {
-        color: item.selected && !item.down ? Theme.selection : item.down ? Theme.pressed : item.hovered ? Theme.hover : "transparent"
+        color: item.selected ? Theme.selection : item.down ? Theme.pressed : item.hovered ? Theme.hover : "transparent"
         radius: 7
     }
     contentItem: Row {

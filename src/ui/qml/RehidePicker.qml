@@ -17,7 +17,7 @@ PlainButton {
     Accessible.description: detail
     Keys.onDownPressed: menu.open()
     Keys.onUpPressed: menu.open()
-    onClicked: menu.open()
+    onClicked: menu.visible ? menu.close() : menu.open()
 
     background: ControlPanel {
         down: control.down || control.expanded

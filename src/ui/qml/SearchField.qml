@@ -19,6 +19,7 @@ T.TextField {
     selectionColor: Theme.textSelection
     text: View.searchText
     verticalAlignment: TextInput.AlignVCenter
+    Accessible.description: ""
     Accessible.name: placeholderText
     Accessible.role: Accessible.EditableText
     Accessible.searchEdit: true

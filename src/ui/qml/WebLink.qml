@@ -16,10 +16,7 @@ Item {
     Accessible.role: Accessible.Link
     Keys.onEnterPressed: clicked()
     Keys.onReturnPressed: clicked()
-    Keys.onSpacePressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
-    }
+    Keys.onSpacePressed: clicked()
 
     Row {
         id: row

@@ -92,9 +92,9 @@ class ItemAccessibility : public QAccessibleQuickItem {
   }
 };
 
-// Asked for each class of an object, the most derived first; a pop-up is a page.
+// Asked for each class of an object, the most derived first; of a page Qt Quick's templates are asked before.
 QAccessibleInterface* makeInterface(const QString& className, QObject* object) {
-  if (className != QLatin1String("QQuickItem") && className != QLatin1String("QQuickPage")) return nullptr;
+  if (className != QLatin1String("QQuickItem") && className != QLatin1String("QQuickPopupItem")) return nullptr;
   auto* item = qobject_cast<QQuickItem*>(object);
   const bool accessible = item != nullptr && QQuickItemPrivate::get(item)->isAccessible;
   return accessible ? new ItemAccessibility(item) : nullptr;

@@ -1,6 +1,8 @@
 #include "ui/settings/KeyboardNavigation.h"
 
 #include <QKeyEvent>
+#include <QQuickItem>
+#include <QQuickWindow>
 
 namespace orvo {
 
@@ -24,15 +26,23 @@ bool movesFocus(int key) {
   }
 }
 
+// Rather than being typed.
+bool acts(int key, const QQuickItem* focused) {
+  const bool isTyping = focused != nullptr && focused->flags().testFlag(QQuickItem::ItemAcceptsInputMethod);
+  return key == Qt::Key_Return || key == Qt::Key_Enter || (key == Qt::Key_Space && !isTyping);
+}
+
 }  // namespace
+
+KeyboardNavigation::KeyboardNavigation(QQuickWindow& window) : window_(window) { window.installEventFilter(this); }
 
 bool KeyboardNavigation::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);
-  if (event->type() == QEvent::KeyPress) {
+  if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
     const auto* key = static_cast<QKeyEvent*>(event);
     // One press is one action, however long it is held.
-    if (key->isAutoRepeat() && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) return true;
-    if (movesFocus(key->key())) setInUse(true);
+    if (key->isAutoRepeat() && acts(key->key(), window_.activeFocusItem())) return true;
+    if (event->type() == QEvent::KeyPress && movesFocus(key->key())) setInUse(true);
   }
   return QObject::eventFilter(watched, event);
 }

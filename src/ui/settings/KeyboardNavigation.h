@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+class QQuickWindow;
+
 namespace orvo {
 
 class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNavigation> {
@@ -17,8 +19,8 @@ class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNaviga
   Q_PROPERTY(bool inUse READ inUse NOTIFY inUseChanged)
 
  public:
-  // Watches `window` as long as both live.
-  explicit KeyboardNavigation(QObject& window) { window.installEventFilter(this); }
+  // Watches `window`, which outlives it.
+  explicit KeyboardNavigation(QQuickWindow& window);
 
   bool inUse() const { return inUse_; }
 
@@ -31,6 +33,7 @@ class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNaviga
  private:
   void setInUse(bool inUse);
 
+  QQuickWindow& window_;
   bool inUse_ = false;
 };
 
