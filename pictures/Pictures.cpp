@@ -96,10 +96,22 @@ void say(SettingsWorld& world) {
   world.memory.workspace.notificationCenter().post(Notification::applicationLaunched);
 }
 void hideElsewhere(SettingsWorld& world) { world.memory.workspace.tellOthers({"Quick Notes"}); }
+void manageElsewhere(SettingsWorld& world) {
+  world.memory.workspace.managedElsewhere = true;
+  world.memory.workspace.tellOthers({});
+}
+void withoutControls(SettingsWorld& world) {
+  std::vector<std::shared_ptr<MemoryElement>> items;
+  for (const RunningApplication& each : world.memory.workspace.running)
+    if (each.processIdentifier >= 2000) items.push_back(element(each.processIdentifier));
+  world.memory.accessibility.trees[MemoryPlatform::hostPid] = element(MemoryPlatform::hostPid)->withChildren(items);
+}
 Step search(const char* text) {
   return [=](SettingsWorld& world) { world.model->searchText = std::string(text); };
 }
-void pressKeys(SettingsWorld& world) { world.press("Tab Tab Down"); }
+Step pressKeys(const char* keys) {
+  return [=](SettingsWorld& world) { world.press(keys); };
+}
 void perform(SettingsWorld& world, const char* action, int argument = 0) { world.view->perform(action, argument); }
 // Qt takes the first place of a pointer for where it has always been.
 void pointAt(SettingsWorld& world, const QString& name, QPoint within) {
@@ -124,6 +136,9 @@ void openAbout(SettingsWorld& world) { world.view->page = OrvoView::Page::about;
 void copy(SettingsWorld& world) { perform(world, "copyDiagnostics"); }
 void setUp(SettingsWorld& world) { perform(world, "setup"); }
 void takeOver(SettingsWorld& world) { perform(world, "takeOver"); }
+void refuseTakeOver(SettingsWorld& world) {
+  world.memory.workspace.takenOver("The program that manages the tray does not answer.");
+}
 void openLink(SettingsWorld& world) { perform(world, "openLink", 1); }
 
 constexpr QSize usual(880, 680);
@@ -146,12 +161,18 @@ struct State {
 const std::vector<State>& states() {
   static const std::vector<State> all{
       {"framework-missing", {withoutFramework}},
+      {"framework-missing-no-permission", {withoutFramework, notTrusted}, {}, {}},
       {"taking-over", {withoutFramework}, {takeOver}},
+      {"not-taken-over", {withoutFramework}, {takeOver, refuseTakeOver}},
+      {"managed-elsewhere", {}, {selectTwo, manageElsewhere}},
+      {"no-controls", {withoutControls}, {selectTwo}},
+      {"not-installed-permitted", {notInstalled}},
       {"not-installed", {notInstalled, notTrusted}},
       {"no-permission", {notTrusted}},
       {"ready", {}, {selectTwo}},
       {"ready-minimum", {}, {selectTwo}, everyday, smallest},
       {"scanning", {}, {scan}, {}},
+      {"scanning-again", {}, {scan}},
       {"no-hits", {}, {search("nothing like it")}},
       {"search", {}, {search("cl")}},
       {"nothing-found", {}, {}, {}},
@@ -166,7 +187,10 @@ const std::vector<State>& states() {
       {"right-to-left", {}, {search("ا"), say}, rightToLeft},
       {"dejavu", {inDejaVu}, {selectTwo, say}},
       {"dejavu-not-installed", {inDejaVu, notInstalled, notTrusted}},
-      {"keyboard", {}, {pressKeys}},
+      {"keyboard", {}, {pressKeys("Tab Tab Down")}},
+      {"keyboard-page", {}, {pressKeys("Shift+Backtab")}},
+      {"keyboard-button", {}, {selectTwo, pressKeys("Tab Tab Tab")}},
+      {"pointer-page", {}, {point("Behavior")}},
       {"pointer", {}, {point(clipboard, {100, 13})}},
       {"pointer-row", {}, {point("Clipboard Shelf", {200, 20})}},
       {"pointer-button", {}, {selectTwo, point(hideSelected)}},
@@ -183,6 +207,10 @@ const std::vector<State>& states() {
       {"magnified-not-installed", {notInstalled, notTrusted}, {}, everyday, magnified},
       {"small", {}, {selectTwo, say}, everyday, {640, 400}},
       {"behavior", {}, {openBehavior}},
+      {"behavior-at-login", {}, {openBehavior, openAtLogin, pressKeys("Tab")}},
+      {"behavior-magnified", {}, {openBehavior}, everyday, magnified},
+      {"behavior-45-seconds", {delayOf45Seconds}, {openBehavior, openDelays}},
+      {"settings-not-opened", {notTrusted, opensNothing}, {setUp}},
       {"behavior-shortcut-taken", {shortcutTaken}, {openBehavior}},
       {"behavior-message", {loginRefused, delayOf45Seconds}, {openBehavior, openAtLogin}},
       {"behavior-menu", {}, {openBehavior, openDelays}, everyday, smallest},
@@ -192,6 +220,8 @@ const std::vector<State>& states() {
        {openAbout},
        everyday,
        smallest},
+      {"about-keyboard", {}, {openAbout, pressKeys("Tab Tab")}},
+      {"about-pointer", {}, {openAbout, point("Linux compatibility research", {20, 6})}},
       {"about-copied", {}, {openAbout, copy}},
       {"about-not-opened", {opensNothing}, {openAbout, openLink}},
       {"about-magnified", {}, {openAbout}, everyday, magnified},

@@ -344,7 +344,7 @@ OrvoView::Value OrvoView::primaryButton() const {
             {"symbol", "chevron.right"},
             {"accessibilityLabel", "Hide selected icons"},
             {"toolTip", "Hide selected icons"},
-            {"enabled", model_->canHide()}};
+            {"enabled", canBeManaged() && model_->canHide()}};
   }
   return {{"label", ""},
           {"symbol", "chevron.left"},

@@ -77,6 +77,8 @@ struct MemoryWorkspace : Workspace {
   std::vector<std::string> openedURLs;
   bool opensNothing = false;
   std::vector<std::string> others;
+  bool managedElsewhere = false;
+  TakenOver takenOver;
   NotificationCenter center;
 
   void launch(const std::string& bundle, std::int32_t pid) { running.push_back({bundle, pid, {}, {}}); }
@@ -100,6 +102,8 @@ struct MemoryWorkspace : Workspace {
   }
   std::vector<std::string> concealers() const override { return others; }
   void endConcealments() override { tellOthers({}); }
+  bool areItemsManagedElsewhere() const override { return managedElsewhere; }
+  void takeOverItems(TakenOver done) override { takenOver = std::move(done); }
   void tellOthers(const std::vector<std::string>& names) {
     others = names;
     center.post(Notification::concealersChanged);

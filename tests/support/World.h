@@ -132,6 +132,11 @@ class World {
         {"hostends", [](W& w) { w.memory.workspace.center.post(Notification::menuBarHostTerminated); }},
         {"layout", [](W& w) { w.memory.workspace.center.post(Notification::menuBarLayoutChanged); }},
         {"screens", [](W& w) { w.memory.application.center.post(Notification::screenParametersChanged); }},
+        {"elsewhere",
+         [](W& w) {
+           w.memory.workspace.managedElsewhere = true;
+           w.memory.workspace.tellOthers({});
+         }},
         {"otherhides", [](W& w) { w.memory.workspace.tellOthers({"Other"}); }},
         {"task", [](W& w) { w.memory.mainQueue.runOne(); }},
         {"turn", [](W& w) { w.memory.mainQueue.runPosted(); }},

@@ -16,15 +16,34 @@ using Situation = std::tuple<const char*, const char*, const char*>;
 const Situation situations[] = {
     {"/Downloads/O noframework untrusted taken", "", R"json({"guidance": "unsupported", "searchEnabled": false,
       "showsListFooter": false, "emptyState": {"title": "Your apps will appear here", "offersClearSearch": false},
-      "shortcutDetail": "This shortcut is in use. Orvo’s menu bar arrow is still available."})json"},
-    {"/Downloads/O untrusted", "search", R"json({"guidance": "setup", "setupAdvice": {"button": "Open Applications"},
+      "shortcutDetail": "This shortcut is in use. Orvo’s menu bar arrow is still available.",
+      "actionHint": "Your icons remain visible on this macOS version.",
+      "unsupportedCard": {"title": "This macOS build is not supported",
+        "detail": "Orvo cannot manage icons on this macOS version. All icons remain visible."}})json"},
+    {"/Downloads/O untrusted", "search", R"json({"guidance": "setup", "setupAdvice": {"button": "Open Applications",
+        "detail": "Move Orvo.app to Applications, then open that copy. This keeps its menu bar arrow available."},
+      "message": "Install Orvo in Applications and open that copy to keep its menu bar arrow visible.",
       "emptyState": {"offersClearSearch": false}})json"},
+    {"untrusted", "", R"json({"guidance": "setup", "setupAdvice": {"button": "Open Settings…",
+      "detail": "Turn on Orvo in Privacy & Security → Accessibility to find icons and keep system controls usable."}})json"},
+    {"notaps", "hide", R"json({"actionHint": "System controls are not ready. Refresh the icon list.",
+      "message": "System controls are not ready. Refresh the icon list after granting Accessibility."})json"},
+    {"nocontrols", "", R"json({"emptyState": {"title": "No app icons found", "detail":
+        "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible."}})json"},
+    {"", "elsewhere settle", R"json({"guidance": "unsupported", "primaryButton": {"enabled": false}})json"},
+    {"", "", R"json({"texts": {"onThisComputer": "ON THIS MAC", "builtForTitle": "Built for macOS 27", "builtForDetail":
+        "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar.",
+        "shortcut": "Control Option Command B", "shortcutSigns": "⌃ ⌥ ⌘ B"},
+      "privacyCard": {"title": "Your choices stay on this Mac"}, "systemControlsCard": {"detail":
+        "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons then stay visible until you hide them again."},
+      "linkLabels": ["How Orvo is built", "macOS compatibility research"]})json"},
     {"", "dropone", R"json({"guidance": "revealGuide", "actionTitle": "0 apps selected to hide",
       "statusLine": {"text": "Apps keep running"}, "stateBadge": {"accentDot": false, "text": "All visible"},
       "primaryButton": {"label": "Hide selected", "symbol": "chevron.right", "enabled": false}})json"},
     {"", "hide", R"json({"actionHint": "Click the left arrow to bring your icons back.", "pickersEnabled": false,
       "stateBadge": {"inProgress": true, "accentDot": false, "text": "Updating"},
       "primaryButton": {"label": "", "symbol": "chevron.left", "enabled": true}})json"},
+    {"", "hide 8000ms", R"json({"message": "macOS did not confirm hiding. All icons have been restored."})json"},
     {"", "hide yes", R"json({"stateBadge": {"inProgress": false, "accentDot": true, "text": "Orvoed away"},
       "pickersEnabled": true, "statusLine": {"text": "Icons orvoed away"}})json"},
     {"", "delay1", R"json({"rehideOption": -1, "rehideText": "After 1 second"})json"},
@@ -40,6 +59,14 @@ TEST(OrvoViewTest, EverySituationIsToldAsItIs) {
     expected.merge_patch(Value::parse(told));
     EXPECT_EQ(Value::diff(said, expected), Value::array()) << told;
   }
+}
+
+TEST(OrvoViewTest, TheReportHasTheMacsOwnWords) {
+  EXPECT_STREQ(macWords.backendAvailable, "macOS 27 native concealment protocol is available.");
+  EXPECT_STREQ(macWords.backendMissing,
+               "This macOS build does not expose the expected menu bar protocol. Icons will remain visible.");
+  EXPECT_STREQ(macWords.notTrusted, "not granted to this process");
+  EXPECT_STREQ(macWords.applicationRegistry, "LaunchServices path");
 }
 
 TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {

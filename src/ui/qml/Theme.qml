@@ -43,8 +43,8 @@ QtObject {
     readonly property color setupFill: Qt.alpha(orvoAccent, 0.055)
     readonly property color setupOutline: Qt.alpha(orvoAccent, 0.12)
     readonly property color guideTile: Qt.alpha(orvoAccent, 0.09)
-    // In the dark the accent has 2.9 on a row under the pointer, 2.5 on a pressed one, and across a picker's track 2.7
-    // and 2.3; this shade 4.6, 3.9, 4.3 and 3.7.
+    // In the dark the accent has 2.9 on a row under the pointer, 2.5 on a pressed one, and across their pickers' tracks
+    // 2.7 and 2.3; this shade 4.6, 3.9, 4.3 and 3.8.
     readonly property color focusRing: dark ? accentText : orvoAccent
     readonly property color textSelection: Qt.alpha(orvoAccent, 0.3)
 
