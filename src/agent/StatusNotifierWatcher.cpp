@@ -95,18 +95,21 @@ void StatusNotifierWatcher::takeOver(std::function<void(const char*)> done) {
   if (held_) return done(nullptr);
   takingOver_.push_back(std::move(done));
   if (takingOver_.size() > 1) return;
-  // Behind the heir's own question, so that this answer finds it informed.
-  askProperty(bus_, {watcherName, watcherPath}, watcherName, listProperty, takeOverLimit, [this](sd_bus_message* list) {
-    if (isError(list)) return endTakeOver("The program that manages the tray does not answer.");
-    askAboutName(bus_, "GetConnectionUnixProcessID", watcherName, takeOverLimit,
-                 [this](sd_bus_message* process) { restartTray(readNumber(process)); });
+  // The list is of no interest but for its moment: the bus answers the heir, which asked it before, before it answers
+  // here, and so the heir has the list before it comes here.
+  askAboutName(bus_, "GetConnectionUnixProcessID", watcherName, takeOverLimit, [this](sd_bus_message* answer) {
+    askProperty(bus_, {watcherName, watcherPath}, watcherName, listProperty, takeOverLimit,
+                [this, process = readNumber(answer)](sd_bus_message* list) {
+                  if (isError(list)) return endTakeOver("The program that manages the tray does not answer.");
+                  restartTray(process);
+                });
   });
 }
 
 // A plug-in ends on SIGUSR1 with the wish to be started again.
 void StatusNotifierWatcher::restartTray(std::int32_t process) {
   if (held_) return;
-  if (!isPlugin(process)) return endTakeOver("Another program than Xfce’s panel manages it.");
+  if (!isPlugin(process)) return endTakeOver("It does not belong to a plug-in of Xfce’s panel.");
   takingLate_.start(takeOverLimit);
   kill(process, SIGUSR1);
 }

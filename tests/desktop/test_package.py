@@ -91,25 +91,35 @@ class Package(unittest.TestCase):
         return answer.stdout
 
     def log_in_to(self, name):
-        """A login to a session that only asks whether the agent is there: the answer, and how long the login took."""
+        """A login to a session that only asks for the agent: where its program is, or nothing, and how long it took."""
         program, answer = f"/usr/local/bin/{name}", f"{self.desktop.home}/answer"
         with open(program, "w", encoding="ascii") as file:
-            file.write("#!/bin/sh\nexec dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / "
-                       f"org.freedesktop.DBus.NameHasOwner string:{AGENT} >{answer}\n")
+            file.write("#!/bin/sh\ndbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / "
+                       f"org.freedesktop.DBus.NameHasOwner string:{AGENT} >{answer}\n"
+                       f"readlink /proc/$(pgrep --exact orvo-agent)/exe >>{answer}\n")
         os.chmod(program, 0o755)
         begin = time.monotonic()
         self.desktop.run(["/etc/X11/Xsession", name])
         took = time.monotonic() - begin
         os.remove(program)
         with open(answer, encoding="ascii") as file:
-            return "true" in file.read(), took
+            has_name, *program = file.read().splitlines()
+        return program[0] if "true" in has_name else "", took
+
+    def test_a_copy_of_ones_own_is_there_after_a_login_too_and_comes_before_the_package(self):
+        home = self.desktop.home
+        answer = self.desktop.run([f"{REPOSITORY}/packaging/linux/install", self.desktop.bundle])
+        self.assertEqual(answer.returncode, 0, answer.stderr)
+        self.assertEqual(self.log_in_to("startxfce4")[0], f"{home}/Applications/Orvo.app/bin/orvo-agent")
+        for place in (".xsessionrc", "Applications", ".config/systemd", ".local/share/dbus-1"):
+            self.desktop.run(["rm", "-r", f"{home}/{place}"])
 
     def test_only_a_session_of_xfce_waits_for_the_agent_and_for_two_seconds_at_most(self):
         agent = f"{BUNDLE}/bin/orvo-agent"
         here, usual = self.log_in_to("othersession")
-        self.assertFalse(here)
+        self.assertEqual(here, "")
         for _ in range(2):  # The second meets the first one's agent, where that outlives its session.
-            self.assertEqual(self.log_in_to("startxfce4")[0], True)
+            self.assertEqual(self.log_in_to("startxfce4")[0], agent)
         os.rename(agent, agent + ".kept")
         for command in ("exec sleep 60", "exit 1"):
             with self.subTest(command):
@@ -117,7 +127,7 @@ class Package(unittest.TestCase):
                     file.write(f"#!/bin/sh\n{command}\n")
                 os.chmod(agent, 0o755)
                 here, took = self.log_in_to("startxfce4")
-                self.assertFalse(here)
+                self.assertEqual(here, "")
                 self.assertLess(took, usual + 2.2)
         os.replace(agent + ".kept", agent)
         self.desktop.run(["systemctl", "--user", "reset-failed"])

@@ -36,7 +36,7 @@ void FollowedProperty::follow() {
   auto* watcher = new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
   connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString&, const QString& newOwner) {
-            value_ = false;
+            set(false);
             if (!newOwner.isEmpty()) fetch();
           });
 }

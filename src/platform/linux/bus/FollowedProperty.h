@@ -42,7 +42,7 @@ class FollowedProperty : public QObject {
   bool take(const QDBusMessage& answer);
 
  signals:
-  // Whenever the service has said it, new or not.
+  // Whenever the service has said it, new or not, and when the service is gone.
   void told(bool value);
 
  private:
