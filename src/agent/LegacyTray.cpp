@@ -17,6 +17,9 @@ constexpr std::chrono::minutes longestPause{2};
 // Of windows, on the way from the root to the tray.
 constexpr std::size_t mostSearched = 5000;
 constexpr int deepest = 5;
+// Any program can make as many as it likes.
+constexpr std::size_t mostSockets = 1000;
+constexpr std::size_t mostInside = 20;  // a socket or an icon; of the first there is one in good faith
 
 constexpr std::uint32_t mappedFlag = 1;  // of _XEMBED_INFO
 
@@ -92,13 +95,13 @@ void LegacyTray::findTray() {
   }
   owner_ = owner->owner;
   set(tray_, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  for (const xcb_window_t socket : children(tray_)) watchSocket(socket);
+  for (const xcb_window_t socket : children(tray_, mostSockets)) watchSocket(socket);
 }
 
 xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
   const std::uint32_t mask = xcb_get_setup(connection_->get())->resource_id_mask;
   const auto isTrays = [=](xcb_window_t window) { return (window & ~mask) == (owner & ~mask); };
-  std::vector<xcb_window_t> level = children(connection_->root());
+  std::vector<xcb_window_t> level = children(connection_->root(), mostSearched);
   std::erase_if(level, isTrays);
   std::size_t searched = level.size();
   for (int depth = 1; depth < deepest && searched <= mostSearched; ++depth) {
@@ -121,10 +124,9 @@ xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
 
 // Watched before it is looked into, so that nothing can come in between.
 void LegacyTray::watchSocket(xcb_window_t socket) {
-  constexpr std::size_t mostSockets = 1000;  // of which any program could make as many as it likes
   if (sockets_.size() >= mostSockets || !sockets_.insert(socket).second) return;
   set(socket, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  for (const xcb_window_t window : children(socket)) dock(window, socket);
+  for (const xcb_window_t window : children(socket, mostInside)) dock(window, socket);
 }
 
 void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
@@ -255,16 +257,17 @@ void LegacyTray::restore(xcb_window_t window, bool overridesRedirect) {
 void LegacyTray::repaint() {
   for (const xcb_window_t window : std::exchange(blank_, {})) {
     xcb_clear_area(connection_->get(), 1, window, 0, 0, 0, 0);
-    for (const xcb_window_t child : children(window)) xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
+    for (const xcb_window_t child : children(window, mostInside))
+      xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
   }
 }
 
-std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window) const {
+std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window, std::size_t most) const {
   const auto reply =
       owned(xcb_query_tree_reply(connection_->get(), xcb_query_tree(connection_->get(), window), nullptr));
   if (!reply) return {};
   const xcb_window_t* const first = xcb_query_tree_children(reply.get());
-  return {first, first + reply->children_len};
+  return {first, first + std::min<std::size_t>(reply->children_len, most)};
 }
 
 bool LegacyTray::wantsToBeMapped(xcb_window_t window) const {

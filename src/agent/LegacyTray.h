@@ -62,7 +62,7 @@ class LegacyTray {
   void restore(xcb_window_t window, bool overridesRedirect);
   void repaint();
 
-  std::vector<xcb_window_t> children(xcb_window_t window) const;
+  std::vector<xcb_window_t> children(xcb_window_t window, std::size_t most) const;
   bool wantsToBeMapped(xcb_window_t window) const;
   bool takeMark(xcb_window_t window);
   void set(xcb_window_t window, std::uint32_t attribute, std::uint32_t value);

@@ -22,10 +22,6 @@ namespace orvo {
 
 namespace {
 
-// Far more than can run at once.
-constexpr std::size_t mostBundles = 10'000;
-constexpr std::size_t mostLetters = std::size_t{128} * 1024;  // of all their identifiers
-
 // Of somebody who conceals and reveals all the time, others need not hear more often.
 constexpr std::chrono::milliseconds requestersPause{50};
 
@@ -149,15 +145,12 @@ int MenuBarAgent::activate(sd_bus_message* call, void* agent, sd_bus_error* erro
   if (!self.watcher_.isNameHeld())
     return sd_bus_error_set(error, agent_protocol::watcherNotHeldError, "Another program watches over the tray.");
   sd_bus_message_skip(call, "ai");
-  const auto bundles = readTexts(call, mostBundles + 1);
-  std::size_t letters = 0;
-  for (const std::string& bundle : bundles) letters += bundle.size();
-  if (bundles.size() > mostBundles || letters > mostLetters)
-    return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many applications.");
+  const auto bundles = readTexts(call, Concealment::mostBundles + 1);
   self.service_.activate(sd_bus_message_get_sender(call), {bundles.begin(), bundles.end()},
                          [call = kept(call)](std::uint32_t assertion) {
                            if (assertion != 0) return void(sd_bus_reply_method_return(call.get(), "u", assertion));
-                           sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many requests.");
+                           sd_bus_reply_method_errorf(call.get(), SD_BUS_ERROR_LIMITS_EXCEEDED,
+                                                      "Too many requests, or the person has ended them.");
                          });
   return 1;
 }

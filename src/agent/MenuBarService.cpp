@@ -1,6 +1,7 @@
 #include "agent/MenuBarService.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <utility>
@@ -11,6 +12,11 @@ namespace {
 
 // Of one sender; more than an application starts with.
 constexpr std::size_t mostAtOnce = 16;
+
+// A program that asks again whenever the person has brought the icons back would have its way otherwise.
+constexpr std::chrono::minutes bar{1};
+
+using Clock = std::chrono::steady_clock;
 
 }  // namespace
 
@@ -61,7 +67,9 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
 
 void MenuBarService::activate(const std::string& requester, std::set<std::string> allowedBundles,
                               std::function<void(std::uint32_t)> done) {
+  std::erase_if(barred_, [now = Clock::now()](const auto& each) { return each.second <= now; });
   auto conceal = [=, this, allowed = std::move(allowedBundles)] {
+    if (barred_.contains(requesters_.at(requester))) return done(0);
     const auto [assertion, change] = menuBar_.activate(requester, requesters_.at(requester), allowed);
     if (assertion == 0)
       refuse("process " + std::to_string(requesters_.at(requester)), "has too many requests in force");
@@ -92,7 +100,9 @@ bool MenuBarService::isProtected(std::int32_t process) const {
 
 void MenuBarService::endOthers(std::int32_t process) {
   for (const std::string& requester : menuBar_.requesters()) {
-    if (requesters_.at(requester) != process) announce(menuBar_.endRequests(requester));
+    if (requesters_.at(requester) == process) continue;
+    barred_[requesters_.at(requester)] = Clock::now() + bar;
+    announce(menuBar_.endRequests(requester));
   }
 }
 

@@ -3,6 +3,7 @@
 // Owned by main; main thread.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -56,14 +57,14 @@ class MenuBarService {
   void registerItem(const std::string& text, const std::string& sender, std::function<void()> done);
 
   // `done` gets the assertion once the panel has been told all that it can be told now, or 0 when the
-  // requester's process has too many, or the bus does not know it.
+  // requester's process has too many, or had them ended lately, or the bus does not know it.
   void activate(const std::string& requester, std::set<std::string> allowedBundles,
                 std::function<void(std::uint32_t)> done);
 
   // The processes that have something concealed, each once.
   const std::set<std::int32_t>& requesters() const { return told_; }
 
-  // Ends what all others have concealed.
+  // Ends what all others have concealed; they may not do it again at once.
   void endOthers(std::int32_t process);
 
   // False when the requester has no such assertion.
@@ -93,6 +94,7 @@ class MenuBarService {
   Question last_ = 0;
   std::map<std::string, std::int32_t> requesters_;  // watched, and there when the watch began; their processes
   std::set<std::int32_t> told_;
+  std::map<std::int32_t, std::chrono::steady_clock::time_point> barred_;  // processes, each until then
   std::map<std::string, std::size_t> registering_;  // by sender: registrations that the bus has yet to answer
   std::set<std::string> refused_;                   // told on standard error
 };

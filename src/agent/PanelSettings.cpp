@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <map>
+#include <ranges>
 #include <string_view>
 #include <utility>
 
@@ -16,6 +17,11 @@ namespace orvo {
 namespace {
 
 constexpr std::chrono::seconds callLimit{2};
+
+// Any program can write the settings. Far more than panels have.
+constexpr std::size_t mostPanels = 16;
+constexpr std::size_t mostPlugins = 200;  // of one
+constexpr std::size_t longestType = 100;
 
 // No screen is finer.
 constexpr int greatestScale = 16;
@@ -60,11 +66,12 @@ std::vector<PanelLayout> layoutsIn(sd_bus_message* answer) {
     sd_bus_message_exit_container(answer);
   }
   std::vector<PanelLayout> layouts;
-  for (const std::string& panel : settings["/panels"]) {
+  for (const std::string& panel : settings["/panels"] | std::views::take(mostPanels)) {
     PanelLayout& layout = layouts.emplace_back();
-    for (const std::string& plugin : settings["/panels/panel-" + panel + "/plugin-ids"]) {
+    for (const std::string& plugin :
+         settings["/panels/panel-" + panel + "/plugin-ids"] | std::views::take(mostPlugins)) {
       const Words& type = settings["/plugins/plugin-" + plugin];
-      layout.push_back({type.empty() ? "" : type.front(), std::atoi(plugin.c_str())});
+      layout.push_back({type.empty() ? "" : type.front().substr(0, longestType), std::atoi(plugin.c_str())});
     }
   }
   return layouts;

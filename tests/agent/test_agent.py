@@ -101,7 +101,8 @@ class Hostile(AgentCase):
     """Whatever one program or file is like, the agent answers, stays small, and hides and shows the icons of others."""
 
     def test_nobody_and_nothing_holds_the_agent_up(self):
-        for act in (self.files_that_are_none, self.mute_in_the_queue, self.items_of_one, self.requests_of_one):
+        for act in (self.files_that_are_none, self.settings_without_end, self.mute_in_the_queue, self.items_of_one,
+                    self.requests_of_one, self.request_again_and_again):
             with self.subTest(act.__name__):
                 self.doCleanups()
                 self.setUp()
@@ -138,6 +139,9 @@ class Hostile(AgentCase):
         os.mkfifo(f"{self.entries}/pipe.desktop")
         for loop in "ab":
             os.symlink(".", f"{self.entries}/{loop}")
+        write(f"{self.entries}/0.desktop", "[Desktop Entry]\nType=Application\nName=" + 200_000 * "n")
+        for number in range(2000):
+            os.symlink("0.desktop", f"{self.entries}/link{number}.desktop")
         for number, arrange in enumerate((
                 os.mkfifo, lambda path: os.symlink("/dev/zero", path),
                 lambda path: (write(path, "{}"), os.truncate(path, 300_000_000)),
@@ -146,6 +150,15 @@ class Hostile(AgentCase):
             arrange(os.path.join(self.desktop.folder, f"{number}.app", "Info.json"))
             self.with_item("script", shutil.copy("/usr/bin/python3", f"{programs}/good"))
             self.assertEqual(self.desktop.call_agent("Items")[-1][2], "org.example.Good")
+
+    def settings_without_end(self):
+        """Any program may write the panel's."""
+        for name in ("org.xfce.Panel", "org.xfce.Xfconf", "org.a11y.Bus"):
+            self.hostile.own(name)
+        numbers = {"/panels": "[7] * 6000", "/panels/panel-7/plugin-ids": "range(6000)"}
+        values = ", ".join(f"{name!r}: GLib.Variant('ai', {value})" for name, value in numbers.items())
+        self.hostile.ask(f"serve(GetAllProperties=GLib.Variant('(a{{sv}})', ({{{values}}},)), GetProperty='(<1>,)', "
+                         "GetAddress=\"('unix:path=/nowhere',)\")")
 
     def mute_in_the_queue(self):
         self.hostile.own(WATCHER, 0)
@@ -161,9 +174,17 @@ class Hostile(AgentCase):
         self.expect_told_once()
 
     def requests_of_one(self):
+        for _ in range(16):
+            self.hostile.ask("activate(*map(str, range(9_000)))")
         self.hostile.activate_many(20_000)
         self.assertEqual(self.hostile.activate(), "org.freedesktop.DBus.Error.LimitsExceeded")
         self.expect_told_once()
+
+    def request_again_and_again(self):
+        person = self.with_item("local.orvo.Orvo")
+        self.hostile.activate()
+        person.agent("EndOthers")
+        self.assertEqual(self.hostile.activate(), "org.freedesktop.DBus.Error.LimitsExceeded")
 
     def expect_told_once(self):
         lines = [line for line in self.desktop.log("agent").splitlines() if "too many" in line]

@@ -3,6 +3,7 @@ program in a socket of the panel's tray."""
 
 import os
 import signal
+import time
 import unittest
 
 from Xlib import X, Xatom, display
@@ -27,7 +28,7 @@ tktray::icon .icon -image square
 
 class Hiding(HidingCase):
     programs = [COPYQ, PASYSTRAY, QMIDINET, *LEGACY, "cbatticon"]
-    marked = [COPYQ, PASYSTRAY, *LEGACY]
+    marked = [COPYQ, PASYSTRAY, *LEGACY, "cbatticon"]
 
     @classmethod
     def prepare(cls):
@@ -39,6 +40,10 @@ class Hiding(HidingCase):
         for _ in range(20):
             self.hide()
             self.reveal()
+        self.hide()
+        with stopped(self.desktop.processes["agent"].pid):
+            stays(lambda: self.desktop.shown() == self.rest, 1, "hidden")
+        self.reveal()
 
     def test_the_arrows_menu_hides_and_shows_and_takes_no_choice_that_it_does_not_offer(self):
         (hide, _, _), *others = self.desktop.menu()
@@ -103,6 +108,22 @@ class Hiding(HidingCase):
         window.map()
         client.sync()
         wait(lambda: not self.desktop.is_hidden(), what="the reveal")
+
+    def test_a_program_that_fills_the_tray_with_windows_holds_nobody_up(self):
+        client = display.Display(self.desktop.display_name)
+        self.addCleanup(client.close)
+        icon = next(address for address, *_ in self.desktop.call_agent("Items") if address.startswith("x11:"))
+        tray = client.create_resource_object("window", int(icon[4:], 16)).query_tree().parent.query_tree().parent
+        client.grab_server()
+        socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        for _ in range(20_000):
+            socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        client.ungrab_server()
+        client.sync()
+        started = time.monotonic()
+        self.desktop.call_agent("Tree")
+        self.assertLess(time.monotonic() - started, 1, "seconds until an answer")
+        self.hide()
 
     def test_the_machine_sleeps_once_the_icons_are_back(self):
         for _ in range(2):

@@ -43,6 +43,7 @@ class Launch(HidingCase):
         holder = Peer(self.desktop, "holder")
         self.addCleanup(holder.kill)
         holder.own(ORVO)
+        holder.ask("serve(Activate='()')")  # As a copy of Orvo's does.
         for reason, display in (("there is no X server to run on", ":32001"),
                                 ("another program holds Orvo's name on the session bus", self.desktop.display_name)):
             answer = self.desktop.run(["env", f"DISPLAY={display}", self.desktop.program])
@@ -96,6 +97,8 @@ class WithoutAgent(DesktopCase):
         desktop.hide_and_expect(["orvo-hidden"])
         desktop.reveal()
         wait(lambda: not desktop.shown_control("Take Over"), what="the card leaving")
+        desktop.end("agent")
+        desktop.control("Take Over")
 
     def take_over(self):
         wait(lambda: self.desktop.control("Take Over").has(STATE_ENABLED), what="the button")

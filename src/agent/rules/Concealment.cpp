@@ -6,9 +6,20 @@
 namespace orvo {
 
 std::uint32_t Concealment::activate(std::string requester, std::int32_t process, std::set<std::string> allowedBundles) {
-  const auto count = std::count_if(requests_.begin(), requests_.end(),
-                                   [=](const auto& request) { return request.second.process == process; });
-  if (static_cast<std::size_t>(count) >= mostOfProcess) return 0;
+  std::size_t requests = 1;
+  std::size_t bundles = 0;
+  std::size_t letters = 0;
+  const auto add = [&](const std::set<std::string>& allowed) {
+    bundles += allowed.size();
+    for (const std::string& bundle : allowed) letters += bundle.size();
+  };
+  add(allowedBundles);
+  for (const auto& [assertion, request] : requests_) {
+    if (request.process != process) continue;
+    ++requests;
+    add(request.allowedBundles);
+  }
+  if (requests > mostOfProcess || bundles > mostBundles || letters > mostLetters) return 0;
   requests_[++last_] = {std::move(requester), process, std::move(allowedBundles)};
   return last_;
 }

@@ -14,6 +14,9 @@ class Concealment {
  public:
   // A program needs one, and a second while it replaces the first.
   static constexpr std::size_t mostOfProcess = 16;
+  // Of the identifiers in all of a process's requests; far more than can run at once.
+  static constexpr std::size_t mostBundles = 10'000;
+  static constexpr std::size_t mostLetters = std::size_t{128} * 1024;
 
   // Shows the application whatever is requested.
   void protect(std::string bundle) { protected_ = std::move(bundle); }

@@ -21,8 +21,9 @@
 //       conceals it (empty where unknown: never concealed). The address of an icon of the older kind is none
 //       of a bus, but "x11:" and its window
 //   Requesters() -> au                    the processes that have something concealed, each once
-//   EndOthers()                           ends every concealment but those of the calling process; for the
-//       application whose arrow it is, which the agent never conceals; AccessDenied to others
+//   EndOthers()                           ends every concealment but those of the calling process, and refuses those
+//       whose it was for a minute; for the application whose arrow it is, which the agent never conceals; AccessDenied
+//       to others
 //   TakeOver()                            has the panel start its tray plug-in anew, behind the agent in the queue
 //       for the watcher's name; answers once the agent holds it, within six seconds. Fails with a reason that
 //       can be shown, where somebody else has the name, or does not let go of it

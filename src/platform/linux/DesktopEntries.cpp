@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -35,9 +36,12 @@ struct Free {
 };
 using KeyFile = std::unique_ptr<GKeyFile, Free>;
 
+// Of a text that is kept, in bytes; no application has a longer name, icon or command in good faith.
+constexpr std::size_t longest = 512;
+
 std::optional<std::string> take(char* text) {
   const std::unique_ptr<char, Free> owned(text);
-  if (owned == nullptr || *owned == '\0') return std::nullopt;
+  if (owned == nullptr || *owned == '\0' || std::strlen(text) > longest) return std::nullopt;
   return std::string(owned.get());
 }
 
@@ -58,9 +62,8 @@ std::string programOfExec(const std::string& exec) {
   return programOfCommand(std::move(arguments));
 }
 
-std::optional<DesktopEntry> readEntry(std::string identifier, const fs::path& path) {
+std::optional<DesktopEntry> entryOf(std::string identifier, const fs::path& path, const std::string& content) {
   const KeyFile file(g_key_file_new());
-  const std::string content = contentOf(path);
   if (g_key_file_load_from_data(file.get(), content.data(), content.size(), G_KEY_FILE_NONE, nullptr) == FALSE)
     return std::nullopt;
   if (text(file, "Type") != "Application" || flag(file, "Hidden")) return std::nullopt;
@@ -136,6 +139,7 @@ void DesktopEntries::read() {
   visited_.clear();
   entries_.clear();
   seen_ = 0;
+  room_ = mostBytes;
   for (const fs::path& folder : folders_) readFolder(folder, folder, 0);
 }
 
@@ -153,7 +157,10 @@ void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder, in
       if (depth < deepest) readFolder(root, file->path(), depth + 1);
     } else if (file->path().extension() == ".desktop") {
       std::string identifier = identifierOf(root, file->path());
-      if (!entries_.contains(identifier)) entries_.emplace(identifier, readEntry(identifier, file->path()));
+      if (entries_.contains(identifier)) continue;
+      const std::string content = contentOf(file->path(), std::min(documentLimit, room_));
+      room_ -= content.size();
+      entries_.emplace(identifier, entryOf(identifier, file->path(), content));
     }
   }
 }

@@ -27,9 +27,10 @@ class DesktopEntries {
   // Folders in order of precedence: an identifier found in an earlier one shadows later ones.
   explicit DesktopEntries(std::vector<std::filesystem::path> folders);
 
-  // Bounds of what is looked at: folders inside folders, each but once, and files and folders in all.
+  // Bounds of what is looked at: folders inside folders, each but once, files and folders in all, and their contents.
   static constexpr int deepest = 4;
-  static constexpr int mostFiles = 20'000;
+  static constexpr int mostFiles = 5'000;
+  static constexpr std::size_t mostBytes = 64'000'000;
 
   // The "applications" folders of XDG_DATA_HOME and XDG_DATA_DIRS, then the usual ones.
   static std::vector<std::filesystem::path> standardFolders();
@@ -60,6 +61,7 @@ class DesktopEntries {
   std::vector<std::filesystem::path> folders_;
   std::set<std::filesystem::path> visited_;  // without links
   int seen_ = 0;
+  std::size_t room_ = 0;                           // for contents
   std::map<std::filesystem::path, Stamp> stamps_;  // every folder read, those inside the roots too
   // Nothing stands for an entry that says it does not exist; it shadows those of its name all the same.
   std::map<std::string, std::optional<DesktopEntry>> entries_;

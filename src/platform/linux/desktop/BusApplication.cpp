@@ -13,10 +13,12 @@ constexpr int attempts = 3;
 
 }  // namespace
 
-BusApplication::BusApplication(QDBusConnection bus, const std::string& identifier, std::function<void()> reopen)
+BusApplication::BusApplication(QDBusConnection bus, const std::string& identifier, std::function<bool()> isCopyRunning,
+                               std::function<void()> reopen)
     : bus_(std::move(bus)),
       name_(QString::fromStdString(identifier)),
       path_(session_bus::applicationPath(name_)),
+      isCopyRunning_(std::move(isCopyRunning)),
       reopen_(std::move(reopen)) {
   bus_.connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", this,
                SIGNAL(busLost()));
@@ -32,10 +34,11 @@ BusApplication::Outcome BusApplication::acquireOrHandOver() {
   if (!bus_.isConnected()) return Outcome::noBus;
   // The object first: a request may follow the name at once.
   bus_.registerObject(path_, this, QDBusConnection::ExportAllSlots);
-  QString error;
+  QString error = QStringLiteral("another program's");
   for (int attempt = 0; attempt < attempts; ++attempt) {
     acquired_ = bus_.registerService(name_);
     if (acquired_) return Outcome::acquired;
+    if (!isCopyRunning_()) continue;
     error = session_bus::activateApplication(bus_, name_, {});
     if (!session_bus::meansNoOwner(error)) break;
   }

@@ -17,16 +17,18 @@ class BusApplication final : public QObject {
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
  public:
-  // `identifier` is the bus name; `reopen` is called for each request to open the program again.
-  BusApplication(QDBusConnection bus, const std::string& identifier, std::function<void()> reopen);
+  // `identifier` is the bus name; `isCopyRunning` tells whether another process that has it is a copy of this program;
+  // `reopen` is called for each request to open the program again.
+  BusApplication(QDBusConnection bus, const std::string& identifier, std::function<bool()> isCopyRunning,
+                 std::function<void()> reopen);
   ~BusApplication() override;
   BusApplication(const BusApplication&) = delete;
   BusApplication& operator=(const BusApplication&) = delete;
 
   enum class Outcome { acquired, handedOver, refused, noBus };
 
-  // Takes the name. Where another process has it, that process is asked to reopen; of two that start
-  // at once the bus picks one. Refused when whoever has it does not do what Orvo would.
+  // Takes the name. Where a copy has it, that one is asked to reopen; of two that start at once the bus picks one.
+  // Refused when another program has it, or the copy does not do what it should.
   Outcome acquireOrHandOver();
 
   // The connection is gone for good.
@@ -40,6 +42,7 @@ class BusApplication final : public QObject {
   QDBusConnection bus_;
   const QString name_;
   const QString path_;
+  const std::function<bool()> isCopyRunning_;
   const std::function<void()> reopen_;
   bool acquired_ = false;
 };

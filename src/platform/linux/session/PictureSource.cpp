@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
+#include <QIcon>
 #include <QImage>
 #include <QImageReader>
 #include <QStandardPaths>
@@ -18,6 +20,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -66,8 +69,27 @@ std::optional<Picture> pictureOfFile(const QString& path, int size) {
   return toPicture(reader.read(), size);
 }
 
+// Qt reads the indexes of the themes in the folder, and would wait for a pipe in the place of one.
+bool isSound(const QString& folder) {
+  constexpr qint64 largestIndex = 1'000'000;
+  constexpr int mostThemes = 500;
+  QDirIterator themes(folder, QDir::Dirs | QDir::NoDotAndDotDot);
+  for (int seen = 0; themes.hasNext() && seen < mostThemes; ++seen) {
+    const QDir theme(themes.next());
+    const QFileInfo index(theme, QStringLiteral("index.theme"));
+    const QFileInfo cache(theme, QStringLiteral("icon-theme.cache"));
+    if ((index.exists() && (!index.isFile() || index.size() > largestIndex)) || (cache.exists() && !cache.isFile()))
+      return false;
+  }
+  return !themes.hasNext();
+}
+
 // As QIcon finds it, which would open whatever stands there.
 QString themeFile(const QString& name, int size) {
+  static const QStringList folders = QIcon::themeSearchPaths();
+  QStringList sound;
+  std::ranges::copy_if(folders, std::back_inserter(sound), isSound);
+  if (sound != QIcon::themeSearchPaths()) QIcon::setThemeSearchPaths(sound);
   const QThemeIconInfo found = QIconLoader::instance()->loadIcon(name);
   const QIconLoaderEngineEntry* entry = QIconLoaderEngine::entryForSize(found, {size, size});
   return entry == nullptr ? QString() : entry->filename;
