@@ -9,8 +9,10 @@ namespace orvo {
 
 namespace {
 
-// GTK 2 and Tk draw nothing when asked at once after they were mapped: found by trying.
-constexpr std::chrono::milliseconds repaintPause{50};
+// GTK 2 and Tk draw nothing when asked at once after they were mapped, nor on a busy machine a while after: found by
+// trying. So they are asked again, after pauses that double.
+constexpr std::chrono::milliseconds firstRepaint{50};
+constexpr std::chrono::milliseconds lastRepaint{1600};
 // A panel puts its tray into place after it has told of it, at a login perhaps long after. Pauses double.
 constexpr std::chrono::milliseconds firstPause{200};
 constexpr std::chrono::minutes longestPause{2};
@@ -51,8 +53,7 @@ void LegacyTray::follow() {
   set(connection_->root(), XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   searchPause_ = firstPause;
   findTray();
-  for (const LegacyIcon& icon : icons()) blank_.insert(icon.window);
-  repaint_.start(repaintPause);
+  for (const LegacyIcon& icon : icons()) repaintSoon(icon.window);
   dispatch();
 }
 
@@ -200,8 +201,7 @@ void LegacyTray::mapped(xcb_window_t window) {
   if (const auto order = icons_.mapped(window)) carryOut(*order);
   const LegacyIcon* const icon = icons_.find(window);
   if (icon == nullptr || icon->isHeld) return;
-  blank_.insert(window);
-  repaint_.start(repaintPause);
+  repaintSoon(window);
 }
 
 // A tray has started, or somebody says so. What stood in another one before has to dock again.
@@ -254,12 +254,20 @@ void LegacyTray::restore(xcb_window_t window, bool overridesRedirect) {
   xcb_change_save_set(connection_->get(), XCB_SET_MODE_DELETE, window);
 }
 
+void LegacyTray::repaintSoon(xcb_window_t window) {
+  blank_.insert(window);
+  repaintPause_ = firstRepaint;
+  repaint_.start(repaintPause_);
+}
+
 void LegacyTray::repaint() {
-  for (const xcb_window_t window : std::exchange(blank_, {})) {
+  for (const xcb_window_t window : blank_) {
     xcb_clear_area(connection_->get(), 1, window, 0, 0, 0, 0);
     for (const xcb_window_t child : children(window, mostInside))
       xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
   }
+  if (repaintPause_ >= lastRepaint) return blank_.clear();
+  repaint_.start(repaintPause_ *= 2);
 }
 
 std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window, std::size_t most) const {

@@ -60,6 +60,7 @@ class LegacyTray {
   void hide(const LegacyIcon& icon);
   void withdrawn(xcb_window_t window);
   void restore(xcb_window_t window, bool overridesRedirect);
+  void repaintSoon(xcb_window_t window);
   void repaint();
 
   std::vector<xcb_window_t> children(xcb_window_t window, std::size_t most) const;
@@ -79,6 +80,7 @@ class LegacyTray {
   LegacyIcons::Shows shows_ = [](const std::string&) { return true; };
   std::chrono::milliseconds searchPause_{0};  // the next one
   std::set<xcb_window_t> blank_;              // perhaps
+  std::chrono::milliseconds repaintPause_{0};
   Timer search_;
   Timer repaint_;
   Timer more_;

@@ -51,8 +51,8 @@ orvo::BusHandle connectToSession(sd_event* loop) {
   return isWhole ? std::move(bus) : nullptr;
 }
 
-// Until all icons of the older kind are drawn.
-constexpr std::chrono::milliseconds drawing{300};
+// Until all icons of the older kind are drawn, by a busy machine too.
+constexpr std::chrono::milliseconds drawing{1000};
 
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
