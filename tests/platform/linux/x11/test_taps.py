@@ -163,7 +163,8 @@ class Taps(unittest.TestCase):
         self.assertEqual(self.expect_seen(RIGHT_DOWN, RIGHT_UP)[0][1], ON_REGION)
         self.tap.say("passes", 0)
         self.catch()
-        self.tap.say("post", 42)
+        self.tap.say("mark")
+        self.tap.say("post")
         self.assertEqual(self.expect_seen(LEFT_DOWN)[0][2], 42)
         self.expect_no_more()  # It was dropped.
         for word in ("hang", "post", "invalidate", "go"):  # Nobody is left to be asked.
@@ -187,7 +188,7 @@ class Taps(unittest.TestCase):
         self.expect_covered()
         self.tap.say("hang")
         self.person.click(*ON_REGION)
-        self.assertEqual(self.tap.say("wait"), [1])
+        wait(lambda: self.tap.say("asked") == [1], 5, "a task for the main thread")
         self.tap.say("end")
         self.expect_clicks(click(1, ON_REGION))
 

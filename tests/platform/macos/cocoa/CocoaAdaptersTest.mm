@@ -10,7 +10,7 @@
 #include "platform/macos/foundation/NsText.h"
 #include "platform/macos/foundation/PooledExecutor.h"
 #include "platform/macos/foundation/Retained.h"
-#include "support/ManualExecutor.h"
+#include "support/ManualMainQueue.h"
 
 #import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
@@ -18,7 +18,6 @@
 #include <gmock/gmock.h>
 
 #include <bit>
-#include <thread>
 
 namespace {
 
@@ -134,7 +133,6 @@ ORVO_STAND_IN(SMAppService)
 // clang-format on
 
 namespace orvo {
-namespace {
 
 using namespace ::testing;
 
@@ -361,5 +359,4 @@ TEST_F(CocoaAdaptersTest, WhatAThreadAsksOrLeavesBehindGoesWithAPool) {
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::Not(::testing::HasSubstr("without pool")));
 }
 
-}  // namespace
 }  // namespace orvo
