@@ -4,9 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <stdexcept>
-#include <thread>
-
 namespace orvo {
 
 using testing::ElementsAre;

@@ -5,11 +5,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include <set>
-#include <thread>
-
 namespace orvo {
-namespace {
 
 using namespace std::chrono_literals;
 using enum BarState;
@@ -60,8 +56,7 @@ class Machine : public World {
     if (requests() == 0) return;
     const std::size_t number = choice % 2 == 0 ? requests() - 1 : choice % requests();
     if (!confirmed.contains(number) && !denied.contains(number)) (denies ? denied : confirmed).insert(number);
-    const auto error = denies ? std::optional(FrameworkError{"Some.Domain", 7, "not now"}) : std::nullopt;
-    const auto give = [&] { memory.framework.answer(number, error); };
+    const auto give = [&] { memory.framework.answer(number, denies ? std::optional(notNow) : std::nullopt); };
     choice % 3 == 0 ? std::thread(give).join() : give();
     if (settles) settle();
   }
@@ -129,5 +124,4 @@ TEST(OrvoModelPropertyTest, NoSequenceOfEventsLeavesAnAssertionBehindOrTheBarInD
   EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, sequences)); }));
 }
 
-}  // namespace
 }  // namespace orvo

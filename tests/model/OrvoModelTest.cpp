@@ -2,10 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <tuple>
-
 namespace orvo {
-namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -236,5 +233,4 @@ TEST(OrvoModelTest, TheLoginItemTellsWhatCameOfTheChange) {
   }
 }
 
-}  // namespace
 }  // namespace orvo

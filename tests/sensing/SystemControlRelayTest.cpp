@@ -6,12 +6,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <array>
-#include <map>
-#include <thread>
-
 namespace orvo {
-namespace {
 
 using std::chrono::milliseconds;
 using enum EventType;
@@ -118,5 +113,4 @@ TEST(SystemControlRelayTest, HoldsAClickFor180MillisecondsOnTheMainThreadAloneAn
   EXPECT_TRUE(session.taps.posted.size() == 1 && !session.taps.valid);
 }
 
-}  // namespace
 }  // namespace orvo

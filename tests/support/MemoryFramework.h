@@ -3,7 +3,6 @@
 
 #include "platform/ConcealmentFramework.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 

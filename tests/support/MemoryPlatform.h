@@ -277,8 +277,7 @@ struct MemoryApplicationIcons : ApplicationIcons {
 };
 
 struct NamedApp {
-  std::string bundleID;
-  std::string name;
+  std::string bundleID, name;
 };
 
 struct MemoryPlatform {

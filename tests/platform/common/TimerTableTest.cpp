@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace orvo {
-namespace {
 
 using namespace std::chrono_literals;
 using Duration = MainQueue::Duration;
@@ -56,5 +53,4 @@ TEST_F(TimerTableTest, ToleranceLetsOneWakeUpServeSeveralAndSleepCostsOneRun) {
   EXPECT_EQ(runDue(300s), "z");
 }
 
-}  // namespace
 }  // namespace orvo

@@ -85,7 +85,6 @@ id unless(const char* fault, id made) {
 // clang-format on
 
 namespace orvo {
-namespace {
 
 using ::testing::ElementsAre;
 
@@ -169,5 +168,4 @@ TEST_F(SystemFrameworkTest, NoFileOrClassOrMessageIsNoFault) {
   EXPECT_FALSE(framework_.respondsTo(*framework_.makeAssertion(type), "noSuchMessage:"));
 }
 
-}  // namespace
 }  // namespace orvo
