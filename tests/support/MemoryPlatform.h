@@ -151,13 +151,13 @@ struct MemoryUserDefaults : UserDefaults {
 
 // The installed copy, its process and where it lies. One symbolic link: "/link" leads to the Applications folder.
 struct MemoryBundle : Bundle, ProcessInfo, FileSystem {
-  std::optional<std::string> bundleIdentifier = "local.orvo.Orvo";
-  std::map<std::string, InfoValue, std::less<>> info{{"CFBundleShortVersionString", std::string("0.2.0")}};
   std::string bundlePath = "/Applications/Orvo.app";
   std::string systemVersion = "Version 27.0 (Build 26A100)";
 
-  std::optional<std::string> identifier() const override { return bundleIdentifier; }
-  std::optional<InfoValue> infoValue(std::string_view key) const override { return found(info, key); }
+  std::optional<std::string> identifier() const override { return "local.orvo.Orvo"; }
+  std::optional<InfoValue> infoValue(std::string_view key) const override {
+    return key == "CFBundleShortVersionString" ? std::optional<InfoValue>("0.2.0") : std::nullopt;
+  }
   std::string path() const override { return bundlePath; }
   std::vector<std::string> arguments() const override { return {}; }
   std::int32_t processIdentifier() const override { return 1000; }
@@ -288,8 +288,6 @@ struct MemoryPlatform {
     setConcealmentFramework(&framework);
     workspace.launch(std::string(menuBarHostBundle), hostPid);
   }
-  MemoryPlatform(const MemoryPlatform&) = delete;
-  MemoryPlatform& operator=(const MemoryPlatform&) = delete;
   ~MemoryPlatform() { setConcealmentFramework(nullptr); }
 
   // From now on the menu bar shows a clock and the items of these applications, which are launched, from process
