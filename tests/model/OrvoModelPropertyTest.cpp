@@ -47,8 +47,7 @@ class Machine : public World {
     if (which % 7 == 1) return memory.mainQueue.sleepThrough(choice % 20 * 1s);
     if (which % 7 > 3) return answer(choice, which % 7 == 4, which % 7 == 6);
     play(which % 7 == 2 ? "click" : "losttap");
-    must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid),
-         "a control out of reach");
+    must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid), "controls are lost");
   }
 
   // The first answer to a request counts, given here or on another thread.
@@ -119,9 +118,8 @@ TEST(OrvoModelPropertyTest, NoSequenceOfEventsLeavesAnAssertionBehindOrTheBarInD
     machine.delegate.reset();
     RC_ASSERT(machine.memory.framework.liveObjects() == 0U);
   };
-  const auto sequences =
-      rc::gen::container<Choices>(rc::gen::pair(rc::gen::inRange(0U, 47U), rc::gen::inRange(0U, 24U)));
-  EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, sequences)); }));
+  const auto courses = rc::gen::container<Choices>(rc::gen::pair(rc::gen::inRange(0U, 47U), rc::gen::inRange(0U, 24U)));
+  EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, courses)); }));
 }
 
 }  // namespace orvo

@@ -78,8 +78,7 @@ struct Session {
   ManualMainQueue queue;
   MemoryEventTaps taps;
   std::shared_ptr<SystemControlRelay> relay = SystemControlRelay::make(taps, queue);
-  int reveals = 0;
-  int sent = 0;
+  int reveals = 0, sent = 0;
   std::size_t posted = 0;
   // Serial number and the time at which it was held back.
   std::map<int, milliseconds> owed;

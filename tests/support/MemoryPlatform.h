@@ -74,9 +74,8 @@ struct MemoryAccessibility : Accessibility {
 
 struct MemoryWorkspace : Workspace {
   std::vector<RunningApplication> running;
-  std::vector<std::string> openedURLs;
+  std::vector<std::string> openedURLs, others;
   bool opensNothing = false;
-  std::vector<std::string> others;
   NotificationCenter center;
 
   void launch(const std::string& bundle, std::int32_t pid) { running.push_back({bundle, pid, {}, {}}); }
@@ -151,8 +150,7 @@ struct MemoryUserDefaults : UserDefaults {
 
 // The installed copy, its process and where it lies. One symbolic link: "/link" leads to the Applications folder.
 struct MemoryBundle : Bundle, ProcessInfo, FileSystem {
-  std::string bundlePath = "/Applications/Orvo.app";
-  std::string systemVersion = "Version 27.0 (Build 26A100)";
+  std::string bundlePath = "/Applications/Orvo.app", systemVersion = "Version 27.0 (Build 26A100)";
 
   std::optional<std::string> identifier() const override { return "local.orvo.Orvo"; }
   std::optional<InfoValue> infoValue(std::string_view key) const override {

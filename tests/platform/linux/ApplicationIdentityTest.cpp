@@ -62,10 +62,8 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   const std::string mine = "GIO_LAUNCHED_DESKTOP_FILE_PID=4242";
   const std::string parents = "GIO_LAUNCHED_DESKTOP_FILE_PID=424";
   const std::string python = "/usr/bin/python3.11";
-  const struct {
-    std::string expected, executable;
-    Words arguments, environment;
-  } cases[] = {
+  // The identifier, of this executable with these arguments and environment.
+  const std::tuple<std::string, std::string, Words, Words> cases[]{
       {"org.example.Chat", "/usr/lib/chat/chat-bin", {}, {}},
       {"org.example.Mixer", "/usr/lib/wrapped", {}, {launched, mine}},
       {"child", "/usr/bin/child", {}, {launched, parents}},

@@ -8,10 +8,9 @@ namespace orvo {
 
 // Its quoted form is what the session reads back as this path.
 constexpr const char* program = R"(/My "Apps"/100% $x\y`/orvo)";
-const std::string entry =
-    "[Desktop Entry]\nExec="
-    R"("/My \\"Apps\\"/100%% \\$x\\\\y\\`/orvo")"
-    "\n";
+const std::string entry = R"([Desktop Entry]
+Exec="/My \\"Apps\\"/100%% \\$x\\\\y\\`/orvo"
+)";
 const std::string stale = "[Desktop Entry]\nExec=/old/orvo\n";
 
 TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhatFailedIsSaid) {

@@ -190,8 +190,7 @@ TEST_F(CocoaAdaptersTest, TheApplicationIsToldAndTellsItsDelegateWhileItHasOne) 
   id<NSApplicationDelegate> const told = [kept(shared(), "setDelegate") nonretainedObjectValue];
   [told applicationDidFinishLaunching:nil];
   application->setActivationPolicy(ActivationPolicy::accessory);
-  for (const BOOL visible : {NO, YES})
-    EXPECT_EQ([told applicationShouldHandleReopen:nil hasVisibleWindows:visible], visible);
+  for (const BOOL shown : {NO, YES}) EXPECT_EQ([told applicationShouldHandleReopen:nil hasVisibleWindows:shown], shown);
   EXPECT_FALSE([told applicationShouldTerminateAfterLastWindowClosed:nil]);
   EXPECT_EQ(application->currentEventType(), std::nullopt);
   during(EventType::rightMouseUp, [&] { EXPECT_EQ(application->currentEventType(), EventType::rightMouseUp); });

@@ -106,8 +106,7 @@ class SystemFrameworkTest : public ::testing::Test {
           !error ? "" : error->domain + (' ' + std::to_string(error->code) + ' ') + error->localizedDescription);
     };
     ++script.requests;
-    return QLCreateMenuBarAssertion(bundles.data(), bundles.size(),
-                                    {invoke, [](void*) { --script.requests; }, nullptr});
+    return QLCreateMenuBarAssertion(bundles.data(), bundles.size(), {invoke, [](void*) { --script.requests; }, {}});
   }
 
   SystemFramework framework_{ORVO_FAKE_ROOT};
