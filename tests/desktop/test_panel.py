@@ -104,14 +104,10 @@ class StatusControls(DesktopCase):
     def expect(self, names):
         wait(lambda: set(self.controls()) == names, what=f"the controls {names}")
 
-    def at_rest(self):
-        """The panel gives what comes onto it its room in steps."""
-        return settled(self.controls, 0.5, every=0.05)
-
     def test_they_follow_the_panel_and_its_settings_and_keep_nobody_waiting(self):
         desktop = self.desktop
         self.expect(CONTROLS)
-        known = self.at_rest()
+        known = settled(self.controls, 0.5, every=0.05)  # The panel gives what comes onto it its room in steps.
         self.assertEqual(tuple(known["clock-7"]), tuple(desktop.clock()))
         for scale in (2, 1):  # Nothing but the agent follows it here.
             desktop.store("xsettings", "/Gdk/", {"WindowScalingFactor": GLib.Variant("i", scale)})
