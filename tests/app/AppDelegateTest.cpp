@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
 using enum EventType;
 
@@ -90,5 +89,4 @@ TEST(AppDelegateTest, ASystemThatGrantsNothingLeavesEverythingElseWorking) {
   }
 }
 
-}  // namespace
 }  // namespace orvo

@@ -4,9 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <stdexcept>
-#include <thread>
-
 namespace orvo {
 
 using testing::ElementsAre;
@@ -23,8 +20,7 @@ struct Caller {
     const auto invoke = [](void* context, const QLError* error) {
       auto& caller = *static_cast<Caller*>(context);
       caller.answers.emplace_back();
-      if (error != nullptr)
-        caller.answers.back() = error->domain + std::to_string(error->code) + error->localizedDescription;
+      if (error) caller.answers.back() = error->domain + std::to_string(error->code) + error->localizedDescription;
       caller.inside();
       EXPECT_EQ(caller.releases, 0) << "released before or while it was invoked";
     };

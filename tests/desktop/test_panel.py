@@ -104,21 +104,13 @@ class StatusControls(DesktopCase):
     def expect(self, names):
         wait(lambda: set(self.controls()) == names, what=f"the controls {names}")
 
-    def at_rest(self):
-        """The panel gives what comes onto it its room in steps."""
-        return settled(self.controls, 0.5, every=0.05)
-
     def test_they_follow_the_panel_and_its_settings_and_keep_nobody_waiting(self):
-        desktop, store = self.desktop, lambda *setting: self.desktop.store(*setting[:2], {"": setting[2]})
+        desktop = self.desktop
         self.expect(CONTROLS)
-        self.assertEqual(tuple(self.at_rest()["clock-7"]), tuple(desktop.clock()))
-        store("xfce4-panel", "/plugins/plugin-7", "weather")
-        self.expect({"xkb-5", "pulseaudio-6", "weather-7"})
-        store("xfce4-panel", "/plugins/plugin-7", "clock")
-        self.expect(CONTROLS)
-        known = self.at_rest()
+        known = settled(self.controls, 0.5, every=0.05)  # The panel gives what comes onto it its room in steps.
+        self.assertEqual(tuple(known["clock-7"]), tuple(desktop.clock()))
         for scale in (2, 1):  # Nothing but the agent follows it here.
-            store("xsettings", "/Gdk/WindowScalingFactor", GLib.Variant("i", scale))
+            desktop.store("xsettings", "/Gdk/", {"WindowScalingFactor": GLib.Variant("i", scale)})
             scaled = {name: tuple(value * scale for value in frame) for name, frame in known.items()}
             wait(lambda s=scaled: self.controls() == s, what=f"scale {scale}")
         with stopped(desktop.processes["panel"].pid):

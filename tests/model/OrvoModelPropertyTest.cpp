@@ -5,11 +5,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include <set>
-#include <thread>
-
 namespace orvo {
-namespace {
 
 using namespace std::chrono_literals;
 using enum BarState;
@@ -51,8 +47,7 @@ class Machine : public World {
     if (which % 7 == 1) return memory.mainQueue.sleepThrough(choice % 20 * 1s);
     if (which % 7 > 3) return answer(choice, which % 7 == 4, which % 7 == 6);
     play(which % 7 == 2 ? "click" : "losttap");
-    must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid),
-         "a control out of reach");
+    must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid), "controls are lost");
   }
 
   // The first answer to a request counts, given here or on another thread.
@@ -60,8 +55,7 @@ class Machine : public World {
     if (requests() == 0) return;
     const std::size_t number = choice % 2 == 0 ? requests() - 1 : choice % requests();
     if (!confirmed.contains(number) && !denied.contains(number)) (denies ? denied : confirmed).insert(number);
-    const auto error = denies ? std::optional(FrameworkError{"Some.Domain", 7, "not now"}) : std::nullopt;
-    const auto give = [&] { memory.framework.answer(number, error); };
+    const auto give = [&] { memory.framework.answer(number, denies ? std::optional(notNow) : std::nullopt); };
     choice % 3 == 0 ? std::thread(give).join() : give();
     if (settles) settle();
   }
@@ -124,10 +118,8 @@ TEST(OrvoModelPropertyTest, NoSequenceOfEventsLeavesAnAssertionBehindOrTheBarInD
     machine.delegate.reset();
     RC_ASSERT(machine.memory.framework.liveObjects() == 0U);
   };
-  const auto sequences =
-      rc::gen::container<Choices>(rc::gen::pair(rc::gen::inRange(0U, 47U), rc::gen::inRange(0U, 24U)));
-  EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, sequences)); }));
+  const auto courses = rc::gen::container<Choices>(rc::gen::pair(rc::gen::inRange(0U, 47U), rc::gen::inRange(0U, 24U)));
+  EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, courses)); }));
 }
 
-}  // namespace
 }  // namespace orvo

@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace orvo {
-namespace {
 
 using Element = std::shared_ptr<MemoryElement>;
 using Frames = std::vector<Rect>;
@@ -95,5 +92,4 @@ TEST(IconScannerTest, AsksTheFirstTrustedHostAloneAndAnswersAndForgetsOnTheMainT
   EXPECT_EQ(root->messagingTimeout, 0.2F);
 }
 
-}  // namespace
 }  // namespace orvo

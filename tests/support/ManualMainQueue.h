@@ -1,15 +1,55 @@
-// A main queue whose clock the test turns and whose tasks run only when the test says so. The thread that makes it
-// is the main thread; only `post` and `waitUntilPosted` concern other threads.
+// A main queue whose clock the test turns, and an executor beside it; their tasks run only when the test says so. The
+// thread that makes the queue is the main thread. Any thread may post.
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "platform/SerialExecutor.h"
 #include "platform/common/TimerTable.h"
-#include "support/ManualExecutor.h"
 
 #include <algorithm>
+#include <deque>
+#include <mutex>
 #include <thread>
 
 namespace orvo {
+
+class ManualTasks {
+ public:
+  // While true, tasks wait.
+  bool holds = false;
+
+  // Runs the oldest task; false when there was none.
+  bool runOne() {
+    std::unique_lock lock(mutex_);
+    if (holds || tasks_.empty()) return false;
+    const std::function<void()> task = std::move(tasks_.front());
+    tasks_.pop_front();
+    lock.unlock();
+    return task(), true;
+  }
+  // Runs tasks until none is left, those included that are posted meanwhile.
+  void runPosted() {
+    while (runOne()) continue;
+  }
+  bool isEmpty() {
+    const std::lock_guard lock(mutex_);
+    return tasks_.empty();
+  }
+
+ protected:
+  void add(std::function<void()> task) {
+    const std::lock_guard lock(mutex_);
+    tasks_.push_back(std::move(task));
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<std::function<void()>> tasks_;
+};
+
+struct ManualExecutor : SerialExecutor, ManualTasks {
+  void post(std::function<void()> task) override { add(std::move(task)); }
+};
 
 class ManualMainQueue : public MainQueue, public ManualTasks {
  public:

@@ -16,9 +16,7 @@ struct MemoryEvent : Event {
 
   Point location() const override { return point; }
   std::unique_ptr<Event> copy() const override { return copyFails ? nullptr : std::make_unique<MemoryEvent>(*this); }
-  std::int64_t integerValueField(std::uint32_t field) const override {
-    return field == eventSourceUserData ? userData : 0;
-  }
+  std::int64_t integerValueField(std::uint32_t key) const override { return key == eventSourceUserData ? userData : 0; }
   void setIntegerValueField(std::uint32_t field, std::int64_t value) override {
     if (field == eventSourceUserData) userData = value;
   }
@@ -67,9 +65,7 @@ struct MemoryEventTaps : EventTaps {
     inRunLoop = enabled = false, valid = true, regions.clear();
     return std::make_unique<Port>(*this);
   }
-  void post(EventTapLocation, const Event& event) override {
-    posted.push_back(dynamic_cast<const MemoryEvent&>(event));
-  }
+  void post(EventTapLocation, const Event& sent) override { posted.push_back(dynamic_cast<const MemoryEvent&>(sent)); }
 };
 
 }  // namespace orvo

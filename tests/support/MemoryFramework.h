@@ -3,7 +3,6 @@
 
 #include "platform/ConcealmentFramework.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 
@@ -31,9 +30,8 @@ struct MemoryFramework : ConcealmentFramework {
     return [reason] { throw FrameworkException{reason}; };
   }
 
-  std::vector<std::string> loaded;
+  std::vector<std::string> loaded, logged;
   std::vector<Activation> activations;
-  std::vector<std::string> logged;
   // Has as many owners as there are assertion and configuration objects, and one more.
   const std::shared_ptr<void> alive = std::make_shared<int>();
   std::size_t liveObjects() const { return static_cast<std::size_t>(alive.use_count()) - 1; }

@@ -74,10 +74,8 @@ struct MemoryAccessibility : Accessibility {
 
 struct MemoryWorkspace : Workspace {
   std::vector<RunningApplication> running;
-  std::vector<std::string> openedURLs;
-  bool opensNothing = false;
-  std::vector<std::string> others;
-  bool managedElsewhere = false;
+  std::vector<std::string> openedURLs, others;
+  bool opensNothing = false, managedElsewhere = false;
   TakenOver takenOver;
   NotificationCenter center;
 
@@ -155,13 +153,12 @@ struct MemoryUserDefaults : UserDefaults {
 
 // The installed copy, its process and where it lies. One symbolic link: "/link" leads to the Applications folder.
 struct MemoryBundle : Bundle, ProcessInfo, FileSystem {
-  std::optional<std::string> bundleIdentifier = "local.orvo.Orvo";
-  std::map<std::string, InfoValue, std::less<>> info{{"CFBundleShortVersionString", std::string("0.2.0")}};
-  std::string bundlePath = "/Applications/Orvo.app";
-  std::string systemVersion = "Version 27.0 (Build 26A100)";
+  std::string bundlePath = "/Applications/Orvo.app", systemVersion = "Version 27.0 (Build 26A100)";
 
-  std::optional<std::string> identifier() const override { return bundleIdentifier; }
-  std::optional<InfoValue> infoValue(std::string_view key) const override { return found(info, key); }
+  std::optional<std::string> identifier() const override { return "local.orvo.Orvo"; }
+  std::optional<InfoValue> infoValue(std::string_view key) const override {
+    return key == "CFBundleShortVersionString" ? std::optional<InfoValue>("0.2.0") : std::nullopt;
+  }
   std::string path() const override { return bundlePath; }
   std::vector<std::string> arguments() const override { return {}; }
   std::int32_t processIdentifier() const override { return 1000; }
@@ -281,8 +278,7 @@ struct MemoryApplicationIcons : ApplicationIcons {
 };
 
 struct NamedApp {
-  std::string bundleID;
-  std::string name;
+  std::string bundleID, name;
 };
 
 struct MemoryPlatform {
@@ -293,8 +289,6 @@ struct MemoryPlatform {
     setConcealmentFramework(&framework);
     workspace.launch(std::string(menuBarHostBundle), hostPid);
   }
-  MemoryPlatform(const MemoryPlatform&) = delete;
-  MemoryPlatform& operator=(const MemoryPlatform&) = delete;
   ~MemoryPlatform() { setConcealmentFramework(nullptr); }
 
   // From now on the menu bar shows a clock and the items of these applications, which are launched, from process

@@ -8,12 +8,13 @@
 #include "support/MemoryPlatform.h"
 #include "ui/OrvoView.h"
 
-#include <sstream>
-
 namespace orvo {
 
 inline constexpr const char* appOne = "org.example.One";
 inline constexpr const char* appTwo = "org.example.Two";
+inline const std::vector<NamedApp> both{{appOne, appOne}, {appTwo, appTwo}}, onlyTwo{{appTwo, "two"}};
+inline const FrameworkError notNow{"Some.Domain", 7, "not now"};
+inline constexpr Point onClock{MemoryPlatform::clockFrame.x, MemoryPlatform::clockFrame.y};
 inline constexpr const char* preferencesKey = "Quillet.Preferences.v1";
 inline constexpr const char* openedSettingsKey = "Orvo.HasOpenedSettings";
 
@@ -21,7 +22,7 @@ class World {
  public:
   // The steps change the platform before the launch.
   explicit World(const std::string& steps = "") {
-    memory.showItems({{appOne, appOne}, {appTwo, appTwo}});
+    memory.showItems(both);
     memory.userDefaults.setData(preferencesKey, R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
     memory.userDefaults.setBoolean(openedSettingsKey, true);
     play(steps);
@@ -105,25 +106,16 @@ class World {
         {"nobutton", [](W& w) { w.memory.statusBar.grantsButtons = false; }},
         {"atlogin", [](W& w) { w.memory.loginItem.current = LoginItemStatus::enabled; }},
         {"nologin", [](W& w) { w.memory.loginItem.failure = "full"; }},
-        {"controls",
-         [](W& w) {
-           w.memory.showItems({{appOne, appOne}, {appTwo, appTwo}});
-         }},
+        {"controls", [](W& w) { w.memory.showItems(both); }},
         {"nocontrols", [](W& w) { w.memory.accessibility.trees.clear(); }},
-        {"onlytwo",
-         [](W& w) {
-           w.memory.showItems({{appTwo, "two"}});
-         }},
+        {"onlytwo", [](W& w) { w.memory.showItems(onlyTwo); }},
         {"onequits", [](W& w) { w.memory.workspace.quit(appOne); }},
         {"echo", [](W& w) { w.memory.framework.onActivate = [&w](std::size_t) { w.memory.framework.answer(0); }; }},
         {"null", [](W& w) { w.memory.framework.missing = {"assertion"}; }},
         {"broken", [](W& w) { w.memory.framework.raises[Step::activate] = MemoryFramework::raising("broken"); }},
         {"whole", [](W& w) { w.memory.framework.missing.clear(), w.memory.framework.raises.erase(Step::activate); }},
         {"press", [](W& w) { w.memory.hotKeys.function(w.memory.hotKeys.userData); }},
-        {"click",
-         [](W& w) {
-           w.memory.eventTaps.press({MemoryPlatform::clockFrame.x, MemoryPlatform::clockFrame.y});
-         }},
+        {"click", [](W& w) { w.memory.eventTaps.press(onClock); }},
         {"losttap", [](W& w) { w.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }},
         {"launch", [](W& w) { w.memory.workspace.center.post(Notification::applicationLaunched); }},
         {"exit", [](W& w) { w.memory.workspace.center.post(Notification::applicationTerminated); }},
@@ -144,10 +136,7 @@ class World {
         {"settle", [](W& w) { w.memory.settle(); }},
         {"hide", [](W& w) { w.model->hideSelected(); }},
         {"yes", [](W& w) { w.answerLast(); }},
-        {"no",
-         [](W& w) {
-           w.answerLast(FrameworkError{"Some.Domain", 7, "not now"});
-         }},
+        {"no", [](W& w) { w.answerLast(notNow); }},
         {"reveal", [](W& w) { w.model->reveal(false); }},
         {"peek", [](W& w) { w.model->reveal(true); }},
         {"refresh", [](W& w) { w.model->refresh(); }},

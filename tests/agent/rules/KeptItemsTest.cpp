@@ -1,7 +1,5 @@
 #include "agent/rules/KeptItems.h"
 
-#include <tuple>
-
 #include <gtest/gtest.h>
 
 namespace orvo {

@@ -1,13 +1,10 @@
 #include "agent/rules/LegacyIcons.h"
 
-#include <utility>
-
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-namespace {
+namespace orvo {
 
-using orvo::LegacyIcons;
 using Kind = LegacyIcons::Order::Kind;
 
 // Whatever happens to a window in whatever order: an icon that is wanted ends up mapped, an unwanted one does not, and
@@ -60,4 +57,4 @@ TEST(LegacyIcons, GivesUpOnAWindowThatIsMappedAgainAndAgain) {
   EXPECT_FALSE(icons.mapped(7));
 }
 
-}  // namespace
+}  // namespace orvo

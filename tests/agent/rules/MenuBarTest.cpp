@@ -1,13 +1,11 @@
 #include "agent/rules/MenuBar.h"
 
 #include <algorithm>
-#include <map>
 #include <random>
 
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
 // Random operations, with the books kept as simply as possible: what a panel that hears every announcement shows has
 // to be what the requests in force allow, and no announcement may be idle.
@@ -96,5 +94,4 @@ TEST(MenuBar, ReadsNamesAndPathsThatTheBusKnowsAndNothingElse) {
   }
 }
 
-}  // namespace
 }  // namespace orvo

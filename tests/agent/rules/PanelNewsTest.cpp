@@ -1,12 +1,10 @@
 #include "agent/rules/PanelNews.h"
 
-#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
 // A panel that lists items in the order in which it finished its views of them.
 struct Panel {
@@ -85,5 +83,4 @@ TEST(PanelNewsTest, AnEqualThatWasQuickerBeforeItsIdWasKnownFollows) {
   EXPECT_EQ(news.due(), (std::vector<News>{{"b", false}, {"b", true}}));
 }
 
-}  // namespace
 }  // namespace orvo

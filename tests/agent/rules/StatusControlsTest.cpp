@@ -1,12 +1,8 @@
 #include "agent/rules/StatusControls.h"
 
-#include <cmath>
-#include <sstream>
-
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
 // "name@x,y+width" of each, a bar behind each dock.
 std::string told(const std::vector<PanelLayout>& layouts, const std::vector<Dock>& docks) {
@@ -59,5 +55,4 @@ TEST(StatusControls, CutsWhatIsTallerThanAControlAndLosesNoRowOfIt) {
   EXPECT_EQ(pieces({0, 0, 1, 1e9}).size(), 128U);
 }
 
-}  // namespace
 }  // namespace orvo

@@ -1,37 +1,21 @@
 #include "platform/linux/ApplicationIdentity.h"
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
+#include "platform/linux/DesktopEntries.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/DesktopEntries.h"
-
 namespace orvo {
-namespace {
 
-namespace fs = std::filesystem;
-
-constexpr std::int32_t pid = 4242;
 using Words = std::vector<std::string>;
 
 // A process folder and two data folders of its own making.
 class ApplicationIdentityTest : public testing::Test {
  protected:
-  ~ApplicationIdentityTest() override { fs::remove_all(root_); }
-
-  static void write(const fs::path& path, const std::string& content) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << content;
-  }
-  static void write(const fs::path& path, const Words& words) {
-    std::string joined;
-    for (const std::string& word : words) joined += word + '\0';
-    write(path, joined);
+  static std::string joined(const Words& words) {
+    std::string text;
+    for (const std::string& word : words) text += word + '\0';
+    return text;
   }
   static void writeEntry(const fs::path& path, const std::string& command) {
     write(path.string() + ".desktop", "[Desktop Entry]\nType=Application\nExec=" + command + "\n");
@@ -40,18 +24,19 @@ class ApplicationIdentityTest : public testing::Test {
   std::optional<ApplicationIdentity> started(const std::string& executable, const Words& arguments = {},
                                              const Words& environment = {}) {
     fs::remove_all(process_);
-    write(process_ / "cmdline", arguments);
-    write(process_ / "environ", environment);
+    write(process_ / "cmdline", joined(arguments));
+    write(process_ / "environ", joined(environment));
     fs::create_symlink(executable, process_ / "exe");
     fs::create_symlink("/work", process_ / "cwd");
     return identify();
   }
   std::optional<ApplicationIdentity> identify() {
     entries_.refresh();
-    return identifyProcess(pid, root_ / "proc", entries_);
+    return identifyProcess(4242, root_ / "proc", entries_);
   }
 
-  const fs::path root_ = ::mkdtemp((testing::TempDir() + "identity-XXXXXX").data());
+  TemporaryFolder folder_;
+  const fs::path root_ = folder_.path;
   const fs::path home_ = root_ / "home", system_ = root_ / "system", process_ = root_ / "proc/4242";
   DesktopEntries entries_{{home_, system_}};
 };
@@ -77,10 +62,8 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   const std::string mine = "GIO_LAUNCHED_DESKTOP_FILE_PID=4242";
   const std::string parents = "GIO_LAUNCHED_DESKTOP_FILE_PID=424";
   const std::string python = "/usr/bin/python3.11";
-  const struct {
-    std::string expected, executable;
-    Words arguments, environment;
-  } cases[] = {
+  // The identifier, of this executable with these arguments and environment.
+  const std::tuple<std::string, std::string, Words, Words> cases[]{
       {"org.example.Chat", "/usr/lib/chat/chat-bin", {}, {}},
       {"org.example.Mixer", "/usr/lib/wrapped", {}, {launched, mine}},
       {"child", "/usr/bin/child", {}, {launched, parents}},
@@ -120,5 +103,4 @@ TEST_F(ApplicationIdentityTest, NoticesEntriesThatComeAndGoAndKnowsNothingOfAPro
   EXPECT_FALSE(identify() || identifyProcess(-1));
 }
 
-}  // namespace
 }  // namespace orvo

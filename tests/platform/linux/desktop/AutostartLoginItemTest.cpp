@@ -1,31 +1,22 @@
 #include "platform/linux/desktop/AutostartLoginItem.h"
 
-#include <QTemporaryDir>
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
-#include <filesystem>
-#include <fstream>
-
 namespace orvo {
-namespace {
-
-namespace fs = std::filesystem;
 
 // Its quoted form is what the session reads back as this path.
 constexpr const char* program = R"(/My "Apps"/100% $x\y`/orvo)";
-const std::string entry =
-    "[Desktop Entry]\nExec="
-    R"("/My \\"Apps\\"/100%% \\$x\\\\y\\`/orvo")"
-    "\n";
+const std::string entry = R"([Desktop Entry]
+Exec="/My \\"Apps\\"/100%% \\$x\\\\y\\`/orvo"
+)";
 const std::string stale = "[Desktop Entry]\nExec=/old/orvo\n";
 
 TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhatFailedIsSaid) {
   using enum LoginItemStatus;
-  const QTemporaryDir home;
-  const std::string folder = home.path().toStdString() + "/autostart";
+  TemporaryFolder home;
+  const std::string folder = home.path / "autostart";
   const std::string file = folder + "/local.orvo.Orvo.desktop";
   AutostartLoginItem item(folder, "local.orvo.Orvo", program);
   // What the file holds, and the status before and after the person has Orvo registered.
@@ -39,14 +30,11 @@ TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhat
       {stale + "Hidden=true\n", requiresApproval, requiresApproval},
       {stale + "X-GNOME-Autostart-enabled=false\n", requiresApproval, requiresApproval}};
   for (const auto& [text, before, after] : cases) {
-    fs::create_directories(folder);
-    std::ofstream(file) << text;
+    write(file, text);
     EXPECT_EQ(item.status(), before) << text;
     EXPECT_EQ(item.registerItem(), std::nullopt);
     EXPECT_EQ(item.status(), after) << text;
-    std::ifstream stream(file);
-    const std::string now{std::istreambuf_iterator<char>(stream), {}};
-    EXPECT_EQ(now.find("/old/"), std::string::npos) << "allowed later, it would start what is not there";
+    EXPECT_EQ(read(file).find("/old/"), std::string::npos) << "allowed later, it would start what is not there";
   }
   for (int round = 0; round < 2; ++round) EXPECT_EQ(item.unregisterItem(), std::nullopt);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
@@ -55,9 +43,8 @@ TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhat
   fs::create_directories(file + "/in-the-way");
   EXPECT_EQ(item.unregisterItem(), "Directory not empty");
   fs::remove_all(folder);
-  std::ofstream(folder) << "a file where the folder should be";
+  write(folder, "a file where the folder should be");
   EXPECT_NE(item.registerItem().value_or("").find("Not a directory"), std::string::npos);
 }
 
-}  // namespace
 }  // namespace orvo

@@ -1,37 +1,20 @@
 #include "platform/linux/desktop/FileUserDefaults.h"
 
-#include <QTemporaryDir>
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
-
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
 
 namespace orvo {
-namespace {
-
-namespace fs = std::filesystem;
 
 class FileUserDefaultsTest : public ::testing::Test {
  protected:
-  void write(const std::string& text) const {
-    fs::create_directories(file_.parent_path());
-    std::ofstream(file_, std::ios::binary) << text;
-  }
-  static std::string read(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
   FileUserDefaults open() const { return FileUserDefaults(file_.string()); }
 
-  QTemporaryDir folder_;
-  const fs::path file_ = fs::path(folder_.path().toStdString()) / "orvo" / "settings.json";
+  TemporaryFolder folder_;
+  const fs::path file_ = folder_.path / "orvo" / "settings.json";
 };
 
 TEST_F(FileUserDefaultsTest, EveryByteSurvivesAndWhatIsOfAnotherKindCountsAsAbsentAndIsKept) {
@@ -41,7 +24,7 @@ TEST_F(FileUserDefaultsTest, EveryByteSurvivesAndWhatIsOfAnotherKindCountsAsAbse
   fs::create_directories(file_.parent_path());
   fs::create_symlink("elsewhere.json", file_);
   open().setBoolean("flag", true);
-  write(R"({"number": 1, "broken": {"base64": "!!"}, "odd": {"base64": 7}, "later": [1]})");
+  write(file_, R"({"number": 1, "broken": {"base64": "!!"}, "odd": {"base64": 7}, "later": [1]})");
   auto defaults = open();
   for (const char* key : {"number", "broken", "odd", "later", "missing"})
     EXPECT_TRUE(!defaults.data(key) && !defaults.boolean(key)) << key;
@@ -56,12 +39,12 @@ TEST_F(FileUserDefaultsTest, EveryByteSurvivesAndWhatIsOfAnotherKindCountsAsAbse
 TEST_F(FileUserDefaultsTest, WhatIsNoReasonableFileHoldsNobodyUpAndIsKeptAside) {
   const std::string deep(100'000, '[');
   const std::function<void()> kinds[]{
-      [&] { write("{\"cut"); },
+      [&] { write(file_, "{\"cut"); },
       [&] { EXPECT_EQ(mkfifo(file_.c_str(), 0600), 0); },
       [&] { fs::create_symlink("/dev/zero", file_); },
       [&] { fs::create_directory(file_); },
-      [&] { write(R"({"text": ")" + std::string(5'000'000, 'x') + "\"}"); },
-      [&] { write(R"({"text": )" + deep + std::string(deep.size(), ']') + "}"); },
+      [&] { write(file_, R"({"text": ")" + std::string(5'000'000, 'x') + "\"}"); },
+      [&] { write(file_, R"({"text": )" + deep + std::string(deep.size(), ']') + "}"); },
   };
   fs::create_directories(file_.parent_path());
   int number = 0;
@@ -87,7 +70,7 @@ TEST_F(FileUserDefaultsTest, TwoCopiesKeepEachOthersValuesAndSeeThem) {
   one.setData("data", "changed");
   EXPECT_TRUE(open().boolean("flag"));
   EXPECT_EQ(other.data("data"), "changed");
-  write("{\"cut");
+  write(file_, "{\"cut");
   EXPECT_EQ(one.data("data"), "changed") << "half of somebody's writing";
   EXPECT_TRUE(fs::exists(file_));
 }
@@ -107,7 +90,7 @@ TEST_F(FileUserDefaultsTest, WhatCannotBeStoredDamagesNothingCountsHereAndBelong
   open().setBoolean("another copy's", true);
   EXPECT_EQ(defaults.data("data"), Bytes(50000, 'b'));
   fs::remove_all(file_.parent_path());
-  std::ofstream(file_.parent_path()) << "a file where the folder should be";
+  write(file_.parent_path(), "a file where the folder should be");
   defaults.setData("other", "rules");
   EXPECT_NE(defaults.storageFailure(), std::nullopt);
   fs::remove(file_.parent_path());
@@ -116,5 +99,4 @@ TEST_F(FileUserDefaultsTest, WhatCannotBeStoredDamagesNothingCountsHereAndBelong
   EXPECT_EQ(open().data("other"), "rules");
 }
 
-}  // namespace
 }  // namespace orvo

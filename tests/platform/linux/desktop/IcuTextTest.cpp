@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace orvo {
-namespace {
 
 TEST(IcuTextTest, OrderAndContainmentIgnoreCaseInEveryLanguage) {
   const IcuText text{icu::Locale("en_US_POSIX")};
@@ -24,5 +23,4 @@ TEST(IcuTextTest, OrderAndContainmentIgnoreCaseInEveryLanguage) {
   }
 }
 
-}  // namespace
 }  // namespace orvo

@@ -8,19 +8,12 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <iostream>
-#include <mutex>
-#include <optional>
 #include <sstream>
-#include <string>
 
 namespace orvo {
-namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr int turn = 2;  // milliseconds
 
 Rect readRect(std::istream& words) {
   Rect rect;
@@ -30,9 +23,7 @@ Rect readRect(std::istream& words) {
 
 class TapProgram {
  public:
-  TapProgram()
-      : port_(taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter,
-                            0x1E, &callback, this)) {
+  TapProgram() {
     port_->addToMainRunLoop();
     port_->enable();
   }
@@ -46,19 +37,22 @@ class TapProgram {
     if (command == "enable") port_->enable();
     if (command == "invalidate") port_->invalidate();
     if (command == "note") places_.note(*readControls(words));
-    if (command == "find") find(words);
+    if (command == "find") {
+      const std::lock_guard lock(mutex_);
+      controls_ = readControls(words);
+    }
     if (command == "hang") hangs_ = true;
     if (command == "go") hangs_ = false;
-    if (command == "wait") std::cout << queue_.waitUntilPosted(std::chrono::seconds(5)) << '\n';
+    if (command == "asked") std::cout << !queue_.isEmpty() << '\n';
     if (command == "end") taps_.reset();
-    if (command == "post") post(words);
+    if (command == "mark") pressed_->setIntegerValueField(eventSourceUserData, 42);
+    if (command == "post") taps_->post(EventTapLocation::session, *pressed_);
     std::cout << "done" << std::endl;
   }
 
   void runQueue() {
-    const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - last_);
-    last_ += passed;
-    if (!hangs_) queue_.advance(passed);
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
+    if (!hangs_) queue_.advance(time - queue_.now());
   }
 
  private:
@@ -72,14 +66,6 @@ class TapProgram {
     return nullptr;
   }
 
-  // The last left press that did not pass.
-  void post(std::istream& words) {
-    std::int64_t mark = 0;
-    words >> mark;
-    pressed_->setIntegerValueField(eventSourceUserData, mark);
-    taps_->post(EventTapLocation::session, *pressed_);
-  }
-
   // A control's name, frame and window; without words, nobody knows.
   static std::optional<ControlPlaces::List> readControls(std::istream& words) {
     std::string name;
@@ -87,13 +73,9 @@ class TapProgram {
     const Rect frame = readRect(words);
     return {{{name, frame, {readRect(words), 0}}}};
   }
-  void find(std::istream& words) {
-    const std::lock_guard lock(mutex_);
-    controls_ = readControls(words);
-  }
 
   ManualMainQueue queue_;
-  Clock::time_point last_ = Clock::now();
+  const Clock::time_point start_ = Clock::now();
   std::mutex mutex_;
   std::optional<ControlPlaces::List> controls_;  // under mutex_
   ControlPlaces places_{[this] {
@@ -102,22 +84,20 @@ class TapProgram {
   }};
   std::unique_ptr<X11EventTaps> taps_ = std::make_unique<X11EventTaps>(
       queue_, [] { return true; }, places_);
-  std::unique_ptr<EventTapPort> port_;
-  std::unique_ptr<Event> pressed_;
-  bool passes_ = false;
-  bool hangs_ = false;
+  std::unique_ptr<EventTapPort> port_ = taps_->create(EventTapLocation::session, EventTapPlacement::headInsert,
+                                                      EventTapOptions::activeFilter, 0x1E, &callback, this);
+  std::unique_ptr<Event> pressed_;  // the last left press that did not pass
+  bool passes_ = false, hangs_ = false;
 };
 
-}  // namespace
 }  // namespace orvo
 
 int main() {
   orvo::TapProgram program;
-  for (pollfd input{STDIN_FILENO, POLLIN, 0}; poll(&input, 1, orvo::turn) >= 0; program.runQueue()) {
-    std::string line;
+  std::string line;
+  for (pollfd input{STDIN_FILENO, POLLIN, 0}; poll(&input, 1, 2) >= 0; program.runQueue()) {
     if (input.revents == 0) continue;
     if (!std::getline(std::cin, line)) break;
     program.obey(line);
   }
-  return 0;
 }

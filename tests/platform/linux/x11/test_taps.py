@@ -116,14 +116,14 @@ class Taps(unittest.TestCase):
         given, dock.buttons = dock.buttons, []
         self.assertEqual(given, expected)
 
-    def expect_no_more(self):
+    def expect_no_more(self, dock=None):
         """A click of the person beside all regions comes behind everything that was given before it."""
         self.person.click(*BESIDE_REGION)
-        self.expect_clicks(click(1, BESIDE_REGION))
+        self.expect_clicks(click(1, BESIDE_REGION), dock)
 
-    def catch(self):
+    def catch(self, dock=None):
         """A click of which the tap has the press."""
-        self.expect_covered()
+        self.expect_covered(dock)
         self.person.click(*ON_REGION)
         self.expect_seen(LEFT_DOWN, LEFT_UP)
 
@@ -163,7 +163,8 @@ class Taps(unittest.TestCase):
         self.assertEqual(self.expect_seen(RIGHT_DOWN, RIGHT_UP)[0][1], ON_REGION)
         self.tap.say("passes", 0)
         self.catch()
-        self.tap.say("post", 42)
+        self.tap.say("mark")
+        self.tap.say("post")
         self.assertEqual(self.expect_seen(LEFT_DOWN)[0][2], 42)
         self.expect_no_more()  # It was dropped.
         for word in ("hang", "post", "invalidate", "go"):  # Nobody is left to be asked.
@@ -187,7 +188,7 @@ class Taps(unittest.TestCase):
         self.expect_covered()
         self.tap.say("hang")
         self.person.click(*ON_REGION)
-        self.assertEqual(self.tap.say("wait"), [1])
+        wait(lambda: self.tap.say("asked") == [1], 5, "a task for the main thread")
         self.tap.say("end")
         self.expect_clicks(click(1, ON_REGION))
 
@@ -219,65 +220,48 @@ class Taps(unittest.TestCase):
     def test_a_click_on_a_control_is_told_where_it_was_and_given_where_it_is_or_to_nobody(self):
         def clock(x, window=DOCK, name="clock"):
             return name, window[0] + x, window[1] + 2, 100, 36, *window
-        was = clock(600)  # As wide and high as the region.
-        cases = {  # What is found, whether behind another window, and what is given.
-            "moved": (clock(300), False, click(1, (350, 580))),
-            "gone": (clock(600, name="another"), False, []),
-            "behind another window": (was, True, []),
-            "in a window that is gone": (clock(600, (0, 0, 30, 400)), False, []),
+        was, moved = clock(600), (clock(300), click(1, (350, 580)))  # As wide and high as the region.
+        cases = {  # What is found at first, and what has happened meanwhile; what is found then, and what is given.
+            "moved": ((), None, *moved),
+            "moved on since it was read": (was, lambda plugin: plugin.window.configure(x=290) or plugin.read(), *moved),
+            "gone": ((), None, clock(600, name="another"), []),
+            "behind another window": ((), self.cover_the_region, was, []),
+            "in a window that is gone": ((), None, clock(600, (0, 0, 30, 400)), []),
         }
-        for name, (found, behind, given) in cases.items():
+        for name, (at_first, happens, found, given) in cases.items():
             with self.subTest(name):
                 self.doCleanups()
                 self.setUp()
-                self.expect_covered()
+                control = self.dock
+                if at_first:
+                    control = Dock(self.desktop, (590, 0, 120, 40), self.dock)
+                    self.addCleanup(control.close)
+                self.expect_covered(control)
                 self.tap.say("note", *was)
                 self.tap.say("regions", 10, 10, 50, 50)  # Beside every dock: no former cover is taken for the new one.
-                wait(lambda: not self.dock.covers(), 5, "no cover")
+                wait(lambda d=control: not d.covers(), 5, "no cover")
                 self.tap.say("regions", *REGION)
-                self.catch()
-                self.tap.say("find")  # Nobody knows at first.
-                if behind:
-                    before = self.window_at(*ON_REGION)
-                    other = Dock(self.desktop, (600, 560, 200, 40))
-                    self.addCleanup(other.close)
-                    wait(lambda: self.window_at(*ON_REGION) != before, 5, "another window in front")
+                self.catch(control)
+                self.tap.say("find", *at_first)
+                if happens:
+                    happens(control)
                 self.tap.say("passes", 1)
                 self.tap.say("post")
                 self.expect_seen(LEFT_DOWN)
                 hold(0.05)
-                self.assertEqual(self.dock.read(), [])
+                self.assertEqual(control.read(), [])
                 self.tap.say("find", *found)
-                self.expect_clicks(given)
+                self.expect_clicks(given, control)
                 hold(0.05)  # The tap puts the pointer back, and the next click brings the dock to the front again.
-                self.expect_no_more()
-                self.assertTrue(not behind or other.read() == [])
+                self.expect_no_more(control)
+                self.assertEqual(self.dock.read(), [])
 
-    def test_a_click_waits_while_its_control_has_moved_on_since_it_was_read(self):
-        plugin = Dock(self.desktop, (590, 0, 120, 40), inside=self.dock)
-        self.addCleanup(plugin.close)
-        self.expect_covered(plugin)
-        self.tap.say("regions", 10, 10, 50, 50)
-        wait(lambda: not plugin.covers(), 5, "no cover")
-        was, now = (("clock", DOCK[0] + x, DOCK[1] + 2, 100, 36, *DOCK) for x in (600, 300))
-        self.tap.say("note", *was)
-        self.tap.say("regions", *REGION)
-        self.expect_covered(plugin)
-        self.person.click(*ON_REGION)
-        self.expect_seen(LEFT_DOWN, LEFT_UP)
-        plugin.window.configure(x=290)
-        plugin.read()
-        self.tap.say("find", *was)
-        self.tap.say("passes", 1)
-        self.tap.say("post")
-        self.expect_seen(LEFT_DOWN)
-        hold(0.05)
-        self.assertEqual(self.dock.read() + plugin.read(), [])
-        self.tap.say("find", *now)
-        self.expect_clicks(click(1, (350, 580)), plugin)
-
-    def window_at(self, x, y):
-        return self.desktop.root.translate_coords(self.desktop.root, x, y).child
+    def cover_the_region(self, _plugin):
+        def in_front():
+            return self.desktop.root.translate_coords(self.desktop.root, *ON_REGION).child
+        before, other = in_front(), Dock(self.desktop, (600, 560, 200, 40))
+        self.addCleanup(lambda: self.assertEqual(other.read(), []) or other.close())
+        wait(lambda: in_front() != before, 5, "another window in front")
 
     def test_nobody_else_presses_or_takes_the_cover_away(self):
         self.expect_covered()

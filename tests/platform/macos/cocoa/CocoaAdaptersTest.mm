@@ -10,7 +10,7 @@
 #include "platform/macos/foundation/NsText.h"
 #include "platform/macos/foundation/PooledExecutor.h"
 #include "platform/macos/foundation/Retained.h"
-#include "support/ManualExecutor.h"
+#include "support/ManualMainQueue.h"
 
 #import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
@@ -18,7 +18,6 @@
 #include <gmock/gmock.h>
 
 #include <bit>
-#include <thread>
 
 namespace {
 
@@ -134,7 +133,6 @@ ORVO_STAND_IN(SMAppService)
 // clang-format on
 
 namespace orvo {
-namespace {
 
 using namespace ::testing;
 
@@ -192,8 +190,7 @@ TEST_F(CocoaAdaptersTest, TheApplicationIsToldAndTellsItsDelegateWhileItHasOne) 
   id<NSApplicationDelegate> const told = [kept(shared(), "setDelegate") nonretainedObjectValue];
   [told applicationDidFinishLaunching:nil];
   application->setActivationPolicy(ActivationPolicy::accessory);
-  for (const BOOL visible : {NO, YES})
-    EXPECT_EQ([told applicationShouldHandleReopen:nil hasVisibleWindows:visible], visible);
+  for (const BOOL shown : {NO, YES}) EXPECT_EQ([told applicationShouldHandleReopen:nil hasVisibleWindows:shown], shown);
   EXPECT_FALSE([told applicationShouldTerminateAfterLastWindowClosed:nil]);
   EXPECT_EQ(application->currentEventType(), std::nullopt);
   during(EventType::rightMouseUp, [&] { EXPECT_EQ(application->currentEventType(), EventType::rightMouseUp); });
@@ -361,5 +358,4 @@ TEST_F(CocoaAdaptersTest, WhatAThreadAsksOrLeavesBehindGoesWithAPool) {
   EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::Not(::testing::HasSubstr("without pool")));
 }
 
-}  // namespace
 }  // namespace orvo

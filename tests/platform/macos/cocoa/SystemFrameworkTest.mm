@@ -85,7 +85,6 @@ id unless(const char* fault, id made) {
 // clang-format on
 
 namespace orvo {
-namespace {
 
 using ::testing::ElementsAre;
 
@@ -107,8 +106,7 @@ class SystemFrameworkTest : public ::testing::Test {
           !error ? "" : error->domain + (' ' + std::to_string(error->code) + ' ') + error->localizedDescription);
     };
     ++script.requests;
-    return QLCreateMenuBarAssertion(bundles.data(), bundles.size(),
-                                    {invoke, [](void*) { --script.requests; }, nullptr});
+    return QLCreateMenuBarAssertion(bundles.data(), bundles.size(), {invoke, [](void*) { --script.requests; }, {}});
   }
 
   SystemFramework framework_{ORVO_FAKE_ROOT};
@@ -169,5 +167,4 @@ TEST_F(SystemFrameworkTest, NoFileOrClassOrMessageIsNoFault) {
   EXPECT_FALSE(framework_.respondsTo(*framework_.makeAssertion(type), "noSuchMessage:"));
 }
 
-}  // namespace
 }  // namespace orvo

@@ -177,7 +177,6 @@ OSStatus UnregisterEventHotKey(EventHotKeyRef hotKey) { return !note("unregister
 }  // extern "C"
 
 namespace orvo {
-namespace {
 
 using ::testing::ElementsAre;
 
@@ -297,5 +296,4 @@ TEST_F(QuartzAdaptersTest, ThePressReachesTheShortcutAndTheEndGivesBackWhatWasNo
   }
 }
 
-}  // namespace
 }  // namespace orvo
