@@ -20,7 +20,6 @@ constexpr int deepest = 5;
 
 constexpr std::uint32_t mappedFlag = 1;  // of _XEMBED_INFO
 
-constexpr std::uint8_t sentByClient = 0x80;  // in the code of an event that SendEvent made
 // Events, each of which may take a question to the X server; then the bus has its turn.
 constexpr int mostAtOnce = 100;
 
@@ -164,7 +163,7 @@ void LegacyTray::forgetAll() {
 }
 
 void LegacyTray::handle(const xcb_generic_event_t& event) {
-  if ((event.response_type & sentByClient) != 0 && eventCode(event) != XCB_CLIENT_MESSAGE) return;  // nothing happened
+  if (isPretended(event) && eventCode(event) != XCB_CLIENT_MESSAGE) return;  // nothing happened
   switch (eventCode(event)) {
     case XCB_CLIENT_MESSAGE:
       return managerCame(reinterpret_cast<const xcb_client_message_event_t&>(event));
