@@ -125,6 +125,7 @@ class World {
            w.memory.eventTaps.press({MemoryPlatform::clockFrame.x, MemoryPlatform::clockFrame.y});
          }},
         {"losttap", [](W& w) { w.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }},
+        {"endedtap", [](W& w) { w.memory.eventTaps.ended = true, w.play("losttap"); }},
         {"launch", [](W& w) { w.memory.workspace.center.post(Notification::applicationLaunched); }},
         {"exit", [](W& w) { w.memory.workspace.center.post(Notification::applicationTerminated); }},
         {"sleep", [](W& w) { w.memory.workspace.center.post(Notification::willSleep); }},

@@ -101,8 +101,9 @@ void TapThread::run() {
     if (finishing_ && !replay_.isGiving()) return;
     wait();
   }
-  connection_->log("the X server has gone");
+  connection_->log("the connection to the X server has ended");
   dead_ = true;
+  sink_.ended();
 }
 
 void TapThread::runCommands() {

@@ -30,12 +30,7 @@ Rect readRect(std::istream& words) {
 
 class TapProgram {
  public:
-  TapProgram()
-      : port_(taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter,
-                            0x1E, &callback, this)) {
-    port_->addToMainRunLoop();
-    port_->enable();
-  }
+  TapProgram() { install(); }
 
   void obey(const std::string& line) {
     std::istringstream words(line);
@@ -43,7 +38,7 @@ class TapProgram {
     words >> command;
     if (command == "regions") port_->setRegionsOfInterest({readRect(words)});
     if (command == "passes") words >> passes_;
-    if (command == "enable") port_->enable();
+    if (command == "enable" && !port_->enable()) install();
     if (command == "invalidate") port_->invalidate();
     if (command == "note") places_.note(*readControls(words));
     if (command == "find") find(words);
@@ -62,6 +57,14 @@ class TapProgram {
   }
 
  private:
+  void install() {
+    port_.reset();
+    port_ = taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter, 0x1E,
+                          &callback, this);
+    port_->addToMainRunLoop();
+    port_->enable();
+  }
+
   static Event* callback(EventType type, Event* event, void* userInfo) {
     auto& self = *static_cast<TapProgram*>(userInfo);
     const Point place = event->location();
