@@ -13,6 +13,9 @@
 
 namespace orvo {
 
+// How much is read of a list of windows: any client may have written it.
+inline constexpr std::uint32_t mostWindows = 4096;
+
 struct FreeDeleter {
   void operator()(void* memory) const { std::free(memory); }
 };
