@@ -25,7 +25,6 @@ constexpr std::size_t mostInside = 20;  // a socket or an icon; of the first the
 
 constexpr std::uint32_t mappedFlag = 1;  // of _XEMBED_INFO
 
-constexpr std::uint8_t sentByClient = 0x80;  // in the code of an event that SendEvent made
 // Events, each of which may take a question to the X server; then the bus has its turn.
 constexpr int mostAtOnce = 100;
 
@@ -167,7 +166,7 @@ void LegacyTray::forgetAll() {
 }
 
 void LegacyTray::handle(const xcb_generic_event_t& event) {
-  if ((event.response_type & sentByClient) != 0 && eventCode(event) != XCB_CLIENT_MESSAGE) return;  // nothing happened
+  if (isPretended(event) && eventCode(event) != XCB_CLIENT_MESSAGE) return;  // nothing happened
   switch (eventCode(event)) {
     case XCB_CLIENT_MESSAGE:
       return managerCame(reinterpret_cast<const xcb_client_message_event_t&>(event));

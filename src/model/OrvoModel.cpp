@@ -58,7 +58,10 @@ OrvoModel::~OrvoModel() {
 void OrvoModel::start() {
   if (!nativeMenuBarReady) message = words_.installMessage;
   systemRelay_->onReveal = [model = weak_from_this()] {
-    if (const auto self = model.lock()) self->reveal(false);
+    const auto self = model.lock();
+    if (!self) return;
+    self->reveal(false);
+    self->mainQueue_.post(self->weakly(&OrvoModel::updateSystemClickProtection));  // the relay may have lost its tap
   };
   registerShortcut();
   permissionTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));

@@ -44,7 +44,8 @@ class EventTapPort {
   // source could be made. Without it the callback is never called.
   virtual bool addToMainRunLoop() = 0;
   virtual void removeFromMainRunLoop() = 0;
-  virtual void enable() = 0;
+  // False where the system has ended the tap for good, and only a new one would be asked again.
+  virtual bool enable() = 0;
   virtual void invalidate() = 0;
 
   // A hint: while set, only mouse downs inside these regions and the ups that follow them concern

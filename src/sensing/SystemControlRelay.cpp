@@ -87,11 +87,12 @@ Event* SystemControlRelay::receive(EventType type, Event* event) {
   return nullptr;
 }
 
-// The system has stopped asking us, so a click may have gone missing: better to show everything.
+// The system has stopped asking us, so a click may have gone missing: better to show everything. A tap that has ended
+// makes room for a new one.
 void SystemControlRelay::recover() {
   reveal();
   flush();
-  if (tap_) tap_->enable();
+  if (tap_ && !tap_->enable()) stop();
 }
 
 void SystemControlRelay::finishClick(std::unique_ptr<Event> copy) {

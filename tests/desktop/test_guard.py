@@ -4,6 +4,7 @@ icons are hidden, a click on one brings the icons back, opens that control, once
 import time
 import unittest
 
+from Xlib import X, Xatom
 from case import DesktopCase, center
 from bus import DBUS, call, connect
 from desktop import PLUGINS
@@ -180,6 +181,30 @@ class UsualPanel(GuardCase):
         for button, held, leaves in ((1, 0.0, True), (1, 1.0, True), (1, 1.0, False), (3, 0.05, True)):
             with self.subTest(button=button, held=held, leaves=leaves):
                 self.expect_guarded_and_unlit("clock", button, held, center(self.neighbour()) if leaves else None)
+
+    def test_nothing_that_another_client_does_leaves_icons_hidden_and_the_clock_unguarded(self):
+        desktop, on_clock = self.desktop, center(self.at("clock"))
+
+        def end_guard():
+            covers = (window for window in desktop.input_only_windows() if contains(desktop.frame_of(window), on_clock))
+            next(covers).kill_client()
+
+        def tell_lists(mode):
+            listed, length = desktop.display.intern_atom("_NET_CLIENT_LIST"), 4096
+            for start in range(0, 500_000, length):
+                desktop.root.change_property(listed, Xatom.WINDOW, 32, range(start, start + length), mode)
+        for name, act in {"lists half a million windows": lambda: tell_lists(X.PropModeAppend),
+                          "changes the list all the time": lambda: tell_lists(X.PropModeReplace),
+                          "ends the guard": end_guard}.items():
+            with self.subTest(name):
+                self.setUp()
+                self.hide()
+                wait(lambda: self.is_covered(on_clock), 3, "the guard")
+                act()
+                desktop.display.sync()
+                hold(0.3)
+                self.assertTrue(not desktop.is_hidden() or self.is_covered(on_clock))
+                self.expect_guarded("clock")
 
     def test_clicks_elsewhere_go_through_at_once_and_reveal_nothing(self):
         self.hide()

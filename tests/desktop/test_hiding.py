@@ -7,6 +7,7 @@ import time
 import unittest
 
 from Xlib import X, XK, Xatom, display
+from Xlib.protocol import event
 
 from case import COPYQ, PASYSTRAY, QMIDINET, HidingCase, Peer, center, stopped
 from desktop import PROGRAMS
@@ -202,6 +203,10 @@ class Shortcut(HidingCase):
                 self.doCleanups()
         person.key("Control_L", "Super_L", "b")
         person.key("Shift_L", *COMBINATION)
+        root, key = self.desktop.root, self.desktop.display.keysym_to_keycode(XK.XK_b)
+        root.send_event(event.KeyPress(detail=key, time=1, root=root, window=root, same_screen=1, child=0, root_x=1,
+                                       root_y=1, event_x=1, event_y=1, state=MODIFIERS), X.PropertyChangeMask)
+        self.desktop.display.sync()
         stays(lambda: not self.desktop.is_hidden(), 0.3, "visible")
         self.expect_toggled(held=0.9)  # Longer than until the server repeats it (0.66 s) several times.
         stays(self.desktop.is_hidden, 0.3, "hidden")

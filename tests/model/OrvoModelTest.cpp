@@ -47,6 +47,8 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes hostends", "H+! V- V+! One Two 1/2", false, "The menu bar agent ended."},
       {"", "hide yes click", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes losttap", "V+! V+! V+! One Two 1/1", false, ""},
+      {"", "hide yes endedtap", "V+! V. V. One Two 1/1", false, ""},
+      {"", "hide yes endedtap 3000ms", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes untrusted refresh", "V- V- V- One Two 1/1", false, ""},
       // Requests and their answers.
       {"echo", "hide settle 5000ms", "H+! H+! H+! One Two 1/1", false, ""},

@@ -40,6 +40,7 @@ struct Session {
     if (action == 3) queue.advance(milliseconds(number));
     if (action == 4) relay->setConcealed(number % 4 > 0);
     if (action == 5) relay->setSystemFrames(left ? frames : std::vector<Rect>{});
+    taps.ended = action == 6 && number % 3 == 0;
     if (action == 6) taps.disable(left ? tapDisabledByTimeout : tapDisabledByUserInput);
     if (action == 7) relay->stop();
     if (action == 8) send(left ? down : up, inside, true);
@@ -52,7 +53,8 @@ struct Session {
     }
     for (const auto& [serial, since] : owed) RC_ASSERT(queue.now() - since < replayDelay);
     RC_ASSERT(action < 6 || action > 7 || owed.empty());
-    RC_ASSERT(action != 6 || (reveals == before + 1 && taps.enabled));
+    RC_ASSERT(action != 6 || (reveals == before + 1 && taps.enabled != taps.ended));
+    RC_ASSERT(relay->isInstalled() == (action != 7 && !taps.ended));
     relay->install();
     // Where the system asks about these alone, the relay hears of every press that it would hold.
     RC_ASSERT(taps.regions == (relay->isConcealed() ? relay->systemFrames() : std::vector<Rect>{}));

@@ -29,7 +29,7 @@ struct MemoryEventTaps : EventTaps {
   std::uint64_t mask = 0;
   EventTapCallback callback = nullptr;
   void* userInfo = nullptr;
-  bool inRunLoop = false, enabled = false, valid = false;
+  bool inRunLoop = false, enabled = false, valid = false, ended = false;
   std::vector<Rect> regions;
 
   // Sends one event through the tap: true when the session gets it. A tap that is disabled, not in the run
@@ -53,7 +53,7 @@ struct MemoryEventTaps : EventTaps {
     ~Port() override { taps.valid = false; }
     bool addToMainRunLoop() override { return taps.inRunLoop = true; }
     void removeFromMainRunLoop() override { taps.inRunLoop = false; }
-    void enable() override { taps.enabled = true; }
+    bool enable() override { return taps.enabled = !taps.ended; }
     void invalidate() override { taps.valid = false; }
     void setRegionsOfInterest(const std::vector<Rect>& newRegions) override { taps.regions = newRegions; }
     MemoryEventTaps& taps;
@@ -62,7 +62,7 @@ struct MemoryEventTaps : EventTaps {
                                        EventTapCallback newCallback, void* newUserInfo) override {
     if (creationFails) return nullptr;
     mask = newMask, callback = newCallback, userInfo = newUserInfo;
-    inRunLoop = enabled = false, valid = true, regions.clear();
+    inRunLoop = enabled = ended = false, valid = true, regions.clear();
     return std::make_unique<Port>(*this);
   }
   void post(EventTapLocation, const Event& sent) override { posted.push_back(dynamic_cast<const MemoryEvent&>(sent)); }

@@ -117,6 +117,7 @@ class World {
         {"press", [](W& w) { w.memory.hotKeys.function(w.memory.hotKeys.userData); }},
         {"click", [](W& w) { w.memory.eventTaps.press(onClock); }},
         {"losttap", [](W& w) { w.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }},
+        {"endedtap", [](W& w) { w.memory.eventTaps.ended = true, w.play("losttap"); }},
         {"launch", [](W& w) { w.memory.workspace.center.post(Notification::applicationLaunched); }},
         {"exit", [](W& w) { w.memory.workspace.center.post(Notification::applicationTerminated); }},
         {"sleep", [](W& w) { w.memory.workspace.center.post(Notification::willSleep); }},

@@ -1,22 +1,30 @@
 #include "platform/linux/display/ClientWindows.h"
 
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace orvo {
 
 namespace {
 
-// In 32-bit units: more windows than any server hands out identifiers for.
-constexpr std::uint32_t listLimit = 1U << 20U;
+// How long changes gather: any client may make as many as it likes.
+constexpr std::chrono::milliseconds gatheringTime{100};
 
 // Windows name one or two.
 constexpr std::uint32_t mostTypes = 16;
 
 }  // namespace
 
+ClientWindows::ClientWindows(Owner owner) : owner_(std::move(owner)) {
+  changes_.setSingleShot(true);
+  changes_.setInterval(gatheringTime);
+  changes_.callOnTimeout([this] { readWindows(); });
+}
+
 void ClientWindows::begin() {
   events_ = std::make_unique<XEvents>([this](const xcb_generic_event_t& event) {
-    if (isChange(event)) readWindows();
+    if (isChange(event) && !changes_.isActive()) changes_.start();
     return false;
   });
   const XConnection* const x = events_->connection();
@@ -37,7 +45,7 @@ bool ClientWindows::isChange(const xcb_generic_event_t& event) const {
 
 void ClientWindows::readWindows() {
   const XConnection& x = *events_->connection();
-  const auto windows = x.values(xcb_get_property(x.get(), 0, x.root(), clientList_, XCB_ATOM_WINDOW, 0, listLimit));
+  const auto windows = x.values(xcb_get_property(x.get(), 0, x.root(), clientList_, XCB_ATOM_WINDOW, 0, mostWindows));
   std::vector<xcb_window_t> fresh;
   for (const xcb_window_t window : windows) {
     if (!known_.contains(window)) fresh.push_back(window);

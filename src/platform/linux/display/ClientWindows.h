@@ -4,11 +4,12 @@
 
 #include "platform/linux/display/XEvents.h"
 
+#include <QTimer>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <set>
-#include <utility>
 #include <vector>
 
 namespace orvo {
@@ -18,11 +19,11 @@ class ClientWindows {
   // Says whether the process could be taken for the owner of a window.
   using Owner = std::function<bool(std::int32_t processIdentifier)>;
 
-  explicit ClientWindows(Owner owner) : owner_(std::move(owner)) {}
+  explicit ClientWindows(Owner owner);
   ClientWindows(const ClientWindows&) = delete;
   ClientWindows& operator=(const ClientWindows&) = delete;
 
-  // Reports the owners of all windows before it returns, and those of new ones from then on; after the
+  // Reports the owners of all windows before it returns, and those of new ones a moment after they came; after the
   // application object is made. Does nothing where there is no X server.
   void begin();
 
@@ -34,6 +35,7 @@ class ClientWindows {
 
   Owner owner_;
   std::unique_ptr<XEvents> events_;
+  QTimer changes_;
   xcb_atom_t clientList_ = XCB_NONE;
   xcb_atom_t windowProcess_ = XCB_NONE;
   xcb_atom_t windowType_ = XCB_NONE;

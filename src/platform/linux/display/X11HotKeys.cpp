@@ -80,6 +80,7 @@ void X11HotKeys::unregisterEventHotKey(HotKeyRef hotKey) {
 void X11HotKeys::removeEventHandler(EventHandlerRef handler) { handlers_.erase(handler); }
 
 bool X11HotKeys::handle(const xcb_generic_event_t& event) {
+  if (isPretended(event)) return false;
   const auto code = eventCode(event);
   if (changesMap(event)) grabAgain();
   if (code != XCB_KEY_PRESS && code != XCB_KEY_RELEASE) return false;

@@ -11,8 +11,9 @@ namespace orvo {
 namespace {
 
 constexpr std::array<std::uint8_t, 2> coveredButtons = {XCB_BUTTON_INDEX_1, XCB_BUTTON_INDEX_3};
-constexpr std::uint32_t maximumListLength = 4096;  // entries read of a window list
-constexpr double coordinateLimit = 32767;          // the protocol's 16 bits
+constexpr std::uint32_t mostTypes = 16;    // windows name one or two
+constexpr std::size_t mostInFrame = 64;    // a window manager's own there, and the program's
+constexpr double coordinateLimit = 32767;  // the protocol's 16 bits
 constexpr std::size_t mostGone = 64;
 
 // The pixels whose points the rectangle contains.
@@ -37,11 +38,15 @@ std::optional<Pixels> pixelsOf(const Rect& rect) {
   return pixels;
 }
 
-std::vector<xcb_window_t> childrenOf(xcb_connection_t* connection, xcb_window_t window) {
-  const auto tree = owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
+std::vector<xcb_window_t> children(xcb_connection_t* connection, xcb_query_tree_cookie_t asked) {
+  const auto tree = owned(xcb_query_tree_reply(connection, asked, nullptr));
   if (!tree) return {};
   const auto* first = xcb_query_tree_children(tree.get());
   return {first, first + xcb_query_tree_children_length(tree.get())};
+}
+
+std::vector<xcb_window_t> childrenOf(xcb_connection_t* connection, xcb_window_t window) {
+  return children(connection, xcb_query_tree(connection, window));
 }
 
 }  // namespace
@@ -87,6 +92,7 @@ bool Covers::concerns(const xcb_generic_event_t& event) {
     case XCB_DESTROY_NOTIFY: {
       const auto gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
       watched_.erase(gone);
+      docks_.erase(gone);
       std::erase_if(parked_, [gone](const Cover& cover) { return cover.window == gone; });
       return std::erase_if(covers_, [gone](const Cover& cover) { return cover.window == gone; }) > 0 || !isOwn(gone);
     }
@@ -206,31 +212,47 @@ std::optional<Point> Covers::locate(const ControlPlace& control, Point offset) {
 std::vector<Covers::Planned> Covers::plan(const std::vector<GuardedRegion>& regions) {
   used_.clear();
   std::vector<Planned> planned;
-  const auto take = [&planned](const std::optional<Planned>& found) {
-    if (found && std::ranges::find(planned, found->place, &Planned::place) == planned.end()) planned.push_back(*found);
-  };
-  const auto known = regions.empty() ? std::vector<Dock>() : docks();
-  for (const auto& region : regions) {
-    if (region.control) {
-      const Rect& then = region.control->window.frame;
-      if (const Dock* dock = dockOf(region.control->window, known)) take(planOn(*dock, region, {then.x, then.y}));
-    } else {
-      for (const Dock& each : known) take(planOn(each, region, {each.frame.x, each.frame.y}));
-    }
+  if (!regions.empty() && !planOn(docks(), regions, planned)) {
+    // The list may be anybody's work.
+    learnDocks(windowsInFrames());
+    planned.clear();
+    planOn(docks(), regions, planned);
   }
   forgetUnused();
   return planned;
 }
 
-std::vector<Covers::Dock> Covers::docks() {
-  std::vector<Dock> found;
-  for (const auto window : topLevelWindows()) {
-    if (!isDock(window)) continue;
-    watch(window);
-    if (const auto frame = frameOf(window)) found.push_back({window, *frame});
+// False when a region is on none of the docks.
+bool Covers::planOn(const std::vector<Dock>& docks, const std::vector<GuardedRegion>& regions,
+                    std::vector<Planned>& planned) {
+  bool all = true;
+  for (const auto& region : regions) {
+    bool isPlaced = false;
+    const auto take = [&](const std::optional<Planned>& found) {
+      if (!found) return;
+      isPlaced = true;
+      if (std::ranges::find(planned, found->place, &Planned::place) == planned.end()) planned.push_back(*found);
+    };
+    if (region.control) {
+      const Rect& then = region.control->window.frame;
+      if (const Dock* dock = dockOf(region.control->window, docks)) take(planOn(*dock, region, {then.x, then.y}));
+    } else {
+      for (const Dock& each : docks) take(planOn(each, region, {each.frame.x, each.frame.y}));
+    }
+    all = all && isPlaced;
   }
-  // A program numbers its windows in the order in which it makes them.
-  std::ranges::sort(found, {}, &Dock::window);
+  return all;
+}
+
+std::vector<Covers::Dock> Covers::docks() {
+  learnDocks(listedWindows());
+  std::vector<Dock> found;
+  std::erase_if(docks_, [&](xcb_window_t window) {
+    watch(window);
+    const auto frame = frameOf(window);
+    if (frame && isMapped(window)) found.push_back({window, *frame});
+    return !frame;  // gone before it was watched
+  });
   return found;
 }
 
@@ -260,20 +282,48 @@ const Covers::Dock* Covers::dockOf(const PanelWindow& window, const std::vector<
   return there == docks.end() ? nullptr : &*there;
 }
 
-std::vector<xcb_window_t> Covers::topLevelWindows() {
+std::vector<xcb_window_t> Covers::listedWindows() {
   auto* connection = connection_.get();
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE);
-  const auto cookie =
-      xcb_get_property(connection, 0, connection_.root(), clientList_, XCB_ATOM_WINDOW, 0, maximumListLength);
+  const auto cookie = xcb_get_property(connection, 0, connection_.root(), clientList_, XCB_ATOM_WINDOW, 0, mostWindows);
   auto clients = connection_.values(cookie);
   if (!clients.empty()) return clients;
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   return childrenOf(connection, connection_.root());
 }
 
-bool Covers::isDock(xcb_window_t window) {
-  const auto cookie = xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, maximumListLength);
-  return std::ranges::count(connection_.values(cookie), dockType_) > 0;
+// On the screen itself and one below, where window managers put them; of many the topmost.
+std::vector<xcb_window_t> Covers::windowsInFrames() const {
+  auto* connection = connection_.get();
+  auto windows = childrenOf(connection, connection_.root());
+  if (windows.size() > mostWindows) windows.erase(windows.begin(), windows.end() - mostWindows);
+  std::vector<xcb_query_tree_cookie_t> asked;
+  asked.reserve(windows.size());
+  for (const auto window : windows) asked.push_back(xcb_query_tree(connection, window));
+  for (const auto cookie : asked) {
+    auto inside = children(connection, cookie);
+    inside.resize(std::min(inside.size(), mostInFrame));
+    windows.insert(windows.end(), inside.begin(), inside.end());
+  }
+  return windows;
+}
+
+// All questions go out before the first answer is awaited.
+void Covers::learnDocks(const std::vector<xcb_window_t>& windows) {
+  std::vector<xcb_get_property_cookie_t> asked;
+  asked.reserve(windows.size());
+  for (const auto window : windows) {
+    asked.push_back(xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, mostTypes));
+  }
+  for (std::size_t at = 0; at < windows.size(); ++at) {
+    if (std::ranges::count(connection_.values(asked[at]), dockType_) > 0) docks_.insert(windows[at]);
+  }
+}
+
+bool Covers::isMapped(xcb_window_t window) const {
+  const auto cookie = xcb_get_window_attributes(connection_.get(), window);
+  const auto state = owned(xcb_get_window_attributes_reply(connection_.get(), cookie, nullptr));
+  return state && state->map_state != XCB_MAP_STATE_UNMAPPED;
 }
 
 // The part of the region that lies on the dock, whose corner was at `origin` when the region was told.
@@ -351,8 +401,9 @@ void Covers::watchRoot(std::uint32_t mask) {
 void Covers::forgetUnused() {
   std::erase_if(watched_, [this](xcb_window_t window) {
     if (used_.contains(window)) return false;
-    const std::uint32_t none = XCB_EVENT_MASK_NO_EVENT;
-    xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &none);
+    // Of a dock its end is still to be heard.
+    const std::uint32_t mask = docks_.contains(window) ? std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY} : 0;
+    xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &mask);
     return true;
   });
 }

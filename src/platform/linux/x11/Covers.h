@@ -81,10 +81,13 @@ class Covers {
   std::vector<Planned> plan(const std::vector<GuardedRegion>& regions);
   const Cover* coverOf(xcb_window_t window) const;
   std::vector<Dock> docks();
-  std::vector<xcb_window_t> topLevelWindows();
-  bool isDock(xcb_window_t window);
+  std::vector<xcb_window_t> listedWindows();
+  std::vector<xcb_window_t> windowsInFrames() const;
+  void learnDocks(const std::vector<xcb_window_t>& windows);
+  bool isMapped(xcb_window_t window) const;
   std::optional<Rect> frameOf(xcb_window_t window);
   const Dock* dockOf(const PanelWindow& window, const std::vector<Dock>& docks) const;
+  bool planOn(const std::vector<Dock>& docks, const std::vector<GuardedRegion>& regions, std::vector<Planned>& planned);
   std::optional<Planned> planOn(const Dock& dock, const GuardedRegion& region, Point origin);
   bool childHolding(Place& place);
   // The part of a window's number that all windows of its program share.
@@ -109,6 +112,9 @@ class Covers {
   std::vector<Cover> covers_;
   std::vector<Cover> parked_;
   std::vector<Cover> gone_;  // of late: a press may still be on its way from them
+  // Each from when it is found until it is destroyed, whatever is said of it then. A program numbers its windows in the
+  // order in which it makes them.
+  std::set<xcb_window_t> docks_;
   std::set<xcb_window_t> watched_;
   std::set<xcb_window_t> used_;
 };

@@ -21,9 +21,6 @@ constexpr auto heldInterval = 10ms;
 // The same while a click is on its way.
 constexpr auto givenInterval = 1ms;
 
-// In the code of an event that SendEvent made.
-constexpr std::uint8_t sentByClient = 0x80;
-
 constexpr xcb_button_t leftButton = 1;
 constexpr xcb_button_t rightButton = 3;
 
@@ -104,8 +101,9 @@ void TapThread::run() {
     if (finishing_ && !replay_.isGiving()) return;
     wait();
   }
-  connection_->log("the X server has gone");
+  connection_->log("the connection to the X server has ended");
   dead_ = true;
+  sink_.ended();
 }
 
 void TapThread::runCommands() {
@@ -124,7 +122,7 @@ void TapThread::handleEvents() {
 }
 
 void TapThread::handle(const xcb_generic_event_t& event) {
-  if ((event.response_type & sentByClient) != 0) return;  // nobody pressed or moved anything
+  if (isPretended(event)) return;  // nobody pressed or moved anything
   switch (eventCode(event)) {
     case 0:
       connection_->logUnexpected(reinterpret_cast<const xcb_generic_error_t&>(event));

@@ -55,6 +55,8 @@ class TapThread {
     std::function<std::optional<ControlPlaces::List>()> controls;
     // A press was not decided in time. The regions have been dropped.
     std::function<void()> timedOut;
+    // The connection to the server has ended, and with it everything that was held here.
+    std::function<void()> ended;
   };
 
   // Absent, with a line on standard error, without an X server or its XTEST extension.
@@ -66,7 +68,7 @@ class TapThread {
   TapThread(const TapThread&) = delete;
   TapThread& operator=(const TapThread&) = delete;
 
-  // False for good once the server has gone.
+  // False for good once the connection to the server has ended.
   bool works() const { return !dead_; }
 
   void setRegions(std::vector<GuardedRegion> regions);

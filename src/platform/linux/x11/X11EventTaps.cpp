@@ -33,7 +33,10 @@ class X11EventTaps::Port : public EventTapPort {
     return tap_->valid;
   }
   void removeFromMainRunLoop() override { set(tap_->attached, false); }
-  void enable() override { set(tap_->enabled, true); }
+  bool enable() override {
+    set(tap_->enabled, true);
+    return tap_->valid && !alive_.expired() && taps_.hasThread();
+  }
   void setRegionsOfInterest(const std::vector<Rect>& regions) override { set(tap_->regions, regions); }
   void invalidate() override {
     if (!alive_.expired()) taps_.invalidate(*tap_);
@@ -81,15 +84,18 @@ void X11EventTaps::post(EventTapLocation, const Event& event) {
   onMain([this] { showPosted(); });
 }
 
+bool X11EventTaps::hasThread() const { return thread_ && thread_->works(); }
+
 bool X11EventTaps::startThread() {
-  if (thread_ && thread_->works()) return true;
+  if (hasThread()) return true;
   TapThread::Sink sink;
   sink.pressed = [this](const std::shared_ptr<HeldPress>& press) { onMain([this, press] { answer(press); }); };
   sink.released = [this](const std::shared_ptr<HeldPress>& press, Point location) {
     onMain([this, press, location] { release(*press, location); });
   };
   sink.controls = [&places = places_] { return places.now(); };
-  sink.timedOut = [this] { onMain([this] { disable(); }); };
+  sink.timedOut = [this] { onMain([this] { disable(EventType::tapDisabledByTimeout); }); };
+  sink.ended = [this] { onMain([this] { disable(EventType::tapDisabledByUserInput); }); };
   thread_ = TapThread::start(display_, std::move(sink));
   return thread_ != nullptr;
 }
@@ -124,13 +130,13 @@ void X11EventTaps::release(const HeldPress& press, Point location) {
   if (press.wasAsked()) passes(event);
 }
 
-void X11EventTaps::disable() {
+void X11EventTaps::disable(EventType reason) {
   if (!tap_) return;
   const auto tap = tap_;
   tap->enabled = false;
   update();
-  X11Event nothing(EventType::tapDisabledByTimeout, {}, {});
-  if (tap->attached) tap->callback(EventType::tapDisabledByTimeout, &nothing, tap->userInfo);
+  X11Event nothing(reason, {}, {});
+  if (tap->attached) tap->callback(reason, &nothing, tap->userInfo);
 }
 
 bool X11EventTaps::passes(X11Event& event) {

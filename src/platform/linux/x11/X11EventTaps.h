@@ -7,7 +7,8 @@
 // then, and to nobody when that has gone. A press that the callback lets through, and a posted press, reach the
 // session together with their release when the physical button is up, since a press given while the
 // button is held would never arrive; a posted release is contained in that. A click older than
-// clickLimit reaches nobody. Touches count as far as the server turns them into button events.
+// clickLimit reaches nobody. A tap whose connection to the server has ended is told as disabled by user input: any
+// client may end it. Touches count as far as the server turns them into button events.
 #pragma once
 
 #include "platform/EventTap.h"
@@ -45,12 +46,13 @@ class X11EventTaps : public EventTaps {
   class Port;
   struct Tap;
 
+  bool hasThread() const;
   bool startThread();
   void update();
   std::vector<GuardedRegion> guarded(const std::vector<Rect>& frames) const;
   void answer(const std::shared_ptr<HeldPress>& press);
   void release(const HeldPress& press, Point location);
-  void disable();
+  void disable(EventType reason);
   bool passes(X11Event& event);
   void showPosted();
   void givePosted();

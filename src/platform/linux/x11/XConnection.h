@@ -13,6 +13,9 @@
 
 namespace orvo {
 
+// How much is read of a list of windows: any client may have written it.
+inline constexpr std::uint32_t mostWindows = 4096;
+
 struct FreeDeleter {
   void operator()(void* memory) const { std::free(memory); }
 };
@@ -72,5 +75,7 @@ class XConnection {
 
 // The code of an event without the mark of one that another client sent.
 inline unsigned eventCode(const xcb_generic_event_t& event) { return event.response_type & 0x7FU; }
+// Whether a client sent it, so that nothing of the kind need have happened.
+inline bool isPretended(const xcb_generic_event_t& event) { return (event.response_type & 0x80U) != 0; }
 
 }  // namespace orvo

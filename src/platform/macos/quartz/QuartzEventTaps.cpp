@@ -72,7 +72,7 @@ class QuartzEventTapPort final : public EventTapPort {
 
   bool addToMainRunLoop() override;
   void removeFromMainRunLoop() override;
-  void enable() override;
+  bool enable() override;
   void invalidate() override;
   // The system shows a tap every event.
   void setRegionsOfInterest(const std::vector<Rect>& /*regions*/) override {}
@@ -97,8 +97,10 @@ void QuartzEventTapPort::removeFromMainRunLoop() {
   source_.reset();
 }
 
-void QuartzEventTapPort::enable() {
-  if (port_) CGEventTapEnable(port_.get(), true);
+bool QuartzEventTapPort::enable() {
+  if (!port_) return false;
+  CGEventTapEnable(port_.get(), true);
+  return CFMachPortIsValid(port_.get()) != 0;
 }
 
 // Without a port the system cannot call any more; a source that was left behind goes with it.

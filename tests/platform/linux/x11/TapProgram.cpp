@@ -23,10 +23,7 @@ Rect readRect(std::istream& words) {
 
 class TapProgram {
  public:
-  TapProgram() {
-    port_->addToMainRunLoop();
-    port_->enable();
-  }
+  TapProgram() { install(); }
 
   void obey(const std::string& line) {
     std::istringstream words(line);
@@ -34,7 +31,7 @@ class TapProgram {
     words >> command;
     if (command == "regions") port_->setRegionsOfInterest({readRect(words)});
     if (command == "passes") words >> passes_;
-    if (command == "enable") port_->enable();
+    if (command == "enable" && !port_->enable()) install();
     if (command == "invalidate") port_->invalidate();
     if (command == "note") places_.note(*readControls(words));
     if (command == "find") {
@@ -56,6 +53,14 @@ class TapProgram {
   }
 
  private:
+  void install() {
+    port_.reset();
+    port_ = taps_->create(EventTapLocation::session, EventTapPlacement::headInsert, EventTapOptions::activeFilter, 0x1E,
+                          &callback, this);
+    port_->addToMainRunLoop();
+    port_->enable();
+  }
+
   static Event* callback(EventType type, Event* event, void* userInfo) {
     auto& self = *static_cast<TapProgram*>(userInfo);
     const Point place = event->location();
@@ -84,8 +89,7 @@ class TapProgram {
   }};
   std::unique_ptr<X11EventTaps> taps_ = std::make_unique<X11EventTaps>(
       queue_, [] { return true; }, places_);
-  std::unique_ptr<EventTapPort> port_ = taps_->create(EventTapLocation::session, EventTapPlacement::headInsert,
-                                                      EventTapOptions::activeFilter, 0x1E, &callback, this);
+  std::unique_ptr<EventTapPort> port_;
   std::unique_ptr<Event> pressed_;  // the last left press that did not pass
   bool passes_ = false, hangs_ = false;
 };

@@ -14,7 +14,7 @@ from Xlib.protocol import event  # noqa: E402
 from desktop import Desktop, stopped  # noqa: E402
 from waiting import hold, wait  # noqa: E402
 
-LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP, TIMED_OUT = 1, 2, 3, 4, 0xFFFFFFFE
+LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP, TIMED_OUT, ENDED = 1, 2, 3, 4, 0xFFFFFFFE, 0xFFFFFFFF
 DOCK = (0, 560, 800, 40)
 REGION = (600, 562, 100, 36)
 ON_REGION, BESIDE_REGION, ON_DESKTOP = (650, 580), (300, 580), (200, 200)
@@ -280,6 +280,25 @@ class Taps(unittest.TestCase):
             wait(caught, 5, "a click on the cover")
             self.assertNotIn(LEFT_DOWN, [kind for kind, _, _ in self.tap.events])
             self.tap.events = []
+
+    def test_whatever_another_client_says_of_windows_the_panel_is_guarded_and_by_the_next_tap_if_it_ends_this_one(self):
+        self.catch()
+        root, window = self.desktop.root, self.desktop.window(self.dock.window.id)
+        kind, listed = map(self.desktop.display.intern_atom, ("_NET_WM_WINDOW_TYPE", "_NET_CLIENT_LIST"))
+        types = window.get_full_property(kind, Xatom.ATOM).value
+        for windows, told in (([window.id], []), ([root.id] * 5000 + [window.id], []), ([0x7000000], types)):
+            with self.subTest(length=len(windows), types=told):
+                window.change_property(kind, Xatom.ATOM, 32, told)
+                root.change_property(listed, Xatom.WINDOW, 32, windows)
+                self.desktop.display.sync()
+                hold(0.1)  # Covers that go would be gone by then.
+                self.catch()
+        wait(self.dock.covers, 5, "the cover")[0].kill_client()
+        self.desktop.display.sync()
+        self.expect_seen(ENDED)
+        self.tap.say("enable")  # In vain, so that it makes another, which nobody has told of the panel.
+        self.tap.say("regions", *REGION)
+        self.catch()
 
     def test_a_stopped_tap_holds_up_no_other_click_and_repeats_nothing_once_it_goes_on(self):
         self.catch()  # By then it has heard how late it is by the server's clock.

@@ -138,6 +138,7 @@ void CGEventTapEnable(CFMachPortRef tap, bool enable) { note("enable", enable, a
 CFRunLoopSourceRef CFMachPortCreateRunLoopSource(CFAllocatorRef, CFMachPortRef port, CFIndex order) {
   return note("source", order, at(port).references) ? make<CFRunLoopSourceRef>({}) : nullptr;
 }
+Boolean CFMachPortIsValid(CFMachPortRef) { return world.refused != "valid"; }
 void CFMachPortInvalidate(CFMachPortRef port) { note("invalidate", at(port).references); }
 CFRunLoopRef CFRunLoopGetMain() { return fixed<CFRunLoopRef>(5); }
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode) {
@@ -272,7 +273,10 @@ TEST_F(QuartzAdaptersTest, AHeldClickComesBackMarkedAndPassesItsOwnTap) {
     EXPECT_THAT(takeCalls(), ElementsAre("enable 1 1", "enable 1 1"));
   }
   EXPECT_EQ(reveals_, 5);
+  world.refused = "valid";
+  EXPECT_TRUE(send(0xFFFFFFFF, nullptr) && !relay_->isInstalled());
   world.refused = "";
+  relay_->install();
   relay_->onReveal = [this] { relay_->stop(); };
   EXPECT_FALSE(click(1, onClock)) << "a tap that goes while it is being asked";
 }
