@@ -10,7 +10,7 @@ from Xlib import X, XK, Xatom, display
 from Xlib.protocol import event
 
 from case import COPYQ, PASYSTRAY, QMIDINET, HidingCase, Peer, center, stopped
-from desktop import PROGRAMS
+from desktop import AGENT, PROGRAMS, WATCHER
 from person import Person
 from waiting import settled, stays, wait
 
@@ -25,6 +25,19 @@ wm withdraw .
 image create photo square -width 22 -height 22
 square put red -to 0 0 22 22
 tktray::icon .icon -image square
+"""
+FILLER = """import sys, time
+from Xlib import X, display
+client = display.Display()
+tray = client.create_resource_object("window", int(sys.argv[1], 16)).query_tree().parent.query_tree().parent
+client.grab_server()
+socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+for _ in range(20_000):
+    socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+client.ungrab_server()
+client.sync()
+print("filled", flush=True)
+time.sleep(1000)
 """
 COMBINATION = ("Control_L", "Alt_L", "Super_L", "b")
 MODIFIERS = X.ControlMask | X.Mod1Mask | X.Mod4Mask
@@ -115,16 +128,10 @@ class Hiding(HidingCase):
         wait(lambda: not self.desktop.is_hidden(), what="the reveal")
 
     def test_a_program_that_fills_the_tray_with_windows_holds_nobody_up(self):
-        client = display.Display(self.desktop.display_name)
-        self.addCleanup(client.close)
         icon = next(address for address, *_ in self.desktop.call_agent("Items") if address.startswith("x11:"))
-        tray = client.create_resource_object("window", int(icon[4:], 16)).query_tree().parent.query_tree().parent
-        client.grab_server()
-        socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-        for _ in range(20_000):
-            socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-        client.ungrab_server()
-        client.sync()
+        self.desktop.spawn("filler", ["/usr/bin/python3", "-c", FILLER, icon[4:]])
+        self.addCleanup(self.desktop.end, "filler")
+        wait(lambda: "filled" in self.desktop.log("filler"), what="the windows")
         started = time.monotonic()
         self.desktop.call_agent("Tree")
         self.assertLess(time.monotonic() - started, 1, "seconds until an answer")
@@ -177,8 +184,14 @@ class Hiding(HidingCase):
         # Ayatana's programs may show an icon of the older kind besides, made while they saw no watcher. So the panel's
         # own list is what has to hold each of the newer kind just once.
         newer = ["orvo", COPYQ, PASYSTRAY, QMIDINET]
-        settled(lambda: {*self.programs, *newer} <= set(desktop.shown()) and len(desktop.told_items()) == len(newer),
-                0.25, 5, "every icon and the arrow")
+        def every():
+            return {*self.programs, *newer} <= set(desktop.shown()) and len(desktop.told_items()) == len(newer)
+        settled(every, 0.25, 5, "every icon and the arrow")
+        desktop.start_agent()  # Behind the panel, whose end gives it the tray.
+        desktop.end("panel")
+        desktop.start_panel()
+        wait(lambda: desktop.owner(WATCHER) == desktop.owner(AGENT), what="the tray being the agent's")
+        settled(every, 0.25, 10, "every icon and the arrow, again")
 
 
 class Shortcut(HidingCase):
