@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <span>
 #include <utility>
 
 namespace orvo {
@@ -31,9 +30,11 @@ bool readChildren(sd_bus_message* answer, std::vector<Accessible>& children) {
   if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return false;
   const char* service = nullptr;
   const char* path = nullptr;
-  int read = 0;
-  while ((read = sd_bus_message_read(answer, "(so)", &service, &path)) > 0) children.push_back({service, path});
-  return read == 0;
+  int read = 1;
+  while (children.size() < AccessibilityBus::mostChildren &&
+         (read = sd_bus_message_read(answer, "(so)", &service, &path)) > 0)
+    children.push_back({service, path});
+  return read >= 0;
 }
 
 bool readIsDock(sd_bus_message* answer, bool& isDock) {
@@ -101,7 +102,7 @@ void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coor
 
 void AccessibilityBus::askApplications(std::function<void(const Accessible&, std::int32_t process)> handler) {
   askChildren(registryRoot, [this, handler = std::move(handler)](const std::vector<Accessible>& all) {
-    for (const Accessible& application : std::span(all).first(std::min(all.size(), mostApplications))) {
+    for (const Accessible& application : all) {
       const std::function<void(const std::int32_t&)> found = [handler, application](std::int32_t process) {
         handler(application, process);
       };

@@ -39,14 +39,16 @@ class AccessibilityBus {
   // Keeps the connection of before if it is to the same address and whole.
   void begin(const std::string& address);
 
+  // Of one list; more are not looked at. Far more than applications can run at once, or a panel has of anything.
+  static constexpr std::size_t mostChildren = 1000;
+
   // Handlers are called for answers of the right form only, never from within, and may ask on.
   void askChildren(const Accessible& accessible, std::function<void(const std::vector<Accessible>&)> handler);
   void askIsDock(const Accessible& accessible, std::function<void(const bool&)> handler);
   enum class Coordinates : std::uint32_t { screen = 0, window = 1 };  // ATSPI_COORD_TYPE_...
   void askExtents(const Accessible& accessible, Coordinates coordinates, std::function<void(const Rect&)> handler);
-  // Calls the handler for each application that has registered, of the first so many. The bus knows whose process
-  // is whose: nobody else is asked anything.
-  static constexpr std::size_t mostApplications = 1000;  // far more than can run at once
+  // Calls the handler for each application that has registered. The bus knows whose process is whose: nobody else is
+  // asked anything.
   void askApplications(std::function<void(const Accessible&, std::int32_t process)> handler);
 
   // Called once, when every question is answered that was asked since the last such call; at once where

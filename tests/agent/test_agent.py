@@ -101,7 +101,7 @@ class Hostile(AgentCase):
     """Whatever one program or file is like, the agent answers, stays small, and hides and shows the icons of others."""
 
     def test_nobody_and_nothing_holds_the_agent_up(self):
-        for act in (self.files_that_are_none, self.settings_without_end, self.mute_in_the_queue, self.items_of_one,
+        for act in (self.files_that_are_none, self.panel_without_end, self.mute_in_the_queue, self.items_of_one,
                     self.requests_of_one, self.request_again_and_again):
             with self.subTest(act.__name__):
                 self.doCleanups()
@@ -151,14 +151,16 @@ class Hostile(AgentCase):
             self.with_item("script", shutil.copy("/usr/bin/python3", f"{programs}/good"))
             self.assertEqual(self.desktop.call_agent("Items")[-1][2], "org.example.Good")
 
-    def settings_without_end(self):
-        """Any program may write the panel's."""
-        for name in ("org.xfce.Panel", "org.xfce.Xfconf", "org.a11y.Bus"):
+    def panel_without_end(self):
+        """Any program may write the panel's settings, or be the panel, with windows on the bus of its choice."""
+        for name in ("org.xfce.Panel", "org.xfce.Xfconf", "org.a11y.Bus", "org.a11y.atspi.Registry"):
             self.hostile.own(name)
         numbers = {"/panels": "[7] * 6000", "/panels/panel-7/plugin-ids": "range(6000)"}
         values = ", ".join(f"{name!r}: GLib.Variant('ai', {value})" for name, value in numbers.items())
         self.hostile.ask(f"serve(GetAllProperties=GLib.Variant('(a{{sv}})', ({{{values}}},)), GetProperty='(<1>,)', "
-                         "GetAddress=\"('unix:path=/nowhere',)\")")
+                         "GetAddress=str((ADDRESS,)).replace(' ', ''), GetAttributes=\"({'window-type': 'dock'},)\", "
+                         "GetExtents='((0, 0, 9, 9),)', "
+                         "GetChildren=GLib.Variant('(a(so))', ([(bus.get_unique_name(), '/w')] * 100_000,)))")
 
     def mute_in_the_queue(self):
         self.hostile.own(WATCHER, 0)
