@@ -167,6 +167,7 @@ const std::vector<State>& states() {
       {"managed-elsewhere", {}, {selectTwo, manageElsewhere}},
       {"no-controls", {withoutControls}, {selectTwo}},
       {"not-installed-permitted", {notInstalled}},
+      {"not-installed-small", {notInstalled, notTrusted}, {}, everyday, {640, 400}},
       {"not-installed", {notInstalled, notTrusted}},
       {"no-permission", {notTrusted}},
       {"ready", {}, {selectTwo}},

@@ -49,6 +49,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void stop();
 
   // True when a hide may be offered; also while hidden.
+  // Whether the system lets icons be hidden, as far as it has told.
+  bool canBeManaged() const;
   bool canHide() const;
   void hideSelected();
   void reveal(bool scheduleRehide);

@@ -22,8 +22,10 @@ MainQueue::Duration fromSeconds(std::int64_t seconds) {
 
 }  // namespace
 
+bool OrvoModel::canBeManaged() const { return backendAvailable && !itemsManagedElsewhere(); }
+
 bool OrvoModel::canHide() const {
-  return nativeMenuBarReady && backendAvailable && accessibilityGranted() && systemClickProtection() &&
+  return nativeMenuBarReady && canBeManaged() && accessibilityGranted() && systemClickProtection() &&
          !systemRelay_->systemFrames().empty() && selectedCount() != 0 && state() != BarState::applying;
 }
 
@@ -46,7 +48,7 @@ bool OrvoModel::readyToHide() {
     message = words_.installMessage;
     return false;
   }
-  if (!backendAvailable || !accessibilityGranted()) return false;
+  if (!canBeManaged() || !accessibilityGranted()) return false;
   if (!systemRelay_->isInstalled() || systemRelay_->systemFrames().empty()) {
     message = words_.noControls;
     return false;

@@ -242,7 +242,7 @@ void OrvoView::addIconsPage(Value& all) const {
 
 // What stands above the icon list, exactly one of three.
 std::string OrvoView::guidance() const {
-  if (!canBeManaged()) return "unsupported";
+  if (!model_->canBeManaged()) return "unsupported";
   return eitherText(model_->nativeMenuBarReady && model_->accessibilityGranted(), "revealGuide", "setup");
 }
 
@@ -265,8 +265,6 @@ void OrvoView::performSetupAction() {
     open(page(), "/Applications or ~/Applications", {fileURL(applicationsFolder, true), fileURL(own, true)});
   }
 }
-
-bool OrvoView::canBeManaged() const { return model_->backendAvailable && !model_->itemsManagedElsewhere(); }
 
 // Only a new process asks anew whether icons can be hidden at all.
 void OrvoView::takeOver() {
@@ -305,7 +303,7 @@ OrvoView::Value OrvoView::emptyState() const {
 
 // Who cannot manage items may not know of any.
 bool OrvoView::isListPending() const {
-  return platform_.words.nothingManaged != nullptr && !canBeManaged() && model_->apps().empty();
+  return platform_.words.nothingManaged != nullptr && !model_->canBeManaged() && model_->apps().empty();
 }
 
 std::string OrvoView::emptyTitle() const {
@@ -329,7 +327,7 @@ std::string OrvoView::actionTitle() const {
 }
 
 std::string OrvoView::actionHint() const {
-  if (!canBeManaged()) return platform_.words.unsupportedHint;
+  if (!model_->canBeManaged()) return platform_.words.unsupportedHint;
   if (!model_->nativeMenuBarReady) return "Open the Applications copy to enable hiding.";
   if (!model_->accessibilityGranted()) return "Allow Accessibility to get started.";
   if (model_->isConcealing()) return "Click the left arrow to bring your icons back.";
@@ -344,7 +342,7 @@ OrvoView::Value OrvoView::primaryButton() const {
             {"symbol", "chevron.right"},
             {"accessibilityLabel", "Hide selected icons"},
             {"toolTip", "Hide selected icons"},
-            {"enabled", canBeManaged() && model_->canHide()}};
+            {"enabled", model_->canHide()}};
   }
   return {{"label", ""},
           {"symbol", "chevron.left"},
@@ -400,7 +398,7 @@ OrvoView::Value OrvoView::diagnostics() const {
   };
   return {diagnosticRow(platform_.words.system, platform_.processInfo.operatingSystemVersionString(), std::nullopt),
           row("Installed application", model_->nativeMenuBarReady, "Ready", "Open from Applications"),
-          row("Menu bar compatibility", canBeManaged(), "Available", "Unavailable"),
+          row("Menu bar compatibility", model_->canBeManaged(), "Available", "Unavailable"),
           row("Accessibility", model_->accessibilityGranted(), "Enabled", "Permission required"),
           row("System controls", model_->systemClickProtection(), "Ready", "Not ready — refresh icons"),
           row("Keyboard shortcut", model_->shortcutAvailable(), "Ready", "In use by another app")};
@@ -410,7 +408,7 @@ std::string OrvoView::diagnosticsText() const {
   return "Orvo " + version() + '\n' + platform_.words.system + ": " +
          platform_.processInfo.operatingSystemVersionString() +
          "\nInstalled application: " + eitherText(model_->nativeMenuBarReady, "ready", "not ready") +
-         "\nMenu bar compatibility: " + eitherText(canBeManaged(), "available", "unavailable") +
+         "\nMenu bar compatibility: " + eitherText(model_->canBeManaged(), "available", "unavailable") +
          "\nAccessibility: " + eitherText(model_->accessibilityGranted(), "enabled", "not enabled") +
          "\nSystem controls: " + eitherText(model_->systemClickProtection(), "ready", "not ready") +
          "\nKeyboard shortcut: " + eitherText(model_->shortcutAvailable(), "ready", "unavailable");

@@ -114,7 +114,6 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   void select(Page newPage);
   void performSetupAction();
   void chooseRehideOption(std::size_t option);
-  bool canBeManaged() const;
   bool isListPending() const;
   void takeOver();
   void copyDiagnostics();

@@ -13,6 +13,7 @@ FocusScope {
     property Item teller: null
     readonly property string message: View.message
     property bool messageIsNew: false
+    property bool isComplete: false
 
     function show(item) {
         const place = item.mapToItem(flick.contentItem, 0, 0).y;
@@ -50,7 +51,9 @@ FocusScope {
 
     onFocusedChanged: if (holds(focused))
         show(focused)
-    onMessageChanged: messageIsNew = message !== ""
+    // One that is there already when the page opens is not new.
+    onMessageChanged: messageIsNew = isComplete && message !== ""
+    Component.onCompleted: isComplete = true
 
     // By then the page is laid out anew.
     Connections {

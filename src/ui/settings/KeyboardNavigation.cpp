@@ -1,6 +1,5 @@
 #include "ui/settings/KeyboardNavigation.h"
 
-#include <QKeyEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -40,11 +39,18 @@ bool KeyboardNavigation::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);
   if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
     const auto* key = static_cast<QKeyEvent*>(event);
-    // One press is one action, however long it is held.
-    if (key->isAutoRepeat() && acts(key->key(), window_.activeFocusItem())) return true;
+    if (isRepeated(*key) && acts(key->key(), window_.activeFocusItem())) return true;
     if (event->type() == QEvent::KeyPress && movesFocus(key->key())) setInUse(true);
   }
   return QObject::eventFilter(watched, event);
+}
+
+// One press is one action, however long it is held. An X server repeats a key by a release and a press of one moment,
+// and Qt takes them for a repeat only where it has both at once.
+bool KeyboardNavigation::isRepeated(const QKeyEvent& key) {
+  const std::pair moment(key.key(), key.timestamp());
+  if (key.type() == QEvent::KeyRelease) released_ = moment;
+  return key.isAutoRepeat() || (key.type() == QEvent::KeyPress && key.timestamp() != 0 && released_ == moment);
 }
 
 void KeyboardNavigation::setInUse(bool inUse) {

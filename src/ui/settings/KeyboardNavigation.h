@@ -4,8 +4,11 @@
 
 #include "ui/settings/EngineSingleton.h"
 
+#include <QKeyEvent>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
+
+#include <utility>
 
 class QQuickWindow;
 
@@ -31,10 +34,12 @@ class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNaviga
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  bool isRepeated(const QKeyEvent& key);
   void setInUse(bool inUse);
 
   QQuickWindow& window_;
   bool inUse_ = false;
+  std::pair<int, quint64> released_;  // the last key, and when
 };
 
 }  // namespace orvo

@@ -182,6 +182,30 @@ TEST_F(SettingsWindowTest, EveryPageIsWorkedByKeyboardAloneInASmallWindowAndShow
   EXPECT_EQ(memory.workspace.openedURLs.size(), 1U);
 }
 
+TEST_F(SettingsWindowTest, AKeyThatIsHeldActsOnce) {
+  open();
+  openPage(behavior);
+  tabTo("Open Orvo at login");
+  quint64 moment = 1000;
+  const auto send = [&](QEvent::Type type, Qt::Key key) {
+    QKeyEvent event(type, key, {});
+    event.setTimestamp(moment);
+    QCoreApplication::sendEvent(&quickView(), &event);
+  };
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
+    const bool before = model->launchAtLogin();
+    send(QEvent::KeyPress, key);
+    for (int repeat = 0; repeat < 3; ++repeat) {
+      moment += 40;
+      send(QEvent::KeyRelease, key);
+      send(QEvent::KeyPress, key);
+    }
+    ++moment;
+    send(QEvent::KeyRelease, key);
+    EXPECT_NE(model->launchAtLogin(), before) << key;
+  }
+}
+
 TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
   std::string& frame = memory.userDefaults.datas["NSWindow Frame Orvo.Settings"];
   frame = "0 40 800 700";
