@@ -39,7 +39,7 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
   const auto open = std::ranges::find_if(
       questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
   if (open == questions_.end() && questions_.size() < most) {
-    questions_.push_back({process, Clock::now() + FileThread::limit, {std::move(found)}});
+    questions_.push_back({process, Clock::now() + limit, {std::move(found)}});
   } else if (open != questions_.end() && !isLate(*open)) {
     open->found.push_back(std::move(found));
   } else {
@@ -56,7 +56,7 @@ void ApplicationLookup::proceed() {
   const auto begun = static_cast<std::size_t>(next - questions_.begin());
   if (next != questions_.end() && begun < FileThread::most && std::all_of(questions_.begin(), next, isOver)) {
     // One that has waited for so long that it is late has the next one wait no longer than others.
-    if (isOver(*next)) next->deadline = now + FileThread::limit;
+    if (isOver(*next)) next->deadline = now + limit;
     begin(*next);
   }
   std::optional<Clock::time_point> due;
@@ -73,11 +73,8 @@ void ApplicationLookup::begin(Question& question) {
         return look(process, std::move(entries));
       });
   auto answer = task->get_future();
-  const auto work = [bell = bell_, task] {
-    (*task)();
-    eventfd_write(bell->descriptor, 1);
-  };
-  if (FileThread::begin(work, bell_->descriptor)) question.answer = std::move(answer);
+  const auto ring = [bell = bell_] { eventfd_write(bell->descriptor, 1); };
+  if (FileThread::begin([task] { (*task)(); }, ring, bell_->descriptor)) question.answer = std::move(answer);
 }
 
 ApplicationLookup::Answer ApplicationLookup::look(std::int32_t process, std::unique_ptr<DesktopEntries> entries) {

@@ -21,10 +21,13 @@ namespace orvo {
 
 class ApplicationLookup {
  public:
+  // Icons wait for the answer; a slow disk has given it by then.
+  static constexpr std::chrono::seconds limit{1};
+
   explicit ApplicationLookup(sd_event* loop);
 
   // Called once, in the order of asking, those about one process together; with an empty text for unknown, and for what
-  // is not known within FileThread's limit. While as many threads as may be are held up, all answers are late.
+  // is not known within the limit. While as many threads as may be are held up, all answers are late.
   using Found = std::function<void(const std::string& bundle)>;
   void find(std::int32_t process, Found found);
 

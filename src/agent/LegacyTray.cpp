@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <ranges>
 #include <utility>
 
 namespace orvo {
@@ -13,6 +14,7 @@ namespace {
 // trying. So they are asked again, after pauses that double.
 constexpr std::chrono::milliseconds firstRepaint{50};
 constexpr std::chrono::milliseconds lastRepaint{1600};
+static_assert(LegacyTray::drawingTime > 2 * lastRepaint - firstRepaint);
 // A panel puts its tray into place after it has told of it, at a login perhaps long after. Pauses double.
 constexpr std::chrono::milliseconds firstPause{200};
 constexpr std::chrono::minutes longestPause{2};
@@ -254,19 +256,24 @@ void LegacyTray::restore(xcb_window_t window, bool overridesRedirect) {
 }
 
 void LegacyTray::repaintSoon(xcb_window_t window) {
-  blank_.insert(window);
-  repaintPause_ = firstRepaint;
-  repaint_.start(repaintPause_);
+  blank_[window] = {Clock::now() + firstRepaint, firstRepaint};
+  repaint();
 }
 
 void LegacyTray::repaint() {
-  for (const xcb_window_t window : blank_) {
+  const auto now = Clock::now();
+  for (auto& [window, next] : blank_) {
+    if (next.due > now) continue;
     xcb_clear_area(connection_->get(), 1, window, 0, 0, 0, 0);
     for (const xcb_window_t child : children(window, mostInside))
       xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
+    next.pause *= 2;
+    next.due = now + next.pause;
   }
-  if (repaintPause_ >= lastRepaint) return blank_.clear();
-  repaint_.start(repaintPause_ *= 2);
+  std::erase_if(blank_, [](const auto& each) { return each.second.pause > lastRepaint; });
+  if (blank_.empty()) return repaint_.stop();
+  const auto next = std::ranges::min(std::views::values(blank_), {}, &Repaint::due);
+  repaint_.start(std::chrono::ceil<std::chrono::milliseconds>(next.due - now));
 }
 
 std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window, std::size_t most) const {

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -25,6 +26,9 @@ class LegacyTray {
   // Null where there is no X server. Finds nothing before follow().
   static std::unique_ptr<LegacyTray> open(sd_event* loop);
 
+  // How long icons that have come back are asked to draw themselves.
+  static constexpr std::chrono::milliseconds drawingTime{3200};
+
   // Called as it happens, from follow() on, without the icon's application; may be empty.
   std::function<void(const LegacyIcon&)> onDocked;
 
@@ -41,6 +45,12 @@ class LegacyTray {
   const std::vector<LegacyIcon>& icons() const { return icons_.icons(); }
 
  private:
+  using Clock = std::chrono::steady_clock;
+  struct Repaint {
+    Clock::time_point due;
+    std::chrono::milliseconds pause;  // before it
+  };
+
   LegacyTray(std::unique_ptr<XConnection> connection, sd_event* loop);
 
   void dispatch();
@@ -79,8 +89,7 @@ class LegacyTray {
   LegacyIcons icons_;
   LegacyIcons::Shows shows_ = [](const std::string&) { return true; };
   std::chrono::milliseconds searchPause_{0};  // the next one
-  std::set<xcb_window_t> blank_;              // perhaps
-  std::chrono::milliseconds repaintPause_{0};
+  std::map<xcb_window_t, Repaint> blank_;     // perhaps
   Timer search_;
   Timer repaint_;
   Timer more_;

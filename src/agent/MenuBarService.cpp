@@ -101,7 +101,7 @@ bool MenuBarService::isProtected(std::int32_t process) const {
 void MenuBarService::endOthers(std::int32_t process) {
   for (const std::string& requester : menuBar_.requesters()) {
     if (requesters_.at(requester) == process) continue;
-    barred_[requesters_.at(requester)] = Clock::now() + bar;
+    if (!isProtected(requesters_.at(requester))) barred_[requesters_.at(requester)] = Clock::now() + bar;
     announce(menuBar_.endRequests(requester));
   }
 }

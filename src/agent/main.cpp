@@ -1,5 +1,4 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -51,12 +50,9 @@ orvo::BusHandle connectToSession(sd_event* loop) {
   return isWhole ? std::move(bus) : nullptr;
 }
 
-// Until all icons of the older kind are drawn, by a busy machine too.
-constexpr std::chrono::milliseconds drawing{1000};
-
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
-  // Before the next login, whose agent cannot start until this process has ended.
+  // Nothing to do holds up nobody's next login.
   if (bequest.kept.empty()) return EXIT_SUCCESS;
   const auto loop = newLoop();
   const auto bus = connectToSession(loop.get());
@@ -69,7 +65,7 @@ int restore(const orvo::Guardian::Bequest& bequest) {
     if (end.isActive()) return;
     legacy = orvo::LegacyTray::open(loop.get());
     if (legacy) legacy->follow();
-    end.start(drawing);
+    end.start(orvo::LegacyTray::drawingTime);
   };
   const orvo::IconRestorer restorer(bus.get(), bequest.agent, bequest.kept, draw);
   return sd_event_loop(loop.get());

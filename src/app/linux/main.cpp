@@ -84,13 +84,6 @@ struct Adapters {
     return outcome == BusApplication::Outcome::acquired || outcome == BusApplication::Outcome::noBus;
   }
 
-  bool isCopyRunning() const {
-    const auto copies = early.workspace.runningApplications(early.bundle.identifier().value_or(""));
-    return std::ranges::any_of(copies, [this](const RunningApplication& each) {
-      return each.processIdentifier != early.processInfo.processIdentifier();
-    });
-  }
-
   // An arrow that nobody can see or click would be all that is left of Orvo.
   void endWithBus() {
     std::cerr << "Orvo: the session bus is gone; Orvo ends.\n";
@@ -103,7 +96,7 @@ struct Adapters {
   std::unique_ptr<QGuiApplication> qtApplication;
   QtApplication application{qtApplication.get()};
   BusApplication busApplication{QDBusConnection::sessionBus(), early.bundle.identifier().value_or(""),
-                                [this] { return isCopyRunning(); }, [this] { application.reopen(); }};
+                                [this] { application.reopen(); }};
   FileUserDefaults userDefaults{FileUserDefaults::standardPath()};
   LinuxFileSystem fileSystem;
   X11EventTaps eventTaps{early.mainQueue, [this] { return early.accessibility.isProcessTrusted(); },

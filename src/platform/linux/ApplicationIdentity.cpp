@@ -159,7 +159,7 @@ std::string bundleOfExecutable(const fs::path& executable) {
   return bundleIdentifier(bundleInfo(bundleOf(executable))).value_or("");
 }
 
-std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier) {
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, IdentifiedLate late, int kept) {
   // Null while a thread reads by them.
   static auto& entries = *new std::atomic<std::shared_ptr<DesktopEntries>>;
   const auto look = [=] {
@@ -170,7 +170,8 @@ std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifie
     entries = std::move(own);
     return identity;
   };
-  return FileThread::find("process " + std::to_string(processIdentifier), look).value_or(std::nullopt);
+  const std::string subject = "process " + std::to_string(processIdentifier);
+  return FileThread::find(subject, look, std::move(late), kept).value_or(std::nullopt);
 }
 
 }  // namespace orvo

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -24,8 +25,10 @@ struct ApplicationIdentity {
   std::string bundlePath;
 };
 
-// Absent when the process is gone or may not be looked at, or its files do not answer, see FileThread.
-std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier);
+// Absent when the process is gone or may not be looked at, or its files do not answer in time, see FileThread.
+using IdentifiedLate = std::function<void(std::optional<ApplicationIdentity>)>;
+std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, IdentifiedLate late = nullptr,
+                                                   int kept = -1);
 
 // The identifier of the bundle that the program is in; empty for none.
 std::string bundleOfExecutable(const std::filesystem::path& executable);

@@ -138,9 +138,11 @@ void DesktopEntries::read() {
   stamps_.clear();
   visited_.clear();
   entries_.clear();
-  seen_ = 0;
-  room_ = mostBytes;
-  for (const fs::path& folder : folders_) readFolder(folder, folder, 0);
+  for (const fs::path& folder : folders_) {
+    seen_ = 0;
+    room_ = mostBytes;
+    readFolder(folder, folder, 0);
+  }
 }
 
 void DesktopEntries::readFolder(const fs::path& root, const fs::path& folder, int depth) {

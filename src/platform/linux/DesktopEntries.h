@@ -28,9 +28,10 @@ class DesktopEntries {
   explicit DesktopEntries(std::vector<std::filesystem::path> folders);
 
   // Bounds of what is looked at: folders inside folders, each but once, files and folders in all, and their contents.
+  // Those of one folder leave those of others their room.
   static constexpr int deepest = 4;
   static constexpr int mostFiles = 5'000;
-  static constexpr std::size_t mostBytes = 64'000'000;
+  static constexpr std::size_t mostBytes = 16'000'000;
 
   // The "applications" folders of XDG_DATA_HOME and XDG_DATA_DIRS, then the usual ones.
   static std::vector<std::filesystem::path> standardFolders();

@@ -17,6 +17,7 @@ namespace {
 struct Running {
   std::mutex mutex;
   std::size_t count = 0;
+  std::size_t late = 0;
   std::set<std::string> subjects;
 };
 
@@ -34,9 +35,9 @@ void keepOnly(int descriptor) {
   close_range(kept + 1, std::numeric_limits<unsigned>::max(), 0);
 }
 
-bool enter() {
+bool enter(std::size_t room) {
   const std::lock_guard lock(running().mutex);
-  if (running().count == FileThread::most) return false;
+  if (running().count >= room) return false;
   ++running().count;
   return true;
 }
@@ -48,13 +49,14 @@ void leave() {
 
 }  // namespace
 
-bool FileThread::begin(std::function<void()> work, int kept) {
-  if (!enter()) return false;
+bool FileThread::begin(std::function<void()> work, std::function<void()> after, int kept, std::size_t room) {
+  if (!enter(room)) return false;
   try {
-    std::thread([work = std::move(work), kept] {
+    std::thread([work = std::move(work), after = std::move(after), kept] {
       keepOnly(kept);
       work();
       leave();
+      if (after) after();
     }).detach();
     return true;
   } catch (const std::system_error&) {
@@ -71,6 +73,21 @@ bool FileThread::open(const std::string& subject) {
 void FileThread::close(const std::string& subject) {
   const std::lock_guard lock(running().mutex);
   running().subjects.erase(subject);
+}
+
+bool FileThread::isAnyLate() {
+  const std::lock_guard lock(running().mutex);
+  return running().late > 0;
+}
+
+void FileThread::beginLate() {
+  const std::lock_guard lock(running().mutex);
+  ++running().late;
+}
+
+void FileThread::endLate() {
+  const std::lock_guard lock(running().mutex);
+  --running().late;
 }
 
 }  // namespace orvo

@@ -17,10 +17,8 @@ class BusApplication final : public QObject {
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
  public:
-  // `identifier` is the bus name; `isCopyRunning` tells whether another process that has it is a copy of this program;
-  // `reopen` is called for each request to open the program again.
-  BusApplication(QDBusConnection bus, const std::string& identifier, std::function<bool()> isCopyRunning,
-                 std::function<void()> reopen);
+  // `identifier` is the bus name; `reopen` is called for each request to open the program again.
+  BusApplication(QDBusConnection bus, const std::string& identifier, std::function<void()> reopen);
   ~BusApplication() override;
   BusApplication(const BusApplication&) = delete;
   BusApplication& operator=(const BusApplication&) = delete;
@@ -39,10 +37,11 @@ class BusApplication final : public QObject {
   Q_SLOT void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 
  private:
+  bool isOwnedByOther() const;
+
   QDBusConnection bus_;
   const QString name_;
   const QString path_;
-  const std::function<bool()> isCopyRunning_;
   const std::function<void()> reopen_;
   bool acquired_ = false;
 };

@@ -13,6 +13,20 @@
 
 namespace orvo {
 
+namespace {
+
+// Absent for what nobody can say what it is. Given the identifier, that may be all that is known of it.
+std::optional<RunningApplication> described(std::int32_t processIdentifier, const std::string& bundleIdentifier,
+                                            const std::optional<ApplicationIdentity>& identity) {
+  const bool isKnown = !bundleIdentifier.empty();
+  if (!identity && !isKnown) return std::nullopt;
+  if (!identity) return RunningApplication{bundleIdentifier, processIdentifier, {}, {}};
+  return RunningApplication{isKnown ? bundleIdentifier : identity->bundleIdentifier, processIdentifier,
+                            identity->localizedName, identity->bundlePath};
+}
+
+}  // namespace
+
 // A process file descriptor, which becomes readable when the process ends.
 class ApplicationRegistry::Watch {
  public:
@@ -51,19 +65,50 @@ ApplicationRegistry::~ApplicationRegistry() = default;
 bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   if (processIdentifier < 1) return false;
   if (isWatched(processIdentifier)) return rename(processIdentifier, bundleIdentifier), true;
+  std::erase_if(slow_, [](const auto& each) { return each.second->hasExited(); });
   auto watch = std::make_unique<Watch>(processIdentifier);
-  const auto described = watch->opened() ? describeProcess(processIdentifier, bundleIdentifier) : std::nullopt;
+  if (!watch->opened()) return false;
+  const Identity identity = identifyProcess(processIdentifier, late_.to<Identity>([=, this](const Identity& late) {
+    learned(processIdentifier, bundleIdentifier, late);
+  }),
+                                            late_.descriptor());
+  const auto application = described(processIdentifier, bundleIdentifier, identity);
+  if (application) return admit(*application, std::move(watch));
+  slow_[processIdentifier] = std::move(watch);
+  return false;
+}
+
+bool ApplicationRegistry::admit(const RunningApplication& application, std::unique_ptr<Watch> watch) {
   // Still running now: so what was described is the process that is watched, not a later one.
-  if (!described || watch->hasExited()) return false;
+  if (watch->hasExited()) return false;
+  const std::int32_t process = application.processIdentifier;
   // Nobody sees the end of their own process, and this one is known before it has an event loop.
-  if (processIdentifier != ::getpid()) watch->onExit(*this, [this, processIdentifier] { exited(processIdentifier); });
-  watches_.emplace(processIdentifier, std::move(watch));
+  if (process != ::getpid()) watch->onExit(*this, [this, process] { exited(process); });
+  watches_.emplace(process, std::move(watch));
   {
     const std::lock_guard lock(mutex_);
-    applications_.push_back(*described);
+    applications_.push_back(application);
   }
   emit launched();
   return true;
+}
+
+// Files that were slow have told by now what the process is.
+void ApplicationRegistry::learned(std::int32_t processIdentifier, const std::string& bundleIdentifier,
+                                  const Identity& identity) {
+  auto slow = slow_.extract(processIdentifier);
+  if (!identity) return;
+  if (isWatched(processIdentifier)) {
+    {
+      const std::lock_guard lock(mutex_);
+      for (RunningApplication& each : applications_)
+        if (each.processIdentifier == processIdentifier)
+          each = *described(processIdentifier, each.bundleIdentifier.value_or(""), identity);
+    }
+    emit launched();
+  } else if (!slow.empty()) {
+    admit(*described(processIdentifier, bundleIdentifier, identity), std::move(slow.mapped()));
+  }
 }
 
 // One that has exited counts no more, even before its end was heard of: the number may be another's by now.
@@ -107,15 +152,6 @@ std::optional<RunningApplication> ApplicationRegistry::application(std::int32_t 
                                   [&](const auto& known) { return known.processIdentifier == processIdentifier; });
   if (found == applications_.end()) return std::nullopt;
   return *found;
-}
-
-std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
-  const auto identity = identifyProcess(processIdentifier);
-  const bool isKnown = !bundleIdentifier.empty();
-  if (!identity && !isKnown) return std::nullopt;
-  if (!identity) return RunningApplication{bundleIdentifier, processIdentifier, {}, {}};
-  return RunningApplication{isKnown ? bundleIdentifier : identity->bundleIdentifier, processIdentifier,
-                            identity->localizedName, identity->bundlePath};
 }
 
 }  // namespace orvo

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/session/LateAnswers.h"
 
 #include <QObject>
 
@@ -25,10 +27,14 @@ class ApplicationRegistry : public QObject {
   ApplicationRegistry& operator=(const ApplicationRegistry&) = delete;
   ~ApplicationRegistry() override;
 
-  // False when there is no such process or nobody can say what it is. A `bundleIdentifier` overrules
-  // what the process itself looks like, for one added before as well, but never for this process; an
-  // empty one says nothing.
+  // False when there is no such process or nobody can say what it is. A `bundleIdentifier` overrules what the process
+  // itself looks like, for one added before as well, but never for this process; an empty one says nothing. Where the
+  // files that tell are slow, see FileThread, a process is added once they have told; with an identifier it is added
+  // at once, and what else there is to say of it follows.
   bool add(std::int32_t processIdentifier, const std::string& bundleIdentifier = {});
+
+  // From now on there is an event loop, in which what is slow can come.
+  void begin() { late_.begin(); }
 
   // In the order of their adding; any thread.
   std::vector<RunningApplication> applications() const;
@@ -41,17 +47,19 @@ class ApplicationRegistry : public QObject {
  private:
   class Watch;
 
+  using Identity = std::optional<ApplicationIdentity>;
+
+  bool admit(const RunningApplication& application, std::unique_ptr<Watch> watch);
+  void learned(std::int32_t processIdentifier, const std::string& bundleIdentifier, const Identity& identity);
   bool isWatched(std::int32_t processIdentifier);
   void rename(std::int32_t processIdentifier, const std::string& bundleIdentifier);
   void exited(std::int32_t processIdentifier);
 
+  LateAnswers late_;
   std::unordered_map<std::int32_t, std::unique_ptr<Watch>> watches_;
-  mutable std::mutex mutex_;  // guards applications_
+  std::unordered_map<std::int32_t, std::unique_ptr<Watch>> slow_;  // not added yet
+  mutable std::mutex mutex_;                                       // guards applications_
   std::vector<RunningApplication> applications_;
 };
-
-// Absent when nobody can say what it is. Given the identifier, that may be all that is known of it. Any thread; waits,
-// see FileThread.
-std::optional<RunningApplication> describeProcess(std::int32_t processIdentifier, const std::string& bundleIdentifier);
 
 }  // namespace orvo

@@ -17,6 +17,10 @@ namespace {
 
 constexpr std::chrono::milliseconds busAnswerLimit{1000};
 
+std::string requesterName(const std::optional<ApplicationIdentity>& identity) {
+  return identity ? identity->localizedName.value_or(identity->bundleIdentifier) : "Another program";
+}
+
 }  // namespace
 
 DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier, const QDBusConnection& bus)
@@ -54,9 +58,9 @@ std::optional<RunningApplication> DesktopWorkspace::ownerOfBusName(const std::st
   const QDBusMessage question = session_bus::processQuestion(QString::fromStdString(name));
   const auto process =
       session_bus::processAnswer(bus_.call(question, QDBus::Block, static_cast<int>(busAnswerLimit.count())));
-  auto owner = process ? describeProcess(*process, {}) : std::nullopt;
-  if (owner && owner->bundleIdentifier != name) owner.reset();
-  return owner;
+  const auto owner = process ? identifyProcess(*process) : std::nullopt;
+  if (!owner || owner->bundleIdentifier != name) return std::nullopt;
+  return RunningApplication{name, *process, owner->localizedName, owner->bundlePath};
 }
 
 std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& bundleIdentifier) const {
@@ -76,15 +80,29 @@ NotificationCenter& DesktopWorkspace::notificationCenter() {
   return center_;
 }
 
+// Each is looked at once: they may come and go all the time.
 void DesktopWorkspace::setRequesters(const QList<quint32>& processes) {
-  std::vector<std::string> names;
+  std::erase_if(requesters_, [&](const auto& known) { return !processes.contains(known.first); });
   for (const quint32 process : processes) {
-    if (process == QCoreApplication::applicationPid()) continue;
-    const auto described = describeProcess(static_cast<std::int32_t>(process), {});
-    names.push_back(described ? described->localizedName.value_or(described->bundleIdentifier.value_or("")) : "");
-    if (names.back().empty()) names.back() = "Another program";
+    if (process == QCoreApplication::applicationPid() || requesters_.contains(process)) continue;
+    requesters_[process] = requesterName(
+        identifyProcess(static_cast<std::int32_t>(process),
+                        late_.to<Identity>([=, this](const Identity& identity) { requesterKnown(process, identity); }),
+                        late_.descriptor()));
   }
-  if (std::exchange(concealers_, names) != names) center_.post(Notification::concealersChanged);
+  tellConcealers();
+}
+
+void DesktopWorkspace::requesterKnown(quint32 process, const Identity& identity) {
+  if (!requesters_.contains(process)) return;
+  requesters_[process] = requesterName(identity);
+  tellConcealers();
+}
+
+void DesktopWorkspace::tellConcealers() {
+  const std::vector<std::string> before = std::exchange(concealers_, {});
+  for (const auto& [process, name] : requesters_) concealers_.push_back(name);
+  if (concealers_ != before) center_.post(Notification::concealersChanged);
 }
 
 void DesktopWorkspace::setManagedElsewhere(bool elsewhere) {
@@ -92,6 +110,8 @@ void DesktopWorkspace::setManagedElsewhere(bool elsewhere) {
 }
 
 void DesktopWorkspace::follow() {
+  late_.begin();
+  registry_.begin();
   trayOwners_.begin();
   clientWindows_.begin();
   connect(&registry_, &ApplicationRegistry::launched, this,

@@ -43,14 +43,19 @@ class DesktopWorkspace : public QObject, public Workspace {
 
  private:
   void follow();
+  using Identity = std::optional<ApplicationIdentity>;
   void setRequesters(const QList<quint32>& processes);
+  void requesterKnown(quint32 process, const Identity& identity);
+  void tellConcealers();
   void setManagedElsewhere(bool elsewhere);
   std::optional<RunningApplication> ownerOfBusName(const std::string& name) const;
 
   QDBusConnection bus_;
   NotificationCenter center_;
+  std::map<quint32, std::string> requesters_;  // names by process, this one aside
   std::vector<std::string> concealers_;
   bool managedElsewhere_ = false;
+  LateAnswers late_;
   ApplicationRegistry registry_;
   TrayOwners trayOwners_;
   ClientWindows clientWindows_;

@@ -32,6 +32,9 @@ namespace {
 constexpr int largestFileEdge = 2048;
 constexpr std::size_t largestFile = 4'000'000;
 
+// That are held up; what remains of FileThread's is for more than pictures.
+constexpr std::size_t mostReads = 4;
+
 constexpr std::array fileEndings{".svg", ".png", ".xpm"};
 
 std::optional<Picture> toPicture(QImage image, int size) {
@@ -53,7 +56,8 @@ std::optional<Picture> toPicture(QImage image, int size) {
 // The path, or what stands there, may come from any program.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
   const std::string name = QFile::encodeName(path).toStdString();
-  const auto read = FileThread::find(name, [=] { return contentOf(name, largestFile); });
+  const auto read = FileThread::find(
+      name, [=] { return contentOf(name, largestFile); }, nullptr, -1, mostReads);
   QByteArray content = QByteArray::fromStdString(read.value_or(""));
   if (content.startsWith("\x1f\x8b")) return std::nullopt;  // a few packed bytes may unpack to any number
   QBuffer file(&content);
@@ -87,8 +91,12 @@ bool isSound(const QString& folder) {
 // As QIcon finds it, which would open whatever stands there.
 QString themeFile(const QString& name, int size) {
   static const QStringList folders = QIcon::themeSearchPaths();
-  QStringList sound;
-  std::ranges::copy_if(folders, std::back_inserter(sound), isSound);
+  const auto check = [] {
+    QStringList sound;
+    std::ranges::copy_if(folders, std::back_inserter(sound), isSound);
+    return sound;
+  };
+  const QStringList sound = FileThread::find("themes", check, nullptr, -1, mostReads).value_or(QStringList());
   if (sound != QIcon::themeSearchPaths()) QIcon::setThemeSearchPaths(sound);
   const QThemeIconInfo found = QIconLoader::instance()->loadIcon(name);
   const QIconLoaderEngineEntry* entry = QIconLoaderEngine::entryForSize(found, {size, size});
@@ -160,6 +168,7 @@ QImage bestPixmap(const QVariant& value, int size) {
 std::optional<Picture> pictureOfIcon(const QString& nameOrPath, int size) {
   if (nameOrPath.isEmpty()) return std::nullopt;
   if (QDir::isAbsolutePath(nameOrPath)) return pictureOfFile(nameOrPath, size);
+  if (nameOrPath.contains(QLatin1Char('/'))) return std::nullopt;  // it would lead out of the folders of icons
   if (auto picture = pictureOfFile(themeFile(nameOrPath, size), size)) return picture;
   return pictureOfFile(pixmapsFile(nameOrPath), size);
 }
@@ -169,7 +178,7 @@ std::optional<Picture> pictureOfTrayItem(const QVariantMap& properties, int size
   const QString name = properties.value(QStringLiteral("IconName")).toString();
   const QString folder = properties.value(QStringLiteral("IconThemePath")).toString();
   const auto find = [=] { return fileInThemeFolder(folder, name); };
-  const QString file = FileThread::find(folder.toStdString(), find).value_or(QString());
+  const QString file = FileThread::find(folder.toStdString(), find, nullptr, -1, mostReads).value_or(QString());
   return pictureOfIcon(file.isEmpty() ? name : file, size);
 }
 

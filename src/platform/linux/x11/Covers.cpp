@@ -15,6 +15,7 @@ constexpr std::uint32_t mostTypes = 16;    // windows name one or two
 constexpr std::size_t mostInFrame = 64;    // a window manager's own there, and the program's
 constexpr double coordinateLimit = 32767;  // the protocol's 16 bits
 constexpr std::size_t mostGone = 64;
+constexpr std::size_t mostDocks = 256;  // far more than panels make, and each costs at every look
 
 // The pixels whose points the rectangle contains.
 struct Pixels {
@@ -239,7 +240,7 @@ bool Covers::planOn(const std::vector<Dock>& docks, const std::vector<GuardedReg
     } else {
       for (const Dock& each : docks) take(planOn(each, region, {each.frame.x, each.frame.y}));
     }
-    all = all && isPlaced;
+    all = all && (isPlaced || !pixelsOf(region.frame));
   }
   return all;
 }
@@ -289,14 +290,20 @@ std::vector<xcb_window_t> Covers::listedWindows() {
   auto clients = connection_.values(cookie);
   if (!clients.empty()) return clients;
   watchRoot(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  return childrenOf(connection, connection_.root());
+  return windowsOnScreen();
 }
 
-// On the screen itself and one below, where window managers put them; of many the topmost.
+// Of many the topmost.
+std::vector<xcb_window_t> Covers::windowsOnScreen() const {
+  auto windows = childrenOf(connection_.get(), connection_.root());
+  if (windows.size() > mostWindows) windows.erase(windows.begin(), windows.end() - mostWindows);
+  return windows;
+}
+
+// On the screen itself and one below, where window managers put them.
 std::vector<xcb_window_t> Covers::windowsInFrames() const {
   auto* connection = connection_.get();
-  auto windows = childrenOf(connection, connection_.root());
-  if (windows.size() > mostWindows) windows.erase(windows.begin(), windows.end() - mostWindows);
+  auto windows = windowsOnScreen();
   std::vector<xcb_query_tree_cookie_t> asked;
   asked.reserve(windows.size());
   for (const auto window : windows) asked.push_back(xcb_query_tree(connection, window));
@@ -316,7 +323,8 @@ void Covers::learnDocks(const std::vector<xcb_window_t>& windows) {
     asked.push_back(xcb_get_property(connection_.get(), 0, window, windowType_, XCB_ATOM_ATOM, 0, mostTypes));
   }
   for (std::size_t at = 0; at < windows.size(); ++at) {
-    if (std::ranges::count(connection_.values(asked[at]), dockType_) > 0) docks_.insert(windows[at]);
+    const bool isDock = std::ranges::count(connection_.values(asked[at]), dockType_) > 0;
+    if (isDock && docks_.size() < mostDocks) docks_.insert(windows[at]);
   }
 }
 

@@ -82,6 +82,7 @@ class Covers {
   const Cover* coverOf(xcb_window_t window) const;
   std::vector<Dock> docks();
   std::vector<xcb_window_t> listedWindows();
+  std::vector<xcb_window_t> windowsOnScreen() const;
   std::vector<xcb_window_t> windowsInFrames() const;
   void learnDocks(const std::vector<xcb_window_t>& windows);
   bool isMapped(xcb_window_t window) const;
