@@ -27,7 +27,7 @@ class LegacyTray {
   static std::unique_ptr<LegacyTray> open(sd_event* loop);
 
   // How long icons that have come back are asked to draw themselves.
-  static constexpr std::chrono::milliseconds drawingTime{3200};
+  static constexpr std::chrono::milliseconds drawingTime{4000};
 
   // Called as it happens, from follow() on, without the icon's application; may be empty.
   std::function<void(const LegacyIcon&)> onDocked;

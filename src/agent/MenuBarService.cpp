@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/linux/Program.h"
+
 namespace orvo {
 
 namespace {
@@ -17,6 +19,8 @@ constexpr std::size_t mostAtOnce = 16;
 constexpr std::chrono::minutes bar{1};
 
 using Clock = std::chrono::steady_clock;
+
+std::string programOf(std::int32_t process) { return executableOf("/proc/" + std::to_string(process)); }
 
 }  // namespace
 
@@ -101,7 +105,8 @@ bool MenuBarService::isProtected(std::int32_t process) const {
 void MenuBarService::endOthers(std::int32_t process) {
   for (const std::string& requester : menuBar_.requesters()) {
     if (requesters_.at(requester) == process) continue;
-    if (!isProtected(requesters_.at(requester))) barred_[requesters_.at(requester)] = Clock::now() + bar;
+    const std::int32_t other = requesters_.at(requester);
+    if (programOf(other) != programOf(process)) barred_[other] = Clock::now() + bar;
     announce(menuBar_.endRequests(requester));
   }
 }

@@ -64,7 +64,7 @@ class MenuBarService {
   // The processes that have something concealed, each once.
   const std::set<std::int32_t>& requesters() const { return told_; }
 
-  // Ends what all others have concealed; they may not do it again at once.
+  // Ends what all others have concealed; those that run another program may not do it again at once.
   void endOthers(std::int32_t process);
 
   // False when the requester has no such assertion.

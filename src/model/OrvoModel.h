@@ -48,9 +48,9 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // hot key stays registered until the model goes.
   void stop();
 
-  // True when a hide may be offered; also while hidden.
   // Whether the system lets icons be hidden, as far as it has told.
   bool canBeManaged() const;
+  // True when a hide may be offered; also while hidden.
   bool canHide() const;
   void hideSelected();
   void reveal(bool scheduleRehide);

@@ -183,7 +183,7 @@ class Hostile(AgentCase):
         self.expect_told_once()
 
     def request_again_and_again(self):
-        person = self.with_item("local.orvo.Orvo")
+        person = self.with_item("local.orvo.Orvo", shutil.copy("/usr/bin/python3", self.desktop.folder_for("own")))
         self.hostile.activate()
         person.agent("EndOthers")
         self.assertEqual(self.hostile.activate(), "org.freedesktop.DBus.Error.LimitsExceeded")

@@ -15,14 +15,12 @@ namespace orvo {
 
 namespace {
 
-// Absent for what nobody can say what it is. Given the identifier, that may be all that is known of it.
-std::optional<RunningApplication> described(std::int32_t processIdentifier, const std::string& bundleIdentifier,
-                                            const std::optional<ApplicationIdentity>& identity) {
-  const bool isKnown = !bundleIdentifier.empty();
-  if (!identity && !isKnown) return std::nullopt;
-  if (!identity) return RunningApplication{bundleIdentifier, processIdentifier, {}, {}};
-  return RunningApplication{isKnown ? bundleIdentifier : identity->bundleIdentifier, processIdentifier,
-                            identity->localizedName, identity->bundlePath};
+// Given the identifier, that may be all that is known of it.
+RunningApplication describe(std::int32_t processIdentifier, const std::string& bundleIdentifier,
+                            const std::optional<ApplicationIdentity>& identity) {
+  if (!identity) return {bundleIdentifier, processIdentifier, {}, {}};
+  return {bundleIdentifier.empty() ? identity->bundleIdentifier : bundleIdentifier, processIdentifier,
+          identity->localizedName, identity->bundlePath};
 }
 
 }  // namespace
@@ -65,26 +63,34 @@ ApplicationRegistry::~ApplicationRegistry() = default;
 bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
   if (processIdentifier < 1) return false;
   if (isWatched(processIdentifier)) return rename(processIdentifier, bundleIdentifier), true;
-  std::erase_if(slow_, [](const auto& each) { return each.second->hasExited(); });
+  std::erase_if(unknown_, [](const auto& each) { return each.second.watch && each.second.watch->hasExited(); });
   auto watch = std::make_unique<Watch>(processIdentifier);
   if (!watch->opened()) return false;
-  const Identity identity = identifyProcess(processIdentifier, late_.to<Identity>([=, this](const Identity& late) {
-    learned(processIdentifier, bundleIdentifier, late);
-  }),
-                                            late_.descriptor());
-  const auto application = described(processIdentifier, bundleIdentifier, identity);
-  if (application) return admit(*application, std::move(watch));
-  slow_[processIdentifier] = std::move(watch);
+  unknown_[processIdentifier] = {bundleIdentifier, std::move(watch), ++question_};
+  const auto identity = ask(processIdentifier);
+  if (identity || !bundleIdentifier.empty()) return admit(processIdentifier, identity);
   return false;
 }
 
-bool ApplicationRegistry::admit(const RunningApplication& application, std::unique_ptr<Watch> watch) {
+ApplicationRegistry::Identity ApplicationRegistry::ask(std::int32_t processIdentifier) {
+  const std::uint64_t question = unknown_.at(processIdentifier).question;
+  return identifyProcess(processIdentifier, late_.to<Identity>([=, this](const Identity& late) {
+    learned(processIdentifier, question, late);
+  }),
+                         late_.descriptor());
+}
+
+// With an identifier alone it stays unknown besides.
+bool ApplicationRegistry::admit(std::int32_t processIdentifier, const Identity& identity) {
+  Unknown& unknown = unknown_.at(processIdentifier);
+  const RunningApplication application = describe(processIdentifier, unknown.bundle, identity);
+  auto watch = std::move(unknown.watch);
+  if (identity) unknown_.erase(processIdentifier);
   // Still running now: so what was described is the process that is watched, not a later one.
-  if (watch->hasExited()) return false;
-  const std::int32_t process = application.processIdentifier;
+  if (watch->hasExited()) return unknown_.erase(processIdentifier), false;
   // Nobody sees the end of their own process, and this one is known before it has an event loop.
-  if (process != ::getpid()) watch->onExit(*this, [this, process] { exited(process); });
-  watches_.emplace(process, std::move(watch));
+  if (processIdentifier != ::getpid()) watch->onExit(*this, [=, this] { exited(processIdentifier); });
+  watches_.emplace(processIdentifier, std::move(watch));
   {
     const std::lock_guard lock(mutex_);
     applications_.push_back(application);
@@ -93,22 +99,27 @@ bool ApplicationRegistry::admit(const RunningApplication& application, std::uniq
   return true;
 }
 
-// Files that were slow have told by now what the process is.
-void ApplicationRegistry::learned(std::int32_t processIdentifier, const std::string& bundleIdentifier,
-                                  const Identity& identity) {
-  auto slow = slow_.extract(processIdentifier);
-  if (!identity) return;
-  if (isWatched(processIdentifier)) {
-    {
-      const std::lock_guard lock(mutex_);
-      for (RunningApplication& each : applications_)
-        if (each.processIdentifier == processIdentifier)
-          each = *described(processIdentifier, each.bundleIdentifier.value_or(""), identity);
-    }
-    emit launched();
-  } else if (!slow.empty()) {
-    admit(*described(processIdentifier, bundleIdentifier, identity), std::move(slow.mapped()));
+// Files that were slow have told by now what the process is. Others may have found no room meanwhile.
+void ApplicationRegistry::learned(std::int32_t processIdentifier, std::uint64_t question, const Identity& identity) {
+  const auto asked = unknown_.find(processIdentifier);
+  if (asked != unknown_.end() && asked->second.question == question)
+    identity ? know(processIdentifier, identity) : void(unknown_.erase(asked));
+  std::vector<std::int32_t> others;
+  for (const auto& [process, unknown] : unknown_) others.push_back(process);
+  for (const std::int32_t other : others)
+    if (const Identity known = ask(other)) know(other, known);
+}
+
+void ApplicationRegistry::know(std::int32_t processIdentifier, const Identity& identity) {
+  if (unknown_.at(processIdentifier).watch) return void(admit(processIdentifier, identity));
+  unknown_.erase(processIdentifier);
+  {
+    const std::lock_guard lock(mutex_);
+    for (RunningApplication& each : applications_)
+      if (each.processIdentifier == processIdentifier)
+        each = describe(processIdentifier, each.bundleIdentifier.value_or(""), identity);
   }
+  emit described();
 }
 
 // One that has exited counts no more, even before its end was heard of: the number may be another's by now.
@@ -130,6 +141,7 @@ void ApplicationRegistry::rename(std::int32_t processIdentifier, const std::stri
 void ApplicationRegistry::exited(std::int32_t processIdentifier) {
   const auto watch = watches_.extract(processIdentifier);
   if (watch.empty()) return;
+  unknown_.erase(processIdentifier);
   watch.mapped()->disregard();
   // The notifier that may be calling goes once this call is over.
   QMetaObject::invokeMethod(

@@ -43,22 +43,33 @@ class ApplicationRegistry : public QObject {
  signals:
   void launched();
   void terminated();
+  void described();  // one that was added before, in full now
 
  private:
   class Watch;
 
   using Identity = std::optional<ApplicationIdentity>;
 
-  bool admit(const RunningApplication& application, std::unique_ptr<Watch> watch);
-  void learned(std::int32_t processIdentifier, const std::string& bundleIdentifier, const Identity& identity);
+  // Whose files have not told yet.
+  struct Unknown {
+    std::string bundle;
+    std::unique_ptr<Watch> watch;  // null for one that was added by its identifier
+    std::uint64_t question;        // no other process has its number
+  };
+
+  Identity ask(std::int32_t processIdentifier);
+  bool admit(std::int32_t processIdentifier, const Identity& identity);
+  void learned(std::int32_t processIdentifier, std::uint64_t question, const Identity& identity);
+  void know(std::int32_t processIdentifier, const Identity& identity);
   bool isWatched(std::int32_t processIdentifier);
   void rename(std::int32_t processIdentifier, const std::string& bundleIdentifier);
   void exited(std::int32_t processIdentifier);
 
   LateAnswers late_;
   std::unordered_map<std::int32_t, std::unique_ptr<Watch>> watches_;
-  std::unordered_map<std::int32_t, std::unique_ptr<Watch>> slow_;  // not added yet
-  mutable std::mutex mutex_;                                       // guards applications_
+  std::unordered_map<std::int32_t, Unknown> unknown_;
+  std::uint64_t question_ = 0;
+  mutable std::mutex mutex_;  // guards applications_
   std::vector<RunningApplication> applications_;
 };
 

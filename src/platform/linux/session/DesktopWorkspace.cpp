@@ -18,7 +18,8 @@ namespace {
 constexpr std::chrono::milliseconds busAnswerLimit{1000};
 
 std::string requesterName(const std::optional<ApplicationIdentity>& identity) {
-  return identity ? identity->localizedName.value_or(identity->bundleIdentifier) : "Another program";
+  const std::string name = identity ? identity->localizedName.value_or(identity->bundleIdentifier) : "";
+  return name.empty() ? "Another program" : name;
 }
 
 }  // namespace
@@ -116,6 +117,8 @@ void DesktopWorkspace::follow() {
   clientWindows_.begin();
   connect(&registry_, &ApplicationRegistry::launched, this,
           [this] { center_.post(Notification::applicationLaunched); });
+  connect(&registry_, &ApplicationRegistry::described, this,
+          [this] { center_.post(Notification::menuBarLayoutChanged); });
   connect(&registry_, &ApplicationRegistry::terminated, this,
           [this] { center_.post(Notification::applicationTerminated); });
 }

@@ -96,8 +96,9 @@ QString themeFile(const QString& name, int size) {
     std::ranges::copy_if(folders, std::back_inserter(sound), isSound);
     return sound;
   };
-  const QStringList sound = FileThread::find("themes", check, nullptr, -1, mostReads).value_or(QStringList());
-  if (sound != QIcon::themeSearchPaths()) QIcon::setThemeSearchPaths(sound);
+  const auto sound = FileThread::find("themes", check, nullptr, -1, mostReads);
+  if (!sound || sound->isEmpty()) return {};  // no folders at all would be the system's to Qt
+  if (*sound != QIcon::themeSearchPaths()) QIcon::setThemeSearchPaths(*sound);
   const QThemeIconInfo found = QIconLoader::instance()->loadIcon(name);
   const QIconLoaderEngineEntry* entry = QIconLoaderEngine::entryForSize(found, {size, size});
   return entry == nullptr ? QString() : entry->filename;

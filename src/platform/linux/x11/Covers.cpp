@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -315,6 +316,14 @@ std::vector<xcb_window_t> Covers::windowsInFrames() const {
   return windows;
 }
 
+// A panel has a few; a program that makes them without end keeps out none but its own.
+void Covers::forgetDocksOfBusiest() {
+  std::map<xcb_window_t, std::size_t> counts;
+  for (const xcb_window_t window : docks_) ++counts[clientOf(window)];
+  const auto busiest = std::ranges::max_element(counts, {}, [](const auto& each) { return each.second; });
+  std::erase_if(docks_, [&](xcb_window_t window) { return clientOf(window) == busiest->first; });
+}
+
 // All questions go out before the first answer is awaited.
 void Covers::learnDocks(const std::vector<xcb_window_t>& windows) {
   std::vector<xcb_get_property_cookie_t> asked;
@@ -324,7 +333,9 @@ void Covers::learnDocks(const std::vector<xcb_window_t>& windows) {
   }
   for (std::size_t at = 0; at < windows.size(); ++at) {
     const bool isDock = std::ranges::count(connection_.values(asked[at]), dockType_) > 0;
-    if (isDock && docks_.size() < mostDocks) docks_.insert(windows[at]);
+    if (!isDock) continue;
+    if (docks_.size() >= mostDocks) forgetDocksOfBusiest();
+    docks_.insert(windows[at]);
   }
 }
 

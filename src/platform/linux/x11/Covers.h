@@ -84,6 +84,7 @@ class Covers {
   std::vector<xcb_window_t> listedWindows();
   std::vector<xcb_window_t> windowsOnScreen() const;
   std::vector<xcb_window_t> windowsInFrames() const;
+  void forgetDocksOfBusiest();
   void learnDocks(const std::vector<xcb_window_t>& windows);
   bool isMapped(xcb_window_t window) const;
   std::optional<Rect> frameOf(xcb_window_t window);
