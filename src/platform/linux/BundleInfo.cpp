@@ -30,7 +30,10 @@ std::string bundlePathOfExecutable(const std::string& program) {
 }
 
 nlohmann::json bundleInfo(const fs::path& bundle) {
-  auto info = nlohmann::json::parse(contentOf(bundle / infoFile), nullptr, false);
+  // Of values inside values: what is asked for lies at the first, and what lies deeper only costs memory.
+  constexpr int deepest = 8;
+  const auto isFlat = [](int depth, auto /*event*/, const auto& /*value*/) { return depth < deepest; };
+  auto info = nlohmann::json::parse(contentOf(bundle / infoFile), isFlat, false);
   return info.is_object() ? info : nlohmann::json::object();
 }
 
