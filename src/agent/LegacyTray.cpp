@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <ranges>
 #include <utility>
 
 namespace orvo {
@@ -272,8 +271,9 @@ void LegacyTray::repaint() {
   }
   std::erase_if(blank_, [](const auto& each) { return each.second.pause > lastRepaint; });
   if (blank_.empty()) return repaint_.stop();
-  const auto next = std::ranges::min(std::views::values(blank_), {}, &Repaint::due);
-  repaint_.start(std::chrono::ceil<std::chrono::milliseconds>(next.due - now));
+  auto next = blank_.begin()->second.due;
+  for (const auto& [window, repaint] : blank_) next = std::min(next, repaint.due);
+  repaint_.start(std::chrono::ceil<std::chrono::milliseconds>(next - now));
 }
 
 std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window, std::size_t most) const {

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <map>
-#include <ranges>
 #include <string_view>
 #include <utility>
 
@@ -57,6 +56,11 @@ Words wordsIn(sd_bus_message* answer) {
   return words;
 }
 
+Words first(Words words, std::size_t most) {
+  words.resize(std::min(words.size(), most));
+  return words;
+}
+
 std::vector<PanelLayout> layoutsIn(sd_bus_message* answer) {
   std::map<std::string, Words> settings;
   sd_bus_message_enter_container(answer, 'a', "{sv}");
@@ -66,10 +70,9 @@ std::vector<PanelLayout> layoutsIn(sd_bus_message* answer) {
     sd_bus_message_exit_container(answer);
   }
   std::vector<PanelLayout> layouts;
-  for (const std::string& panel : settings["/panels"] | std::views::take(mostPanels)) {
+  for (const std::string& panel : first(settings["/panels"], mostPanels)) {
     PanelLayout& layout = layouts.emplace_back();
-    for (const std::string& plugin :
-         settings["/panels/panel-" + panel + "/plugin-ids"] | std::views::take(mostPlugins)) {
+    for (const std::string& plugin : first(settings["/panels/panel-" + panel + "/plugin-ids"], mostPlugins)) {
       const Words& type = settings["/plugins/plugin-" + plugin];
       layout.push_back({type.empty() ? "" : type.front().substr(0, longestType), std::atoi(plugin.c_str())});
     }
