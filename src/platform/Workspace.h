@@ -56,7 +56,7 @@ class Workspace {
   // Asks the host to manage them. `done` is called on a later turn of the main thread, with what hinders or nothing;
   // never where the system has no such panel.
   using TakenOver = std::function<void(const std::optional<std::string>& hindrance)>;
-  virtual void takeOverItems(TakenOver /*done*/) {}
+  virtual void takeOverItems(const TakenOver& /*done*/) {}
 
   // Posts applicationLaunched, applicationTerminated, willSleep, didWake, menuBarHostTerminated,
   // menuBarLayoutChanged and concealersChanged.

@@ -210,7 +210,7 @@ std::string OrvoView::message() const {
   if (notice_() && notice_()->page == page() && notice_()->over == model_->message()) return notice_()->text;
   if (page() == Page::about) return "";
   const std::vector<std::string>& concealers = model_->concealers();
-  const std::string own = model_->message().value_or("");
+  std::string own = model_->message().value_or("");
   if (concealers.empty()) return own;
   const std::string others = concealers.size() == 1 ? " hides" : " and other programs hide";
   return (own.empty() ? "" : own + ' ') + concealers.front() + others + " icons. Click the arrow to show them.";

@@ -101,7 +101,7 @@ struct MemoryWorkspace : Workspace {
   std::vector<std::string> concealers() const override { return others; }
   void endConcealments() override { tellOthers({}); }
   bool areItemsManagedElsewhere() const override { return managedElsewhere; }
-  void takeOverItems(TakenOver done) override { takenOver = std::move(done); }
+  void takeOverItems(const TakenOver& done) override { takenOver = done; }
   void tellOthers(const std::vector<std::string>& names) {
     others = names;
     center.post(Notification::concealersChanged);

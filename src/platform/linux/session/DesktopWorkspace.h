@@ -34,7 +34,7 @@ class DesktopWorkspace : public QObject, public Workspace {
   std::vector<std::string> concealers() const override { return concealers_; }
   void endConcealments() override { trayOwners_.endOthers(); }
   bool areItemsManagedElsewhere() const override { return managedElsewhere_; }
-  void takeOverItems(TakenOver done) override { trayOwners_.takeOver(std::move(done)); }
+  void takeOverItems(const TakenOver& done) override { trayOwners_.takeOver(done); }
 
   // The desktop is followed from the first call on: until then this process alone is known, and what
   // is found during that call counts as launched long ago. Windows are followed where the application object is
