@@ -20,8 +20,6 @@ constexpr std::chrono::minutes bar{1};
 
 using Clock = std::chrono::steady_clock;
 
-std::string programOf(std::int32_t process) { return executableOf("/proc/" + std::to_string(process)); }
-
 }  // namespace
 
 MenuBarService::MenuBarService(sd_bus* bus, ApplicationLookup& applications)
@@ -103,10 +101,11 @@ bool MenuBarService::isProtected(std::int32_t process) const {
 }
 
 void MenuBarService::endOthers(std::int32_t process) {
+  const std::string program = executableOf(process);
   for (const std::string& requester : menuBar_.requesters()) {
-    if (requesters_.at(requester) == process) continue;
     const std::int32_t other = requesters_.at(requester);
-    if (programOf(other) != programOf(process)) barred_[other] = Clock::now() + bar;
+    if (other == process) continue;
+    if (executableOf(other) != program) barred_[other] = Clock::now() + bar;
     announce(menuBar_.endRequests(requester));
   }
 }

@@ -13,9 +13,7 @@ namespace orvo {
 
 namespace {
 
-bool runs(std::int32_t process, const char* program) {
-  return baseName(executableOf("/proc/" + std::to_string(process))) == program;
-}
+bool runs(std::int32_t process, const char* program) { return baseName(executableOf(process)) == program; }
 
 }  // namespace
 

@@ -52,7 +52,7 @@ orvo::BusHandle connectToSession(sd_event* loop) {
 
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
-  // Nothing to do holds up nobody's next login.
+  // Nothing is to be brought back.
   if (bequest.kept.empty()) return EXIT_SUCCESS;
   const auto loop = newLoop();
   const auto bus = connectToSession(loop.get());

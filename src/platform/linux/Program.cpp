@@ -80,6 +80,10 @@ std::string executableOf(const std::filesystem::path& process) {
   return executable;
 }
 
+std::string executableOf(std::int32_t process) {
+  return executableOf(std::filesystem::path("/proc/" + std::to_string(process)));
+}
+
 std::string programOf(const std::string& executable, const std::vector<std::string>& arguments) {
   const Interpreter* interpreter = interpreterNamed(baseName(executable));
   if (interpreter == nullptr) return executable;

@@ -2,6 +2,7 @@
 // Plain functions; any thread.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@ std::string_view baseName(std::string_view path);
 // Of a process, by its folder below /proc: absolute, as it was when it started; empty for one that is gone or may not
 // be looked at, for zombies and for threads of the kernel.
 std::string executableOf(const std::filesystem::path& process);
+std::string executableOf(std::int32_t process);
 
 // The executable itself; for an interpreter the script or module that its arguments name, for Electron the
 // application's folder; empty where they name none (a shell's "-c", an interactive session). `arguments`

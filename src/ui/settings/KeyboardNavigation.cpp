@@ -33,13 +33,13 @@ bool acts(int key, const QQuickItem* focused) {
 
 }  // namespace
 
-KeyboardNavigation::KeyboardNavigation(QQuickWindow& window) : window_(window) { window.installEventFilter(this); }
+KeyboardNavigation::KeyboardNavigation(QQuickWindow& window) { window.installEventFilter(this); }
 
 bool KeyboardNavigation::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonPress) setInUse(false);
   if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
     const auto* key = static_cast<QKeyEvent*>(event);
-    if (isRepeated(*key) && acts(key->key(), window_.activeFocusItem())) return true;
+    if (isRepeated(*key) && acts(key->key(), static_cast<QQuickWindow*>(watched)->activeFocusItem())) return true;
     if (event->type() == QEvent::KeyPress && movesFocus(key->key())) setInUse(true);
   }
   return QObject::eventFilter(watched, event);

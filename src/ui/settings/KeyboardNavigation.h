@@ -22,7 +22,7 @@ class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNaviga
   Q_PROPERTY(bool inUse READ inUse NOTIFY inUseChanged)
 
  public:
-  // Watches `window`, which outlives it.
+  // Watches `window` as long as both live.
   explicit KeyboardNavigation(QQuickWindow& window);
 
   bool inUse() const { return inUse_; }
@@ -37,7 +37,6 @@ class KeyboardNavigation : public QObject, public EngineSingleton<KeyboardNaviga
   bool isRepeated(const QKeyEvent& key);
   void setInUse(bool inUse);
 
-  QQuickWindow& window_;
   bool inUse_ = false;
   std::pair<int, quint64> released_;  // the last key, and when
 };

@@ -35,6 +35,11 @@ std::optional<std::int32_t> processAnswer(const QDBusMessage& reply) {
   return static_cast<std::int32_t>(reply.arguments().constFirst().toUInt());
 }
 
+std::optional<std::int32_t> processOf(const QDBusConnection& bus, const QString& busName) {
+  constexpr int limit = 1000;  // milliseconds
+  return processAnswer(bus.call(processQuestion(busName), QDBus::Block, limit));
+}
+
 QList<KnownItem> itemsAnswer(const QDBusMessage& reply) {
   if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != latin(agent_protocol::itemsForm)) return {};
   return qdbus_cast<QList<KnownItem>>(reply.arguments().constFirst());

@@ -38,6 +38,8 @@ QDBusMessage call(const QString& service, const QString& path, const char* inter
 // GetConnectionUnixProcessID of a bus name.
 QDBusMessage processQuestion(const QString& busName);
 std::optional<std::int32_t> processAnswer(const QDBusMessage& reply);
+// Asks and waits, for a second at most: the bus itself answers.
+std::optional<std::int32_t> processOf(const QDBusConnection& bus, const QString& busName);
 
 // Empty for anything but a list of items.
 QList<KnownItem> itemsAnswer(const QDBusMessage& reply);

@@ -5,9 +5,7 @@
 
 #include <QCoreApplication>
 
-#include <chrono>
 #include <string>
-
 #include <utility>
 
 namespace orvo {
@@ -16,9 +14,6 @@ namespace {
 
 // An owner that is ending leaves the name free a moment later.
 constexpr int attempts = 3;
-
-// The bus itself answers.
-constexpr std::chrono::milliseconds ownerLimit{1000};
 
 }  // namespace
 
@@ -41,27 +36,25 @@ BusApplication::Outcome BusApplication::acquireOrHandOver() {
   if (!bus_.isConnected()) return Outcome::noBus;
   // The object first: a request may follow the name at once.
   bus_.registerObject(path_, this, QDBusConnection::ExportAllSlots);
-  QString error = QStringLiteral("another program's");
+  Outcome outcome = Outcome::refused;
   for (int attempt = 0; attempt < attempts; ++attempt) {
     acquired_ = bus_.registerService(name_);
     if (acquired_) return Outcome::acquired;
     if (isOwnedByOther()) break;
-    error = session_bus::activateApplication(bus_, name_, {});
+    const QString error = session_bus::activateApplication(bus_, name_, {});
+    if (error.isEmpty()) outcome = Outcome::handedOver;
     if (!session_bus::meansNoOwner(error)) break;
   }
   bus_.unregisterObject(path_);
-  return error.isEmpty() ? Outcome::handedOver : Outcome::refused;
+  return outcome;
 }
 
 // A copy runs a program of the same name, wherever that lies by now. One that has ended by now runs none.
 bool BusApplication::isOwnedByOther() const {
-  const auto program = [](qint64 process) {
-    return std::string(baseName(executableOf("/proc/" + std::to_string(process))));
-  };
-  const auto owner = session_bus::processAnswer(
-      bus_.call(session_bus::processQuestion(name_), QDBus::Block, static_cast<int>(ownerLimit.count())));
-  const std::string owners = owner ? program(*owner) : "";
-  return !owners.empty() && owners != program(QCoreApplication::applicationPid());
+  const auto owner = session_bus::processOf(bus_, name_);
+  const std::string program = owner ? executableOf(*owner) : "";
+  const std::string own = executableOf(static_cast<std::int32_t>(QCoreApplication::applicationPid()));
+  return !program.empty() && baseName(program) != baseName(own);
 }
 
 void BusApplication::Activate(const QVariantMap& /*platformData*/) { reopen_(); }

@@ -74,10 +74,8 @@ bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string&
 
 ApplicationRegistry::Identity ApplicationRegistry::ask(std::int32_t processIdentifier) {
   const std::uint64_t question = unknown_.at(processIdentifier).question;
-  return identifyProcess(processIdentifier, late_.to<Identity>([=, this](const Identity& late) {
-    learned(processIdentifier, question, late);
-  }),
-                         late_.descriptor());
+  const auto learn = [=, this](const Identity& identity) { learned(processIdentifier, question, identity); };
+  return identifyProcess(processIdentifier, late_.to<Identity>(learn), late_.descriptor());
 }
 
 // With an identifier alone it stays unknown besides.

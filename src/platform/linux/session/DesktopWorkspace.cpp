@@ -9,13 +9,11 @@
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <chrono>
+#include <utility>
 
 namespace orvo {
 
 namespace {
-
-constexpr std::chrono::milliseconds busAnswerLimit{1000};
 
 std::string requesterName(const std::optional<ApplicationIdentity>& identity) {
   const std::string name = identity ? identity->localizedName.value_or(identity->bundleIdentifier) : "";
@@ -56,9 +54,7 @@ std::vector<RunningApplication> DesktopWorkspace::runningApplications(const std:
 
 // A running copy of a bundle owns its identifier on the bus; another program that has the name is none.
 std::optional<RunningApplication> DesktopWorkspace::ownerOfBusName(const std::string& name) const {
-  const QDBusMessage question = session_bus::processQuestion(QString::fromStdString(name));
-  const auto process =
-      session_bus::processAnswer(bus_.call(question, QDBus::Block, static_cast<int>(busAnswerLimit.count())));
+  const auto process = session_bus::processOf(bus_, QString::fromStdString(name));
   const auto owner = process ? identifyProcess(*process) : std::nullopt;
   if (!owner || owner->bundleIdentifier != name) return std::nullopt;
   return RunningApplication{name, *process, owner->localizedName, owner->bundlePath};

@@ -4,14 +4,17 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/display/ClientWindows.h"
 #include "platform/linux/session/ApplicationRegistry.h"
+#include "platform/linux/session/LateAnswers.h"
 #include "platform/linux/session/TrayOwners.h"
 #include "platform/linux/session/UrlOpener.h"
 
 #include <QDBusConnection>
 #include <QObject>
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -37,13 +40,14 @@ class DesktopWorkspace : public QObject, public Workspace {
   void takeOverItems(const TakenOver& done) override { trayOwners_.takeOver(done); }
 
   // The desktop is followed from the first call on: until then this process alone is known, and what
-  // is found during that call counts as launched long ago. Windows are followed where the application object is
-  // there by then.
+  // is found during that call, of files that are not slow, counts as launched long ago. Windows are followed where the
+  // application object is there by then.
   NotificationCenter& notificationCenter() override;
 
  private:
-  void follow();
   using Identity = std::optional<ApplicationIdentity>;
+
+  void follow();
   void setRequesters(const QList<quint32>& processes);
   void requesterKnown(quint32 process, const Identity& identity);
   void tellConcealers();

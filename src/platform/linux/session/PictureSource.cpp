@@ -32,8 +32,13 @@ namespace {
 constexpr int largestFileEdge = 2048;
 constexpr std::size_t largestFile = 4'000'000;
 
-// That are held up; what remains of FileThread's is for more than pictures.
+// At once, of FileThread's; the others are for more than pictures.
 constexpr std::size_t mostReads = 4;
+
+template <typename Work>
+auto find(const std::string& subject, Work work) {
+  return FileThread::find(subject, std::move(work), nullptr, -1, mostReads);
+}
 
 constexpr std::array fileEndings{".svg", ".png", ".xpm"};
 
@@ -56,8 +61,7 @@ std::optional<Picture> toPicture(QImage image, int size) {
 // The path, or what stands there, may come from any program.
 std::optional<Picture> pictureOfFile(const QString& path, int size) {
   const std::string name = QFile::encodeName(path).toStdString();
-  const auto read = FileThread::find(
-      name, [=] { return contentOf(name, largestFile); }, nullptr, -1, mostReads);
+  const auto read = find(name, [=] { return contentOf(name, largestFile); });
   QByteArray content = QByteArray::fromStdString(read.value_or(""));
   if (content.startsWith("\x1f\x8b")) return std::nullopt;  // a few packed bytes may unpack to any number
   QBuffer file(&content);
@@ -96,7 +100,7 @@ QString themeFile(const QString& name, int size) {
     std::ranges::copy_if(folders, std::back_inserter(sound), isSound);
     return sound;
   };
-  const auto sound = FileThread::find("themes", check, nullptr, -1, mostReads);
+  const auto sound = find("themes", check);
   if (!sound || sound->isEmpty()) return {};  // no folders at all would be the system's to Qt
   if (*sound != QIcon::themeSearchPaths()) QIcon::setThemeSearchPaths(*sound);
   const QThemeIconInfo found = QIconLoader::instance()->loadIcon(name);
@@ -178,9 +182,8 @@ std::optional<Picture> pictureOfTrayItem(const QVariantMap& properties, int size
   if (auto picture = toPicture(bestPixmap(properties.value(QStringLiteral("IconPixmap")), size), size)) return picture;
   const QString name = properties.value(QStringLiteral("IconName")).toString();
   const QString folder = properties.value(QStringLiteral("IconThemePath")).toString();
-  const auto find = [=] { return fileInThemeFolder(folder, name); };
-  const QString file = FileThread::find(folder.toStdString(), find, nullptr, -1, mostReads).value_or(QString());
-  return pictureOfIcon(file.isEmpty() ? name : file, size);
+  const auto file = find(folder.toStdString(), [=] { return fileInThemeFolder(folder, name); });
+  return pictureOfIcon(file && !file->isEmpty() ? *file : name, size);
 }
 
 }  // namespace orvo

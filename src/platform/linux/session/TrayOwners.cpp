@@ -33,8 +33,7 @@ void TrayOwners::begin() {
   subscribe();
   const auto limit = static_cast<int>(answerLimit.count());
   const QDBusMessage items = bus_.call(session_bus::agentCall("Items"), QDBus::Block, limit);
-  const auto agent = session_bus::processAnswer(
-      bus_.call(session_bus::processQuestion(latin(agent_protocol::service)), QDBus::Block, limit));
+  const auto agent = session_bus::processOf(bus_, latin(agent_protocol::service));
   if (!agent) return;
   found_.agent(*agent);
   askRequesters();
