@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "agent/BusCall.h"
-#include "agent/ReadWatch.h"
-#include "agent/Timer.h"
+#include "platform/linux/ReadWatch.h"
+#include "platform/linux/Timer.h"
 #include "core/Rect.h"
 
 namespace orvo {

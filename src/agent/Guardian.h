@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "agent/ReadWatch.h"
-#include "agent/Timer.h"
+#include "platform/linux/ReadWatch.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "agent/BusCall.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

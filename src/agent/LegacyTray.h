@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "agent/ReadWatch.h"
-#include "agent/Timer.h"
+#include "platform/linux/ReadWatch.h"
+#include "platform/linux/Timer.h"
 #include "agent/rules/LegacyIcons.h"
 #include "platform/linux/x11/XConnection.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "agent/ApplicationLookup.h"
+#include "platform/linux/ApplicationLookup.h"
 #include "agent/LegacyTray.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
@@ -234,10 +234,10 @@ void MenuBarAgent::announceItems(std::int32_t process) {
 }
 
 void MenuBarAgent::docked(const LegacyIcon& icon) {
-  applications_.find(icon.process, [this, icon](const std::string& bundle) {
+  applications_.find(icon.process, [this, icon](const ApplicationIdentity& application) {
     if (std::ranges::find(legacy_->icons(), icon.window, &LegacyIcon::window) == legacy_->icons().end()) return;
-    legacy_->identify(icon.process, bundle);
-    announceItem(addressOf(icon), icon.process, bundle);
+    legacy_->identify(icon.process, application.bundleIdentifier);
+    announceItem(addressOf(icon), icon.process, application.bundleIdentifier);
   });
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "agent/BusCall.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 #include "agent/rules/LegacyIcons.h"
 #include "agent/rules/StatusControls.h"
 

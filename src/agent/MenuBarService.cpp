@@ -62,7 +62,9 @@ void MenuBarService::registerItem(const std::string& text, const std::string& se
     if (owner.empty() || !isOwn) return finish({}, 0, {});
     askAboutName(bus_, "GetConnectionUnixProcessID", owner, unlimited, [=, this](sd_bus_message* found) {
       const std::int32_t process = readNumber(found);
-      applications_.find(process, [=](const std::string& bundle) { finish(owner, process, bundle); });
+      applications_.find(process, [=](const ApplicationIdentity& application) {
+        finish(owner, process, application.bundleIdentifier);
+      });
     });
   });
 }

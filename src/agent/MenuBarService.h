@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/ApplicationLookup.h"
+#include "platform/linux/ApplicationLookup.h"
 #include "agent/BusCall.h"
 #include "agent/PanelQueue.h"
 #include "agent/PanelViews.h"

@@ -11,7 +11,7 @@
 #include "agent/AccessibilityBus.h"
 #include "agent/PanelSettings.h"
 #include "agent/PanelTree.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 #include "agent/rules/StatusControls.h"
 
 namespace orvo {

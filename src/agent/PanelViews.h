@@ -16,7 +16,7 @@
 
 #include "agent/BusCall.h"
 #include "agent/PanelQueue.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 #include "agent/rules/ItemRegistry.h"
 
 namespace orvo {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "agent/BusCall.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 #include "agent/TrayHeir.h"
 
 namespace orvo {

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "agent/AccessibilityBus.h"
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

@@ -1,4 +1,5 @@
 // orvo-agent stands where the menu bar service stands on macOS: it tells the panel which icons there are.
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -8,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "agent/ApplicationLookup.h"
+#include "platform/linux/ApplicationLookup.h"
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
 #include "agent/LegacyTray.h"
@@ -22,15 +23,12 @@
 
 namespace {
 
+// Icons wait for it to be known whose they are; a slow disk has told by then.
+constexpr std::chrono::seconds applicationLimit{1};
+
 int fail(const char* reason) {
   std::fprintf(stderr, "orvo-agent: %s\n", reason);
   return EXIT_FAILURE;
-}
-
-orvo::EventLoop newLoop() {
-  sd_event* loop = nullptr;
-  sd_event_new(&loop);
-  return orvo::EventLoop(loop);
 }
 
 // Where sd-bus looks for it too.
@@ -54,7 +52,7 @@ orvo::BusHandle connectToSession(sd_event* loop) {
 int restore(const orvo::Guardian::Bequest& bequest) {
   // Nothing is to be brought back.
   if (bequest.kept.empty()) return EXIT_SUCCESS;
-  const auto loop = newLoop();
+  const auto loop = orvo::newLoop();
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;
   orvo::Timer end(loop.get(), [&] { sd_event_exit(loop.get(), EXIT_SUCCESS); });
@@ -76,12 +74,12 @@ int restore(const orvo::Guardian::Bequest& bequest) {
 int main(int count, char** arguments) {
   if (const auto bequest = orvo::Guardian::outlive(count, arguments)) return restore(*bequest);
   std::signal(SIGPIPE, SIG_IGN);  // whoever read our standard error may be gone
-  const auto loop = newLoop();
+  const auto loop = orvo::newLoop();
   std::optional<orvo::Guardian> guardian;
   const auto bus = connectToSession(loop.get());
   if (!bus) return fail("there is no session bus");
 
-  orvo::ApplicationLookup applications(loop.get());
+  orvo::ApplicationLookup applications(loop.get(), applicationLimit);
   orvo::MenuBarService service(bus.get(), applications);
   // The arrow that brings the icons back belongs to the bundle that the agent is part of.
   service.protect(orvo::bundleOfExecutable(std::filesystem::read_symlink("/proc/self/exe")));
@@ -92,9 +90,9 @@ int main(int count, char** arguments) {
   orvo::MenuBarAgent agent(bus.get(), applications, service, watcher, panel, legacy.get());
   if (!agent.claimName()) return fail("another agent is running");
   guardian.emplace(loop.get());
-  applications.onLate = [&](std::int32_t process, const std::string& bundle) {
-    service.identify(process, bundle);
-    if (legacy) legacy->identify(process, bundle);
+  applications.onLate = [&](std::int32_t process, const orvo::ApplicationIdentity& identity) {
+    service.identify(process, identity.bundleIdentifier);
+    if (legacy) legacy->identify(process, identity.bundleIdentifier);
     agent.announceItems(process);
   };
   service.onChanged = [&] {

@@ -16,6 +16,7 @@
 #include "platform/linux/display/X11HotKeys.h"
 #include "platform/linux/framework/FrameworkLibrary.h"
 #include "platform/linux/session/AgentAccessibility.h"
+#include "platform/linux/session/ApplicationIdentities.h"
 #include "platform/linux/session/DesktopIcons.h"
 #include "platform/linux/session/DesktopWorkspace.h"
 #include "platform/linux/session/SleepMonitor.h"
@@ -52,7 +53,8 @@ struct EarlyAdapters {
   QtMainQueue mainQueue;
   FrameworkLibrary framework{bundle.path()};
   AgentAccessibility accessibility;
-  DesktopWorkspace workspace{bundle.identifier()};
+  ApplicationIdentities identities;
+  DesktopWorkspace workspace{identities, bundle.identifier()};
 };
 
 std::unique_ptr<QGuiApplication> makeQtApplication(int& count, char** arguments) {
@@ -109,7 +111,7 @@ struct Adapters {
       {QDBusConnection::sessionBus(), early.mainQueue, application, symbolFolder(early.bundle)}};
   SettingsWindows windows{early.bundle.path() + "/lib/liborvo-settings.so"};
   QtPasteboard pasteboard;
-  DesktopIcons applicationIcons;
+  DesktopIcons applicationIcons{early.identities};
   SleepMonitor sleepMonitor{early.workspace.notificationCenter(), early.mainQueue};
   QtScreenObserver screenObserver{early.mainQueue, application.notificationCenter()};
 };

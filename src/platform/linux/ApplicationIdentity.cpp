@@ -1,7 +1,6 @@
 #include "platform/linux/ApplicationIdentity.h"
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 #include <sstream>
 #include <string_view>
@@ -14,7 +13,6 @@
 #include "platform/linux/AgentProtocol.h"
 #include "platform/linux/BundleInfo.h"
 #include "platform/linux/DesktopEntries.h"
-#include "platform/linux/FileThread.h"
 #include "platform/linux/Program.h"
 #include "platform/linux/RegularFile.h"
 
@@ -157,21 +155,6 @@ std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifie
 
 std::string bundleOfExecutable(const fs::path& executable) {
   return bundleIdentifier(bundleInfo(bundleOf(executable))).value_or("");
-}
-
-std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, IdentifiedLate late, int kept) {
-  // Null while a thread reads by them.
-  static auto& entries = *new std::atomic<std::shared_ptr<DesktopEntries>>;
-  const auto look = [=] {
-    auto own = entries.exchange(nullptr);
-    if (!own) own = std::make_shared<DesktopEntries>(DesktopEntries::standardFolders());
-    own->refresh();
-    auto identity = identifyProcess(processIdentifier, "/proc", *own);
-    entries = std::move(own);
-    return identity;
-  };
-  const std::string subject = "process " + std::to_string(processIdentifier);
-  return FileThread::find(subject, look, std::move(late), kept).value_or(std::nullopt);
 }
 
 }  // namespace orvo

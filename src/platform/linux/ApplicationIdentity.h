@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -25,15 +24,11 @@ struct ApplicationIdentity {
   std::string bundlePath;
 };
 
-// Absent when the process is gone or may not be looked at, or its files do not answer in time, see FileThread.
-using IdentifiedLate = std::function<void(std::optional<ApplicationIdentity>)>;
-std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier, IdentifiedLate late = nullptr,
-                                                   int kept = -1);
-
 // The identifier of the bundle that the program is in; empty for none.
 std::string bundleOfExecutable(const std::filesystem::path& executable);
 
-// The same from a folder of processes such as /proc, and from entries of the caller's own.
+// From a folder of processes such as /proc, whose files and those of the process may be slow. Absent when the process
+// is gone or may not be looked at.
 std::optional<ApplicationIdentity> identifyProcess(std::int32_t processIdentifier,
                                                    const std::filesystem::path& processes,
                                                    const DesktopEntries& entries);

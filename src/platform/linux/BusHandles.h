@@ -22,6 +22,13 @@ using BusHandle = std::unique_ptr<sd_bus, Releasing<sd_bus_close_unref>>;
 using BusSlot = std::unique_ptr<sd_bus_slot, Releasing<sd_bus_slot_unref>>;  // goes before its bus
 using BusMessage = std::shared_ptr<sd_bus_message>;
 
+// Of its caller's own; null where the system has no room for it.
+inline EventLoop newLoop() {
+  sd_event* loop = nullptr;
+  sd_event_new(&loop);
+  return EventLoop(loop);
+}
+
 // Takes the reference over.
 inline BusMessage taken(sd_bus_message* message) { return {message, sd_bus_message_unref}; }
 

@@ -17,7 +17,6 @@ namespace {
 struct Running {
   std::mutex mutex;
   std::size_t count = 0;
-  std::size_t late = 0;
   std::set<std::string> subjects;
 };
 
@@ -73,21 +72,6 @@ bool FileThread::open(const std::string& subject) {
 void FileThread::close(const std::string& subject) {
   const std::lock_guard lock(running().mutex);
   running().subjects.erase(subject);
-}
-
-bool FileThread::isAnyLate() {
-  const std::lock_guard lock(running().mutex);
-  return running().late > 0;
-}
-
-void FileThread::beginLate() {
-  const std::lock_guard lock(running().mutex);
-  ++running().late;
-}
-
-void FileThread::endLate() {
-  const std::lock_guard lock(running().mutex);
-  --running().late;
 }
 
 }  // namespace orvo

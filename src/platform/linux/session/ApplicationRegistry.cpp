@@ -1,7 +1,5 @@
 #include "platform/linux/session/ApplicationRegistry.h"
 
-#include "platform/linux/ApplicationIdentity.h"
-
 #include <QSocketNotifier>
 
 #include <algorithm>
@@ -15,12 +13,10 @@ namespace orvo {
 
 namespace {
 
-// Given the identifier, that may be all that is known of it.
 RunningApplication describe(std::int32_t processIdentifier, const std::string& bundleIdentifier,
-                            const std::optional<ApplicationIdentity>& identity) {
-  if (!identity) return {bundleIdentifier, processIdentifier, {}, {}};
-  return {bundleIdentifier.empty() ? identity->bundleIdentifier : bundleIdentifier, processIdentifier,
-          identity->localizedName, identity->bundlePath};
+                            const ApplicationIdentity& identity) {
+  return {bundleIdentifier.empty() ? identity.bundleIdentifier : bundleIdentifier, processIdentifier,
+          identity.localizedName, identity.bundlePath};
 }
 
 }  // namespace
@@ -57,7 +53,8 @@ class ApplicationRegistry::Watch {
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-ApplicationRegistry::ApplicationRegistry() = default;
+ApplicationRegistry::ApplicationRegistry(ApplicationIdentities& identities) : identities_(identities) {}
+
 ApplicationRegistry::~ApplicationRegistry() = default;
 
 bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string& bundleIdentifier) {
@@ -66,51 +63,20 @@ bool ApplicationRegistry::add(std::int32_t processIdentifier, const std::string&
   std::erase_if(unknown_, [](const auto& each) { return each.second.watch && each.second.watch->hasExited(); });
   auto watch = std::make_unique<Watch>(processIdentifier);
   if (!watch->opened()) return false;
-  unknown_[processIdentifier] = {bundleIdentifier, std::move(watch), ++question_};
-  const auto identity = ask(processIdentifier);
-  if (identity || !bundleIdentifier.empty()) return admit(processIdentifier, identity);
-  return false;
+  unknown_[processIdentifier] = {bundleIdentifier, std::move(watch)};
+  identities_.find(processIdentifier,
+                   [=, this](const ApplicationIdentity& identity) { learn(processIdentifier, identity); });
+  const auto unknown = unknown_.find(processIdentifier);
+  if (unknown != unknown_.end() && !bundleIdentifier.empty()) admit(processIdentifier, unknown->second, {});
+  return watches_.contains(processIdentifier);
 }
 
-ApplicationRegistry::Identity ApplicationRegistry::ask(std::int32_t processIdentifier) {
-  const std::uint64_t question = unknown_.at(processIdentifier).question;
-  const auto learn = [=, this](const Identity& identity) { learned(processIdentifier, question, identity); };
-  return identifyProcess(processIdentifier, late_.to<Identity>(learn), late_.descriptor());
-}
-
-// With an identifier alone it stays unknown besides.
-bool ApplicationRegistry::admit(std::int32_t processIdentifier, const Identity& identity) {
-  Unknown& unknown = unknown_.at(processIdentifier);
-  const RunningApplication application = describe(processIdentifier, unknown.bundle, identity);
-  auto watch = std::move(unknown.watch);
-  if (identity) unknown_.erase(processIdentifier);
-  // Still running now: so what was described is the process that is watched, not a later one.
-  if (watch->hasExited()) return unknown_.erase(processIdentifier), false;
-  // Nobody sees the end of their own process, and this one is known before it has an event loop.
-  if (processIdentifier != ::getpid()) watch->onExit(*this, [=, this] { exited(processIdentifier); });
-  watches_.emplace(processIdentifier, std::move(watch));
-  {
-    const std::lock_guard lock(mutex_);
-    applications_.push_back(application);
-  }
-  emit launched();
-  return true;
-}
-
-// Files that were slow have told by now what the process is. Others may have found no room meanwhile.
-void ApplicationRegistry::learned(std::int32_t processIdentifier, std::uint64_t question, const Identity& identity) {
-  const auto asked = unknown_.find(processIdentifier);
-  if (asked != unknown_.end() && asked->second.question == question)
-    identity ? know(processIdentifier, identity) : void(unknown_.erase(asked));
-  std::vector<std::int32_t> others;
-  for (const auto& [process, unknown] : unknown_) others.push_back(process);
-  for (const std::int32_t other : others)
-    if (const Identity known = ask(other)) know(other, known);
-}
-
-void ApplicationRegistry::know(std::int32_t processIdentifier, const Identity& identity) {
-  if (unknown_.at(processIdentifier).watch) return void(admit(processIdentifier, identity));
-  unknown_.erase(processIdentifier);
+void ApplicationRegistry::learn(std::int32_t processIdentifier, const ApplicationIdentity& identity) {
+  const auto found = unknown_.find(processIdentifier);
+  if (found == unknown_.end() || identity.bundleIdentifier.empty()) return;
+  Unknown unknown = std::move(found->second);
+  unknown_.erase(found);
+  if (unknown.watch) return admit(processIdentifier, unknown, identity);
   {
     const std::lock_guard lock(mutex_);
     for (RunningApplication& each : applications_)
@@ -118,6 +84,20 @@ void ApplicationRegistry::know(std::int32_t processIdentifier, const Identity& i
         each = describe(processIdentifier, each.bundleIdentifier.value_or(""), identity);
   }
   emit described();
+}
+
+void ApplicationRegistry::admit(std::int32_t processIdentifier, Unknown& unknown, const ApplicationIdentity& identity) {
+  auto watch = std::move(unknown.watch);
+  // Still running now: so what was described is the process that is watched, not a later one.
+  if (watch->hasExited()) return void(unknown_.erase(processIdentifier));
+  // Nobody sees the end of their own process, and this one is known before it has an event loop.
+  if (processIdentifier != ::getpid()) watch->onExit(*this, [=, this] { exited(processIdentifier); });
+  watches_.emplace(processIdentifier, std::move(watch));
+  {
+    const std::lock_guard lock(mutex_);
+    applications_.push_back(describe(processIdentifier, unknown.bundle, identity));
+  }
+  emit launched();
 }
 
 // One that has exited counts no more, even before its end was heard of: the number may be another's by now.

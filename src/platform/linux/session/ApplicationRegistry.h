@@ -3,8 +3,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/linux/ApplicationIdentity.h"
-#include "platform/linux/session/LateAnswers.h"
+#include "platform/linux/session/ApplicationIdentities.h"
 
 #include <QObject>
 
@@ -22,19 +21,19 @@ class ApplicationRegistry : public QObject {
   Q_OBJECT
 
  public:
-  ApplicationRegistry();
+  explicit ApplicationRegistry(ApplicationIdentities& identities);
   ApplicationRegistry(const ApplicationRegistry&) = delete;
   ApplicationRegistry& operator=(const ApplicationRegistry&) = delete;
   ~ApplicationRegistry() override;
 
   // False when there is no such process or nobody can say what it is. A `bundleIdentifier` overrules what the process
   // itself looks like, for one added before as well, but never for this process; an empty one says nothing. Where the
-  // files that tell are slow, see FileThread, a process is added once they have told; with an identifier it is added
-  // at once, and what else there is to say of it follows.
+  // files that tell are slow, a process is added once they have told; with an identifier it is added at once, and what
+  // else there is to say of it follows.
   bool add(std::int32_t processIdentifier, const std::string& bundleIdentifier = {});
 
-  // From now on there is an event loop, in which what is slow can come.
-  void begin() { late_.begin(); }
+  // What the process is, which may be known late.
+  void learn(std::int32_t processIdentifier, const ApplicationIdentity& identity);
 
   // In the order of their adding; any thread.
   std::vector<RunningApplication> applications() const;
@@ -48,27 +47,20 @@ class ApplicationRegistry : public QObject {
  private:
   class Watch;
 
-  using Identity = std::optional<ApplicationIdentity>;
-
   // Whose files have not told yet.
   struct Unknown {
     std::string bundle;
     std::unique_ptr<Watch> watch;  // null for one that was added by its identifier
-    std::uint64_t question;        // no other process has its number
   };
 
-  Identity ask(std::int32_t processIdentifier);
-  bool admit(std::int32_t processIdentifier, const Identity& identity);
-  void learned(std::int32_t processIdentifier, std::uint64_t question, const Identity& identity);
-  void know(std::int32_t processIdentifier, const Identity& identity);
+  void admit(std::int32_t processIdentifier, Unknown& unknown, const ApplicationIdentity& identity);
   bool isWatched(std::int32_t processIdentifier);
   void rename(std::int32_t processIdentifier, const std::string& bundleIdentifier);
   void exited(std::int32_t processIdentifier);
 
-  LateAnswers late_;
+  ApplicationIdentities& identities_;
   std::unordered_map<std::int32_t, std::unique_ptr<Watch>> watches_;
   std::unordered_map<std::int32_t, Unknown> unknown_;
-  std::uint64_t question_ = 0;
   mutable std::mutex mutex_;  // guards applications_
   std::vector<RunningApplication> applications_;
 };

@@ -1,8 +1,9 @@
 #include "platform/linux/session/DesktopIcons.h"
 
-#include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/session/PictureSource.h"
+
+#include <QPointer>
 
 #include <algorithm>
 #include <chrono>
@@ -19,18 +20,18 @@ constexpr std::chrono::milliseconds answerLimit{2000};
 }  // namespace
 
 void DesktopIcons::icon(std::int32_t processIdentifier, int size, Answer answer) {
-  QMetaObject::invokeMethod(
-      this,
-      [this, processIdentifier, size, answer = std::move(answer)] {
-        answerFromDesktop(processIdentifier, size, answer);
-      },
-      Qt::QueuedConnection);
+  const auto ask = [=, this, answer = std::move(answer)] {
+    identities_.find(processIdentifier, [=, self = QPointer(this)](const ApplicationIdentity& identity) {
+      if (self) self->answerFromDesktop(processIdentifier, identity, size, answer);
+    });
+  };
+  QMetaObject::invokeMethod(this, ask, Qt::QueuedConnection);
 }
 
-void DesktopIcons::answerFromDesktop(std::int32_t processIdentifier, int size, const Answer& answer) {
-  const auto identity = identifyProcess(processIdentifier);
-  if (!identity) return answer(std::nullopt);
-  const QString name = QString::fromStdString(identity->iconName.value_or(""));
+void DesktopIcons::answerFromDesktop(std::int32_t processIdentifier, const ApplicationIdentity& identity, int size,
+                                     const Answer& answer) {
+  if (identity.bundleIdentifier.empty()) return answer(std::nullopt);
+  const QString name = QString::fromStdString(identity.iconName.value_or(""));
   const auto picture = pictureOfIcon(name, size);
   if (picture) return answer(picture);
   answerFromTray(processIdentifier, size, answer);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/ApplicationIcons.h"
+#include "platform/linux/session/ApplicationIdentities.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -16,15 +17,18 @@ class DesktopIcons : public QObject, public ApplicationIcons {
   Q_OBJECT
 
  public:
-  explicit DesktopIcons(QDBusConnection bus = QDBusConnection::sessionBus()) : bus_(std::move(bus)) {}
+  explicit DesktopIcons(ApplicationIdentities& identities, QDBusConnection bus = QDBusConnection::sessionBus())
+      : identities_(identities), bus_(std::move(bus)) {}
 
   void icon(std::int32_t processIdentifier, int size, Answer answer) override;
 
  private:
-  void answerFromDesktop(std::int32_t processIdentifier, int size, const Answer& answer);
+  void answerFromDesktop(std::int32_t processIdentifier, const ApplicationIdentity& identity, int size,
+                         const Answer& answer);
   void answerFromTray(std::int32_t processIdentifier, int size, const Answer& answer);
   void answerFromItem(const QString& address, int size, const Answer& answer);
 
+  ApplicationIdentities& identities_;
   QDBusConnection bus_;
 };
 

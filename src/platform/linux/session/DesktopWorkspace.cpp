@@ -15,15 +15,18 @@ namespace orvo {
 
 namespace {
 
-std::string requesterName(const std::optional<ApplicationIdentity>& identity) {
-  const std::string name = identity ? identity->localizedName.value_or(identity->bundleIdentifier) : "";
+std::string requesterName(const ApplicationIdentity& identity) {
+  const std::string name = identity.localizedName.value_or(identity.bundleIdentifier);
   return name.empty() ? "Another program" : name;
 }
 
 }  // namespace
 
-DesktopWorkspace::DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier, const QDBusConnection& bus)
+DesktopWorkspace::DesktopWorkspace(ApplicationIdentities& identities,
+                                   const std::optional<std::string>& ownBundleIdentifier, const QDBusConnection& bus)
     : bus_(bus),
+      identities_(identities),
+      registry_(identities),
       trayOwners_(bus, {[this](std::int32_t process) { registry_.add(process, agent_protocol::hostBundleIdentifier); },
                         [this] { center_.post(Notification::menuBarHostTerminated); },
                         [this] { center_.post(Notification::menuBarLayoutChanged); },
@@ -55,9 +58,9 @@ std::vector<RunningApplication> DesktopWorkspace::runningApplications(const std:
 // A running copy of a bundle owns its identifier on the bus; another program that has the name is none.
 std::optional<RunningApplication> DesktopWorkspace::ownerOfBusName(const std::string& name) const {
   const auto process = session_bus::processOf(bus_, QString::fromStdString(name));
-  const auto owner = process ? identifyProcess(*process) : std::nullopt;
-  if (!owner || owner->bundleIdentifier != name) return std::nullopt;
-  return RunningApplication{name, *process, owner->localizedName, owner->bundlePath};
+  const auto owner = process ? identities_.findNow(*process) : ApplicationIdentity();
+  if (!process || owner.bundleIdentifier != name) return std::nullopt;
+  return RunningApplication{name, *process, owner.localizedName, owner.bundlePath};
 }
 
 std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& bundleIdentifier) const {
@@ -82,15 +85,14 @@ void DesktopWorkspace::setRequesters(const QList<quint32>& processes) {
   std::erase_if(requesters_, [&](const auto& known) { return !processes.contains(known.first); });
   for (const quint32 process : processes) {
     if (process == QCoreApplication::applicationPid() || requesters_.contains(process)) continue;
-    requesters_[process] = requesterName(
-        identifyProcess(static_cast<std::int32_t>(process),
-                        late_.to<Identity>([=, this](const Identity& identity) { requesterKnown(process, identity); }),
-                        late_.descriptor()));
+    requesters_[process] = requesterName({});
+    identities_.find(static_cast<std::int32_t>(process),
+                     [=, this](const ApplicationIdentity& identity) { requesterKnown(process, identity); });
   }
   tellConcealers();
 }
 
-void DesktopWorkspace::requesterKnown(quint32 process, const Identity& identity) {
+void DesktopWorkspace::requesterKnown(quint32 process, const ApplicationIdentity& identity) {
   if (!requesters_.contains(process)) return;
   requesters_[process] = requesterName(identity);
   tellConcealers();
@@ -107,8 +109,11 @@ void DesktopWorkspace::setManagedElsewhere(bool elsewhere) {
 }
 
 void DesktopWorkspace::follow() {
-  late_.begin();
-  registry_.begin();
+  identities_.begin();
+  identities_.onLate([this](std::int32_t process, const ApplicationIdentity& identity) {
+    registry_.learn(process, identity);
+    requesterKnown(static_cast<quint32>(process), identity);
+  });
   trayOwners_.begin();
   clientWindows_.begin();
   connect(&registry_, &ApplicationRegistry::launched, this,

@@ -4,10 +4,9 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/display/ClientWindows.h"
+#include "platform/linux/session/ApplicationIdentities.h"
 #include "platform/linux/session/ApplicationRegistry.h"
-#include "platform/linux/session/LateAnswers.h"
 #include "platform/linux/session/TrayOwners.h"
 #include "platform/linux/session/UrlOpener.h"
 
@@ -25,8 +24,8 @@ class DesktopWorkspace : public QObject, public Workspace {
 
  public:
   // `ownBundleIdentifier` is absent outside any bundle.
-  explicit DesktopWorkspace(const std::optional<std::string>& ownBundleIdentifier,
-                            const QDBusConnection& bus = QDBusConnection::sessionBus());
+  DesktopWorkspace(ApplicationIdentities& identities, const std::optional<std::string>& ownBundleIdentifier,
+                   const QDBusConnection& bus = QDBusConnection::sessionBus());
 
   std::vector<RunningApplication> runningApplications() const override;
   std::optional<RunningApplication> runningApplication(std::int32_t processIdentifier) const override;
@@ -45,11 +44,9 @@ class DesktopWorkspace : public QObject, public Workspace {
   NotificationCenter& notificationCenter() override;
 
  private:
-  using Identity = std::optional<ApplicationIdentity>;
-
   void follow();
   void setRequesters(const QList<quint32>& processes);
-  void requesterKnown(quint32 process, const Identity& identity);
+  void requesterKnown(quint32 process, const ApplicationIdentity& identity);
   void tellConcealers();
   void setManagedElsewhere(bool elsewhere);
   std::optional<RunningApplication> ownerOfBusName(const std::string& name) const;
@@ -59,7 +56,7 @@ class DesktopWorkspace : public QObject, public Workspace {
   std::map<quint32, std::string> requesters_;  // names by process, this one aside
   std::vector<std::string> concealers_;
   bool managedElsewhere_ = false;
-  LateAnswers late_;
+  ApplicationIdentities& identities_;
   ApplicationRegistry registry_;
   TrayOwners trayOwners_;
   ClientWindows clientWindows_;

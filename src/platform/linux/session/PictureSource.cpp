@@ -37,7 +37,7 @@ constexpr std::size_t mostReads = 4;
 
 template <typename Work>
 auto find(const std::string& subject, Work work) {
-  return FileThread::find(subject, std::move(work), nullptr, -1, mostReads);
+  return FileThread::find(subject, std::move(work), mostReads);
 }
 
 constexpr std::array fileEndings{".svg", ".png", ".xpm"};

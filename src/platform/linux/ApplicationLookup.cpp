@@ -1,4 +1,4 @@
-#include "agent/ApplicationLookup.h"
+#include "platform/linux/ApplicationLookup.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -8,7 +8,6 @@
 #include <optional>
 #include <utility>
 
-#include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/FileThread.h"
 
 namespace orvo {
@@ -30,8 +29,9 @@ struct ApplicationLookup::Bell {
   const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 };
 
-ApplicationLookup::ApplicationLookup(sd_event* loop)
-    : bell_(std::make_shared<Bell>()),
+ApplicationLookup::ApplicationLookup(sd_event* loop, std::chrono::milliseconds limit)
+    : limit_(limit),
+      bell_(std::make_shared<Bell>()),
       rung_(loop, bell_->descriptor, [this] { takeAnswers(); }),
       late_(loop, [this] { giveUp(); }) {}
 
@@ -39,7 +39,7 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
   const auto open = std::ranges::find_if(
       questions_, [=](const Question& each) { return each.process == process && (isLate(each) || !isBegun(each)); });
   if (open == questions_.end() && questions_.size() < most) {
-    questions_.push_back({process, Clock::now() + limit, {std::move(found)}});
+    questions_.push_back({process, Clock::now() + limit_, {std::move(found)}});
   } else if (open != questions_.end() && !isLate(*open)) {
     open->found.push_back(std::move(found));
   } else {
@@ -47,6 +47,8 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
   }
   proceed();
 }
+
+bool ApplicationLookup::isExpecting() const { return !questions_.empty() && std::ranges::none_of(questions_, &isLate); }
 
 // One thread looks at a time. One that is late is left to itself, and the next question has another.
 void ApplicationLookup::proceed() {
@@ -56,7 +58,7 @@ void ApplicationLookup::proceed() {
   const auto begun = static_cast<std::size_t>(next - questions_.begin());
   if (next != questions_.end() && begun < FileThread::most && std::all_of(questions_.begin(), next, isOver)) {
     // One that has waited for so long that it is late has the next one wait no longer than others.
-    if (isOver(*next)) next->deadline = now + limit;
+    if (isOver(*next)) next->deadline = now + limit_;
     begin(*next);
   }
   std::optional<Clock::time_point> due;
@@ -81,7 +83,7 @@ ApplicationLookup::Answer ApplicationLookup::look(std::int32_t process, std::uni
   if (!entries) entries = std::make_unique<DesktopEntries>(DesktopEntries::standardFolders());
   entries->refresh();
   auto identity = identifyProcess(process, "/proc", *entries);
-  return {identity ? std::move(identity->bundleIdentifier) : std::string(), std::move(entries)};
+  return {std::move(identity).value_or(ApplicationIdentity{}), std::move(entries)};
 }
 
 void ApplicationLookup::takeAnswers() {
@@ -100,8 +102,8 @@ void ApplicationLookup::takeAnswers() {
 void ApplicationLookup::take(Question& question) {
   Answer answer = question.answer.get();
   entries_ = std::move(answer.entries);
-  if (isLate(question)) onLate(question.process, answer.bundle);
-  for (const Found& found : question.found) found(answer.bundle);
+  if (isLate(question)) onLate(question.process, answer.identity);
+  for (const Found& found : question.found) found(answer.identity);
 }
 
 void ApplicationLookup::giveUp() {

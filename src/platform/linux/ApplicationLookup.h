@@ -1,6 +1,6 @@
 // Finds out which application a process belongs to, on threads of its own: files of others tell, and their file
-// system may be slow or not answer at all. There is a thread only while a question is open. Owned by main; main
-// thread, on which the answers come too.
+// system may be slow or not answer at all. There is a thread only while a question is open. The thread of its event
+// loop, on which the answers come too.
 #pragma once
 
 #include <chrono>
@@ -10,34 +10,34 @@
 #include <functional>
 #include <future>
 #include <memory>
-#include <string>
 #include <vector>
 
-#include "agent/ReadWatch.h"
-#include "agent/Timer.h"
+#include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/DesktopEntries.h"
+#include "platform/linux/ReadWatch.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 
 class ApplicationLookup {
  public:
-  // Icons wait for the answer; a slow disk has given it by then.
-  static constexpr std::chrono::seconds limit{1};
+  ApplicationLookup(sd_event* loop, std::chrono::milliseconds limit);
 
-  explicit ApplicationLookup(sd_event* loop);
-
-  // Called once, in the order of asking, those about one process together; with an empty text for unknown, and for what
-  // is not known within the limit. While as many threads as may be are held up, all answers are late.
-  using Found = std::function<void(const std::string& bundle)>;
+  // Called once, in the order of asking, those about one process together; without an identifier for unknown, and for
+  // what is not known within the limit. While as many threads as may be are held up, all answers are late.
+  using Found = std::function<void(const ApplicationIdentity& identity)>;
   void find(std::int32_t process, Found found);
 
-  // What became known after the limit; empty for unknown.
-  std::function<void(std::int32_t process, const std::string& bundle)> onLate;
+  // What became known after the limit.
+  std::function<void(std::int32_t process, const ApplicationIdentity& identity)> onLate;
+
+  // Whether questions are open, all of them within the limit.
+  bool isExpecting() const;
 
  private:
   using Clock = std::chrono::steady_clock;
   struct Answer {
-    std::string bundle;
+    ApplicationIdentity identity;
     std::unique_ptr<DesktopEntries> entries;
   };
   struct Question {
@@ -57,6 +57,7 @@ class ApplicationLookup {
   void take(Question& question);
   void giveUp();
 
+  const std::chrono::milliseconds limit_;
   const std::shared_ptr<Bell> bell_;  // threads ring it
   ReadWatch rung_;
   Timer late_;

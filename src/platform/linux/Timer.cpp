@@ -1,4 +1,4 @@
-#include "agent/Timer.h"
+#include "platform/linux/Timer.h"
 
 #include <ctime>
 #include <utility>
