@@ -16,26 +16,17 @@ namespace {
 constexpr const char* hasOpenedSettingsKey = "Orvo.HasOpenedSettings";
 constexpr std::uint32_t noOptionalBehavior = 0;
 
-MenuItem item(std::string title, MenuAction action, std::string keyEquivalent = {}) {
-  MenuItem made;
-  made.title = std::move(title);
-  made.action = std::move(action);
-  made.keyEquivalent = std::move(keyEquivalent);
-  return made;
-}
-
 // An untitled item that carries a titled menu.
 MenuItem submenu(std::string title, std::vector<MenuItem> items) {
-  MenuItem made;
-  made.submenu.push_back({.title = std::move(title), .autoenablesItems = true, .items = std::move(items)});
-  return made;
+  return {.submenu = {{.title = std::move(title), .items = std::move(items)}}};
 }
 
 MenuItem editMenu() {
-  return submenu("Edit",
-                 {item("Undo", FirstResponderAction{"undo:"}, "z"), item("Cut", FirstResponderAction{"cut:"}, "x"),
-                  item("Copy", FirstResponderAction{"copy:"}, "c"), item("Paste", FirstResponderAction{"paste:"}, "v"),
-                  item("Select All", FirstResponderAction{"selectAll:"}, "a")});
+  return submenu("Edit", {{"Undo", FirstResponderAction{"undo:"}, "z"},
+                          {"Cut", FirstResponderAction{"cut:"}, "x"},
+                          {"Copy", FirstResponderAction{"copy:"}, "c"},
+                          {"Paste", FirstResponderAction{"paste:"}, "v"},
+                          {"Select All", FirstResponderAction{"selectAll:"}, "a"}});
 }
 
 WindowDescription settingsWindow() {
@@ -86,8 +77,9 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() { return fal
 
 void AppDelegate::installMainMenu() {
   Menu menu;
-  menu.items = {submenu("Orvo", {item("Settings…", weakly(&AppDelegate::openSettings), ","), separatorItem(),
-                                 item("Quit Orvo", weakly(&AppDelegate::quit), "q")}),
+  menu.items = {submenu("Orvo", {{"Settings…", weakly(&AppDelegate::openSettings), ","},
+                                 {.separator = true},
+                                 {"Quit Orvo", weakly(&AppDelegate::quit), "q"}}),
                 editMenu()};
   platform_.application.setMainMenu(menu);
 }
@@ -131,12 +123,14 @@ void AppDelegate::statusClicked() {
 
 void AppDelegate::showStatusMenu(StatusItemButton& button) {
   const bool visible = !model_->isConcealing();
-  MenuItem toggleItem = item(visible ? "Hide selected icons" : "Show all icons", weakly(&AppDelegate::toggle));
-  toggleItem.enabled = !visible || model_->canHide();
   Menu menu;
   menu.autoenablesItems = false;
-  menu.items = {std::move(toggleItem), item("Settings…", weakly(&AppDelegate::openSettings)), separatorItem(),
-                item("Quit Orvo", weakly(&AppDelegate::quit))};
+  menu.items = {{.title = visible ? "Hide selected icons" : "Show all icons",
+                 .action = weakly(&AppDelegate::toggle),
+                 .enabled = !visible || model_->canHide()},
+                {"Settings…", weakly(&AppDelegate::openSettings)},
+                {.separator = true},
+                {"Quit Orvo", weakly(&AppDelegate::quit)}};
   button.popUpMenu(menu, {0, button.bounds().y});
 }
 

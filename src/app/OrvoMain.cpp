@@ -24,15 +24,9 @@ bool wantsDiagnosis(const ProcessInfo& processInfo) {
   return std::find(arguments.begin(), arguments.end(), diagnoseArgument) != arguments.end();
 }
 
-std::string version(const Bundle& bundle) {
-  const auto value = bundle.infoValue("CFBundleShortVersionString");
-  const auto* const text = value ? std::get_if<std::string>(&*value) : nullptr;
-  return text != nullptr ? *text : ORVO_VERSION;
-}
-
 void diagnose(const OrvoMain::EarlyServices& early, std::ostream& out) {
   const auto identifier = early.bundle.identifier();
-  out << "Orvo " << version(early.bundle) << '\n'
+  out << "Orvo " << early.bundle.infoText("CFBundleShortVersionString").value_or(ORVO_VERSION) << '\n'
       << "OS: " << early.processInfo.operatingSystemVersionString() << '\n'
       << "Backend: " << QLMenuBarBackendDescription() << '\n'
       << "Accessibility: " << (early.accessibility.isProcessTrusted() ? "enabled" : early.words.notTrusted) << '\n'

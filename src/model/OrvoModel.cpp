@@ -32,47 +32,39 @@ OrvoModel::OrvoModel(const Platform& platform)
       backendAvailable(QLMenuBarBackendAvailable()),
       ownBundle(platform.bundle.identifier().value_or(fallbackBundle)),
       nativeMenuBarReady(isInApplicationsFolder(platform.bundle, platform.fileSystem)),
-      mainQueue_(platform.mainQueue),
-      userDefaults_(platform.userDefaults),
-      workspace_(platform.workspace),
-      defaultCenter_(platform.application.notificationCenter()),
-      accessibility_(platform.accessibility),
-      hotKeys_(platform.hotKeys),
-      loginItem_(platform.loginItem),
-      localizedText_(platform.localizedText),
-      words_(platform.words),
+      platform_(platform),
       scanner_(platform.accessibility, platform.workspace, platform.localizedText, platform.scanExecutor,
                platform.mainQueue),
       systemRelay_(SystemControlRelay::make(platform.eventTaps, platform.mainQueue)) {
   launchAtLogin = isLoginItemEnabled();
-  storedPreferences_ = userDefaults_.data(preferencesKey);
+  storedPreferences_ = platform_.userDefaults.data(preferencesKey);
 }
 
 // The assertions are owned and end with their owner; the rest would only find the model gone.
 OrvoModel::~OrvoModel() {
   releaseAssertions(std::nullopt);
   stopObserving();
-  for (const MainQueue::Handle handle : {watchdog_, rehideTask_, permissionTimer_, rescan_}) mainQueue_.cancel(handle);
+  for (const MainQueue::Handle handle : {watchdog_, rehideTask_, permissionTimer_, rescan_})
+    platform_.mainQueue.cancel(handle);
 }
 
 void OrvoModel::start() {
-  if (!nativeMenuBarReady) message = words_.installMessage;
-  systemRelay_->onReveal = [model = weak_from_this()] {
-    const auto self = model.lock();
-    if (!self) return;
-    self->reveal(false);
-    self->mainQueue_.post(self->weakly(&OrvoModel::updateSystemClickProtection));  // the relay may have lost its tap
-  };
+  if (!nativeMenuBarReady) message = platform_.words.installMessage;
+  systemRelay_->onReveal = weakly([](OrvoModel& self) {
+    self.reveal(false);
+    self.platform_.mainQueue.post(
+        self.weakly(&OrvoModel::updateSystemClickProtection));  // the relay may have lost its tap
+  });
   registerShortcut();
-  permissionTimer_ = mainQueue_.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
+  permissionTimer_ = platform_.mainQueue.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));
   observeSystem();
   refreshLater();
 }
 
 void OrvoModel::registerShortcut() {
-  shortcut_ = std::make_unique<GlobalShortcut>(hotKeys_);
+  shortcut_ = std::make_unique<GlobalShortcut>(platform_.hotKeys);
   // The queue outlives every press, the model need not.
-  shortcut_->onPress = [&queue = mainQueue_, toggle = weakly(&OrvoModel::toggle)] { queue.post(toggle); };
+  shortcut_->onPress = [&queue = platform_.mainQueue, toggle = weakly(&OrvoModel::toggle)] { queue.post(toggle); };
   shortcutAvailable = shortcut_->isRegistered();
 }
 
@@ -89,44 +81,38 @@ void OrvoModel::toggle() {
 }
 
 void OrvoModel::observeSystem() {
-  const std::pair<Notification, Step> handlers[]{
-      {Notification::applicationLaunched, &OrvoModel::applicationLaunched},
-      {Notification::applicationTerminated, &OrvoModel::applicationTerminated},
-      {Notification::willSleep, &OrvoModel::systemWillSleep},
-      {Notification::didWake, &OrvoModel::systemDidWake},
-      {Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated},
-      {Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged},
-      {Notification::concealersChanged, &OrvoModel::concealersChanged},
-  };
-  for (const auto& [name, step] : handlers) {
-    workspaceObservers_.push_back(observe(workspace_.notificationCenter(), name, step));
-  }
-  displayObserver_ = observe(defaultCenter_, Notification::screenParametersChanged, &OrvoModel::screensChanged);
+  NotificationCenter& workspace = platform_.workspace.notificationCenter();
+  observe(workspace, Notification::applicationLaunched, &OrvoModel::applicationLaunched);
+  observe(workspace, Notification::applicationTerminated, &OrvoModel::applicationTerminated);
+  observe(workspace, Notification::willSleep, &OrvoModel::systemWillSleep);
+  observe(workspace, Notification::didWake, &OrvoModel::systemDidWake);
+  observe(workspace, Notification::menuBarHostTerminated, &OrvoModel::menuBarHostTerminated);
+  observe(workspace, Notification::menuBarLayoutChanged, &OrvoModel::menuBarLayoutChanged);
+  observe(workspace, Notification::concealersChanged, &OrvoModel::concealersChanged);
+  observe(platform_.application.notificationCenter(), Notification::screenParametersChanged,
+          &OrvoModel::screensChanged);
 }
 
 // A notification is handled once its sender has returned; one that was still under way when the
 // observers went is dropped.
-NotificationCenter::Token OrvoModel::observe(NotificationCenter& center, Notification name, Step step) {
-  const auto handle = [model = weak_from_this(), step] {
-    const auto self = model.lock();
-    if (self && !self->stopped_) (self.get()->*step)();
-  };
-  return center.addObserver(name, [&queue = mainQueue_, handle](Notification) { queue.post(handle); });
+void OrvoModel::observe(NotificationCenter& center, Notification name, void (OrvoModel::*handler)()) {
+  const auto handle = weakly([handler](OrvoModel& self) {
+    if (!self.stopped_) (self.*handler)();
+  });
+  const auto post = [&queue = platform_.mainQueue, handle](Notification) { queue.post(handle); };
+  observers_.emplace_back(&center, center.addObserver(name, post));
 }
 
 void OrvoModel::stop() {
   stopped_ = true;
   reveal(false);
-  mainQueue_.cancel(permissionTimer_);
+  platform_.mainQueue.cancel(permissionTimer_);
   systemRelay_->stop();
   stopObserving();
 }
 
 void OrvoModel::stopObserving() {
-  for (const auto token : workspaceObservers_) workspace_.notificationCenter().removeObserver(token);
-  workspaceObservers_.clear();
-  defaultCenter_.removeObserver(displayObserver_);
-  displayObserver_ = NotificationCenter::Token::none;
+  for (const auto& [center, token] : std::exchange(observers_, {})) center->removeObserver(token);
 }
 
 void OrvoModel::applicationLaunched() {
@@ -170,8 +156,8 @@ void OrvoModel::menuBarLayoutChanged() {
 }
 
 void OrvoModel::concealersChanged() {
-  concealers = workspace_.concealers();
-  itemsManagedElsewhere = workspace_.areItemsManagedElsewhere();
+  concealers = platform_.workspace.concealers();
+  itemsManagedElsewhere = platform_.workspace.areItemsManagedElsewhere();
   if (onStateChanged) onStateChanged();
   refresh();
 }
@@ -189,12 +175,12 @@ void OrvoModel::poll() {
   launchAtLogin = isLoginItemEnabled();
   followShortcut();
   followPreferences();
-  const bool scanIsOld = !lastScan_ || mainQueue_.now() - *lastScan_ > rescanInterval;
+  const bool scanIsOld = !lastScan_ || platform_.mainQueue.now() - *lastScan_ > rescanInterval;
   if (trusted && state() == BarState::visible && scanIsOld) refreshLater();
 }
 
 bool OrvoModel::followTrust() {
-  const bool trusted = accessibility_.isProcessTrusted();
+  const bool trusted = platform_.accessibility.isProcessTrusted();
   if (trusted == accessibilityGranted()) return trusted;
   accessibilityGranted = trusted;
   invalidateSystemGeometry();
@@ -207,9 +193,7 @@ bool OrvoModel::followTrust() {
 }
 
 void OrvoModel::refreshLater() {
-  mainQueue_.post([model = weak_from_this()] {
-    if (const auto self = model.lock()) self->refresh();
-  });
+  platform_.mainQueue.post(weakly([](OrvoModel& self) { self.refresh(); }));
 }
 
 void OrvoModel::invalidateSystemGeometry() {
@@ -222,15 +206,9 @@ void OrvoModel::updateSystemClickProtection() {
   systemClickProtection = systemRelay_->isInstalled() && !systemRelay_->systemFrames().empty();
 }
 
-MainQueue::Task OrvoModel::weakly(Step step) {
-  return [model = weak_from_this(), step] {
-    if (const auto self = model.lock()) (self.get()->*step)();
-  };
-}
-
 std::set<std::string> OrvoModel::runningBundles() const {
   std::set<std::string> bundles;
-  for (const RunningApplication& application : workspace_.runningApplications()) {
+  for (const RunningApplication& application : platform_.workspace.runningApplications()) {
     if (application.bundleIdentifier) bundles.insert(*application.bundleIdentifier);
   }
   return bundles;

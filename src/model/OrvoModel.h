@@ -20,20 +20,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvo {
 
-class Accessibility;
-class FileSystem;
-class Bundle;
 class GlobalShortcut;
-class HotKeys;
-class LocalizedText;
-class LoginItem;
-class UserDefaults;
-class Workspace;
-struct Words;
 
 class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
  public:
@@ -111,13 +103,17 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
     QLAssertionRef handle;
   };
   struct AnswerContext;
-  using Step = void (OrvoModel::*)();
 
   explicit OrvoModel(const Platform& platform);
 
   Identity freshIdentity() { return static_cast<Identity>(++lastIdentity_); }
   // A task that takes the step if the model is still there.
-  MainQueue::Task weakly(Step step);
+  template <typename Step>
+  MainQueue::Task weakly(Step step) {
+    return [model = weak_from_this(), step] {
+      if (const auto self = model.lock()) std::invoke(step, *self);
+    };
+  }
   std::set<std::string> runningBundles() const;
 
   // Lifecycle.
@@ -125,7 +121,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   void followShortcut();
   void observeSystem();
   void stopObserving();
-  NotificationCenter::Token observe(NotificationCenter& center, Notification name, Step step);
+  void observe(NotificationCenter& center, Notification name, void (OrvoModel::*handler)());
   void applicationLaunched();
   void applicationTerminated();
   void systemWillSleep();
@@ -169,16 +165,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   bool isLoginItemEnabled() const;
   void settingsNotOpened();
 
-  MainQueue& mainQueue_;
-  UserDefaults& userDefaults_;
-  Workspace& workspace_;
-  NotificationCenter& defaultCenter_;
-  Accessibility& accessibility_;
-  HotKeys& hotKeys_;
-  LoginItem& loginItem_;
-  LocalizedText& localizedText_;
-  const Words& words_;
-
+  const Platform platform_;
   std::uint64_t lastIdentity_ = 0;
   // In the order in which they were obtained.
   std::vector<Assertion> assertions_;
@@ -194,8 +181,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   std::optional<MainQueue::Duration> unguardedSince_;
   // What the end of a program asks for while hidden, put off until then.
   bool hidesOnceGuarded_ = false;
-  std::vector<NotificationCenter::Token> workspaceObservers_;
-  NotificationCenter::Token displayObserver_ = NotificationCenter::Token::none;
+  std::vector<std::pair<NotificationCenter*, NotificationCenter::Token>> observers_;
   std::unique_ptr<GlobalShortcut> shortcut_;
   // On the queue's clock; absent before a scan was applied.
   std::optional<MainQueue::Duration> lastScan_;

@@ -33,8 +33,8 @@ bool OrvoModel::isConcealing() const { return state() != BarState::visible || !c
 
 void OrvoModel::hideSelected() {
   if (!readyToHide()) return;
-  mainQueue_.cancel(rehideTask_);
-  mainQueue_.cancel(watchdog_);
+  platform_.mainQueue.cancel(rehideTask_);
+  platform_.mainQueue.cancel(watchdog_);
   const VisibilityPlan plan(runningBundles(), preferences().rules, ownBundle);
   if (plan.needsAssertion()) {
     requestHiding(plan.allowedBundles());
@@ -45,12 +45,12 @@ void OrvoModel::hideSelected() {
 
 bool OrvoModel::readyToHide() {
   if (!nativeMenuBarReady) {
-    message = words_.installMessage;
+    message = platform_.words.installMessage;
     return false;
   }
   if (!canBeManaged() || !accessibilityGranted()) return false;
   if (!systemRelay_->isInstalled() || systemRelay_->systemFrames().empty()) {
-    message = words_.noControls;
+    message = platform_.words.noControls;
     return false;
   }
   return true;
@@ -69,9 +69,8 @@ void OrvoModel::requestHiding(const std::set<std::string>& allowedBundles) {
   }
   assertions_.push_back({request, assertion});
   systemRelay_->setConcealed(true);
-  watchdog_ = mainQueue_.runAfter(confirmationTimeout, [model = weak_from_this(), request] {
-    if (const auto self = model.lock()) self->timedOut(request);
-  });
+  watchdog_ =
+      platform_.mainQueue.runAfter(confirmationTimeout, weakly([request](OrvoModel& self) { self.timedOut(request); }));
 }
 
 // What the system's answer carries home, from whatever thread it is given on.
@@ -95,7 +94,7 @@ QLAssertionRef OrvoModel::createAssertion(const std::set<std::string>& allowedBu
   std::vector<const char*> identifiers;
   identifiers.reserve(allowedBundles.size());
   for (const std::string& bundle : allowedBundles) identifiers.push_back(bundle.c_str());
-  auto context = std::make_unique<AnswerContext>(AnswerContext{mainQueue_, weak_from_this(), request});
+  auto context = std::make_unique<AnswerContext>(AnswerContext{platform_.mainQueue, weak_from_this(), request});
   return QLCreateMenuBarAssertion(
       identifiers.data(), identifiers.size(),
       {.invoke = AnswerContext::invoke, .release = AnswerContext::release, .context = context.release()});
@@ -103,7 +102,7 @@ QLAssertionRef OrvoModel::createAssertion(const std::set<std::string>& allowedBu
 
 void OrvoModel::answered(Identity request, const std::optional<std::string>& failure) {
   if (generation_ != request) return;
-  mainQueue_.cancel(watchdog_);
+  platform_.mainQueue.cancel(watchdog_);
   if (failure) {
     failed("Could not hide icons: " + *failure);
   } else {
@@ -120,7 +119,7 @@ void OrvoModel::confirmed(Identity request) {
 
 void OrvoModel::timedOut(Identity request) {
   if (generation_ != request || state() != BarState::applying) return;
-  failed(words_.hidingUnconfirmed);
+  failed(platform_.words.hidingUnconfirmed);
 }
 
 void OrvoModel::failed(const std::string& why) {
@@ -130,15 +129,16 @@ void OrvoModel::failed(const std::string& why) {
 
 void OrvoModel::reveal(bool scheduleRehide) {
   generation_ = freshIdentity();
-  mainQueue_.cancel(watchdog_);
-  mainQueue_.cancel(rehideTask_);
+  platform_.mainQueue.cancel(watchdog_);
+  platform_.mainQueue.cancel(rehideTask_);
   releaseAssertions(std::nullopt);
-  if (!concealers().empty()) workspace_.endConcealments();
+  if (!concealers().empty()) platform_.workspace.endConcealments();
   state = BarState::visible;
   systemRelay_->setConcealed(false);
   if (onStateChanged) onStateChanged();
   if (scheduleRehide && preferences().autoRehideSeconds >= 1 && selectedCount() != 0) {
-    rehideTask_ = mainQueue_.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
+    rehideTask_ =
+        platform_.mainQueue.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
   }
 }
 

@@ -54,7 +54,7 @@ void OrvoModel::refresh(std::function<void()> done) {
 
 bool OrvoModel::beginScan() {
   if (isScanning() || stopped_) return false;
-  accessibilityGranted = accessibility_.isProcessTrusted();
+  accessibilityGranted = platform_.accessibility.isProcessTrusted();
   if (!accessibilityGranted()) {
     reveal(false);
     invalidateSystemGeometry();
@@ -73,23 +73,23 @@ void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
   isScanning = false;
-  lastScan_ = mainQueue_.now();
+  lastScan_ = platform_.mainQueue.now();
   expectGuard(wasGuardable);
 }
 
 // A panel that is starting, or an agent that is slow, shows no control for a moment. Beyond that, icons stay
 // hidden only where every click on a clock would bring them back.
 void OrvoModel::expectGuard(bool wasGuardable) {
-  mainQueue_.cancel(rescan_);
+  platform_.mainQueue.cancel(rescan_);
   if (!systemRelay_->systemFrames().empty()) {
     unguardedSince_.reset();
     if (std::exchange(hidesOnceGuarded_, false) && state() == BarState::hidden) hideSelected();
     return;
   }
-  if (!unguardedSince_ && (wasGuardable || state() != BarState::visible)) unguardedSince_ = mainQueue_.now();
+  if (!unguardedSince_ && (wasGuardable || state() != BarState::visible)) unguardedSince_ = platform_.mainQueue.now();
   if (!unguardedSince_) return;
-  if (mainQueue_.now() - *unguardedSince_ < guardPatience) {
-    rescan_ = mainQueue_.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
+  if (platform_.mainQueue.now() - *unguardedSince_ < guardPatience) {
+    rescan_ = platform_.mainQueue.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
     return;
   }
   unguardedSince_.reset();
@@ -112,7 +112,7 @@ std::vector<DiscoveredApp> OrvoModel::merged(const std::vector<DiscoveredApp>& f
     if (bundle != ownBundle && !VisibilityPlan::protectedBundles().contains(bundle)) list.push_back(std::move(app));
   }
   std::stable_sort(list.begin(), list.end(), [&](const DiscoveredApp& left, const DiscoveredApp& right) {
-    return localizedText_.standardCompare(left.name, right.name) < 0;
+    return platform_.localizedText.standardCompare(left.name, right.name) < 0;
   });
   return list;
 }
@@ -121,8 +121,8 @@ std::vector<DiscoveredApp> OrvoModel::filteredApps() const {
   if (searchText().empty()) return apps();
   std::vector<DiscoveredApp> found;
   std::copy_if(apps().begin(), apps().end(), std::back_inserter(found), [&](const DiscoveredApp& app) {
-    return localizedText_.caseInsensitiveContains(app.name, searchText()) ||
-           localizedText_.caseInsensitiveContains(app.bundleID, searchText());
+    return platform_.localizedText.caseInsensitiveContains(app.name, searchText()) ||
+           platform_.localizedText.caseInsensitiveContains(app.bundleID, searchText());
   });
   return found;
 }
@@ -157,25 +157,25 @@ void OrvoModel::storePreferences(OrvoPreferences value) {
 void OrvoModel::publishPreferences(OrvoPreferences value) {
   const std::int64_t previousDelay = preferences().autoRehideSeconds;
   preferences = std::move(value);
-  if (preferences().autoRehideSeconds != previousDelay) mainQueue_.cancel(rehideTask_);
+  if (preferences().autoRehideSeconds != previousDelay) platform_.mainQueue.cancel(rehideTask_);
 }
 
 void OrvoModel::savePreferences() {
   const auto bytes = preferences().encode();
   if (!bytes) return;
-  userDefaults_.setData(preferencesKey, *bytes);
+  platform_.userDefaults.setData(preferencesKey, *bytes);
   storedPreferences_ = bytes;
 }
 
 // A hide request clears the message, so this comes after it.
 void OrvoModel::tellStorageFailure() {
-  const auto failure = userDefaults_.storageFailure();
+  const auto failure = platform_.userDefaults.storageFailure();
   if (failure && !storageFailureTold_) message = "Your choices could not be saved: " + *failure;
   storageFailureTold_ = failure.has_value();
 }
 
 std::optional<OrvoPreferences> OrvoModel::preferencesFromElsewhere() {
-  auto bytes = userDefaults_.data(preferencesKey);
+  auto bytes = platform_.userDefaults.data(preferencesKey);
   if (!bytes || bytes == storedPreferences_) return std::nullopt;
   storedPreferences_ = std::move(bytes);
   return OrvoPreferences::decode(storedPreferences_);

@@ -11,33 +11,34 @@
 namespace orvo {
 
 bool OrvoModel::isInApplicationsFolder(const Bundle& bundle, const FileSystem& fileSystem) {
-  const std::string path = fileSystem.standardizing(fileSystem.resolvingSymbolicLinks(bundle.path()));
+  const std::string path = fileSystem.resolving(bundle.path());
   return path.starts_with("/Applications/") ||
          path.starts_with(fileSystem.homeDirectoryForCurrentUser() + "/Applications/");
 }
 
 void OrvoModel::requestAccessibility() {
-  accessibilityGranted = accessibility_.isProcessTrusted(true);
-  workspace_.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility",
-                     weakly(&OrvoModel::settingsNotOpened));
+  accessibilityGranted = platform_.accessibility.isProcessTrusted(true);
+  platform_.workspace.openURL("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility",
+                              weakly(&OrvoModel::settingsNotOpened));
 }
 
 void OrvoModel::settingsNotOpened() {
-  if (words_.couldNotOpen != nullptr) message = std::string(words_.couldNotOpen) + words_.accessibilityPage + '.';
+  if (platform_.words.couldNotOpen != nullptr)
+    message = std::string(platform_.words.couldNotOpen) + platform_.words.accessibilityPage + '.';
 }
 
 void OrvoModel::setLoginItem(bool enabled) {
-  if (const auto failure = enabled ? loginItem_.registerItem() : loginItem_.unregisterItem()) {
+  if (const auto failure = platform_.loginItem.setRegistered(enabled)) {
     message = "Login item could not be changed: " + *failure;
     return;
   }
   launchAtLogin = isLoginItemEnabled();
-  if (enabled && loginItem_.status() == LoginItemStatus::requiresApproval) {
-    message = words_.allowLoginItem;
-    loginItem_.openSystemSettingsLoginItems();
+  if (enabled && platform_.loginItem.status() == LoginItemStatus::requiresApproval) {
+    message = platform_.words.allowLoginItem;
+    platform_.loginItem.openSystemSettingsLoginItems();
   }
 }
 
-bool OrvoModel::isLoginItemEnabled() const { return loginItem_.status() == LoginItemStatus::enabled; }
+bool OrvoModel::isLoginItemEnabled() const { return platform_.loginItem.status() == LoginItemStatus::enabled; }
 
 }  // namespace orvo

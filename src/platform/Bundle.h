@@ -5,20 +5,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 
 namespace orvo {
-
-// A value of the bundle's information dictionary; std::monostate stands for every kind that is
-// neither text nor number.
-using InfoValue = std::variant<std::monostate, std::string, double>;
 
 class Bundle {
  public:
   virtual ~Bundle() = default;
 
   virtual std::optional<std::string> identifier() const = 0;
-  virtual std::optional<InfoValue> infoValue(std::string_view key) const = 0;
+  // From the bundle's information dictionary; absent for what is no text.
+  virtual std::optional<std::string> infoText(std::string_view key) const = 0;
 
   // The bundle's path as it was launched, without a trailing slash; outside any bundle the folder of
   // the executable.

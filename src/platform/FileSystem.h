@@ -11,10 +11,9 @@ class FileSystem {
 
   // Without a trailing slash.
   virtual std::string homeDirectoryForCurrentUser() const = 0;
-  // Follows every symbolic link as far as the path exists; what does not exist is kept as it is.
-  virtual std::string resolvingSymbolicLinks(const std::string& path) const = 0;
-  // Absolute, without "." and "..", doubled or trailing slashes; purely textual.
-  virtual std::string standardizing(const std::string& path) const = 0;
+  // Follows every symbolic link as far as the path exists; what does not exist is kept as it is. Then absolute, without
+  // "." and "..", doubled or trailing slashes.
+  virtual std::string resolving(const std::string& path) const = 0;
 };
 
 }  // namespace orvo

@@ -14,9 +14,8 @@ class LoginItem {
  public:
   virtual ~LoginItem() = default;
 
-  // Absent on success, else the error's localized description.
-  virtual std::optional<std::string> registerItem() = 0;
-  virtual std::optional<std::string> unregisterItem() = 0;
+  // Registers it or ends that. Absent on success, else the error's localized description.
+  virtual std::optional<std::string> setRegistered(bool registered) = 0;
   virtual LoginItemStatus status() const = 0;
   virtual void openSystemSettingsLoginItems() = 0;
 };

@@ -18,31 +18,25 @@ using MenuAction = std::variant<std::monostate, std::function<void()>, FirstResp
 struct MenuItem;
 
 struct Menu {
-  std::string title;
+  std::string title{};
   // True lets the platform decide which items are enabled.
   bool autoenablesItems = true;
   std::vector<MenuItem> items;
 };
 
 struct MenuItem {
-  std::string title;
-  MenuAction action;
-  std::string keyEquivalent;  // pressed with Command; empty for none
+  std::string title{};
+  MenuAction action{};
+  std::string keyEquivalent{};  // pressed with Command; empty for none
   bool enabled = true;
   bool separator = false;
-  std::vector<Menu> submenu;  // at most one
+  std::vector<Menu> submenu{};  // at most one
 };
 
 // Whether a person may choose the item, for menus that are drawn where no first responder is.
 inline bool isChoosable(const Menu& menu, const MenuItem& item) {
   const auto* action = std::get_if<std::function<void()>>(&item.action);
   return action != nullptr && *action && (menu.autoenablesItems || item.enabled);
-}
-
-inline MenuItem separatorItem() {
-  MenuItem item;
-  item.separator = true;
-  return item;
 }
 
 }  // namespace orvo

@@ -124,9 +124,7 @@ std::optional<OrvoView::Page> OrvoView::pageFromRawValue(std::string_view rawVal
 std::string OrvoView::version() const { return infoText("CFBundleShortVersionString", ORVO_VERSION); }
 
 std::string OrvoView::infoText(const char* key, const char* fallback) const {
-  const std::optional<InfoValue> value = platform_.bundle.infoValue(key);
-  const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;
-  return text != nullptr ? *text : fallback;
+  return platform_.bundle.infoText(key).value_or(fallback);
 }
 
 OrvoView::Value OrvoView::values() const {

@@ -156,19 +156,17 @@ struct MemoryBundle : Bundle, ProcessInfo, FileSystem {
   std::string bundlePath = "/Applications/Orvo.app", systemVersion = "Version 27.0 (Build 26A100)";
 
   std::optional<std::string> identifier() const override { return "local.orvo.Orvo"; }
-  std::optional<InfoValue> infoValue(std::string_view key) const override {
-    return key == "CFBundleShortVersionString" ? std::optional<InfoValue>("0.2.0") : std::nullopt;
+  std::optional<std::string> infoText(std::string_view key) const override {
+    return key == "CFBundleShortVersionString" ? std::optional<std::string>("0.2.0") : std::nullopt;
   }
   std::string path() const override { return bundlePath; }
   std::vector<std::string> arguments() const override { return {}; }
   std::int32_t processIdentifier() const override { return 1000; }
   std::string operatingSystemVersionString() const override { return systemVersion; }
   std::string homeDirectoryForCurrentUser() const override { return "/home/user"; }
-  std::string resolvingSymbolicLinks(const std::string& at) const override {
-    return at.starts_with("/link/") ? "/Applications" + at.substr(5) : at;
-  }
-  std::string standardizing(const std::string& at) const override {
-    return std::filesystem::path(at).lexically_normal().string();
+  std::string resolving(const std::string& at) const override {
+    const std::filesystem::path target = at.starts_with("/link/") ? "/Applications" + at.substr(5) : at;
+    return target.lexically_normal().string();
   }
 };
 
@@ -179,12 +177,10 @@ struct MemoryLoginItem : LoginItem {
   std::optional<std::string> failure;
   int settingsOpened = 0;
 
-  std::optional<std::string> registerItem() override { return change(LoginItemStatus::enabled); }
-  std::optional<std::string> unregisterItem() override { return change(LoginItemStatus::notRegistered); }
   LoginItemStatus status() const override { return current; }
   void openSystemSettingsLoginItems() override { ++settingsOpened; }
-  std::optional<std::string> change(LoginItemStatus asked) {
-    if (!failure) current = after.value_or(asked);
+  std::optional<std::string> setRegistered(bool registered) override {
+    if (!failure) current = after.value_or(registered ? LoginItemStatus::enabled : LoginItemStatus::notRegistered);
     return failure;
   }
 };

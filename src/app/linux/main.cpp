@@ -96,7 +96,7 @@ struct Adapters {
   bool wasRefused = false;
   AccessibilityGuard accessibilityGuard;
   std::unique_ptr<QGuiApplication> qtApplication;
-  QtApplication application{qtApplication.get()};
+  QtApplication application{*qtApplication};
   BusApplication busApplication{QDBusConnection::sessionBus(), early.bundle.identifier().value_or(""),
                                 [this] { application.reopen(); }};
   FileUserDefaults userDefaults{FileUserDefaults::standardPath()};

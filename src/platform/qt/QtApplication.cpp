@@ -19,21 +19,17 @@ bool hasVisibleWindows() {
 
 }  // namespace
 
-QtApplication::QtApplication(QGuiApplication* application) : application_(application) {
-  if (application_ == nullptr) return;
+QtApplication::QtApplication(QGuiApplication& application) {
   // The delegate alone says when the program ends.
   QCoreApplication::setQuitLockEnabled(false);
   QGuiApplication::setQuitOnLastWindowClosed(false);
-  application_->installEventFilter(this);
-  connect(application_, &QCoreApplication::aboutToQuit, this, [this] { announceEnd(); });
+  application.installEventFilter(this);
+  connect(&application, &QCoreApplication::aboutToQuit, this, [this] { announceEnd(); });
   // The login item alone starts the program: a session that restored it as well would open its settings.
   connect(
-      application_, &QGuiApplication::saveStateRequest, this,
+      &application, &QGuiApplication::saveStateRequest, this,
       [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); }, Qt::DirectConnection);
-  signals_ = std::make_unique<TerminationSignals>([this] { terminate(); });
 }
-
-QtApplication::~QtApplication() = default;
 
 void QtApplication::setDelegate(ApplicationDelegate* delegate) {
   delegate_ = delegate;
@@ -42,7 +38,7 @@ void QtApplication::setDelegate(ApplicationDelegate* delegate) {
 }
 
 void QtApplication::run() {
-  if (application_ == nullptr || phase_ != Phase::prepared) return;
+  if (phase_ != Phase::prepared) return;
   if (admission_ && !admission_()) return;
   phase_ = Phase::launched;
   if (delegate_ != nullptr) delegate_->applicationDidFinishLaunching();

@@ -9,7 +9,6 @@
 #include <QObject>
 
 #include <functional>
-#include <memory>
 #include <utility>
 
 class QGuiApplication;
@@ -19,9 +18,9 @@ namespace orvo {
 
 class QtApplication final : public QObject, public Application {
  public:
-  // `application` outlives this object; null in a process that only reports and never runs.
-  explicit QtApplication(QGuiApplication* application);
-  ~QtApplication() override;
+  // `application` outlives this object.
+  explicit QtApplication(QGuiApplication& application);
+  ~QtApplication() override = default;
   QtApplication(const QtApplication&) = delete;
   QtApplication& operator=(const QtApplication&) = delete;
 
@@ -54,7 +53,6 @@ class QtApplication final : public QObject, public Application {
   void announceEnd();
   bool performKeyEquivalent(const QKeyEvent& event);
 
-  QGuiApplication* application_;
   ApplicationDelegate* delegate_ = nullptr;
   std::function<bool()> admission_;
   Phase phase_ = Phase::prepared;
@@ -63,7 +61,7 @@ class QtApplication final : public QObject, public Application {
   Menu mainMenu_;
   std::optional<EventType> currentEvent_;
   NotificationCenter notificationCenter_;
-  std::unique_ptr<TerminationSignals> signals_;
+  TerminationSignals signals_{[this] { terminate(); }};
 };
 
 }  // namespace orvo

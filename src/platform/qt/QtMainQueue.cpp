@@ -4,8 +4,6 @@
 
 namespace orvo {
 
-QtMainQueue::QtMainQueue() : alarm_([this] { runDue(); }) {}
-
 void QtMainQueue::post(Task task) {
   {
     const std::lock_guard lock(mutex_);
@@ -24,32 +22,6 @@ void QtMainQueue::runPosted() {
   }
   for (const Task& task : tasks) task();
 }
-
-MainQueue::Handle QtMainQueue::runAfter(Duration delay, Task task) {
-  const Handle handle = timers_.addOnce(BoottimeAlarm::now(), delay, std::move(task));
-  alarm_.set(timers_.wakeTime());
-  return handle;
-}
-
-MainQueue::Handle QtMainQueue::repeat(Duration interval, Duration tolerance, Task task) {
-  const Handle handle = timers_.addRepeating(BoottimeAlarm::now(), interval, tolerance, std::move(task));
-  alarm_.set(timers_.wakeTime());
-  return handle;
-}
-
-void QtMainQueue::cancel(Handle handle) {
-  timers_.remove(handle);
-  alarm_.set(timers_.wakeTime());
-}
-
-void QtMainQueue::runDue() {
-  const auto now = BoottimeAlarm::now();
-  const auto mark = timers_.mark();
-  while (const auto task = timers_.takeDue(now, mark)) (*task)();
-  alarm_.set(timers_.wakeTime());
-}
-
-MainQueue::Duration QtMainQueue::now() const { return std::chrono::duration_cast<Duration>(BoottimeAlarm::now()); }
 
 bool QtMainQueue::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 

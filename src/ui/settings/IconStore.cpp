@@ -22,7 +22,7 @@ QImage image(const std::optional<Picture>& picture) {
 
 QImage IconStore::icon(std::int32_t pid, int pixels) {
   const Key key{pid, pixels};
-  if (const auto found = kept_.find(key); found != kept_.end()) return found->second;
+  if (const QImage* const found = kept_.object(key)) return *found;
   if (asked_.insert(key).second) {
     waiting_.push_back(key);
     askNext();
@@ -32,7 +32,7 @@ QImage IconStore::icon(std::int32_t pid, int pixels) {
 
 // The latest first: they are the rows that have just come into sight.
 void IconStore::askNext() {
-  while (underWay_ < mostAsked && !waiting_.empty()) {
+  while (asked_.size() - waiting_.size() < mostAsked && !waiting_.empty()) {
     const Key key = waiting_.back();
     waiting_.pop_back();
     ask(key);
@@ -40,24 +40,14 @@ void IconStore::askNext() {
 }
 
 void IconStore::ask(const Key& key) {
-  ++underWay_;
   view_.applicationIcon(key.first, key.second, [self = QPointer(this), key](const std::optional<Picture>& picture) {
     if (!self) return;
-    --self->underWay_;
     self->asked_.erase(key);
     const QImage icon = image(picture);
-    if (!icon.isNull()) self->keep(key, icon);
+    if (!icon.isNull()) self->kept_.insert(key, new QImage(icon));
     self->askNext();
     emit self->answered(key.first, key.second, icon);
   });
-}
-
-void IconStore::keep(const Key& key, const QImage& picture) {
-  kept_[key] = picture;
-  age_.push_back(key);
-  if (age_.size() <= mostKept) return;
-  kept_.erase(age_.front());
-  age_.pop_front();
 }
 
 }  // namespace orvo

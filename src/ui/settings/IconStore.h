@@ -5,13 +5,12 @@
 #include "ui/OrvoView.h"
 #include "ui/settings/EngineSingleton.h"
 
+#include <QCache>
 #include <QImage>
 #include <QObject>
 
 #include <cstdint>
 #include <deque>
-#include <list>
-#include <map>
 #include <set>
 #include <utility>
 
@@ -21,7 +20,7 @@ class IconStore : public QObject, public EngineSingleton<IconStore> {
   Q_OBJECT
 
  public:
-  static constexpr std::size_t mostKept = 512;
+  static constexpr int mostKept = 512;
   static constexpr std::size_t mostAsked = 6;
 
   // The view outlives it.
@@ -40,14 +39,11 @@ class IconStore : public QObject, public EngineSingleton<IconStore> {
 
   void askNext();
   void ask(const Key& key);
-  void keep(const Key& key, const QImage& image);
 
   const OrvoView& view_;
-  std::map<Key, QImage> kept_;
-  std::list<Key> age_;  // oldest first
+  QCache<Key, QImage> kept_{mostKept};
   std::deque<Key> waiting_;
   std::set<Key> asked_;  // waiting or under way
-  std::size_t underWay_ = 0;
 };
 
 }  // namespace orvo

@@ -106,15 +106,14 @@ QStringList settingsCommand() {
 AutostartLoginItem::AutostartLoginItem(const std::string& folder, const std::string& identifier, std::string program)
     : file_(folder + '/' + identifier + ".desktop"), program_(std::move(program)) {}
 
-std::optional<std::string> AutostartLoginItem::registerItem() {
+std::optional<std::string> AutostartLoginItem::setRegistered(bool registered) {
+  if (!registered) {
+    if (std::remove(file_.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    return std::strerror(errno);
+  }
   const Entry former = readEntry(file_);
   if (starts(former, program_)) return std::nullopt;
   return replaceFile(file_, newEntry(program_, former));
-}
-
-std::optional<std::string> AutostartLoginItem::unregisterItem() {
-  if (std::remove(file_.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return std::nullopt;
-  return std::strerror(errno);
 }
 
 LoginItemStatus AutostartLoginItem::status() const {

@@ -11,8 +11,7 @@ class AutostartLoginItem final : public LoginItem {
   // `folder` holds the autostart entries; `program` is the absolute path to start at login.
   AutostartLoginItem(const std::string& folder, const std::string& identifier, std::string program);
 
-  std::optional<std::string> registerItem() override;
-  std::optional<std::string> unregisterItem() override;
+  std::optional<std::string> setRegistered(bool registered) override;
   // Not found for an entry that starts another program, such as a copy that was moved.
   LoginItemStatus status() const override;
   void openSystemSettingsLoginItems() override;

@@ -20,12 +20,6 @@ fs::path launchedProgram(const std::string& invocation) {
   return fs::equivalent(launched, running, error) ? launched : running;
 }
 
-InfoValue infoValueOf(const nlohmann::json& value) {
-  if (value.is_string()) return value.get<std::string>();
-  if (value.is_number()) return value.get<double>();
-  return std::monostate{};
-}
-
 }  // namespace
 
 FolderBundle::FolderBundle(const std::string& invocation) {
@@ -44,9 +38,10 @@ FolderBundle::FolderBundle(const std::string& invocation) {
 
 std::optional<std::string> FolderBundle::identifier() const { return bundleIdentifier(info_); }
 
-std::optional<InfoValue> FolderBundle::infoValue(std::string_view key) const {
+std::optional<std::string> FolderBundle::infoText(std::string_view key) const {
   const auto found = info_.find(key);
-  return found != info_.end() ? std::optional(infoValueOf(*found)) : std::nullopt;
+  if (found == info_.end() || !found->is_string()) return std::nullopt;
+  return found->get<std::string>();
 }
 
 }  // namespace orvo

@@ -14,7 +14,7 @@ class FolderBundle final : public Bundle {
   explicit FolderBundle(const std::string& invocation);
 
   std::optional<std::string> identifier() const override;
-  std::optional<InfoValue> infoValue(std::string_view key) const override;
+  std::optional<std::string> infoText(std::string_view key) const override;
   std::string path() const override { return path_; }
   // The program's path, within the bundle as it was launched.
   std::string program() const { return program_; }

@@ -7,8 +7,7 @@ namespace orvo {
 
 class SystemLoginItem final : public LoginItem {
  public:
-  std::optional<std::string> registerItem() override;
-  std::optional<std::string> unregisterItem() override;
+  std::optional<std::string> setRegistered(bool registered) override;
   LoginItemStatus status() const override;
   void openSystemSettingsLoginItems() override;
 };

@@ -6,28 +6,14 @@
 
 namespace orvo {
 
-namespace {
-
-std::optional<std::string> failure(BOOL succeeded, NSError* error) {
-  if (succeeded) return std::nullopt;
-  return textOf([error localizedDescription]).value_or("");
-}
-
-}  // namespace
-
-std::optional<std::string> SystemLoginItem::registerItem() {
+std::optional<std::string> SystemLoginItem::setRegistered(bool registered) {
   @autoreleasepool {
+    SMAppService* const service = [SMAppService mainAppService];
     NSError* error = nil;
-    const BOOL succeeded = [[SMAppService mainAppService] registerAndReturnError:&error];
-    return failure(succeeded, error);
-  }
-}
-
-std::optional<std::string> SystemLoginItem::unregisterItem() {
-  @autoreleasepool {
-    NSError* error = nil;
-    const BOOL succeeded = [[SMAppService mainAppService] unregisterAndReturnError:&error];
-    return failure(succeeded, error);
+    const BOOL succeeded =
+        registered ? [service registerAndReturnError:&error] : [service unregisterAndReturnError:&error];
+    if (succeeded) return std::nullopt;
+    return textOf([error localizedDescription]).value_or("");
   }
 }
 

@@ -8,7 +8,7 @@ namespace orvo {
 class FoundationBundle final : public Bundle {
  public:
   std::optional<std::string> identifier() const override;
-  std::optional<InfoValue> infoValue(std::string_view key) const override;
+  std::optional<std::string> infoText(std::string_view key) const override;
   std::string path() const override;
 };
 

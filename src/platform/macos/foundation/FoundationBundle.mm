@@ -4,27 +4,16 @@
 
 namespace orvo {
 
-namespace {
-
-InfoValue infoValueOf(id value) {
-  if ([value isKindOfClass:[NSString class]]) return textOf(value).value_or("");
-  if ([value isKindOfClass:[NSNumber class]]) return [value doubleValue];
-  return std::monostate{};
-}
-
-}  // namespace
-
 std::optional<std::string> FoundationBundle::identifier() const {
   @autoreleasepool {
     return textOf([[NSBundle mainBundle] bundleIdentifier]);
   }
 }
 
-std::optional<InfoValue> FoundationBundle::infoValue(std::string_view key) const {
+std::optional<std::string> FoundationBundle::infoText(std::string_view key) const {
   @autoreleasepool {
     id const value = [[NSBundle mainBundle] objectForInfoDictionaryKey:nsText(key)];
-    if (value == nil) return std::nullopt;
-    return infoValueOf(value);
+    return [value isKindOfClass:[NSString class]] ? textOf(value) : std::nullopt;
   }
 }
 

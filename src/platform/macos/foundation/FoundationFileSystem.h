@@ -8,8 +8,7 @@ namespace orvo {
 class FoundationFileSystem final : public FileSystem {
  public:
   std::string homeDirectoryForCurrentUser() const override;
-  std::string resolvingSymbolicLinks(const std::string& path) const override;
-  std::string standardizing(const std::string& path) const override;
+  std::string resolving(const std::string& path) const override;
 };
 
 }  // namespace orvo

@@ -10,15 +10,10 @@ std::string FoundationFileSystem::homeDirectoryForCurrentUser() const {
   }
 }
 
-std::string FoundationFileSystem::resolvingSymbolicLinks(const std::string& path) const {
+std::string FoundationFileSystem::resolving(const std::string& path) const {
   @autoreleasepool {
-    return textOf([[[NSURL fileURLWithPath:nsText(path)] URLByResolvingSymlinksInPath] path]).value_or(path);
-  }
-}
-
-std::string FoundationFileSystem::standardizing(const std::string& path) const {
-  @autoreleasepool {
-    return textOf([[[NSURL fileURLWithPath:nsText(path)] URLByStandardizingPath] path]).value_or(path);
+    NSURL* const resolved = [[NSURL fileURLWithPath:nsText(path)] URLByResolvingSymlinksInPath];
+    return textOf([[resolved URLByStandardizingPath] path]).value_or(path);
   }
 }
 

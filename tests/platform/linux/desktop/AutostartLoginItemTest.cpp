@@ -32,19 +32,19 @@ TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhat
   for (const auto& [text, before, after] : cases) {
     write(file, text);
     EXPECT_EQ(item.status(), before) << text;
-    EXPECT_EQ(item.registerItem(), std::nullopt);
+    EXPECT_EQ(item.setRegistered(true), std::nullopt);
     EXPECT_EQ(item.status(), after) << text;
     EXPECT_EQ(read(file).find("/old/"), std::string::npos) << "allowed later, it would start what is not there";
   }
-  for (int round = 0; round < 2; ++round) EXPECT_EQ(item.unregisterItem(), std::nullopt);
+  for (int round = 0; round < 2; ++round) EXPECT_EQ(item.setRegistered(false), std::nullopt);
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   EXPECT_EQ(item.status(), notRegistered) << "nobody writes into the pipe";
   fs::remove(file);
   fs::create_directories(file + "/in-the-way");
-  EXPECT_EQ(item.unregisterItem(), "Directory not empty");
+  EXPECT_EQ(item.setRegistered(false), "Directory not empty");
   fs::remove_all(folder);
   write(folder, "a file where the folder should be");
-  EXPECT_NE(item.registerItem().value_or("").find("Not a directory"), std::string::npos);
+  EXPECT_NE(item.setRegistered(true).value_or("").find("Not a directory"), std::string::npos);
 }
 
 }  // namespace orvo

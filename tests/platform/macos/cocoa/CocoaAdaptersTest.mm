@@ -205,7 +205,7 @@ TEST_F(CocoaAdaptersTest, TheApplicationIsToldAndTellsItsDelegateWhileItHasOne) 
 TEST_F(CocoaAdaptersTest, AMenuKeepsTheTargetsOfItsItemsAndLeavesItsKeysToTheFieldInFocus) {
   CocoaApplication application;
   const MenuItem copy{"Copy", FirstResponderAction{"copy:"}, "c", false, false, {}};
-  application.setMainMenu({"Orvo", false, {separatorItem(), {"", {}, "", true, false, {{"Edit", true, {copy}}}}}});
+  application.setMainMenu({"Orvo", false, {{.separator = true}, {"", {}, "", true, false, {{"Edit", true, {copy}}}}}});
   EXPECT_THAT(takeCalls(), IsSupersetOf({"initWithTitle: Orvo", "setAutoenablesItems: 0", "setAutoenablesItems: 1",
                                          "initWithTitle:action:keyEquivalent: Copy send: c", "setEnabled: 0"}));
   // One object is the window and its field as well.
@@ -324,8 +324,7 @@ TEST_F(CocoaAdaptersTest, TheLoginItemsChangesAndFailuresAreToldTextIsCopiedAndD
   NSError* const error = [NSError errorWithDomain:@"Service" code:1 userInfo:nil];
   for (const auto& failure : {std::optional<std::string>(), textOf([error localizedDescription])}) {
     if (failure) keep(service, "error", error);
-    EXPECT_EQ(login.registerItem(), failure);
-    EXPECT_EQ(login.unregisterItem(), failure);
+    for (const bool registered : {true, false}) EXPECT_EQ(login.setRegistered(registered), failure);
   }
   keep(service, "status", [NSNumber numberWithInt:2]);
   EXPECT_EQ(login.status(), LoginItemStatus::requiresApproval);
@@ -349,7 +348,7 @@ TEST_F(CocoaAdaptersTest, WhatAThreadAsksOrLeavesBehindGoesWithAPool) {
   std::thread([] {
     EXPECT_EQ(FoundationProcessInfo().processIdentifier(), getpid());
     EXPECT_THAT(FoundationProcessInfo().arguments().front(), EndsWith("macos_cocoa_test"));
-    EXPECT_EQ(FoundationBundle().infoValue("CFBundleShortVersionString"), std::nullopt);
+    EXPECT_EQ(FoundationBundle().infoText("CFBundleShortVersionString"), std::nullopt);
     EXPECT_THAT(CocoaWorkspace().runningApplications(), IsEmpty());
     ManualExecutor executor;
     PooledExecutor(executor).post([] { [[NSObject new] autorelease]; });
