@@ -26,14 +26,10 @@ ScrollPage {
                 text: View.texts.name
                 Accessible.role: Accessible.Heading
             }
-            BodyText {
-                color: Theme.secondary
-                font.pixelSize: Theme.smallSize
+            DetailText {
                 text: View.texts.aboutVersion
             }
-            BodyText {
-                color: Theme.secondary
-                font.pixelSize: Theme.smallSize
+            DetailText {
                 text: View.texts.aboutTagline
             }
         }
@@ -83,19 +79,14 @@ ScrollPage {
             font.weight: Font.DemiBold
             text: View.texts.builtForTitle
         }
-        BodyText {
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
+        DetailText {
             text: View.texts.builtForDetail
             width: parent.width
             wrapMode: Text.Wrap
         }
-        Item {
-            height: 1
-            width: 1
-        }
         Flow {
             spacing: 18
+            topPadding: 5
             width: parent.width
 
             Repeater {

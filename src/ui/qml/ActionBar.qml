@@ -15,10 +15,8 @@ RowLayout {
             font.weight: Font.DemiBold
             text: View.actionTitle
         }
-        BodyText {
+        DetailText {
             Layout.fillWidth: true
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
             text: View.actionHint
             wrapMode: Text.Wrap
         }

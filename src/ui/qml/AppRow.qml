@@ -6,13 +6,9 @@ FocusScope {
     id: row
 
     required property int index
-    required property string bundleID
-    required property string name
-    required property int pid
-    required property bool hidden
-    required property string detail
-    required property string pickerLabel
+    required property var app
     required property bool last
+    readonly property string bundleID: app.bundleID
     // The keyboard or a press has come to this row.
     signal entered
 
@@ -23,8 +19,8 @@ FocusScope {
         opacity = 1;
         visible = true;
     }
-    Accessible.description: detail
-    Accessible.name: name
+    Accessible.description: app.detail
+    Accessible.name: app.name
     Accessible.role: Accessible.ListItem
     onActiveFocusChanged: if (activeFocus)
         entered()
@@ -57,7 +53,7 @@ FocusScope {
         anchors.leftMargin: 14
         anchors.verticalCenter: parent.verticalCenter
         height: 29
-        pid: row.pid
+        pid: row.app.pid
         width: 29
 
         Symbol {
@@ -81,15 +77,13 @@ FocusScope {
             font.weight: Theme.titleWeight
             maximumLineCount: 1
             spoken: false
-            text: row.name
+            text: row.app.name
             width: parent.width
         }
-        BodyText {
-            color: Theme.secondary
+        DetailText {
             elide: Text.ElideRight
-            font.pixelSize: Theme.smallSize
             spoken: false
-            text: row.detail
+            text: row.app.detail
             width: parent.width
         }
     }
@@ -101,8 +95,8 @@ FocusScope {
         anchors.verticalCenter: parent.verticalCenter
         enabled: View.pickersEnabled
         focus: true
-        hide: row.hidden
-        label: row.pickerLabel
+        hide: row.app.hidden
+        label: row.app.pickerLabel
         width: 126
         onChosen: hide => View.perform(hide ? "hide" : "keep", row.bundleID)
     }

@@ -17,8 +17,9 @@ ScrollPage {
             spacing: 20
             width: parent.width
 
-            SettingLabel {
+            TitledText {
                 detail: View.texts.loginDetail
+                spoken: false
                 title: View.texts.loginTitle
             }
             LoginSwitch {
@@ -40,9 +41,7 @@ ScrollPage {
                 size: 15
                 weight: 1.2
             }
-            BodyText {
-                color: Theme.secondary
-                font.pixelSize: Theme.smallSize
+            DetailText {
                 text: View.texts.startsVisible
                 width: parent.width - 22
                 wrapMode: Text.Wrap
@@ -59,8 +58,9 @@ ScrollPage {
             Accessible.name: View.texts.shortcutTitle + ": " + View.texts.shortcut
             Accessible.role: Accessible.StaticText
 
-            SettingLabel {
+            TitledText {
                 detail: View.shortcutDetail
+                spoken: false
                 title: View.texts.shortcutTitle
             }
             ShortcutBadge {
@@ -74,8 +74,9 @@ ScrollPage {
             spacing: 20
             width: parent.width
 
-            SettingLabel {
+            TitledText {
                 detail: View.texts.rehideDetail
+                spoken: false
                 title: View.texts.rehideTitle
             }
             RehidePicker {

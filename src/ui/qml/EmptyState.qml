@@ -32,9 +32,7 @@ Item {
             width: parent.width
             wrapMode: Text.Wrap
         }
-        BodyText {
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
+        DetailText {
             horizontalAlignment: Text.AlignHCenter
             text: View.emptyState.detail
             width: parent.width

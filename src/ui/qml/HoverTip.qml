@@ -15,16 +15,8 @@ T.ToolTip {
     x: (parent.width - width) / 2
     y: -height - 6
 
-    background: RoundedRectangle {
-        borderColor: Theme.controlOutline
-        color: Theme.popup
+    background: PopupPanel {
         radius: 6
-
-        Shadow {
-            anchors.fill: parent
-            radius: 6
-            z: -1
-        }
     }
     contentItem: BodyText {
         font.pixelSize: Theme.captionSize

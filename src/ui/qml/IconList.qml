@@ -5,18 +5,13 @@ import orvo.settings
 FocusScope {
     id: list
 
+    property alias toolbar: toolbar
     // Of two rows, or of what stands in their place.
     readonly property real leastHeight: toolbar.height + divider.height + footer.height + (View.hasRows ? 2 * rows.rowHeight : empty.implicitHeight)
 
-    function focusSearch() {
-        toolbar.focusSearch();
-    }
-    function takeFocus() {
-        toolbar.takeFocus();
-    }
     function clearSearch() {
         View.perform("search", "");
-        focusSearch();
+        toolbar.focusSearch();
     }
     function scrollByKey(key) {
         return rows.visible && rows.scrollByKey(key);

@@ -8,7 +8,7 @@ ScrollArea {
     id: page
 
     function focusSearch() {
-        list.focusSearch();
+        list.toolbar.focusSearch();
     }
     function clearSearch() {
         if (View.searchText === "")
@@ -23,7 +23,7 @@ ScrollArea {
         if (guidance.item && guidance.item.takeFocus && guidance.item.takeFocus())
             return true;
         if (View.searchEnabled)
-            list.takeFocus();
+            list.toolbar.takeFocus();
         return View.searchEnabled;
     }
 

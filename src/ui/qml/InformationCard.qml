@@ -38,9 +38,7 @@ RoundedRectangle {
             width: parent.width
             wrapMode: Text.Wrap
         }
-        BodyText {
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
+        DetailText {
             text: card.detail
             width: parent.width
             wrapMode: Text.Wrap

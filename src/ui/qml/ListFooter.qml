@@ -8,23 +8,21 @@ Item {
     Divider {
         width: parent.width
     }
-    BodyText {
+    DetailText {
         id: count
 
         anchors.left: parent.left
         anchors.leftMargin: 15
         anchors.verticalCenter: parent.verticalCenter
-        color: Theme.secondary
         font.pixelSize: Theme.captionSize
         text: View.listCount
     }
-    BodyText {
+    DetailText {
         anchors.left: count.right
         anchors.leftMargin: 15
         anchors.right: parent.right
         anchors.rightMargin: 15
         anchors.verticalCenter: parent.verticalCenter
-        color: Theme.secondary
         elide: Text.ElideRight
         font.pixelSize: Theme.captionSize
         horizontalAlignment: Text.AlignRight

@@ -32,16 +32,8 @@ T.Popup {
     }
     onClosed: picker.forceActiveFocus(Qt.PopupFocusReason)
 
-    background: RoundedRectangle {
-        borderColor: Theme.controlOutline
-        color: Theme.popup
+    background: PopupPanel {
         radius: 9
-
-        Shadow {
-            anchors.fill: parent
-            radius: 9
-            z: -1
-        }
     }
     contentItem: ListView {
         currentIndex: -1

@@ -31,8 +31,7 @@ Rectangle {
                 font.weight: Font.DemiBold
                 text: View.texts.name
             }
-            BodyText {
-                color: Theme.secondary
+            DetailText {
                 font.pixelSize: Theme.captionSize
                 text: View.texts.tagline
             }
@@ -82,8 +81,7 @@ Rectangle {
                 size: 13
                 weight: 1.2
             }
-            BodyText {
-                color: Theme.secondary
+            DetailText {
                 font.pixelSize: Theme.captionSize
                 text: View.statusLine.text
             }

@@ -33,22 +33,9 @@ RoundedRectangle {
                 weight: 2
             }
         }
-        ColumnLayout {
-            spacing: 1
-
-            BodyText {
-                Layout.fillWidth: true
-                font.weight: Theme.titleWeight
-                text: View.texts.guideTitle
-                wrapMode: Text.Wrap
-            }
-            BodyText {
-                Layout.fillWidth: true
-                color: Theme.secondary
-                font.pixelSize: Theme.smallSize
-                text: View.texts.guideDetail
-                wrapMode: Text.Wrap
-            }
+        TitledText {
+            detail: View.texts.guideDetail
+            title: View.texts.guideTitle
         }
         ShortcutBadge {
             visible: View.shortcutAvailable

@@ -13,8 +13,7 @@ Column {
     Accessible.name: title
     Accessible.role: Accessible.Grouping
 
-    BodyText {
-        color: Theme.secondary
+    DetailText {
         font.letterSpacing: 0.6
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold

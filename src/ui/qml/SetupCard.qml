@@ -44,22 +44,11 @@ RoundedRectangle {
         RowLayout {
             spacing: 20
 
-            ColumnLayout {
+            TitledText {
+                detail: View.setupAdvice.detail
                 spacing: 2
-
-                BodyText {
-                    Layout.fillWidth: true
-                    font.weight: Font.DemiBold
-                    text: View.setupAdvice.title
-                    wrapMode: Text.Wrap
-                }
-                BodyText {
-                    Layout.fillWidth: true
-                    color: Theme.secondary
-                    font.pixelSize: Theme.smallSize
-                    text: View.setupAdvice.detail
-                    wrapMode: Text.Wrap
-                }
+                title: View.setupAdvice.title
+                weight: Font.DemiBold
             }
             PushButton {
                 id: advised

@@ -23,10 +23,8 @@ Row {
             visible: step.complete
             weight: 2.1
         }
-        BodyText {
+        DetailText {
             anchors.centerIn: parent
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
             font.weight: Font.DemiBold
             spoken: false
             text: step.number

@@ -46,12 +46,10 @@ RoundedRectangle {
                     size: 12
                     weight: 1.2
                 }
-                BodyText {
+                DetailText {
                     id: sign
 
                     anchors.centerIn: parent
-                    color: Theme.secondary
-                    font.pixelSize: Theme.smallSize
                     font.weight: Font.Medium
                     spoken: false
                     text: modelData

@@ -26,31 +26,14 @@ int IconListModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant IconListModel::data(const QModelIndex& index, int role) const {
-  if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
+  if (role != Qt::UserRole || !checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
   const OrvoView::AppRow& row = rows_[static_cast<std::size_t>(index.row())];
-  switch (role) {
-    case bundleIDRole:
-      return text(row.bundleID);
-    case nameRole:
-    case Qt::DisplayRole:
-      return text(row.name);
-    case pidRole:
-      return row.pid;
-    case hiddenRole:
-      return row.rule == IconRule::hidden;
-    case detailRole:
-      return text(row.detail);
-    case pickerLabelRole:
-      return text(row.pickerLabel);
-    default:
-      return {};
-  }
+  return QVariantMap{
+      {"bundleID", text(row.bundleID)},         {"name", text(row.name)},     {"pid", row.pid},
+      {"hidden", row.rule == IconRule::hidden}, {"detail", text(row.detail)}, {"pickerLabel", text(row.pickerLabel)}};
 }
 
-QHash<int, QByteArray> IconListModel::roleNames() const {
-  return {{bundleIDRole, "bundleID"}, {nameRole, "name"},     {pidRole, "pid"},
-          {hiddenRole, "hidden"},     {detailRole, "detail"}, {pickerLabelRole, "pickerLabel"}};
-}
+QHash<int, QByteArray> IconListModel::roleNames() const { return {{Qt::UserRole, "app"}}; }
 
 void IconListModel::setRows(Rows target) {
   removeMissing(target);

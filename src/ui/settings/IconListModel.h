@@ -15,8 +15,6 @@ class IconListModel : public QAbstractListModel {
   Q_OBJECT
 
  public:
-  enum Role { bundleIDRole = Qt::UserRole, nameRole, pidRole, hiddenRole, detailRole, pickerLabelRole };
-
   using QAbstractListModel::QAbstractListModel;
 
   int rowCount(const QModelIndex& parent = {}) const override;

@@ -83,10 +83,10 @@ class ItemAccessibility : public QAccessibleQuickItem {
   }
 
   // A notification is spoken when it comes to show, as it does with its first text, of which Qt itself tells. One that
-  // takes the place of another shows afresh.
+  // takes the place of another shows afresh. One that its parent speaks for is no longer asked about.
   static void announce(QQuickItem* item) {
     const QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(item);
-    if (interface->role() != QAccessible::Notification || !item->isVisible()) return;
+    if (interface == nullptr || interface->role() != QAccessible::Notification || !item->isVisible()) return;
     QAccessibleEvent event(item, QAccessible::ObjectShow);
     QAccessible::updateAccessibility(&event);
   }

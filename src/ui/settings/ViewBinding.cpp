@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPointer>
 
 #include <utility>
@@ -11,20 +13,6 @@
 namespace orvo {
 
 namespace {
-
-QVariant toVariant(const OrvoView::Value& value) {
-  if (value.is_boolean()) return value.get<bool>();
-  if (value.is_number()) return value.get<int>();
-  if (value.is_string()) return QString::fromStdString(value.get_ref<const std::string&>());
-  if (value.is_array()) {
-    QVariantList list;
-    for (const auto& element : value) list << toVariant(element);
-    return list;
-  }
-  QVariantMap record;
-  for (const auto& [name, element] : value.items()) record.insert(QString::fromStdString(name), toVariant(element));
-  return record;
-}
 
 OrvoView::Value toValue(const QVariant& variant) {
   switch (variant.typeId()) {
@@ -64,10 +52,9 @@ void ViewBinding::announced() {
 void ViewBinding::reread() {
   stale_ = false;
   rows_.setRows(view_.rows());
-  const OrvoView::Value values = view_.values();
-  QVariantHash all;
-  for (const auto& [name, value] : values.items()) all.insert(QString::fromStdString(name), toVariant(value));
-  insert(all);
+  // Names of programs may be any bytes.
+  const std::string values = view_.values().dump(-1, ' ', false, OrvoView::Value::error_handler_t::replace);
+  insert(QJsonDocument::fromJson(QByteArray::fromStdString(values)).object().toVariantHash());
   emit changed();
 }
 

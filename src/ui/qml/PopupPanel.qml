@@ -1,11 +1,12 @@
-// What a small panel over the page throws: soft, and a little below it.
+// A small panel over the page, and the shadow that it throws: soft, and a little below it.
 import QtQuick
 import orvo.settings
 
-Item {
-    id: shadow
+RoundedRectangle {
+    id: panel
 
-    required property real radius
+    borderColor: Theme.controlOutline
+    color: Theme.popup
 
     Repeater {
         model: 7
@@ -14,12 +15,13 @@ Item {
             required property int index
 
             anchors.bottomMargin: -index - 2
-            anchors.fill: shadow
+            anchors.fill: panel
             anchors.leftMargin: -index
             anchors.rightMargin: -index
             anchors.topMargin: 2 - index
             color: Theme.shadow
-            radius: shadow.radius + index
+            radius: panel.radius + index
+            z: -1
         }
     }
 }
