@@ -96,26 +96,17 @@ void LegacyTray::findTray() {
   }
   owner_ = owner->owner;
   set(tray_, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  for (const xcb_window_t socket : children(tray_, mostSockets)) watchSocket(socket);
+  for (const xcb_window_t socket : connection_->childrenOf({tray_}, mostSockets)) watchSocket(socket);
 }
 
 xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
   const std::uint32_t mask = xcb_get_setup(connection_->get())->resource_id_mask;
   const auto isTrays = [=](xcb_window_t window) { return (window & ~mask) == (owner & ~mask); };
-  std::vector<xcb_window_t> level = children(connection_->root(), mostSearched);
+  std::vector<xcb_window_t> level = connection_->childrenOf({connection_->root()}, mostSearched);
   std::erase_if(level, isTrays);
   std::size_t searched = level.size();
   for (int depth = 1; depth < deepest && searched <= mostSearched; ++depth) {
-    std::vector<xcb_query_tree_cookie_t> asked;
-    asked.reserve(level.size());
-    for (const xcb_window_t window : level) asked.push_back(xcb_query_tree(connection_->get(), window));
-    level.clear();
-    for (const auto cookie : asked) {
-      const auto reply = owned(xcb_query_tree_reply(connection_->get(), cookie, nullptr));
-      if (!reply) continue;
-      const xcb_window_t* const first = xcb_query_tree_children(reply.get());
-      level.insert(level.end(), first, first + reply->children_len);
-    }
+    level = connection_->childrenOf(level);
     const auto found = std::find_if(level.begin(), level.end(), isTrays);
     if (found != level.end()) return *found;
     searched += level.size();
@@ -127,7 +118,7 @@ xcb_window_t LegacyTray::trayWindow(xcb_window_t owner) const {
 void LegacyTray::watchSocket(xcb_window_t socket) {
   if (sockets_.size() >= mostSockets || !sockets_.insert(socket).second) return;
   set(socket, XCB_CW_EVENT_MASK, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  for (const xcb_window_t window : children(socket, mostInside)) dock(window, socket);
+  for (const xcb_window_t window : connection_->childrenOf({socket}, mostInside)) dock(window, socket);
 }
 
 void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
@@ -146,17 +137,14 @@ void LegacyTray::dock(xcb_window_t window, xcb_window_t socket) {
   if (onDocked && icons_.find(window) != nullptr) onDocked(icon);
 }
 
-void LegacyTray::undock(xcb_window_t window) {
-  const auto left = icons_.undock(window);
-  if (!left) return;
-  if (left->isHeld) restore(window, left->overridesRedirect);
+void LegacyTray::undock(std::uint32_t LegacyIcon::*place, xcb_window_t window) {
+  for (const LegacyIcon& left : icons_.undock(place, window))
+    if (left.isHeld) restore(left.window, left.overridesRedirect);
 }
 
 void LegacyTray::socketLost(xcb_window_t socket) {
   sockets_.erase(socket);
-  for (const LegacyIcon& left : icons_.socketLost(socket)) {
-    if (left.isHeld) restore(left.window, left.overridesRedirect);
-  }
+  undock(&LegacyIcon::socket, socket);
 }
 
 // What is still in its socket would stay hidden for good, since nobody knows any more who unmapped it.
@@ -179,12 +167,12 @@ void LegacyTray::handle(const xcb_generic_event_t& event) {
     case XCB_REPARENT_NOTIFY: {
       const auto& moved = reinterpret_cast<const xcb_reparent_notify_event_t&>(event);
       if (sockets_.contains(moved.parent)) return dock(moved.window, moved.parent);
-      return undock(moved.window);
+      return undock(&LegacyIcon::window, moved.window);
     }
     case XCB_DESTROY_NOTIFY: {
       const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
       if (gone == tray_) return forgetAll();
-      return sockets_.contains(gone) ? socketLost(gone) : undock(gone);
+      return sockets_.contains(gone) ? socketLost(gone) : undock(&LegacyIcon::window, gone);
     }
     case XCB_MAP_NOTIFY:
       return mapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
@@ -264,7 +252,7 @@ void LegacyTray::repaint() {
   for (auto& [window, next] : blank_) {
     if (next.due > now) continue;
     xcb_clear_area(connection_->get(), 1, window, 0, 0, 0, 0);
-    for (const xcb_window_t child : children(window, mostInside))
+    for (const xcb_window_t child : connection_->childrenOf({window}, mostInside))
       xcb_clear_area(connection_->get(), 1, child, 0, 0, 0, 0);
     next.pause *= 2;
     next.due = now + next.pause;
@@ -276,26 +264,16 @@ void LegacyTray::repaint() {
   repaint_.start(std::chrono::ceil<std::chrono::milliseconds>(next - now));
 }
 
-std::vector<xcb_window_t> LegacyTray::children(xcb_window_t window, std::size_t most) const {
-  const auto reply =
-      owned(xcb_query_tree_reply(connection_->get(), xcb_query_tree(connection_->get(), window), nullptr));
-  if (!reply) return {};
-  const xcb_window_t* const first = xcb_query_tree_children(reply.get());
-  return {first, first + std::min<std::size_t>(reply->children_len, most)};
-}
-
 bool LegacyTray::wantsToBeMapped(xcb_window_t window) const {
-  const auto cookie = xcb_get_property(connection_->get(), 0, window, embedding_, XCB_GET_PROPERTY_TYPE_ANY, 0, 2);
-  const auto reply = owned(xcb_get_property_reply(connection_->get(), cookie, nullptr));
-  if (!reply || reply->format != 32 || reply->value_len < 2) return true;
-  return (static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()))[1] & mappedFlag) != 0;
+  const auto information =
+      connection_->values(xcb_get_property(connection_->get(), 0, window, embedding_, XCB_GET_PROPERTY_TYPE_ANY, 0, 2));
+  return information.size() < 2 || (information[1] & mappedFlag) != 0;
 }
 
 // Left on the window by an agent that could not finish.
 bool LegacyTray::takeMark(xcb_window_t window) {
-  const auto cookie = xcb_get_property(connection_->get(), 0, window, mark_, XCB_ATOM_CARDINAL, 0, 1);
-  const auto reply = owned(xcb_get_property_reply(connection_->get(), cookie, nullptr));
-  return reply && reply->value_len == 1;
+  const auto mark = xcb_get_property(connection_->get(), 0, window, mark_, XCB_ATOM_CARDINAL, 0, 1);
+  return !connection_->values(mark).empty();
 }
 
 void LegacyTray::set(xcb_window_t window, std::uint32_t attribute, std::uint32_t value) {

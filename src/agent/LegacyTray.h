@@ -58,7 +58,7 @@ class LegacyTray {
   xcb_window_t trayWindow(xcb_window_t owner) const;
   void watchSocket(xcb_window_t socket);
   void dock(xcb_window_t window, xcb_window_t socket);
-  void undock(xcb_window_t window);
+  void undock(std::uint32_t LegacyIcon::*place, xcb_window_t window);
   void socketLost(xcb_window_t socket);
   void forgetAll();
   void handle(const xcb_generic_event_t& event);
@@ -73,7 +73,6 @@ class LegacyTray {
   void repaintSoon(xcb_window_t window);
   void repaint();
 
-  std::vector<xcb_window_t> children(xcb_window_t window, std::size_t most) const;
   bool wantsToBeMapped(xcb_window_t window) const;
   bool takeMark(xcb_window_t window);
   void set(xcb_window_t window, std::uint32_t attribute, std::uint32_t value);

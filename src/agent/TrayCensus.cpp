@@ -95,7 +95,8 @@ void TrayCensus::askStatuses() {
     std::size_t expected = 0;
   };
   const auto tally = std::make_shared<Tally>();
-  for (const TrayItem& item : service_.menuBar().shownItems()) {
+  for (const TrayItem& item : service_.menuBar().items()) {
+    if (!service_.menuBar().shows(item.bundle)) continue;
     ++tally->open;
     askItem(session_, item, "Status", limit, [this, tally, counted = counts_](sd_bus_message* answer) {
       if (isShowing(answer)) ++tally->expected;

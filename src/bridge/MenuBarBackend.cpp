@@ -15,6 +15,7 @@
 // What the caller owns: the framework's assertion and the framework that is to end it.
 struct QLAssertion {
   orvo::ConcealmentFramework& framework;
+  orvo::FrameworkClasses& classes;
   orvo::FrameworkObjectRef object;
 };
 
@@ -45,6 +46,7 @@ struct Backend {
   ConcealmentFramework* framework;
   const Words& words;
   std::once_flag resolved;
+  FrameworkClasses* classes = nullptr;
   FrameworkClassRef configurationType = nullptr;
   FrameworkClassRef assertionType = nullptr;
 };
@@ -55,18 +57,18 @@ std::optional<Backend>& backend() {
 }
 
 void resolveBackend(Backend& unresolved) {
-  if (unresolved.framework == nullptr || !unresolved.framework->load(frameworkPath)) return;
-  unresolved.configurationType = unresolved.framework->classNamed(configurationClass);
-  unresolved.assertionType = unresolved.framework->classNamed(assertionClass);
+  if (unresolved.framework != nullptr) unresolved.classes = unresolved.framework->load(frameworkPath);
+  if (unresolved.classes == nullptr) return;
+  unresolved.configurationType = unresolved.classes->classNamed(configurationClass);
+  unresolved.assertionType = unresolved.classes->classNamed(assertionClass);
 }
 
 bool isAvailable(Backend& current) {
   std::call_once(current.resolved, resolveBackend, std::ref(current));
   if (current.configurationType == nullptr || current.assertionType == nullptr) return false;
-  ConcealmentFramework& framework = *current.framework;
-  return framework.instancesRespondTo(current.configurationType, initializeMessage) &&
-         framework.instancesRespondTo(current.assertionType, activateMessage) &&
-         framework.instancesRespondTo(current.assertionType, invalidateMessage);
+  return current.classes->instancesRespondTo(current.configurationType, initializeMessage) &&
+         current.classes->instancesRespondTo(current.assertionType, activateMessage) &&
+         current.classes->instancesRespondTo(current.assertionType, invalidateMessage);
 }
 
 // The caller's completion: invoked by whoever comes first, released when the last holder lets go.
@@ -96,24 +98,24 @@ class Completion : public std::enable_shared_from_this<Completion> {
 // Null when the framework yields no object; what it raises passes through.
 std::unique_ptr<QLAssertion> activated(const Backend& current, const std::vector<std::string>& allowedBundles,
                                        const std::shared_ptr<Completion>& completion) {
-  ConcealmentFramework& framework = *current.framework;
+  FrameworkClasses& classes = *current.classes;
   const FrameworkObjectRef configuration =
-      framework.makeConfiguration(current.configurationType, allowedSystemItems, allowedBundles);
+      classes.makeConfiguration(current.configurationType, allowedSystemItems, allowedBundles);
   if (!configuration) return nullptr;
-  FrameworkObjectRef object = framework.makeAssertion(current.assertionType);
+  FrameworkObjectRef object = classes.makeAssertion(current.assertionType);
   if (!object) return nullptr;
-  auto assertion = std::make_unique<QLAssertion>(QLAssertion{framework, std::move(object)});
-  framework.activate(*assertion->object, configuration,
-                     [completion](const std::optional<FrameworkError>& error) { completion->invoke(error); });
+  auto assertion = std::make_unique<QLAssertion>(QLAssertion{*current.framework, classes, std::move(object)});
+  classes.activate(*assertion->object, configuration,
+                   [completion](const std::optional<FrameworkError>& error) { completion->invoke(error); });
   return assertion;
 }
 
 void invalidate(QLAssertion& assertion) {
-  ConcealmentFramework& framework = assertion.framework;
+  FrameworkClasses& classes = assertion.classes;
   try {
-    if (framework.respondsTo(*assertion.object, invalidateMessage)) framework.invalidate(*assertion.object);
+    if (classes.respondsTo(*assertion.object, invalidateMessage)) classes.invalidate(*assertion.object);
   } catch (const FrameworkException& exception) {
-    framework.log(releaseFailurePrefix + exception.reason.value_or(absentText));
+    assertion.framework.log(releaseFailurePrefix + exception.reason.value_or(absentText));
   }
 }
 

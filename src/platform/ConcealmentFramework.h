@@ -60,11 +60,13 @@ class FrameworkClasses {
   virtual void invalidate(FrameworkObject& assertion) = 0;
 };
 
-class ConcealmentFramework : public FrameworkClasses {
+class ConcealmentFramework {
  public:
+  virtual ~ConcealmentFramework() = default;
+
   // Lazy binding, local symbol scope; never unloaded. `path` is absolute on the target system;
-  // elsewhere it is taken below the program's own root.
-  virtual bool load(const char* path) = 0;
+  // elsewhere it is taken below the program's own root. Null where there is none; lives as long as this.
+  virtual FrameworkClasses* load(const char* path) = 0;
 
   // One line to the system log.
   virtual void log(const std::string& line) = 0;

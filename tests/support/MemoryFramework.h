@@ -8,7 +8,7 @@
 
 namespace orvo {
 
-struct MemoryFramework : ConcealmentFramework {
+struct MemoryFramework : FrameworkClasses, ConcealmentFramework {
   enum class Step { makeConfiguration, makeAssertion, activate, respondsTo, invalidate };
 
   struct Activation {
@@ -53,7 +53,7 @@ struct MemoryFramework : ConcealmentFramework {
     // An assertion's, from activation until it is invalidated or goes.
     std::shared_ptr<void> concealment;
   };
-  bool load(const char* path) override { return loaded.emplace_back(path), loads; }
+  FrameworkClasses* load(const char* path) override { return loaded.emplace_back(path), loads ? this : nullptr; }
   // Class objects are opaque to everybody else.
   FrameworkClassRef classNamed(const char* name) override {
     return missing.contains(name) ? nullptr : reinterpret_cast<FrameworkClassRef>(this);

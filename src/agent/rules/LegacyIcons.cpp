@@ -29,21 +29,12 @@ bool LegacyIcons::moved(std::uint32_t window, std::uint32_t socket) {
   return icon != nullptr;
 }
 
-std::optional<LegacyIcon> LegacyIcons::undock(std::uint32_t window) {
-  const auto found =
-      std::find_if(icons_.begin(), icons_.end(), [=](const LegacyIcon& icon) { return icon.window == window; });
-  if (found == icons_.end()) return std::nullopt;
-  LegacyIcon left = std::move(*found);
-  icons_.erase(found);
-  return left;
-}
-
-std::vector<LegacyIcon> LegacyIcons::socketLost(std::uint32_t socket) {
+std::vector<LegacyIcon> LegacyIcons::undock(std::uint32_t LegacyIcon::*place, std::uint32_t window) {
   const auto gone = std::stable_partition(icons_.begin(), icons_.end(),
-                                          [=](const LegacyIcon& icon) { return icon.socket != socket; });
-  std::vector<LegacyIcon> lost(std::make_move_iterator(gone), std::make_move_iterator(icons_.end()));
+                                          [=](const LegacyIcon& icon) { return icon.*place != window; });
+  std::vector<LegacyIcon> left(std::make_move_iterator(gone), std::make_move_iterator(icons_.end()));
   icons_.erase(gone, icons_.end());
-  return lost;
+  return left;
 }
 
 std::optional<LegacyIcons::Order> LegacyIcons::mapped(std::uint32_t window) {

@@ -48,9 +48,8 @@ class LegacyIcons {
   std::vector<Order> identify(std::int32_t process, const std::string& bundle, const Shows& shows);
   // Into another socket; false for unknown.
   bool moved(std::uint32_t window, std::uint32_t socket);
-  // What left, with the state it had; absent for what is not known.
-  std::optional<LegacyIcon> undock(std::uint32_t window);
-  std::vector<LegacyIcon> socketLost(std::uint32_t socket);
+  // What left, with the state it had: by its own window, or by its socket.
+  std::vector<LegacyIcon> undock(std::uint32_t LegacyIcon::*place, std::uint32_t window);
 
   std::optional<Order> mapped(std::uint32_t window);
   void unmapped(std::uint32_t window);

@@ -54,12 +54,11 @@ class MenuBar {
   bool shows(const std::string& bundle) const { return concealment_.shows(bundle); }
 
   const std::vector<TrayItem>& items() const { return registry_.items(); }
-  std::vector<TrayItem> shownItems() const;
   bool isConcealing() const { return !concealment_.isEmpty(); }
   const TrayItem* find(const std::string& address) const;  // null for unknown
 
  private:
-  void announce(MenuBarChange& change);
+  MenuBarChange announce(std::vector<std::string> left = {});
 
   ItemRegistry registry_;
   Concealment concealment_;

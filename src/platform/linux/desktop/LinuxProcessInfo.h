@@ -17,7 +17,4 @@ class LinuxProcessInfo final : public ProcessInfo {
   const std::vector<std::string> arguments_;
 };
 
-// PRETTY_NAME of the text of an os-release file; empty when there is none.
-std::string prettyName(std::istream& osRelease);
-
 }  // namespace orvo

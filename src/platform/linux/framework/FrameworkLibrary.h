@@ -20,18 +20,7 @@ class FrameworkLibrary final : public ConcealmentFramework {
   // The folder below which framework paths are looked up, without a trailing slash.
   explicit FrameworkLibrary(std::string root) : root_(std::move(root)) {}
 
-  bool load(const char* path) override;
-  FrameworkClassRef classNamed(const char* name) override;
-  // No for every message while the agent cannot conceal anything; waits for the agent's word within
-  // a short limit.
-  bool instancesRespondTo(FrameworkClassRef type, const char* message) override;
-  bool respondsTo(const FrameworkObject& object, const char* message) override;
-  FrameworkObjectRef makeConfiguration(FrameworkClassRef type, std::span<const int> allowedSystemItems,
-                                       const std::vector<std::string>& allowedBundleIdentifiers) override;
-  FrameworkObjectRef makeAssertion(FrameworkClassRef type) override;
-  void activate(FrameworkObject& assertion, const FrameworkObjectRef& configuration,
-                CompletionHandler completion) override;
-  void invalidate(FrameworkObject& assertion) override;
+  FrameworkClasses* load(const char* path) override;
   // To standard error as well.
   void log(const std::string& line) override;
 

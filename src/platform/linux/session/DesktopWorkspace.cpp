@@ -4,6 +4,7 @@
 #include "platform/linux/BundleInfo.h"
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/bus/SessionBus.h"
+#include "platform/linux/session/OpenUrl.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>
@@ -33,8 +34,7 @@ DesktopWorkspace::DesktopWorkspace(ApplicationIdentities& identities,
                         [this](const QList<quint32>& processes) { setRequesters(processes); },
                         [this](bool managesItems) { setManagedElsewhere(!managesItems); },
                         [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
-      clientWindows_([this](std::int32_t process) { return registry_.add(process); }),
-      opener_(bus) {
+      clientWindows_([this](std::int32_t process) { return registry_.add(process); }) {
   registry_.add(static_cast<std::int32_t>(QCoreApplication::applicationPid()), ownBundleIdentifier.value_or(""));
 }
 
@@ -73,7 +73,7 @@ std::optional<std::string> DesktopWorkspace::applicationPath(const std::string& 
   return bundlePathOfExecutable(program.toStdString());
 }
 
-void DesktopWorkspace::openURL(const std::string& url, std::function<void()> failed) { opener_.open(url, failed); }
+void DesktopWorkspace::openURL(const std::string& url, std::function<void()> failed) { openUrl(bus_, url, failed); }
 
 NotificationCenter& DesktopWorkspace::notificationCenter() {
   if (!std::exchange(following_, true)) follow();

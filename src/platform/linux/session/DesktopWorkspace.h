@@ -8,7 +8,6 @@
 #include "platform/linux/session/ApplicationIdentities.h"
 #include "platform/linux/session/ApplicationRegistry.h"
 #include "platform/linux/session/TrayOwners.h"
-#include "platform/linux/session/UrlOpener.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -60,7 +59,6 @@ class DesktopWorkspace : public QObject, public Workspace {
   ApplicationRegistry registry_;
   TrayOwners trayOwners_;
   ClientWindows clientWindows_;
-  UrlOpener opener_;
   bool following_ = false;
 };
 

@@ -40,17 +40,6 @@ std::optional<Pixels> pixelsOf(const Rect& rect) {
   return pixels;
 }
 
-std::vector<xcb_window_t> children(xcb_connection_t* connection, xcb_query_tree_cookie_t asked) {
-  const auto tree = owned(xcb_query_tree_reply(connection, asked, nullptr));
-  if (!tree) return {};
-  const auto* first = xcb_query_tree_children(tree.get());
-  return {first, first + xcb_query_tree_children_length(tree.get())};
-}
-
-std::vector<xcb_window_t> childrenOf(xcb_connection_t* connection, xcb_window_t window) {
-  return children(connection, xcb_query_tree(connection, window));
-}
-
 }  // namespace
 
 Covers::Covers(XConnection& connection)
@@ -296,23 +285,16 @@ std::vector<xcb_window_t> Covers::listedWindows() {
 
 // Of many the topmost.
 std::vector<xcb_window_t> Covers::windowsOnScreen() const {
-  auto windows = childrenOf(connection_.get(), connection_.root());
+  auto windows = connection_.childrenOf({connection_.root()});
   if (windows.size() > mostWindows) windows.erase(windows.begin(), windows.end() - mostWindows);
   return windows;
 }
 
 // On the screen itself and one below, where window managers put them.
 std::vector<xcb_window_t> Covers::windowsInFrames() const {
-  auto* connection = connection_.get();
   auto windows = windowsOnScreen();
-  std::vector<xcb_query_tree_cookie_t> asked;
-  asked.reserve(windows.size());
-  for (const auto window : windows) asked.push_back(xcb_query_tree(connection, window));
-  for (const auto cookie : asked) {
-    auto inside = children(connection, cookie);
-    inside.resize(std::min(inside.size(), mostInFrame));
-    windows.insert(windows.end(), inside.begin(), inside.end());
-  }
+  const auto inside = connection_.childrenOf(windows, mostInFrame);
+  windows.insert(windows.end(), inside.begin(), inside.end());
   return windows;
 }
 
@@ -364,7 +346,7 @@ std::optional<Covers::Planned> Covers::planOn(const Dock& dock, const GuardedReg
 // Moves the place into a visible child window that holds all of it, the topmost such one.
 bool Covers::childHolding(Place& place) {
   auto* connection = connection_.get();
-  auto children = childrenOf(connection, place.parent);
+  auto children = connection_.childrenOf({place.parent});
   std::ranges::reverse(children);
   for (const auto child : children) {
     if (isOwn(child)) continue;

@@ -1,5 +1,6 @@
 #include "platform/linux/x11/XConnection.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -75,6 +76,21 @@ std::int32_t XConnection::process(xcb_res_query_client_ids_cookie_t asked) const
 
 XReply<xcb_query_pointer_reply_t> XConnection::queryPointer() const {
   return owned(xcb_query_pointer_reply(get(), xcb_query_pointer(get(), root_), nullptr));
+}
+
+// All questions go out before the first answer is awaited.
+std::vector<xcb_window_t> XConnection::childrenOf(const std::vector<xcb_window_t>& windows, std::size_t most) const {
+  std::vector<xcb_query_tree_cookie_t> asked;
+  asked.reserve(windows.size());
+  for (const auto window : windows) asked.push_back(xcb_query_tree(get(), window));
+  std::vector<xcb_window_t> all;
+  for (const auto cookie : asked) {
+    const auto reply = owned(xcb_query_tree_reply(get(), cookie, nullptr));
+    if (!reply) continue;
+    const auto* first = xcb_query_tree_children(reply.get());
+    all.insert(all.end(), first, first + std::min<std::size_t>(reply->children_len, most));
+  }
+  return all;
 }
 
 std::vector<std::uint32_t> XConnection::values(xcb_get_property_cookie_t property) const {

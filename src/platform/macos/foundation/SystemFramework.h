@@ -6,12 +6,12 @@
 
 namespace orvo {
 
-class SystemFramework final : public ConcealmentFramework {
+class SystemFramework final : public FrameworkClasses, public ConcealmentFramework {
  public:
   // `root` stands before every path to load; empty for the system's own.
   explicit SystemFramework(std::string root = {}) : root_(std::move(root)) {}
 
-  bool load(const char* path) override;
+  FrameworkClasses* load(const char* path) override;
   FrameworkClassRef classNamed(const char* name) override;
   bool instancesRespondTo(FrameworkClassRef type, const char* message) override;
   bool respondsTo(const FrameworkObject& object, const char* message) override;

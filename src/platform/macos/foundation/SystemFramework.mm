@@ -96,8 +96,8 @@ class HeapBlock {
 
 }  // namespace
 
-bool SystemFramework::load(const char* path) {
-  return dlopen((root_ + path).c_str(), RTLD_LAZY | RTLD_LOCAL) != nullptr;
+FrameworkClasses* SystemFramework::load(const char* path) {
+  return dlopen((root_ + path).c_str(), RTLD_LAZY | RTLD_LOCAL) != nullptr ? this : nullptr;
 }
 
 FrameworkClassRef SystemFramework::classNamed(const char* name) {

@@ -1,4 +1,4 @@
-#include "platform/linux/session/UrlOpener.h"
+#include "platform/linux/session/OpenUrl.h"
 
 #include "platform/linux/BundleInfo.h"
 #include "platform/linux/bus/SessionBus.h"
@@ -98,24 +98,18 @@ QVariantMap platformData() {
 
 }  // namespace
 
-void UrlOpener::open(const std::string& url, const std::function<void()>& failed) const {
+void openUrl(const QDBusConnection& bus, const std::string& url, const std::function<void()>& failed) {
   const QString text = QString::fromStdString(url);
   if (text == QLatin1String(accessibilityPage)) {
     if (!openAccessibilitySettings() && failed) QTimer::singleShot(0, failed);
     return;
   }
   const QUrl parsed(text);
-  if (parsed.isLocalFile()) {
-    const QString path = parsed.toLocalFile();
-    const auto identifier = bundleIdentifier(bundleInfo(path.toStdString()));
-    if (identifier) return openBundle(path, QString::fromStdString(*identifier));
-  }
-  openByDesktop(text, failed);
-}
-
-void UrlOpener::openBundle(const QString& root, const QString& identifier) const {
-  const QString error = session_bus::activateApplication(bus_, identifier, platformData());
-  if (session_bus::meansNoOwner(error) || !bus_.isConnected()) start(root + QStringLiteral("/bin/orvo"), {});
+  const QString path = parsed.toLocalFile();
+  const auto identifier = parsed.isLocalFile() ? bundleIdentifier(bundleInfo(path.toStdString())) : std::nullopt;
+  if (!identifier) return openByDesktop(text, failed);
+  const QString error = session_bus::activateApplication(bus, QString::fromStdString(*identifier), platformData());
+  if (session_bus::meansNoOwner(error) || !bus.isConnected()) start(path + QStringLiteral("/bin/orvo"), {});
 }
 
 }  // namespace orvo
