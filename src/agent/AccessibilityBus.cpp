@@ -57,11 +57,6 @@ bool readExtents(sd_bus_message* answer, Rect& extents) {
   return true;
 }
 
-bool readProcess(sd_bus_message* answer, std::int32_t& process) {
-  process = readNumber(answer);
-  return process != 0;
-}
-
 template <typename Value>
 std::function<bool(sd_bus_message*)> reading(bool (*read)(sd_bus_message*, Value&),
                                              std::function<void(const Value&)> handler) {
@@ -103,11 +98,12 @@ void AccessibilityBus::askExtents(const Accessible& accessible, Coordinates coor
 void AccessibilityBus::askApplications(std::function<void(const Accessible&, std::int32_t process)> handler) {
   askChildren(registryRoot, [this, handler = std::move(handler)](const std::vector<Accessible>& all) {
     for (const Accessible& application : all) {
-      const std::function<void(const std::int32_t&)> found = [handler, application](std::int32_t process) {
-        handler(application, process);
+      const auto found = [handler, application](sd_bus_message* answer) {
+        const std::int32_t process = readNumber(answer);
+        if (process != 0) handler(application, process);
+        return process != 0;
       };
-      ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", reading(&readProcess, found), "s",
-          application.service.c_str());
+      ask(busDriver, "org.freedesktop.DBus", "GetConnectionUnixProcessID", found, "s", application.service.c_str());
     }
   });
 }

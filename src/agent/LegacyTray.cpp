@@ -33,7 +33,7 @@ constexpr int mostAtOnce = 100;
 
 std::unique_ptr<LegacyTray> LegacyTray::open(sd_event* loop) {
   if (!XConnection::canOpen()) return nullptr;
-  auto connection = XConnection::open({}, "icons of the older kind");
+  auto connection = XConnection::open("icons of the older kind");
   if (!connection || !connection->tellsProcesses()) return nullptr;
   return std::unique_ptr<LegacyTray>(new LegacyTray(std::move(connection), loop));
 }

@@ -43,31 +43,28 @@ const sd_bus_vtable agentTable[] = {
     SD_BUS_VTABLE_END,
 };
 
-// An answer of one list, in this form.
-class ListReply {
+// A message of one list, in this form.
+class ListMessage {
  public:
-  ListReply(sd_bus_message* call, const char* form) : elementForm_(form + 1) {
-    sd_bus_message* reply = nullptr;
-    sd_bus_message_new_method_return(call, &reply);
-    reply_ = taken(reply);
-    sd_bus_message_open_container(reply, 'a', elementForm_);
+  ListMessage(sd_bus_message* made, const char* form) : elementForm_(form + 1), message_(taken(made)) {
+    sd_bus_message_open_container(made, 'a', elementForm_);
   }
 
   // Returns its index.
   template <typename... Values>
   std::int32_t add(Values... values) {
-    sd_bus_message_append(reply_.get(), elementForm_, values...);
+    sd_bus_message_append(message_.get(), elementForm_, values...);
     return count_++;
   }
 
   void send() {
-    sd_bus_message_close_container(reply_.get());
-    sd_bus_send(nullptr, reply_.get(), nullptr);
+    sd_bus_message_close_container(message_.get());
+    sd_bus_send(nullptr, message_.get(), nullptr);
   }
 
  private:
   const char* elementForm_;
-  BusMessage reply_;
+  BusMessage message_;
   std::int32_t count_ = 0;
 };
 
@@ -77,21 +74,27 @@ std::string addressOf(const LegacyIcon& icon) {
   return text;
 }
 
-void appendRequesters(sd_bus_message* message, const std::set<std::int32_t>& processes) {
-  sd_bus_message_open_container(message, 'a', "u");
-  for (const std::int32_t process : processes) sd_bus_message_append(message, "u", process);
-  sd_bus_message_close_container(message);
+sd_bus_message* replyTo(sd_bus_message* call) {
+  sd_bus_message* reply = nullptr;
+  sd_bus_message_new_method_return(call, &reply);
+  return reply;
 }
 
-std::int32_t addElement(ListReply& tree, std::int32_t parent, const std::string& identifier, const Rect& frame) {
+void sendRequesters(sd_bus_message* message, const std::set<std::int32_t>& processes) {
+  ListMessage list(message, agent_protocol::requestersForm);
+  for (const std::int32_t process : processes) list.add(process);
+  list.send();
+}
+
+std::int32_t addElement(ListMessage& tree, std::int32_t parent, const std::string& identifier, const Rect& frame) {
   return tree.add(parent, ::getpid(), identifier.c_str(), 1, frame.x, frame.y, frame.width, frame.height);
 }
 
-std::int32_t addWithoutFrame(ListReply& tree, std::int32_t parent, std::int32_t process, const char* identifier) {
+std::int32_t addWithoutFrame(ListMessage& tree, std::int32_t parent, std::int32_t process, const char* identifier) {
   return tree.add(parent, process, identifier, 0, 0.0, 0.0, 0.0, 0.0);
 }
 
-void addDock(ListReply& tree, const DockControls& dock) {
+void addDock(ListMessage& tree, const DockControls& dock) {
   const std::int32_t parent = addElement(tree, 0, {}, dock.frame);
   for (const StatusControl& control : dock.controls) {
     const std::string identifier = agent_protocol::controlPrefix + control.name;
@@ -168,7 +171,7 @@ int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*
   auto& self = *static_cast<MenuBarAgent*>(agent);
   self.panel_.read([&self, call = kept(call)](const PanelReader::Reading& panel) {
     self.told_ = panel.docks;
-    ListReply tree(call.get(), agent_protocol::treeForm);
+    ListMessage tree(replyTo(call.get()), agent_protocol::treeForm);
     addWithoutFrame(tree, -1, ::getpid(), panel.isFresh ? "" : agent_protocol::outOfDate);
     for (const DockControls& dock : panel.docks) addDock(tree, dock);
     for (const TrayItem& item : self.service_.menuBar().items()) addWithoutFrame(tree, 0, item.processIdentifier, "");
@@ -180,7 +183,7 @@ int MenuBarAgent::tree(sd_bus_message* call, void* agent, sd_bus_error* /*error*
 
 int MenuBarAgent::items(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
   const auto& self = *static_cast<MenuBarAgent*>(agent);
-  ListReply items(call, agent_protocol::itemsForm);
+  ListMessage items(replyTo(call), agent_protocol::itemsForm);
   for (const TrayItem& item : self.service_.menuBar().items())
     items.add(item.address().c_str(), item.processIdentifier, item.bundle.c_str());
   for (const LegacyIcon& icon : self.legacyIcons())
@@ -190,11 +193,8 @@ int MenuBarAgent::items(sd_bus_message* call, void* agent, sd_bus_error* /*error
 }
 
 int MenuBarAgent::requesters(sd_bus_message* call, void* agent, sd_bus_error* /*error*/) {
-  sd_bus_message* reply = nullptr;
-  sd_bus_message_new_method_return(call, &reply);
-  const BusMessage owned = taken(reply);
-  appendRequesters(reply, static_cast<MenuBarAgent*>(agent)->service_.requesters());
-  return sd_bus_send(nullptr, reply, nullptr);
+  sendRequesters(replyTo(call), static_cast<MenuBarAgent*>(agent)->service_.requesters());
+  return 1;
 }
 
 // Others could keep the person from hiding anything.
@@ -244,16 +244,10 @@ void MenuBarAgent::docked(const LegacyIcon& icon) {
 void MenuBarAgent::requestersChanged() {
   if (pause_.isActive() || announced_ == service_.requesters()) return;
   announced_ = service_.requesters();
-  announceRequesters();
-  pause_.start(requestersPause);
-}
-
-void MenuBarAgent::announceRequesters() {
   sd_bus_message* signal = nullptr;
   sd_bus_message_new_signal(bus_, &signal, agent_protocol::path, agent_protocol::interface, "RequestersChanged");
-  const BusMessage owned = taken(signal);
-  appendRequesters(signal, service_.requesters());
-  sd_bus_send(bus_, signal, nullptr);
+  sendRequesters(signal, announced_);
+  pause_.start(requestersPause);
 }
 
 std::vector<LegacyIcon> MenuBarAgent::legacyIcons() const {

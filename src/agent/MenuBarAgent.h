@@ -46,7 +46,6 @@ class MenuBarAgent {
   void announceItem(const std::string& address, std::int32_t process, const std::string& bundle);
   void docked(const LegacyIcon& icon);
   void requestersChanged();
-  void announceRequesters();
   std::vector<LegacyIcon> legacyIcons() const;
 
   sd_bus* bus_;

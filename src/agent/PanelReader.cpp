@@ -42,7 +42,6 @@ void PanelReader::read(Answer answer) {
 
 void PanelReader::startReading() {
   isReading_ = true;
-  isFresh_ = false;
   ++readings_;
   settings_.read([this](const PanelFacts* facts) {
     if (facts == nullptr) return fail();
@@ -62,18 +61,17 @@ void PanelReader::readTree(const PanelFacts& facts) {
 
 void PanelReader::succeed(std::vector<DockControls> docks) {
   lastKnown_ = std::move(docks);
-  isFresh_ = true;
-  endReading();
+  endReading(true);
 }
 
 void PanelReader::fail() {
   settings_.forget();
-  endReading();
+  endReading(false);
 }
 
-void PanelReader::endReading() {
+void PanelReader::endReading(bool isFresh) {
   isReading_ = false;
-  const Reading reading{lastKnown_, isFresh_};
+  const Reading reading{lastKnown_, isFresh};
   std::deque<Waiting> answered;
   while (!waiting_.empty() && waiting_.front().reading <= readings_) {
     answered.push_back(std::move(waiting_.front()));

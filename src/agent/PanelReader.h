@@ -52,7 +52,7 @@ class PanelReader {
   void readTree(const PanelFacts& facts);
   void succeed(std::vector<DockControls> docks);
   void fail();
-  void endReading();
+  void endReading(bool isFresh);
   void settleLate();
   void lookSoon(std::chrono::milliseconds pause);
   void look();
@@ -67,7 +67,6 @@ class PanelReader {
   std::deque<Waiting> waiting_;  // in the order in which they become late
   Timer late_;
   std::vector<DockControls> lastKnown_;
-  bool isFresh_ = false;
   bool isWatching_ = false;
   bool isLooking_ = false;  // in the reading under way, however long it takes
   Timer look_;

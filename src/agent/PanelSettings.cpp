@@ -126,34 +126,31 @@ void PanelSettings::read(Answer answer) {
   isOutdated_ = isFailed_ = false;
   // An error means that there is no panel: it must not come from our own lateness.
   askAboutName(session_, "GetConnectionUnixProcessID", panelName, unlimited,
-               counted(Need::nothing, [this](sd_bus_message* reply) { askAboutPanel(readNumber(reply)); }));
+               counted([this](sd_bus_message* reply) { askAboutPanel(readNumber(reply)); }));
 }
 
 void PanelSettings::askAboutPanel(std::int32_t process) {
   const BusObject settings{settingsName, settingsPath};
   facts_.process = process;
   facts_.scale = scaleOf(process, 1);
+  isFailed_ = true;
   call(session_, settings, settingsName, "GetProperty", callLimit,
-       counted(Need::nothing,
-               [this](sd_bus_message* reply) { facts_.scale = scaleOf(facts_.process, readNumber(reply)); }),
-       "ss", desktopChannel, "/Gdk/WindowScalingFactor");
-  call(session_, settings, settingsName, "GetAllProperties", callLimit,
-       counted(Need::answer, [this](sd_bus_message* reply) { facts_.layouts = layoutsIn(reply); }), "ss", panelChannel,
-       "/");
-  askAccessibilityAddress(session_, callLimit, counted(Need::nothing, [this](sd_bus_message* reply) {
-                            facts_.accessibilityAddress = readText(reply);
-                          }));
+       counted([this](sd_bus_message* reply) { facts_.scale = scaleOf(facts_.process, readNumber(reply)); }), "ss",
+       desktopChannel, "/Gdk/WindowScalingFactor");
+  call(session_, settings, settingsName, "GetAllProperties", callLimit, counted([this](sd_bus_message* reply) {
+         facts_.layouts = layoutsIn(reply);
+         isFailed_ = false;
+       }),
+       "ss", panelChannel, "/");
+  askAccessibilityAddress(session_, callLimit,
+                          counted([this](sd_bus_message* reply) { facts_.accessibilityAddress = readText(reply); }));
 }
 
 // The last answer ends the reading.
-BusHandler PanelSettings::counted(Need need, BusHandler read) {
+BusHandler PanelSettings::counted(BusHandler read) {
   ++open_;
-  return [this, need, read = std::move(read)](sd_bus_message* answer) {
-    if (!isError(answer)) {
-      read(answer);
-    } else if (need == Need::answer) {
-      isFailed_ = true;
-    }
+  return [this, read = std::move(read)](sd_bus_message* answer) {
+    if (!isError(answer)) read(answer);
     if (--open_ == 0) finish();
   };
 }

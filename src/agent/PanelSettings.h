@@ -38,10 +38,8 @@ class PanelSettings {
   void forget();
 
  private:
-  enum class Need { answer, nothing };  // whether an error spoils the reading
-
   void heard();
-  BusHandler counted(Need need, BusHandler read);
+  BusHandler counted(BusHandler read);
   void askAboutPanel(std::int32_t process);
   void finish();
 
@@ -51,7 +49,7 @@ class PanelSettings {
   PanelFacts facts_;
   bool isKnown_ = false;
   bool isOutdated_ = false;  // since this reading began
-  bool isFailed_ = false;
+  bool isFailed_ = false;    // without the layouts, the one answer that has to come
   int open_ = 0;
   Answer answer_;
 };

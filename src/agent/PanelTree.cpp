@@ -34,7 +34,7 @@ void PanelTree::find() {
   // Another application may have gone meanwhile; what is missing of the panel shows when it is measured.
   bus_.whenSettled([this](AccessibilityBus::Outcome outcome) {
     if (outcome != AccessibilityBus::Outcome::unanswered) return measure();
-    forget();
+    known_ = {};
     answer(std::nullopt);
   });
 }
@@ -92,7 +92,7 @@ void PanelTree::measured(AccessibilityBus::Outcome outcome) {
     for (const auto& [index, dock] : docks_) docks.push_back(dock);
     return answer(docks);
   }
-  forget();
+  known_ = {};
   // Who does not answer now will not answer other questions either.
   if (outcome == AccessibilityBus::Outcome::unanswered || finds_ == mostFinds) return answer(std::nullopt);
   find();

@@ -26,8 +26,6 @@ class PanelTree {
   // To be called once the bus has begun, and not again before the answer.
   void read(std::int32_t panelProcess, Answer answer);
 
-  void forget() { known_ = {}; }
-
   // The panel's name on the accessibility bus; empty while it is not known.
   const std::string& panelService() const { return known_.panel.service; }
 

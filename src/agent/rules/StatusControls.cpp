@@ -18,26 +18,19 @@ namespace {
 constexpr double leastSize = 4;
 constexpr double leastCoordinate = -32768;
 
-// "statusnotifier" is the tray's name before Xfce 4.16.
-constexpr std::array<std::string_view, 2> trays = {"systray", "statusnotifier"};
-
-// Ways to start programs and to reach windows and folders, which no menu bar calls a status control.
-constexpr std::array<std::string_view, 16> others = {
-    "separator",  "launcher", "applicationsmenu", "whiskermenu",    "directorymenu", "places",
-    "windowmenu", "pager",    "showdesktop",      "verve",          "smartbookmark", "screenshooter",
-    "tasklist",   "docklike", "appmenu",          "windowck-plugin"};
+// The tray, under its name before Xfce 4.16 too, and ways to start programs and to reach windows and folders, which no
+// menu bar calls a status control.
+constexpr std::array<std::string_view, 18> others = {
+    "systray",       "statusnotifier", "separator",  "launcher", "applicationsmenu", "whiskermenu",
+    "directorymenu", "places",         "windowmenu", "pager",    "showdesktop",      "verve",
+    "smartbookmark", "screenshooter",  "tasklist",   "docklike", "appmenu",          "windowck-plugin"};
 
 // What is taller is taken for a panel that has been opened.
 constexpr double greatestHeight = 60;
 // For the tallest screen; what claims to be taller is no control.
 constexpr double mostPieces = 128;
 
-template <std::size_t Size>
-bool contains(const std::array<std::string_view, Size>& list, std::string_view type) {
-  return std::find(list.begin(), list.end(), type) != list.end();
-}
-
-bool isControl(const PanelPlugin& plugin) { return !contains(trays, plugin.type) && !contains(others, plugin.type); }
+bool isControl(const PanelPlugin& plugin) { return std::ranges::find(others, plugin.type) == others.end(); }
 
 bool isVisible(const Rect& place) {
   return place.x > leastCoordinate && place.y > leastCoordinate && place.width >= leastSize &&

@@ -1,7 +1,6 @@
 #include "platform/linux/ApplicationIdentity.h"
 
 #include <algorithm>
-#include <memory>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -65,15 +64,14 @@ std::optional<Process> look(std::int32_t identifier, const fs::path& processes) 
 
 // File names may be any bytes; the bus and the stored choices carry UTF-8 only.
 std::string validText(const std::string& bytes) {
-  const std::unique_ptr<char, decltype(&g_free)> text(
-      g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())), g_free);
-  return text.get();
+  g_autofree char* text = g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size()));
+  return text;
 }
 
 ApplicationIdentity describe(const std::string& name, const DesktopEntry* entry) {
   std::string identifier = validText(name.substr(0, longestIdentifier));
-  if (entry == nullptr) return {std::move(identifier), {}, {}, {}, {}};
-  return {std::move(identifier), entry->name, entry->path, entry->icon, {}};
+  if (entry == nullptr) return {std::move(identifier), {}, {}, {}};
+  return {std::move(identifier), entry->name, entry->icon, {}};
 }
 
 std::optional<ApplicationIdentity> fromBundle(const Process& process, const DesktopEntries& entries) {

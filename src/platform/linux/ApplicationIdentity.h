@@ -16,8 +16,6 @@ struct ApplicationIdentity {
   std::string bundleIdentifier;
   // The desktop file's name in the person's language.
   std::optional<std::string> localizedName;
-  // Absolute path of the desktop file.
-  std::optional<std::string> desktopFile;
   // As the desktop file has it: an icon theme name or an absolute path.
   std::optional<std::string> iconName;
   // Absolute path of the bundle that the executable lies in, else of the executable.

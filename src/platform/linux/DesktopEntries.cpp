@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -29,49 +28,41 @@ constexpr std::chrono::milliseconds folderTimeStep{20};
 constexpr std::array usualDataFolders = {"/usr/local/share", "/usr/share", "/var/lib/flatpak/exports/share",
                                          "/var/lib/snapd/desktop"};
 
-struct Free {
-  void operator()(GKeyFile* file) const { g_key_file_free(file); }
-  void operator()(char* text) const { g_free(text); }
-  void operator()(char** list) const { g_strfreev(list); }
-};
-using KeyFile = std::unique_ptr<GKeyFile, Free>;
-
 // Of a text that is kept, in bytes; no application has a longer name, icon or command in good faith.
 constexpr std::size_t longest = 512;
 
 std::optional<std::string> take(char* text) {
-  const std::unique_ptr<char, Free> owned(text);
-  if (owned == nullptr || *owned == '\0' || std::strlen(text) > longest) return std::nullopt;
-  return std::string(owned.get());
+  g_autofree char* owned = text;
+  if (owned == nullptr || *owned == '\0' || std::strlen(owned) > longest) return std::nullopt;
+  return std::string(owned);
 }
 
-std::optional<std::string> text(const KeyFile& file, const char* key) {
-  return take(g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr));
+std::optional<std::string> text(GKeyFile* file, const char* key) {
+  return take(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr));
 }
 
-bool flag(const KeyFile& file, const char* key) {
-  return g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
+bool flag(GKeyFile* file, const char* key) {
+  return g_key_file_get_boolean(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
 }
 
 std::string programOfExec(const std::string& exec) {
-  char** list = nullptr;
+  g_auto(GStrv) list = nullptr;
   if (g_shell_parse_argv(exec.c_str(), nullptr, &list, nullptr) == FALSE) return {};
-  const std::unique_ptr<char*, Free> owned(list);
   std::vector<std::string> arguments;
   for (char** argument = list; *argument != nullptr; ++argument) arguments.emplace_back(*argument);
   return programOfCommand(std::move(arguments));
 }
 
 std::optional<DesktopEntry> entryOf(std::string identifier, const fs::path& path, const std::string& content) {
-  const KeyFile file(g_key_file_new());
-  if (g_key_file_load_from_data(file.get(), content.data(), content.size(), G_KEY_FILE_NONE, nullptr) == FALSE)
+  g_autoptr(GKeyFile) file = g_key_file_new();
+  if (g_key_file_load_from_data(file, content.data(), content.size(), G_KEY_FILE_NONE, nullptr) == FALSE)
     return std::nullopt;
   if (text(file, "Type") != "Application" || flag(file, "Hidden")) return std::nullopt;
   DesktopEntry entry;
   entry.identifier = std::move(identifier);
   entry.path = path;
-  entry.name = take(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, "Name", nullptr, nullptr));
-  entry.icon = take(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, "Icon", nullptr, nullptr));
+  entry.name = take(g_key_file_get_locale_string(file, G_KEY_FILE_DESKTOP_GROUP, "Name", nullptr, nullptr));
+  entry.icon = take(g_key_file_get_locale_string(file, G_KEY_FILE_DESKTOP_GROUP, "Icon", nullptr, nullptr));
   entry.windowClass = text(file, "StartupWMClass").value_or("");
   entry.program = programOfExec(text(file, "Exec").value_or(""));
   entry.listed = !flag(file, "NoDisplay");
@@ -99,8 +90,8 @@ int likeness(const DesktopEntry& entry, std::string_view name) {
 constexpr std::array<std::string_view, 4> packageRoots = {"/usr/lib/", "/usr/libexec/", "/usr/share/", "/opt/"};
 
 bool isScript(const std::string& program) {
-  const std::unique_ptr<char, Free> path(g_find_program_in_path(program.c_str()));
-  return path != nullptr && contentOf(path.get()).starts_with("#!");
+  g_autofree char* path = g_find_program_in_path(program.c_str());
+  return path != nullptr && contentOf(path).starts_with("#!");
 }
 
 bool isSameFile(const std::string& left, const std::string& right) {

@@ -13,22 +13,13 @@ namespace {
 
 std::error_code systemError() { return {errno, std::system_category()}; }
 
-// Reads on when a signal came between. The end of the file is zero, an error below it.
-ssize_t readSome(int descriptor, char* place, std::size_t size) {
-  ssize_t count = 0;
-  do {
-    count = read(descriptor, place, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
-}
-
 std::optional<std::string> readAll(int descriptor, std::size_t limit, std::error_code& error) {
   constexpr std::size_t step = 65536;
   std::string contents;
   while (contents.size() <= limit) {
     const std::size_t size = contents.size();
     contents.resize(size + step);
-    const ssize_t count = readSome(descriptor, contents.data() + size, step);
+    const ssize_t count = TEMP_FAILURE_RETRY(read(descriptor, contents.data() + size, step));
     contents.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count < 0) error = systemError();
     if (count < 0) return std::nullopt;

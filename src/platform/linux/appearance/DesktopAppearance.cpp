@@ -15,8 +15,6 @@ const QString portalInterface = QStringLiteral("org.freedesktop.portal.Settings"
 const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const QString colorSchemeKey = QStringLiteral("color-scheme");
 
-constexpr std::chrono::milliseconds patience{25000};
-
 bool containsDark(std::string name) {
   std::ranges::transform(name, name.begin(), [](unsigned char letter) { return std::tolower(letter); });
   return name.find("dark") != std::string::npos;
@@ -55,7 +53,7 @@ void DesktopAppearance::askPortal() {
       QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, QStringLiteral("Read"));
   call << appearanceGroup << colorSchemeKey;
   call.setAutoStartService(false);
-  session_bus::ask(QDBusConnection::sessionBus(), call, patience, this, [this](const QDBusMessage& reply) {
+  session_bus::ask(QDBusConnection::sessionBus(), call, session_bus::patience, this, [this](const QDBusMessage& reply) {
     if (reply.signature() == QLatin1String("v"))
       setColorScheme(reply.arguments().constFirst().value<QDBusVariant>().variant());
   });

@@ -11,12 +11,6 @@ namespace orvo {
 
 using session_bus::latin;
 
-namespace {
-
-constexpr std::chrono::milliseconds patience{25000};
-
-}  // namespace
-
 FollowedProperty::FollowedProperty(QDBusConnection bus, const Name& name, QObject* parent)
     : QObject(parent), bus_(std::move(bus)), name_(name) {}
 
@@ -42,7 +36,7 @@ void FollowedProperty::follow() {
 }
 
 void FollowedProperty::fetch() {
-  session_bus::ask(bus_, question(), patience, this, [this](const QDBusMessage& answer) { take(answer); });
+  session_bus::ask(bus_, question(), session_bus::patience, this, [this](const QDBusMessage& answer) { take(answer); });
 }
 
 bool FollowedProperty::take(const QDBusMessage& answer) {

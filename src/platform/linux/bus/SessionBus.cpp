@@ -8,7 +8,6 @@ namespace {
 
 constexpr const char* busService = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
-constexpr const char* itemPath = "/StatusNotifierItem";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 
 // Long enough for a busy machine.
@@ -43,12 +42,6 @@ std::optional<std::int32_t> processOf(const QDBusConnection& bus, const QString&
 QList<KnownItem> itemsAnswer(const QDBusMessage& reply) {
   if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != latin(agent_protocol::itemsForm)) return {};
   return qdbus_cast<QList<KnownItem>>(reply.arguments().constFirst());
-}
-
-std::pair<QString, QString> splitItemAddress(const QString& address) {
-  const auto slash = address.indexOf(QLatin1Char('/'));
-  if (slash < 0) return {address, latin(itemPath)};
-  return {address.left(slash), address.mid(slash)};
 }
 
 QString activateApplication(const QDBusConnection& bus, const QString& identifier, const QVariantMap& platformData) {

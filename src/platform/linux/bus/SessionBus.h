@@ -31,6 +31,9 @@ namespace session_bus {
 
 inline constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
+// For answers that nobody waits for, so that a busy service may take its time.
+inline constexpr std::chrono::milliseconds patience{25000};
+
 inline QString latin(const char* text) { return QString::fromLatin1(text); }
 
 QDBusMessage agentCall(const char* method);
@@ -63,9 +66,6 @@ QString activateApplication(const QDBusConnection& bus, const QString& identifie
 bool meansNoOwner(const QString& error);
 // As the desktop entry specification derives it from the application's bus name.
 QString applicationPath(QString identifier);
-
-// What a service and its object path make of the address of a tray item.
-std::pair<QString, QString> splitItemAddress(const QString& address);
 
 }  // namespace session_bus
 

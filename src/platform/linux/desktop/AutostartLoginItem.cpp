@@ -66,7 +66,6 @@ bool has(const Entry& entry, const char* key, const std::string& value) {
 // Each desktop has a switch of its own.
 bool isHidden(const Entry& entry) { return has(entry, "Hidden", "true"); }
 bool isDisabled(const Entry& entry) { return has(entry, "X-GNOME-Autostart-enabled", "false"); }
-bool isSwitchedOff(const Entry& entry) { return isHidden(entry) || isDisabled(entry); }
 
 // A quoted argument of an Exec key: escaped once as an argument and once more as a text value.
 std::string quotedArgument(const std::string& argument) {
@@ -119,7 +118,7 @@ std::optional<std::string> AutostartLoginItem::setRegistered(bool registered) {
 LoginItemStatus AutostartLoginItem::status() const {
   const Entry entry = readEntry(file_);
   if (entry.empty()) return LoginItemStatus::notRegistered;
-  if (isSwitchedOff(entry)) return LoginItemStatus::requiresApproval;
+  if (isHidden(entry) || isDisabled(entry)) return LoginItemStatus::requiresApproval;
   return starts(entry, program_) ? LoginItemStatus::enabled : LoginItemStatus::notFound;
 }
 

@@ -97,7 +97,3 @@ class ExportedMenu final : public QObject {
 };
 
 }  // namespace orvo
-
-Q_DECLARE_METATYPE(orvo::MenuLayout)
-Q_DECLARE_METATYPE(orvo::MenuProperties)
-Q_DECLARE_METATYPE(orvo::MenuEvent)

@@ -31,7 +31,8 @@ StatusNotifierItem::StatusNotifierItem(StatusNotifierServices services)
       service_(nextServiceName()),
       watcher_(watcherService, services_.bus, QDBusServiceWatcher::WatchForOwnerChange),
       menu_(services_.bus, menuObjectPath, services_.queue, [this] { sendAction(EventType::rightMouseUp); }) {
-  registerSymbolTypes();
+  qDBusRegisterMetaType<NotifierPixmap>();
+  qDBusRegisterMetaType<NotifierPixmaps>();
   qDBusRegisterMetaType<NotifierToolTip>();
   // Not only where nobody was: when a watcher dies, the next in the queue for its name has it at once.
   connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, this,

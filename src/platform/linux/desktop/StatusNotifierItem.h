@@ -120,5 +120,3 @@ class StatusNotifierItem final : public QObject, public StatusItem, public Statu
 };
 
 }  // namespace orvo
-
-Q_DECLARE_METATYPE(orvo::NotifierToolTip)

@@ -1,6 +1,5 @@
 #include "platform/linux/desktop/StatusSymbols.h"
 
-#include <QDBusMetaType>
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
@@ -57,11 +56,6 @@ NotifierPixmap pixmapOf(const QImage& image) {
 }
 
 }  // namespace
-
-void registerSymbolTypes() {
-  qDBusRegisterMetaType<NotifierPixmap>();
-  qDBusRegisterMetaType<NotifierPixmaps>();
-}
 
 QString symbolIconName(const std::string& symbol) {
   if (chevron(symbol).isEmpty()) return {};

@@ -22,12 +22,8 @@ struct NotifierPixmap {
 };
 using NotifierPixmaps = QList<NotifierPixmap>;
 
-void registerSymbolTypes();
-
 // Both are empty for a name that Orvo does not draw.
 QString symbolIconName(const std::string& symbol);
 NotifierPixmaps symbolPixmaps(const std::string& symbol);
 
 }  // namespace orvo
-
-Q_DECLARE_METATYPE(orvo::NotifierPixmap)

@@ -56,25 +56,22 @@ HotKeyStatus X11HotKeys::installEventHandler(EventHandlerFunction function, Even
 
 HotKeyStatus X11HotKeys::registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID, std::uint32_t,
                                              HotKeyRef& hotKey) {
-  const Combination combination{keyCode, modifiers};
-  const auto grabs = events_.connection() != nullptr ? grabsFor(combination) : std::set<Grab>();
-  if (grabs.empty()) return hotKeyParameterErr;
-  if (!grab(grabs)) return eventHotKeyExistsErr;
+  HotKey wanted{keyCode, modifiers};
+  if (events_.connection() != nullptr) wanted.grabs = grabsFor(wanted);
+  if (wanted.grabs.empty()) return hotKeyParameterErr;
+  if (!grab(wanted.grabs)) return eventHotKeyExistsErr;
   hotKey = HotKeyRef{++lastReference_};
-  hotKeys_.emplace(hotKey, combination);
-  grabs_[hotKey] = grabs;
+  hotKeys_.emplace(hotKey, std::move(wanted));
   return hotKeyNoError;
 }
 
 bool X11HotKeys::isAvailable(HotKeyRef hotKey) const {
-  const auto found = grabs_.find(hotKey);
-  return found != grabs_.end() && !found->second.empty();
+  const auto found = hotKeys_.find(hotKey);
+  return found != hotKeys_.end() && !found->second.grabs.empty();
 }
 
 void X11HotKeys::unregisterEventHotKey(HotKeyRef hotKey) {
-  if (hotKeys_.erase(hotKey) == 0) return;
-  ungrab(grabs_[hotKey]);
-  grabs_.erase(hotKey);
+  if (const auto known = hotKeys_.extract(hotKey)) ungrab(known.mapped().grabs);
 }
 
 void X11HotKeys::removeEventHandler(EventHandlerRef handler) { handlers_.erase(handler); }
@@ -115,9 +112,9 @@ void X11HotKeys::press() {
 void X11HotKeys::grabAgain() {
   queue_.cancel(retry_);
   bool refused = false;
-  for (const auto& [hotKey, combination] : hotKeys_) {
-    auto& grabs = grabs_[hotKey];
-    const auto wanted = grabsFor(combination);
+  for (auto& [reference, hotKey] : hotKeys_) {
+    auto& grabs = hotKey.grabs;
+    const auto wanted = grabsFor(hotKey);
     if (wanted == grabs) continue;
     const bool had = !grabs.empty();
     ungrab(std::exchange(grabs, {}));
@@ -131,17 +128,17 @@ void X11HotKeys::grabAgain() {
   if (refused) retry_ = queue_.runAfter(grabRetryInterval, [this] { grabAgain(); });
 }
 
-std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const Combination& combination) const {
+std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const HotKey& hotKey) const {
   const KeyboardMap map(*events_.connection());
   const auto alt = map.modifierFor({symbolAltLeft, symbolAltRight});
   const auto super = map.modifierFor({symbolSuperLeft, symbolSuperRight});
   unsigned modifiers = 0;
-  if ((combination.modifiers & controlKey) != 0) modifiers |= XCB_MOD_MASK_CONTROL;
-  if ((combination.modifiers & optionKey) != 0) modifiers |= alt;
-  if ((combination.modifiers & commandKey) != 0) modifiers |= super;
-  const bool missing = ((combination.modifiers & optionKey) != 0 && alt == 0) ||
-                       ((combination.modifiers & commandKey) != 0 && super == 0);
-  if (combination.keyCode != keyCodeB || missing) return {};
+  if ((hotKey.modifiers & controlKey) != 0) modifiers |= XCB_MOD_MASK_CONTROL;
+  if ((hotKey.modifiers & optionKey) != 0) modifiers |= alt;
+  if ((hotKey.modifiers & commandKey) != 0) modifiers |= super;
+  const bool missing =
+      ((hotKey.modifiers & optionKey) != 0 && alt == 0) || ((hotKey.modifiers & commandKey) != 0 && super == 0);
+  if (hotKey.keyCode != keyCodeB || missing) return {};
 
   auto keys = map.keysFor(symbolB);
   if (keys.empty()) keys.push_back(placeOfB);

@@ -7,10 +7,10 @@
 #include "platform/linux/display/XEvents.h"
 
 #include <chrono>
+#include <compare>
 #include <map>
 #include <optional>
 #include <set>
-#include <utility>
 
 namespace orvo {
 
@@ -41,18 +41,16 @@ class X11HotKeys : public HotKeys {
   void removeEventHandler(EventHandlerRef handler) override;
 
  private:
-  struct Combination {
-    std::uint32_t keyCode;
-    std::uint32_t modifiers;
-  };
   struct Grab {
     xcb_keycode_t key;
     std::uint16_t modifiers;
 
-    bool operator==(const Grab&) const = default;
-    bool operator<(const Grab& other) const {
-      return std::pair(key, modifiers) < std::pair(other.key, other.modifiers);
-    }
+    auto operator<=>(const Grab&) const = default;
+  };
+  struct HotKey {
+    std::uint32_t keyCode;
+    std::uint32_t modifiers;
+    std::set<Grab> grabs{};  // empty for one that the layout has not or another holds
   };
   struct Handler {
     EventHandlerFunction function;
@@ -63,7 +61,7 @@ class X11HotKeys : public HotKeys {
   bool changesMap(const xcb_generic_event_t& event) const;
   void press();
   void grabAgain();
-  std::set<Grab> grabsFor(const Combination& combination) const;
+  std::set<Grab> grabsFor(const HotKey& hotKey) const;
   bool grab(const std::set<Grab>& grabs);
   void ungrab(const std::set<Grab>& grabs);
 
@@ -71,8 +69,7 @@ class X11HotKeys : public HotKeys {
   XEvents events_{[this](const xcb_generic_event_t& event) { return handle(event); }};
   std::optional<std::uint8_t> keyboardEvent_;  // the number of XKB's events; absent without them
   std::map<EventHandlerRef, Handler> handlers_;
-  std::map<HotKeyRef, Combination> hotKeys_;
-  std::map<HotKeyRef, std::set<Grab>> grabs_;  // empty for one that the layout has not or another holds
+  std::map<HotKeyRef, HotKey> hotKeys_;
   MainQueue::Handle retry_ = MainQueue::Handle::none;
   std::uintptr_t lastReference_ = 0;
   bool isDown_ = false;

@@ -20,7 +20,6 @@ constexpr const char* accessibilityService = "org.a11y.Bus";
 constexpr const char* accessibilityPath = "/org/a11y/bus";
 constexpr const char* statusInterface = "org.a11y.Status";
 constexpr const char* enabledProperty = "IsEnabled";
-constexpr std::chrono::milliseconds patience{25000};
 // Within it the agent answers whatever the panel does.
 constexpr std::chrono::milliseconds treeLimit{200};
 
@@ -57,7 +56,7 @@ void AgentAccessibility::switchOn() {
   QDBusMessage message =
       session_bus::call(latin(accessibilityService), latin(accessibilityPath), session_bus::propertiesInterface, "Set");
   message << latin(statusInterface) << latin(enabledProperty) << QVariant::fromValue(QDBusVariant(true));
-  session_bus::ask(bus_, message, patience, &enabled_, [](const QDBusMessage& reply) {
+  session_bus::ask(bus_, message, session_bus::patience, &enabled_, [](const QDBusMessage& reply) {
     if (reply.type() != QDBusMessage::ErrorMessage) return;
     std::fprintf(stderr, "Orvo: accessibility could not be switched on: %s\n", qPrintable(reply.errorMessage()));
   });

@@ -83,7 +83,7 @@ void ApplicationRegistry::learn(std::int32_t processIdentifier, const Applicatio
       if (each.processIdentifier == processIdentifier)
         each = describe(processIdentifier, each.bundleIdentifier.value_or(""), identity);
   }
-  emit described();
+  emit changed(Notification::menuBarLayoutChanged);
 }
 
 void ApplicationRegistry::admit(std::int32_t processIdentifier, Unknown& unknown, const ApplicationIdentity& identity) {
@@ -97,7 +97,7 @@ void ApplicationRegistry::admit(std::int32_t processIdentifier, Unknown& unknown
     const std::lock_guard lock(mutex_);
     applications_.push_back(describe(processIdentifier, unknown.bundle, identity));
   }
-  emit launched();
+  emit changed(Notification::applicationLaunched);
 }
 
 // One that has exited counts no more, even before its end was heard of: the number may be another's by now.
@@ -128,7 +128,7 @@ void ApplicationRegistry::exited(std::int32_t processIdentifier) {
     const std::lock_guard lock(mutex_);
     std::erase_if(applications_, [&](const auto& known) { return known.processIdentifier == processIdentifier; });
   }
-  emit terminated();
+  emit changed(Notification::applicationTerminated);
 }
 
 std::vector<RunningApplication> ApplicationRegistry::applications() const {

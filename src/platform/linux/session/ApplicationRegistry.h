@@ -2,6 +2,7 @@
 // by DesktopWorkspace; main thread, but for the two readers.
 #pragma once
 
+#include "platform/NotificationCenter.h"
 #include "platform/Workspace.h"
 #include "platform/linux/session/ApplicationIdentities.h"
 
@@ -40,9 +41,9 @@ class ApplicationRegistry : public QObject {
   std::optional<RunningApplication> application(std::int32_t processIdentifier) const;
 
  signals:
-  void launched();
-  void terminated();
-  void described();  // one that was added before, in full now
+  // An application was launched or has terminated, or one that was added before is described in full now, which is told
+  // as a change of the menu bar's layout.
+  void changed(orvo::Notification what);
 
  private:
   class Watch;

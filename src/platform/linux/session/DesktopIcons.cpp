@@ -49,8 +49,10 @@ void DesktopIcons::answerFromTray(std::int32_t processIdentifier, int size, cons
 }
 
 void DesktopIcons::answerFromItem(const QString& address, int size, const Answer& answer) {
-  const auto [service, path] = session_bus::splitItemAddress(address);
-  QDBusMessage question = session_bus::call(service, path, session_bus::propertiesInterface, "GetAll");
+  const auto slash = address.indexOf(QLatin1Char('/'));  // none for an icon of the older kind
+  if (slash < 0) return answer(std::nullopt);
+  QDBusMessage question =
+      session_bus::call(address.left(slash), address.mid(slash), session_bus::propertiesInterface, "GetAll");
   question << session_bus::latin(itemInterface);
   question.setAutoStartService(false);
   session_bus::ask(bus_, question, answerLimit, this, [size, answer](const QDBusMessage& reply) {

@@ -116,12 +116,7 @@ void DesktopWorkspace::follow() {
   });
   trayOwners_.begin();
   clientWindows_.begin();
-  connect(&registry_, &ApplicationRegistry::launched, this,
-          [this] { center_.post(Notification::applicationLaunched); });
-  connect(&registry_, &ApplicationRegistry::described, this,
-          [this] { center_.post(Notification::menuBarLayoutChanged); });
-  connect(&registry_, &ApplicationRegistry::terminated, this,
-          [this] { center_.post(Notification::applicationTerminated); });
+  connect(&registry_, &ApplicationRegistry::changed, this, [this](Notification what) { center_.post(what); });
 }
 
 }  // namespace orvo

@@ -17,7 +17,6 @@ namespace {
 constexpr const char* loginService = "org.freedesktop.login1";
 constexpr const char* loginPath = "/org/freedesktop/login1";
 constexpr const char* loginInterface = "org.freedesktop.login1.Manager";
-constexpr std::chrono::milliseconds patience{25000};
 
 }  // namespace
 
@@ -37,7 +36,7 @@ void SleepMonitor::prepareForSleep(bool sleeping) {
   center_.post(sleeping ? Notification::willSleep : Notification::didWake);
   if (!sleeping) return delaySleep();
   mainQueue_.post([self = QPointer(this)] {
-    if (self) self->letSleep();
+    if (self) self->delay_ = {};
   });
 }
 
@@ -46,13 +45,11 @@ void SleepMonitor::delaySleep() {
   message << QStringLiteral("sleep") << QStringLiteral("Orvo") << QStringLiteral("Show hidden icons before sleep")
           << QStringLiteral("delay");
   message.setAutoStartService(false);
-  session_bus::ask(bus_, message, patience, this, [this](const QDBusMessage& reply) {
+  session_bus::ask(bus_, message, session_bus::patience, this, [this](const QDBusMessage& reply) {
     // A lock that comes once sleep has begun would hold it up for nothing.
     if (reply.signature() == QLatin1String("h") && !sleeping_)
       delay_ = reply.arguments().constFirst().value<QDBusUnixFileDescriptor>();
   });
 }
-
-void SleepMonitor::letSleep() { delay_ = QDBusUnixFileDescriptor(); }
 
 }  // namespace orvo

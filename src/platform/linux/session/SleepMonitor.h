@@ -22,7 +22,6 @@ class SleepMonitor : public QObject {
   Q_SLOT void prepareForSleep(bool sleeping);
 
   void delaySleep();
-  void letSleep();
 
   NotificationCenter& center_;
   MainQueue& mainQueue_;

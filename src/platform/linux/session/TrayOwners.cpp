@@ -13,9 +13,6 @@ using session_bus::latin;
 
 namespace {
 
-// Nothing waits for these, so that a busy service may take its time.
-constexpr std::chrono::milliseconds patience{25000};
-
 // The agent answers within six seconds.
 constexpr std::chrono::milliseconds takeOverPatience{7000};
 
@@ -68,9 +65,10 @@ void TrayOwners::itemAdded(const QString&, quint32 processIdentifier, const QStr
 }
 
 void TrayOwners::agentStarted(const QString& name) {
-  session_bus::ask(bus_, session_bus::processQuestion(name), patience, this, [this](const QDBusMessage& reply) {
-    if (const auto process = session_bus::processAnswer(reply)) found_.agent(*process);
-  });
+  session_bus::ask(bus_, session_bus::processQuestion(name), session_bus::patience, this,
+                   [this](const QDBusMessage& reply) {
+                     if (const auto process = session_bus::processAnswer(reply)) found_.agent(*process);
+                   });
   askItems();
   askRequesters();
 }
@@ -88,9 +86,10 @@ void TrayOwners::takeOver(std::function<void(const std::optional<std::string>&)>
 }
 
 void TrayOwners::askRequesters() {
-  session_bus::ask(bus_, session_bus::agentCall("Requesters"), patience, this, [this](const QDBusMessage& reply) {
-    if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);
-  });
+  session_bus::ask(bus_, session_bus::agentCall("Requesters"), session_bus::patience, this,
+                   [this](const QDBusMessage& reply) {
+                     if (reply.type() == QDBusMessage::ReplyMessage) requestersChanged(reply);
+                   });
 }
 
 void TrayOwners::requestersChanged(const QDBusMessage& message) {
@@ -99,7 +98,7 @@ void TrayOwners::requestersChanged(const QDBusMessage& message) {
 }
 
 void TrayOwners::askItems() {
-  session_bus::ask(bus_, session_bus::agentCall("Items"), patience, this,
+  session_bus::ask(bus_, session_bus::agentCall("Items"), session_bus::patience, this,
                    [this](const QDBusMessage& reply) { takeItems(reply); });
 }
 

@@ -35,8 +35,8 @@ EventType downType(xcb_button_t button) {
 
 }  // namespace
 
-std::unique_ptr<TapThread> TapThread::start(const std::string& display, Sink sink) {
-  auto connection = XConnection::open(display, "event tap");
+std::unique_ptr<TapThread> TapThread::start(Sink sink) {
+  auto connection = XConnection::open("event tap");
   if (!connection) return nullptr;
   if (!connection->hasExtension(xcb_test_id)) {
     connection->log("the X server has no XTEST extension, so held clicks could not be given back");

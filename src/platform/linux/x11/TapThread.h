@@ -60,7 +60,7 @@ class TapThread {
   };
 
   // Absent, with a line on standard error, without an X server or its XTEST extension.
-  static std::unique_ptr<TapThread> start(const std::string& display, Sink sink);
+  static std::unique_ptr<TapThread> start(Sink sink);
 
   // Gives the clicks that wait, undecided ones included, but for those whose button is still held or whose
   // control nobody can place, and removes the covers.

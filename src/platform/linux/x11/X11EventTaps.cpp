@@ -13,12 +13,11 @@ struct X11EventTaps::Tap {
   std::uint64_t mask = 0;
   EventTapCallback callback = nullptr;
   void* userInfo = nullptr;
-  bool valid = true;
   bool attached = false;
   bool enabled = true;
   std::vector<Rect> regions;
 
-  bool active() const { return valid && attached && enabled; }
+  bool active() const { return attached && enabled; }
 };
 
 class X11EventTaps::Port : public EventTapPort {
@@ -30,40 +29,36 @@ class X11EventTaps::Port : public EventTapPort {
 
   bool addToMainRunLoop() override {
     set(tap_->attached, true);
-    return tap_->valid;
+    return isValid();
   }
   void removeFromMainRunLoop() override { set(tap_->attached, false); }
   bool enable() override {
     set(tap_->enabled, true);
-    return tap_->valid && !alive_.expired() && taps_.hasThread();
+    return isValid() && taps_.hasThread();
   }
   void setRegionsOfInterest(const std::vector<Rect>& regions) override { set(tap_->regions, regions); }
   void invalidate() override {
-    if (!alive_.expired()) taps_.invalidate(*tap_);
+    if (isValid()) taps_.invalidate();
   }
 
  private:
   template <typename T>
   void set(T& property, const T& value) {
     property = value;
-    if (tap_->valid && !alive_.expired()) taps_.update();
+    if (isValid()) taps_.update();
   }
+  bool isValid() const { return !alive_.expired() && taps_.tap_ == tap_; }
 
   X11EventTaps& taps_;
   std::weak_ptr<int> alive_;
   std::shared_ptr<Tap> tap_;
 };
 
-X11EventTaps::X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places,
-                           std::string display)
-    : queue_(queue),
-      trusted_(std::move(trusted)),
-      places_(places),
-      display_(std::move(display)),
-      alive_(std::make_shared<int>()) {}
+X11EventTaps::X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places)
+    : queue_(queue), trusted_(std::move(trusted)), places_(places), alive_(std::make_shared<int>()) {}
 
 X11EventTaps::~X11EventTaps() {
-  if (tap_) invalidate(*tap_);
+  if (tap_) invalidate();
   givePosted();
 }
 
@@ -96,7 +91,7 @@ bool X11EventTaps::startThread() {
   sink.controls = [&places = places_] { return places.now(); };
   sink.timedOut = [this] { onMain([this] { disable(EventType::tapDisabledByTimeout); }); };
   sink.ended = [this] { onMain([this] { disable(EventType::tapDisabledByUserInput); }); };
-  thread_ = TapThread::start(display_, std::move(sink));
+  thread_ = TapThread::start(std::move(sink));
   return thread_ != nullptr;
 }
 
@@ -162,8 +157,7 @@ void X11EventTaps::give(const X11Event& event) {
     thread_->click(event.type(), {event.location(), event.location(), event.control()}, event.moment());
 }
 
-void X11EventTaps::invalidate(Tap& tap) {
-  if (!std::exchange(tap.valid, false)) return;
+void X11EventTaps::invalidate() {
   tap_.reset();
   update();
   givePosted();

@@ -30,8 +30,8 @@ class X11Event;
 
 class X11EventTaps : public EventTaps {
  public:
-  // `trusted` tells whether this process may tap at all. An empty `display` stands for DISPLAY.
-  X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places, std::string display = {});
+  // `trusted` tells whether this process may tap at all.
+  X11EventTaps(MainQueue& queue, std::function<bool()> trusted, const ControlPlaces& places);
   // Events that were posted still reach the session, unless their button is held or nobody knows where
   // their control is.
   ~X11EventTaps() override;
@@ -57,13 +57,12 @@ class X11EventTaps : public EventTaps {
   void showPosted();
   void givePosted();
   void give(const X11Event& event);
-  void invalidate(Tap& tap);
+  void invalidate();
   void onMain(std::function<void()> task);
 
   MainQueue& queue_;
   std::function<bool()> trusted_;
   const ControlPlaces& places_;
-  std::string display_;
   std::shared_ptr<Tap> tap_;  // absent when there is none or it is invalid
   std::deque<X11Event> posted_;
   std::shared_ptr<int> alive_;  // outlives the thread, whose tasks ask whether it is gone

@@ -21,9 +21,9 @@ bool XConnection::canOpen() {
   return xcb_connection_has_error(connection.get()) == 0;
 }
 
-std::unique_ptr<XConnection> XConnection::open(const std::string& display, const std::string& user) {
+std::unique_ptr<XConnection> XConnection::open(const std::string& user) {
   int screen = 0;
-  Handle connection(xcb_connect(display.empty() ? nullptr : display.c_str(), &screen), xcb_disconnect);
+  Handle connection(xcb_connect(nullptr, &screen), xcb_disconnect);
   if (xcb_connection_has_error(connection.get()) != 0) {
     std::fprintf(stderr, "orvo: %s: there is no X server to connect to\n", user.c_str());
     return nullptr;

@@ -33,9 +33,9 @@ XReply<T> owned(T* memory) {
 
 class XConnection {
  public:
-  // An empty `display` stands for DISPLAY. `user` names the adapter in messages, such as "hot keys".
+  // To DISPLAY. `user` names the adapter in messages, such as "hot keys".
   // Absent, with a line on standard error, when there is no server.
-  static std::unique_ptr<XConnection> open(const std::string& display, const std::string& user);
+  static std::unique_ptr<XConnection> open(const std::string& user);
 
   // One that somebody else opened to DISPLAY, and closes.
   static std::unique_ptr<XConnection> borrow(xcb_connection_t* connection, const std::string& user);
