@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "agent/BusCall.h"
+#include "core/Rect.h"
 #include "platform/linux/ReadWatch.h"
 #include "platform/linux/Timer.h"
-#include "core/Rect.h"
 
 namespace orvo {
 

@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "agent/rules/LegacyIcons.h"
 #include "platform/linux/ReadWatch.h"
 #include "platform/linux/Timer.h"
-#include "agent/rules/LegacyIcons.h"
 #include "platform/linux/x11/XConnection.h"
 
 namespace orvo {

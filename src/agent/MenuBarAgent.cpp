@@ -11,12 +11,12 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/ApplicationLookup.h"
 #include "agent/LegacyTray.h"
 #include "agent/MenuBarService.h"
 #include "agent/PanelReader.h"
 #include "agent/StatusNotifierWatcher.h"
 #include "platform/linux/AgentProtocol.h"
+#include "platform/linux/ApplicationLookup.h"
 
 namespace orvo {
 

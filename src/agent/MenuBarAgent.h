@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "agent/BusCall.h"
-#include "platform/linux/Timer.h"
 #include "agent/rules/LegacyIcons.h"
 #include "agent/rules/StatusControls.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

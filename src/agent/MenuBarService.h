@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/ApplicationLookup.h"
 #include "agent/BusCall.h"
 #include "agent/PanelQueue.h"
 #include "agent/PanelViews.h"
 #include "agent/rules/MenuBar.h"
 #include "agent/rules/PanelNews.h"
+#include "platform/linux/ApplicationLookup.h"
 
 namespace orvo {
 

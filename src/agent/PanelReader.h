@@ -11,8 +11,8 @@
 #include "agent/AccessibilityBus.h"
 #include "agent/PanelSettings.h"
 #include "agent/PanelTree.h"
-#include "platform/linux/Timer.h"
 #include "agent/rules/StatusControls.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

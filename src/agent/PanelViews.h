@@ -16,8 +16,8 @@
 
 #include "agent/BusCall.h"
 #include "agent/PanelQueue.h"
-#include "platform/linux/Timer.h"
 #include "agent/rules/ItemRegistry.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

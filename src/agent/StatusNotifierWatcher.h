@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "agent/BusCall.h"
-#include "platform/linux/Timer.h"
 #include "agent/TrayHeir.h"
+#include "platform/linux/Timer.h"
 
 namespace orvo {
 

@@ -9,7 +9,6 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/ApplicationLookup.h"
 #include "agent/Guardian.h"
 #include "agent/IconRestorer.h"
 #include "agent/LegacyTray.h"
@@ -20,6 +19,7 @@
 #include "agent/TrayCensus.h"
 #include "agent/rules/KeptItems.h"
 #include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/ApplicationLookup.h"
 
 namespace {
 

@@ -43,7 +43,9 @@ void ApplicationLookup::find(std::int32_t process, Found found) {
   } else if (open != questions_.end() && !isLate(*open)) {
     open->found.push_back(std::move(found));
   } else {
-    return found({});  // of one that is late, onLate() tells
+    // Of one that is late, onLate() tells. By then its number may be another process's.
+    if (open != questions_.end()) open->isAskedAgain = true;
+    return found({});
   }
   proceed();
 }
@@ -63,7 +65,7 @@ void ApplicationLookup::proceed() {
   }
   std::optional<Clock::time_point> due;
   for (const Question& each : questions_)
-    if (!isOver(each)) due = std::min(due.value_or(each.deadline), each.deadline);
+    if (!isLate(each)) due = std::min(due.value_or(each.deadline), each.deadline);
   if (!due) return late_.stop();
   late_.start(std::chrono::ceil<std::chrono::milliseconds>(*due - now));
 }
@@ -102,6 +104,7 @@ void ApplicationLookup::takeAnswers() {
 void ApplicationLookup::take(Question& question) {
   Answer answer = question.answer.get();
   entries_ = std::move(answer.entries);
+  if (question.isAskedAgain) return void(questions_.push_back({question.process, question.deadline, {}}));
   if (isLate(question)) onLate(question.process, answer.identity);
   for (const Found& found : question.found) found(answer.identity);
 }

@@ -45,6 +45,7 @@ class ApplicationLookup {
     Clock::time_point deadline;
     std::vector<Found> found;      // none once it is late
     std::future<Answer> answer{};  // of a thread, where one has begun
+    bool isAskedAgain = false;     // since it is late
   };
   struct Bell;
 

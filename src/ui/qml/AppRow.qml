@@ -24,6 +24,9 @@ FocusScope {
     Accessible.role: Accessible.ListItem
     onActiveFocusChanged: if (activeFocus)
         entered()
+    // What is known of its program late may bring its icon.
+    onAppChanged: if (!icon.available)
+        icon.fetch()
 
     Rectangle {
         anchors.fill: parent

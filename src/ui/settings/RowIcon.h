@@ -19,6 +19,7 @@ class RowIcon : public QQuickPaintedItem {
   explicit RowIcon(QQuickItem* parent = nullptr);
 
   bool available() const { return !image_.isNull(); }
+  Q_INVOKABLE void fetch();
   void paint(QPainter* painter) override;
 
  signals:
@@ -31,7 +32,6 @@ class RowIcon : public QQuickPaintedItem {
 
  private:
   int pixels() const;
-  void fetch();
   void show(const QImage& icon);
 
   int pid_ = 0;

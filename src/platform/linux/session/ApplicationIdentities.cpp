@@ -1,9 +1,16 @@
 #include "platform/linux/session/ApplicationIdentities.h"
 
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace orvo {
+
+namespace {
+
+constexpr auto unlimited = std::numeric_limits<std::uint64_t>::max();
+
+}  // namespace
 
 ApplicationIdentities::ApplicationIdentities() : loop_(newLoop()), lookup_(loop_.get(), limit) {}
 
@@ -13,7 +20,6 @@ void ApplicationIdentities::begin() {
 }
 
 void ApplicationIdentities::find(std::int32_t process, ApplicationLookup::Found found) {
-  constexpr auto unlimited = std::numeric_limits<std::uint64_t>::max();
   lookup_.find(process, std::move(found));
   while (lookup_.isExpecting() && sd_event_run(loop_.get(), unlimited) > 0) {
   }
@@ -21,9 +27,12 @@ void ApplicationIdentities::find(std::int32_t process, ApplicationLookup::Found 
 }
 
 ApplicationIdentity ApplicationIdentities::findNow(std::int32_t process) {
-  const auto known = std::make_shared<ApplicationIdentity>();
-  find(process, [known](const ApplicationIdentity& identity) { *known = identity; });
-  return *known;
+  const auto known = std::make_shared<std::optional<ApplicationIdentity>>();
+  lookup_.find(process, [known](const ApplicationIdentity& identity) { *known = identity; });
+  while (!*known && sd_event_run(loop_.get(), unlimited) > 0) {
+  }
+  serve();
+  return known->value_or(ApplicationIdentity{});
 }
 
 // The loop's descriptor tells of its timer only once it has nothing else to do.

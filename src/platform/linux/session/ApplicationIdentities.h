@@ -27,7 +27,7 @@ class ApplicationIdentities {
   // Called before it returns; while anything is late, nobody waits and it is called in the event loop.
   void find(std::int32_t process, ApplicationLookup::Found found);
 
-  // Without an identifier for unknown, and for what is not known by then.
+  // Waits for it, whatever else is late. Without an identifier for unknown, and for what is not known by then.
   ApplicationIdentity findNow(std::int32_t process);
 
   void onLate(std::function<void(std::int32_t process, const ApplicationIdentity& identity)> action) {

@@ -35,6 +35,10 @@ DesktopWorkspace::DesktopWorkspace(ApplicationIdentities& identities,
                         [this](bool managesItems) { setManagedElsewhere(!managesItems); },
                         [this](std::int32_t process, const std::string& bundle) { registry_.add(process, bundle); }}),
       clientWindows_([this](std::int32_t process) { return registry_.add(process); }) {
+  identities_.onLate([this](std::int32_t process, const ApplicationIdentity& identity) {
+    registry_.learn(process, identity);
+    requesterKnown(static_cast<quint32>(process), identity);
+  });
   registry_.add(static_cast<std::int32_t>(QCoreApplication::applicationPid()), ownBundleIdentifier.value_or(""));
 }
 
@@ -110,10 +114,6 @@ void DesktopWorkspace::setManagedElsewhere(bool elsewhere) {
 
 void DesktopWorkspace::follow() {
   identities_.begin();
-  identities_.onLate([this](std::int32_t process, const ApplicationIdentity& identity) {
-    registry_.learn(process, identity);
-    requesterKnown(static_cast<quint32>(process), identity);
-  });
   trayOwners_.begin();
   clientWindows_.begin();
   connect(&registry_, &ApplicationRegistry::changed, this, [this](Notification what) { center_.post(what); });
