@@ -51,14 +51,14 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes endedtap 3000ms", "V+! V+! V+! One Two 1/1", false, ""},
       {"", "hide yes untrusted refresh", "V- V- V- One Two 1/1", false, ""},
       // Requests and their answers.
-      {"echo", "hide settle 5000ms", "H+! H+! H+! One Two 1/1", false, ""},
+      {"echo noitem", "hide settle 5000ms", "H+! H+! H+! One Two 1/1", false, ""},
       {"", "hide no reveal refresh settle 5000ms", "V+! V+! V+! One Two 1/2", false, "Could not hide icons: not now"},
       {"", "hide yes 4000ms hide 5000ms", "V+! V+! V+! One Two 2/1", false, "macOS did not confirm"},
       {"", "hide yes broken hide", "V+! V+! V+! One Two 1/1", false, "The menu bar API could not start."},
       {"", "hide yes untrusted ask", "H+ H+ H+ One Two 1/1", false, ""},
       // What is missing.
       {"/Downloads/O", "login hide", "V+ V+ V+ One Two 0/1", false, "Install Orvo in Applications"},
-      {"noframework", "login hide", "V+ V+ V+ One Two 0/1", false, "Login item could not be changed: full"},
+      {"noframework nobutton", "login hide", "V+ V+ V+ One Two 0/1", false, "Login item could not be changed: full"},
       {"notaps", "login hide", "V. V. V. One Two 0/1", false, "System controls are not ready."},
       {"nohost", "login hide", "V- V- V- 0/0", false, "System controls are not ready."},
       // Hiding again.
@@ -87,7 +87,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       // The poll.
       {"notaps", "taps 3000ms", "V+! V+! V+! One Two 0/1", false, ""},
       {"notaps", "trusted refresh settle taps refresh", "V+! V+! V+! One Two 0/3", false, ""},
-      {"untrusted", "3000ms", "V. V. V. 0/0", false, ""},
+      {"untrusted nowindow", "3000ms", "V. V. V. 0/0", false, ""},
       {"", "hide yes untrusted 3000ms trusted 3000ms", "V+! V+! V+! One Two 1/2", false, ""},
       {"", "15000ms", "V+! V+! V+! One Two 0/1", false, ""},
       {"", "18000ms", "V+! V+! V+! One Two 0/2", false, ""},
