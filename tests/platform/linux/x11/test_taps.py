@@ -262,12 +262,10 @@ class Taps(unittest.TestCase):
         root, window = self.desktop.root, self.desktop.window(self.dock.window.id)
         kind, listed = map(self.desktop.display.intern_atom, ("_NET_WM_WINDOW_TYPE", "_NET_CLIENT_LIST"))
         types = window.get_full_property(kind, Xatom.ATOM).value
-        for windows, told in (([window.id], []), ([root.id] * 500_000 + [window.id], []), ([0x7000000], types)):
+        for windows, told in (([window.id], []), ([root.id] * 5000 + [window.id], []), ([0x7000000], types)):
             with self.subTest(length=len(windows), types=told):
                 window.change_property(kind, Xatom.ATOM, 32, told)
-                root.change_property(listed, Xatom.WINDOW, 32, [])
-                for start in range(0, len(windows), 4096):  # A request has room for so many, and each is news.
-                    root.change_property(listed, Xatom.WINDOW, 32, windows[start:start + 4096], X.PropModeAppend)
+                root.change_property(listed, Xatom.WINDOW, 32, windows)
                 self.desktop.display.sync()
                 hold(0.1)  # Covers that go would be gone by then.
                 self.catch()
