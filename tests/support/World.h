@@ -108,7 +108,6 @@ class World {
         {"nocontrols", [](W& w) { w.memory.accessibility.trees.clear(); }},
         {"onlytwo", [](W& w) { w.memory.showItems(onlyTwo); }},
         {"onequits", [](W& w) { w.memory.workspace.quit(appOne); }},
-        {"echo", [](W& w) { w.memory.framework.onActivate = [&w](std::size_t) { w.memory.framework.answer(0); }; }},
         {"null", [](W& w) { w.memory.framework.missing = {"assertion"}; }},
         {"broken", [](W& w) { w.memory.framework.raises[Step::activate] = MemoryFramework::raising("broken"); }},
         {"whole", [](W& w) { w.memory.framework.missing.clear(), w.memory.framework.raises.erase(Step::activate); }},
