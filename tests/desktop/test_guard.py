@@ -24,7 +24,6 @@ LAYOUTS = {
     "the tray first": ([({}, ("systray", "xkb", "tasklist", STRETCH, "clock"))], 1),
     "the tray in the middle": ([({}, (STRETCH, "clock", "systray", "xkb", STRETCH))], 1),
     "the clock before the tray, which is last": ([({}, ("tasklist", STRETCH, "clock", "xkb", "systray"))], 1),
-    "everything packed to the left": ([({}, ("applicationsmenu", "systray", "xkb", "clock", GAP))], 1),
     "as short as what is on it": ([({"length": 1, "position": "p=11;x=0;y=0"}, ("systray", "clock", "xkb"))], 1),
     "standing at the left": ([({**LEFT, "size": 32}, ("systray", "xkb", "clock:full"))], 1),
     "64 pixels": ([({"size": 64}, ("tasklist", STRETCH, "clock", "systray", "xkb"))], 1),
@@ -38,10 +37,8 @@ LAYOUTS = {
 # Done to the panel while icons are hidden, and undone: setting, then and before.
 CHANGES = {
     "position": ("/panels/panel-1/position", BOTTOM["position"], "p=6;x=0;y=0"),
-    "length": ("/panels/panel-1/length", 60, 100),
     "mode": ("/panels/panel-1/mode", 1, 0),
     "size": ("/panels/panel-1/size", 44, 28),
-    "icon size": ("/panels/panel-1/icon-size", 24, 16),
     "clock format": ("/plugins/plugin-3/digital-time-format", "12:00 and more", STILL),
 }
 
