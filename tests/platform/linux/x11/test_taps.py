@@ -36,19 +36,14 @@ class TapProgram:
     def say(self, *words):
         self.process.stdin.write(" ".join(map(str, words)) + "\n")
         self.process.stdin.flush()
-        answers = []
         while (line := self.process.stdout.readline()) != "done\n":
             assert line, f"the program ended: {self.process.wait()}"
-            kind, *rest = map(int, line.split())
-            if rest:
-                self.events.append((kind, tuple(rest[:2]), rest[2]))
-            else:
-                answers.append(kind)
-        return answers
+            kind, x, y, mark = map(int, line.split())
+            self.events.append((kind, (x, y), mark))
+        return self.events
 
     def read(self):
-        self.say("nothing")
-        return self.events
+        return self.say("nothing")
 
     def end(self):
         self.process.communicate()
@@ -143,7 +138,7 @@ class Taps(unittest.TestCase):
         self.tap.say("post")
         self.assertEqual(self.expect_seen(LEFT_DOWN)[0][2], 42)
         self.expect_no_more()  # It was dropped.
-        for word in ("hang", "post", "invalidate", "go"):  # Nobody is left to be asked.
+        for word in ("hangs 1", "post", "invalidate", "hangs 0"):  # Nobody is left to be asked.
             self.tap.say(word)
         self.expect_clicks(click(1, ON_REGION), plugin)
 
@@ -162,20 +157,20 @@ class Taps(unittest.TestCase):
 
     def test_a_click_that_nobody_has_decided_when_the_tap_ends_is_given(self):
         self.expect_covered()
-        self.tap.say("hang")
+        self.tap.say("hangs", 1)
         self.person.click(*ON_REGION)
-        wait(lambda: self.tap.say("asked") == [1], 5, "a task for the main thread")
+        wait(lambda: self.tap.say("asked"), 5, "a task for the main thread")
         self.tap.say("end")
         self.expect_clicks(click(1, ON_REGION))
 
     def test_a_hung_main_thread_loses_no_click_and_hears_of_the_time_out(self):
         self.expect_covered()
-        self.tap.say("hang")
+        self.tap.say("hangs", 1)
         pressed = self.person.click(*ON_REGION)
         self.expect_clicks(click(1, ON_REGION))
         self.assertGreaterEqual(time.monotonic() - pressed, VERDICT_LIMIT)
         self.assertEqual(self.covers(), [])
-        self.tap.say("go")
+        self.tap.say("hangs", 0)
         self.expect_seen(TIMED_OUT)
         self.person.click(*ON_REGION)  # Disabled: passes without asking.
         self.expect_clicks(click(1, ON_REGION))
