@@ -26,6 +26,19 @@ image create photo square -width 22 -height 22
 square put red -to 0 0 22 22
 tktray::icon .icon -image square
 """
+FILLER = """import sys, time
+from Xlib import X, display
+client = display.Display()
+tray = client.create_resource_object("window", int(sys.argv[1], 16)).query_tree().parent.query_tree().parent
+client.grab_server()
+socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+for _ in range(20_000):
+    socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+client.ungrab_server()
+client.sync()
+print("filled", flush=True)
+time.sleep(1000)
+"""
 COMBINATION = ("Control_L", "Alt_L", "Super_L", "b")
 MODIFIERS = X.ControlMask | X.Mod1Mask | X.Mod4Mask
 IN_USE = "This shortcut is in use. Orvo’s menu bar arrow is still available."
@@ -116,19 +129,14 @@ class Hiding(HidingCase):
 
     def test_a_program_that_fills_the_tray_and_the_list_of_windows_holds_nobody_up(self):
         icon = next(address for address, *_ in self.desktop.call_agent("Items") if address.startswith("x11:"))
-        client = display.Display(self.desktop.display_name)
-        self.addCleanup(client.close)
-        socket = client.create_resource_object("window", int(icon[4:], 16)).query_tree().parent
-        client.grab_server()
-        beside = socket.query_tree().parent.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-        for _ in range(20_000):
-            beside.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-        client.ungrab_server()
-        listed, length = client.intern_atom("_NET_CLIENT_LIST"), 4096
+        self.desktop.spawn("filler", ["/usr/bin/python3", "-c", FILLER, icon[4:]])
+        self.addCleanup(self.desktop.end, "filler")
+        wait(lambda: "filled" in self.desktop.log("filler"), what="the windows")
+        listed, length = self.desktop.display.intern_atom("_NET_CLIENT_LIST"), 4096
         for start in range(0, 500_000, length):
-            client.screen().root.change_property(
+            self.desktop.root.change_property(
                 listed, Xatom.WINDOW, 32, range(start, start + length), X.PropModeAppend)
-        client.sync()
+        self.desktop.display.sync()
         started = time.monotonic()
         self.desktop.call_agent("Tree")
         self.desktop.menu()
