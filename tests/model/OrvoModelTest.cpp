@@ -72,6 +72,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes nocontrols layout settle 1600ms controls 400ms", "H+! H+! H+! One Two 1/7", false, ""},
       {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false, "The system"},
       {"", "hide yes nocontrols exit settle controls 400ms", "A+ A+ A+ One Two 2/3", false, ""},
+      {"", "hide yes nocontrols exit settle reveal controls 400ms", "V+! V+! V+! One Two 1/3", false, ""},
       {"", "nocontrols refresh settle 3200ms refresh settle 2000ms", "V- V- V- 0/8", false, ""},
       {"", "hide yes refresh layout", "H+! H+! H+! One Two 1/3", false, ""},
       {"", "refresh sleep turn scan onlytwo", "V- V- V+ two 0/3", false, ""},
