@@ -1,52 +1,34 @@
-"""A window of our own that writes down every press and release it gets."""
+"""A window of our own that notes every press and release it gets."""
 
-import sys
-import time
+from Xlib import X, Xatom, display
 
 from waiting import wait
 
 
 class Probe:
-    """A window of this title, or a dock at the bottom of the screen, as a panel of another maker would be."""
+    """Of a program of its own: a dock, as a panel of another maker would be, a window of another kind, or a plug-in
+    inside one."""
 
-    def __init__(self, desktop, kind, title):
-        self.desktop, self.name = desktop, title
-        desktop.spawn(title, ["/usr/bin/python3", __file__, kind, title])
-        wait(lambda: "ready" in desktop.log(title), 20, title)
+    def __init__(self, desktop, frame, inside=None, kind="DOCK"):
+        self._display, self.buttons = display.Display(desktop.display_name), []
+        types, of_this_kind = map(self._display.intern_atom, ("_NET_WM_WINDOW_TYPE", f"_NET_WM_WINDOW_TYPE_{kind}"))
+        parent = self._display.create_resource_object("window", (inside.window if inside else desktop.root).id)
+        self.window = parent.create_window(
+            *frame, 0, X.CopyFromParent, event_mask=X.ButtonPressMask | X.ButtonReleaseMask)
+        self.window.change_property(types, Xatom.ATOM, 32, [of_this_kind])
+        self.window.set_wm_normal_hints(flags=4 | 8)  # The program asks for this place and size.
+        self.close = self._display.close
 
-    def events(self):
-        """Moment, kind and button of each."""
-        lines = [line.split() for line in self.desktop.log(self.name).splitlines()]
-        return [(float(line[0]), line[1], int(line[2])) for line in lines if len(line) == 3 and line[0][0].isdigit()]
+        def shown():
+            self.window.map()  # A window manager that is only starting may miss the wish.
+            return self.window.get_attributes().map_state == X.IsViewable
+        wait(shown, what="the probe")
 
-    def kinds(self, since=0.0):
-        return [event[1:] for event in self.events() if event[0] >= since]
-
-
-def main(kind, title):
-    import gi
-    gi.require_version("Gtk", "3.0")
-    from gi.repository import Gdk, GLib, Gtk
-    names = {Gdk.EventType.BUTTON_PRESS: "press", Gdk.EventType.BUTTON_RELEASE: "release"}
-
-    def note(_widget, event):
-        if event.type in names:
-            print(f"{time.monotonic():.6f} {names[event.type]} {event.button.button}", flush=True)
-    GLib.set_prgname(title)
-    window, content = Gtk.Window(title=title), Gtk.EventBox()
-    content.add_events(Gdk.EventMask.BUTTON_PRESS_MASK | Gdk.EventMask.BUTTON_RELEASE_MASK)
-    content.connect("event", note)
-    window.add(content)
-    window.set_default_size(300, 200)
-    if kind == "dock":
-        screen = Gdk.Display.get_default().get_monitor(0).get_geometry()
-        window.set_type_hint(Gdk.WindowTypeHint.DOCK)
-        window.set_default_size(screen.width, 30)
-        window.move(0, screen.height - 30)
-    window.connect("map-event", lambda *_: print("ready", flush=True))
-    window.show_all()
-    Gtk.main()
-
-
-if __name__ == "__main__":
-    main(*sys.argv[1:])
+    def read(self):
+        """Kind, button and place on the screen of each so far."""
+        while self._display.pending_events():
+            got = self._display.next_event()
+            if got.type in (X.ButtonPress, X.ButtonRelease):
+                kind = "down" if got.type == X.ButtonPress else "up"
+                self.buttons.append((kind, got.detail, (got.root_x, got.root_y)))
+        return self.buttons

@@ -7,8 +7,6 @@ namespace orvo {
 using enum EventType;
 
 struct App : World {
-  using World::World;
-
   // Plays from a bar that shows everything and a window that nobody has asked for.
   void from(const char* steps) {
     play(std::string("reveal pickone ") + steps);
@@ -74,18 +72,6 @@ TEST(AppDelegateTest, ReopeningAndEveryEndRevealAndWhatOutlivesItDoesNothing) {
     for (const std::size_t index : {0U, 1U, 3U}) choose(menu, index);
     EXPECT_EQ(memory.application.terminations, byMenu ? 2 : 1);
     EXPECT_EQ(memory.windows.shown, 0);
-  }
-}
-
-TEST(AppDelegateTest, ASystemThatGrantsNothingLeavesEverythingElseWorking) {
-  for (const char* granted : {"nowindow nobutton", "nowindow noitem"}) {
-    App app(granted);
-    app.delegate->applicationShouldHandleReopen(false);
-    app.from("hide yes");
-    EXPECT_EQ(app.model->state(), BarState::hidden);
-    app.memory.windows.grantsWindows = true;
-    app.delegate->applicationShouldHandleReopen(false);
-    EXPECT_EQ(app.memory.windows.shown, 1);
   }
 }
 

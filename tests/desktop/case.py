@@ -19,6 +19,12 @@ from waiting import wait  # noqa: E402
 COPYQ, PASYSTRAY, QMIDINET = "com.github.hluk.copyq", "pasystray", "org.rncbc.qmidinet"
 
 
+def write_program(path, commands):
+    with open(path, "w", encoding="ascii") as file:
+        file.write(f"#!/bin/sh\n{commands}\n")
+    os.chmod(path, 0o755)
+
+
 class Peer:
     """A program on the session bus that the agent takes for the application of this name (see peer.py)."""
 

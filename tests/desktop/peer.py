@@ -57,15 +57,11 @@ def describe(connection=bus, **properties):
     serve(connection, GetAll=tell, Get=tell)
 
 
-def pixels(color, *sizes):
-    return "a(iiay)", [(width, height, bytes.fromhex(color) * (width * height)) for width, height in sizes]
-
-
 def show(color, identifier):
     """An item of one colour, on a connection of its own."""
     items[color] = connect(ADDRESS)
     describe(items[color], Id=("s", identifier), Title=("s", color), Status=("s", "Active"),
-             IconPixmap=pixels("ff" + color, (22, 22)))
+             IconPixmap=("a(iiay)", [(22, 22, bytes.fromhex("ff" + color) * 22 * 22)]))
     register(items[color].get_unique_name(), items[color])
 
 

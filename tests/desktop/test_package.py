@@ -8,15 +8,16 @@ import sys
 import time
 import types
 import unittest
+from pathlib import Path
 
 from Xlib import error
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "desktop"))
-import private_root  # noqa: E402
-from desktop import AGENT, REPOSITORY, WATCHER  # noqa: E402
-from picture import Picture  # noqa: E402
-from session import OrvoDesktop  # noqa: E402
-from waiting import settled, wait  # noqa: E402
+from case import write_program
+import private_root
+from desktop import AGENT, REPOSITORY, WATCHER
+from picture import Picture
+from session import OrvoDesktop
+from waiting import settled, wait
 
 PACKAGES = glob.glob(f"{REPOSITORY}/build/package/orvo_*.deb")
 SKIPPED = 77  # as CMake knows it
@@ -54,8 +55,8 @@ class XfceSession(OrvoDesktop):
     def log_in(self):
         self.spawn("session", ["/etc/X11/Xsession", "startxfce4"])
         session = wait(lambda: self.process_called("xfce4-session"), 20, "the session")
-        with open(f"/proc/{session}/environ", encoding="utf-8") as file:
-            variables = dict(line.split("=", 1) for line in file.read().split("\0") if line)
+        content = Path(f"/proc/{session}/environ").read_text("utf-8")
+        variables = dict(line.split("=", 1) for line in content.split("\0") if line)
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = variables["DBUS_SESSION_BUS_ADDRESS"]
         self.bus = self._connect(variables["DBUS_SESSION_BUS_ADDRESS"])
         self.processes["panel"] = types.SimpleNamespace(pid=wait(lambda: self.process_called("xfce4-panel"), 20, "the panel"))
@@ -93,17 +94,14 @@ class Package(unittest.TestCase):
     def log_in_to(self, name):
         """A login to a session that only asks for the agent: where its program is, or nothing, and how long it took."""
         program, answer = f"/usr/local/bin/{name}", f"{self.desktop.home}/answer"
-        with open(program, "w", encoding="ascii") as file:
-            file.write("#!/bin/sh\ndbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / "
-                       f"org.freedesktop.DBus.NameHasOwner string:{AGENT} >{answer}\n"
-                       f"readlink /proc/$(pgrep --exact --newest orvo-agent)/exe >>{answer}\n")
-        os.chmod(program, 0o755)
+        write_program(program, "dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / "
+                      f"org.freedesktop.DBus.NameHasOwner string:{AGENT} >{answer}\n"
+                      f"readlink /proc/$(pgrep --exact --newest orvo-agent)/exe >>{answer}")
         begin = time.monotonic()
         self.desktop.run(["env", "-u", "DBUS_SESSION_BUS_ADDRESS", "/etc/X11/Xsession", name])
         took = time.monotonic() - begin
         os.remove(program)
-        with open(answer, encoding="ascii") as file:
-            has_name, *program = file.read().splitlines()
+        has_name, *program = Path(answer).read_text("ascii").splitlines()
         return program[0] if "true" in has_name else "", took
 
     def test_only_a_session_of_xfce_waits_for_the_agent_and_for_two_seconds_at_most(self):
@@ -115,9 +113,7 @@ class Package(unittest.TestCase):
         os.rename(agent, agent + ".kept")
         for command in ("exec sleep 60", "exit 1"):
             with self.subTest(command):
-                with open(agent, "w", encoding="ascii") as file:
-                    file.write(f"#!/bin/sh\n{command}\n")
-                os.chmod(agent, 0o755)
+                write_program(agent, command)
                 here, took = self.log_in_to("startxfce4")
                 self.assertEqual(here, "")
                 self.assertLess(took, usual + 2.2)

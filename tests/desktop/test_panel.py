@@ -10,8 +10,7 @@ import unittest
 from gi.repository import GLib
 
 from case import DesktopCase, Peer, stopped
-from desktop import CELL
-from picture import Picture
+from desktop import CELL, FRAME
 from waiting import hold, settled, wait
 
 PREFIX = "com.apple.menuextra."
@@ -40,14 +39,8 @@ class News(DesktopCase):
 
     @classmethod
     def colors(cls):
-        x, y, width, height = cls.desktop.tray_frame() or (0, 0, 0, 0)
-        count = width // CELL
-        if count == 0:
-            return []
-        row = Picture(cls.desktop.root, x, y + height // 2, width, 1).data
-        margin = (width - count * CELL) // 2
-        middles = [4 * (margin + index * CELL + CELL // 2) for index in range(count)]
-        return [row[at:at + 3][::-1].hex() for at in middles]
+        middle = 2 * (CELL - 2 * FRAME) ** 2 + 2 * (CELL - 2 * FRAME)  # Of a square with four bytes a pixel.
+        return [cell[middle:middle + 3][::-1].hex() for cell in cls.desktop.cells()]
 
     def hide_all_but(self, *applications):
         return self.desktop.call_agent("Activate", "(aias)", [], applications)

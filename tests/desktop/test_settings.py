@@ -10,7 +10,7 @@ from gi.repository import GLib
 from Xlib import X, display
 from Xlib.protocol import event
 
-from case import DesktopCase, Peer
+from case import DesktopCase, Peer, write_program
 from accessible import STATE_SHOWING
 from picture import Picture
 from waiting import wait
@@ -20,9 +20,7 @@ class Settings(DesktopCase):
     @classmethod
     def prepare(cls):
         programs = cls.desktop.folder_for("home", "bin")
-        with open(f"{programs}/xfce4-accessibility-settings", "w", encoding="ascii") as file:
-            file.write(f"#!/bin/sh\n>{programs}/opened\n")
-        os.chmod(file.name, 0o755)
+        write_program(f"{programs}/xfce4-accessibility-settings", f">{programs}/opened")
         cls.desktop.environment["PATH"] = programs + ":" + cls.desktop.environment["PATH"]
         cls.desktop.start_orvo(ready=False)
         wait(cls.desktop.settings_window, what="the settings window of a first start")

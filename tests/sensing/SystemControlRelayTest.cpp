@@ -1,7 +1,6 @@
 #include "sensing/SystemControlRelay.h"
 
-#include "support/ManualMainQueue.h"
-#include "support/MemoryEventTaps.h"
+#include "support/MemoryPlatform.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>

@@ -7,6 +7,8 @@
 #include "platform/Application.h"
 #include "platform/ApplicationIcons.h"
 #include "platform/Bundle.h"
+#include "platform/ConcealmentFramework.h"
+#include "platform/EventTap.h"
 #include "platform/FileSystem.h"
 #include "platform/HotKeys.h"
 #include "platform/LocalizedText.h"
@@ -20,11 +22,11 @@
 #include "platform/Words.h"
 #include "platform/Workspace.h"
 #include "support/ManualMainQueue.h"
-#include "support/MemoryEventTaps.h"
-#include "support/MemoryFramework.h"
 
 #include <cstring>
 #include <filesystem>
+#include <map>
+#include <set>
 
 namespace orvo {
 
@@ -107,6 +109,70 @@ struct MemoryWorkspace : Workspace {
     center.post(Notification::concealersChanged);
   }
   NotificationCenter& notificationCenter() override { return center; }
+};
+
+struct MemoryEvent : Event {
+  MemoryEvent(EventType kind, Point location, int number = 0) : type(kind), point(location), serial(number) {}
+
+  EventType type;
+  Point point;
+  int serial;  // travels with copies
+  std::int64_t userData = 0;
+  bool copyFails = false;
+
+  Point location() const override { return point; }
+  std::unique_ptr<Event> copy() const override { return copyFails ? nullptr : std::make_unique<MemoryEvent>(*this); }
+  std::int64_t integerValueField(std::uint32_t key) const override { return key == eventSourceUserData ? userData : 0; }
+  void setIntegerValueField(std::uint32_t field, std::int64_t value) override {
+    if (field == eventSourceUserData) userData = value;
+  }
+};
+
+// One event tap over a stream that a test feeds event by event. Main thread only, as the real ones.
+struct MemoryEventTaps : EventTaps {
+  bool creationFails = false;
+  std::vector<MemoryEvent> posted;
+  // Of the newest tap, also after its port has gone.
+  std::uint64_t mask = 0;
+  EventTapCallback callback = nullptr;
+  void* userInfo = nullptr;
+  bool inRunLoop = false, enabled = false, valid = false, ended = false;
+  std::vector<Rect> regions;
+
+  // Sends one event through the tap: true when the session gets it. A tap that is disabled, not in the run
+  // loop or not interested is not asked. Regions are ignored, as by systems that show every event.
+  bool send(MemoryEvent& event) {
+    const bool asks = valid && enabled && inRunLoop && ((mask >> static_cast<std::uint32_t>(event.type)) & 1U) != 0;
+    return !asks || callback(event.type, &event, userInfo) != nullptr;
+  }
+  bool press(Point point) {
+    MemoryEvent down(EventType::leftMouseDown, point);
+    return send(down);
+  }
+  // Takes the tap, if there is one, out of service and tells it so; there is no event to go with it.
+  void disable(EventType reason) {
+    enabled = false;
+    if (valid && inRunLoop) callback(reason, nullptr, userInfo);
+  }
+
+  struct Port : EventTapPort {
+    explicit Port(MemoryEventTaps& of) : taps(of) {}
+    ~Port() override { taps.valid = false; }
+    bool addToMainRunLoop() override { return taps.inRunLoop = true; }
+    void removeFromMainRunLoop() override { taps.inRunLoop = false; }
+    bool enable() override { return taps.enabled = !taps.ended; }
+    void invalidate() override { taps.valid = false; }
+    void setRegionsOfInterest(const std::vector<Rect>& newRegions) override { taps.regions = newRegions; }
+    MemoryEventTaps& taps;
+  };
+  std::unique_ptr<EventTapPort> create(EventTapLocation, EventTapPlacement, EventTapOptions, std::uint64_t newMask,
+                                       EventTapCallback newCallback, void* newUserInfo) override {
+    if (creationFails) return nullptr;
+    mask = newMask, callback = newCallback, userInfo = newUserInfo;
+    inRunLoop = enabled = ended = false, valid = true, regions.clear();
+    return std::make_unique<Port>(*this);
+  }
+  void post(EventTapLocation, const Event& sent) override { posted.push_back(dynamic_cast<const MemoryEvent&>(sent)); }
 };
 
 struct MemoryHotKeys : HotKeys {
@@ -271,6 +337,88 @@ struct MemoryApplicationIcons : ApplicationIcons {
   };
   std::vector<Request> requests;
   void icon(std::int32_t pid, int size, Answer answer) override { requests.push_back({pid, size, std::move(answer)}); }
+};
+
+// An imitation of the concealment framework with faults that a test chooses. Nothing is locked: one thread at a time.
+struct MemoryFramework : FrameworkClasses, ConcealmentFramework {
+  enum class Step { makeConfiguration, makeAssertion, activate, respondsTo, invalidate };
+
+  struct Activation {
+    std::vector<int> allowedSystemItems;
+    std::vector<std::string> allowedBundleIdentifiers;
+    CompletionHandler completion;
+    // Expires with the concealment.
+    std::weak_ptr<void> concealing;
+  };
+
+  // Faults. Names are of classes and messages, and "configuration" and "assertion" of their objects.
+  bool loads = true;
+  std::set<std::string> missing;
+  std::map<Step, std::function<void()>> raises;
+  // Runs at the end of every activation, with its number; may answer at once, or throw.
+  std::function<void(std::size_t)> onActivate;
+  // Throws the framework's exception; absent reason allowed.
+  static std::function<void()> raising(const std::optional<std::string>& reason) {
+    return [reason] { throw FrameworkException{reason}; };
+  }
+
+  std::vector<std::string> loaded, logged;
+  std::vector<Activation> activations;
+  // Has as many owners as there are assertion and configuration objects, and one more.
+  const std::shared_ptr<void> alive = std::make_shared<int>();
+  std::size_t liveObjects() const { return static_cast<std::size_t>(alive.use_count()) - 1; }
+  std::size_t active() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(activations, [](const Activation& each) { return !each.concealing.expired(); }));
+  }
+  // Calls a request's completion, on this thread; may be done again, also after the release.
+  void answer(std::size_t activation, const std::optional<FrameworkError>& error = std::nullopt) {
+    const CompletionHandler completion = activations.at(activation).completion;
+    if (completion) completion(error);
+  }
+
+  struct Object : FrameworkObject {
+    explicit Object(std::shared_ptr<void> token) : alive(std::move(token)) {}
+    std::shared_ptr<void> alive;
+    // A configuration's.
+    Activation wanted;
+    // An assertion's, from activation until it is invalidated or goes.
+    std::shared_ptr<void> concealment;
+  };
+  FrameworkClasses* load(const char* path) override { return loaded.emplace_back(path), loads ? this : nullptr; }
+  // Class objects are opaque to everybody else.
+  FrameworkClassRef classNamed(const char* name) override {
+    return missing.contains(name) ? nullptr : reinterpret_cast<FrameworkClassRef>(this);
+  }
+  bool instancesRespondTo(FrameworkClassRef, const char* message) override { return !missing.contains(message); }
+  bool respondsTo(const FrameworkObject&, const char*) override { return raiseIn(Step::respondsTo), true; }
+  FrameworkObjectRef makeConfiguration(FrameworkClassRef, std::span<const int> items,
+                                       const std::vector<std::string>& bundles) override {
+    raiseIn(Step::makeConfiguration);
+    const auto made = std::make_shared<Object>(alive);
+    made->wanted = {{items.begin(), items.end()}, bundles, {}, {}};
+    return missing.contains("configuration") ? nullptr : made;
+  }
+  FrameworkObjectRef makeAssertion(FrameworkClassRef) override {
+    raiseIn(Step::makeAssertion);
+    return missing.contains("assertion") ? nullptr : std::make_shared<Object>(alive);
+  }
+  void activate(FrameworkObject& assertion, const FrameworkObjectRef& with, CompletionHandler completion) override {
+    raiseIn(Step::activate);
+    auto& concealment = dynamic_cast<Object&>(assertion).concealment = std::make_shared<int>();
+    Activation& request = activations.emplace_back(dynamic_cast<const Object&>(*with).wanted);
+    request.completion = std::move(completion);
+    request.concealing = concealment;
+    if (onActivate) onActivate(activations.size() - 1);
+  }
+  void invalidate(FrameworkObject& assertion) override {
+    raiseIn(Step::invalidate);
+    dynamic_cast<Object&>(assertion).concealment.reset();
+  }
+  void log(const std::string& line) override { logged.push_back(line); }
+  void raiseIn(Step step) const {
+    if (raises.contains(step)) raises.at(step)();
+  }
 };
 
 struct NamedApp {

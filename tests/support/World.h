@@ -16,15 +16,13 @@ inline const std::vector<NamedApp> both{{appOne, appOne}, {appTwo, appTwo}}, onl
 inline const FrameworkError notNow{"Some.Domain", 7, "not now"};
 inline constexpr Point onClock{MemoryPlatform::clockFrame.x, MemoryPlatform::clockFrame.y};
 inline constexpr const char* preferencesKey = "Quillet.Preferences.v1";
-inline constexpr const char* openedSettingsKey = "Orvo.HasOpenedSettings";
 
 class World {
  public:
   // The steps change the platform before the launch.
-  explicit World(const std::string& steps = "") {
+  explicit World(const std::string& steps = "") : World(Unprepared{}) {
     memory.showItems(both);
     memory.userDefaults.setData(preferencesKey, R"({"rules":{"org.example.One":"hidden"},"autoRehideSeconds":7})");
-    memory.userDefaults.setBoolean(openedSettingsKey, true);
     play(steps);
     launch();
   }
@@ -88,7 +86,7 @@ class World {
  protected:
   using Step = MemoryFramework::Step;
   struct Unprepared {};
-  explicit World(Unprepared) {}
+  explicit World(Unprepared) { memory.userDefaults.setBoolean("Orvo.HasOpenedSettings", true); }
 
  private:
   using W = World;
@@ -110,7 +108,6 @@ class World {
         {"nocontrols", [](W& w) { w.memory.accessibility.trees.clear(); }},
         {"onlytwo", [](W& w) { w.memory.showItems(onlyTwo); }},
         {"onequits", [](W& w) { w.memory.workspace.quit(appOne); }},
-        {"echo", [](W& w) { w.memory.framework.onActivate = [&w](std::size_t) { w.memory.framework.answer(0); }; }},
         {"null", [](W& w) { w.memory.framework.missing = {"assertion"}; }},
         {"broken", [](W& w) { w.memory.framework.raises[Step::activate] = MemoryFramework::raising("broken"); }},
         {"whole", [](W& w) { w.memory.framework.missing.clear(), w.memory.framework.raises.erase(Step::activate); }},

@@ -40,19 +40,15 @@ QQuickItem* findItem(QQuickItem* root, const Matches& matches) {
 
 class SettingsWorld : public World {
  public:
-  SettingsWorld() : World(Unprepared{}) {}
-  // Starts Orvo, with its window not shown unless something is missing. What the platform should answer is set before.
-  void launch() {
-    memory.userDefaults.setBoolean(openedSettingsKey, true);
+  SettingsWorld() : World(Unprepared{}) {
     memory.windows.maker = [this](const WindowDescription& description, WindowContent& content) {
       view = dynamic_cast<OrvoView*>(&content);
       auto made = std::make_unique<SettingsWindow>(description, *view, memory.platform, std::make_unique<Look>(look));
       window = made.get();
       return made;
     };
-    World::launch();
   }
-  // Launches Orvo first where that has not been done.
+  // Starts Orvo first where that has not been done: what the platform should answer is set before.
   void show() {
     if (!delegate) launch();
     window == nullptr ? (void)delegate->applicationShouldHandleReopen(false) : window->makeKeyAndOrderFront();

@@ -1,6 +1,6 @@
 // Holds the event tap on DISPLAY and does what its standard input says: one command a line, each answered by a line
 // for every event that the callback got meanwhile (type, place and mark), then "done". Its main queue stands still
-// between "hang" and "go".
+// while it "hangs"; where that has a task by then, "asked" is answered by an event of no type.
 #include "platform/linux/x11/X11EventTaps.h"
 
 #include "support/ManualMainQueue.h"
@@ -38,9 +38,8 @@ class TapProgram {
       const std::lock_guard lock(mutex_);
       controls_ = readControls(words);
     }
-    if (command == "hang") hangs_ = true;
-    if (command == "go") hangs_ = false;
-    if (command == "asked") std::cout << !queue_.isEmpty() << '\n';
+    if (command == "hangs") words >> hangs_;
+    if (command == "asked" && !queue_.isEmpty()) std::cout << "0 0 0 0\n";
     if (command == "end") taps_.reset();
     if (command == "mark") pressed_->setIntegerValueField(eventSourceUserData, 42);
     if (command == "post") taps_->post(EventTapLocation::session, *pressed_);

@@ -8,10 +8,11 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "..", "desktop"))
-from Xlib import X, Xatom, display  # noqa: E402
+from Xlib import X, Xatom  # noqa: E402
 from Xlib.protocol import event  # noqa: E402
 
 from desktop import Desktop, stopped  # noqa: E402
+from probe import Probe  # noqa: E402
 from waiting import hold, wait  # noqa: E402
 
 LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP, TIMED_OUT, ENDED = 1, 2, 3, 4, 0xFFFFFFFE, 0xFFFFFFFF
@@ -25,36 +26,6 @@ def click(button, place):
     return [("down", button, place), ("up", button, place)]
 
 
-class Dock:
-    """A dock of a program of its own, or a plug-in inside one, that notes the button events it gets."""
-
-    def __init__(self, desktop, frame=DOCK, inside=None):
-        self._desktop, self._display, self.buttons = desktop, display.Display(desktop.display_name), []
-        kind, dock = map(self._display.intern_atom, ("_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK"))
-        parent = self._display.create_resource_object("window", (inside.window if inside else desktop.root).id)
-        self.window = parent.create_window(
-            *frame, 0, X.CopyFromParent, event_mask=X.ButtonPressMask | X.ButtonReleaseMask)
-        self.window.change_property(kind, Xatom.ATOM, 32, [dock])
-        self.window.set_wm_normal_hints(flags=4 | 8)  # The program asks for this place and size.
-        self.close = self._display.close
-
-        def shown():
-            self.window.map()  # A window manager that is only starting may miss the wish.
-            return self.window.get_attributes().map_state == X.IsViewable
-        wait(shown, what="the dock")
-
-    def read(self):
-        while self._display.pending_events():
-            got = self._display.next_event()
-            if got.type in (X.ButtonPress, X.ButtonRelease):
-                kind = "down" if got.type == X.ButtonPress else "up"
-                self.buttons.append((kind, got.detail, (got.root_x, got.root_y)))
-        return self.buttons
-
-    def covers(self):
-        return self._desktop.input_only_windows(self._desktop.window(self.window.id))
-
-
 class TapProgram:
     def __init__(self, desktop):
         self.process = subprocess.Popen([os.environ["ORVO_TAP_PROGRAM"]], env=desktop.environment, text=True,
@@ -65,19 +36,14 @@ class TapProgram:
     def say(self, *words):
         self.process.stdin.write(" ".join(map(str, words)) + "\n")
         self.process.stdin.flush()
-        answers = []
         while (line := self.process.stdout.readline()) != "done\n":
             assert line, f"the program ended: {self.process.wait()}"
-            kind, *rest = map(int, line.split())
-            if rest:
-                self.events.append((kind, tuple(rest[:2]), rest[2]))
-            else:
-                answers.append(kind)
-        return answers
+            kind, x, y, mark = map(int, line.split())
+            self.events.append((kind, (x, y), mark))
+        return self.events
 
     def read(self):
-        self.say("nothing")
-        return self.events
+        return self.say("nothing")
 
     def end(self):
         self.process.communicate()
@@ -95,12 +61,15 @@ class Taps(unittest.TestCase):
         cls.person = cls.desktop.person
 
     def setUp(self):
-        self.dock, self.tap = Dock(self.desktop), TapProgram(self.desktop)
+        self.dock, self.tap = Probe(self.desktop, DOCK), TapProgram(self.desktop)
         self.addCleanup(lambda: self.dock.close())
         self.addCleanup(lambda: self.assertEqual(self.tap.end(), 0))
 
+    def covers(self, dock=None):
+        return self.desktop.input_only_windows(self.desktop.window((dock or self.dock).window.id))
+
     def expect_covered(self, dock=None):
-        wait(lambda: len((dock or self.dock).covers()) == 1, 5, "the cover")
+        wait(lambda: len(self.covers(dock)) == 1, 5, "the cover")
 
     def expect_seen(self, *types):
         """What the tap has seen since it was asked last."""
@@ -150,13 +119,15 @@ class Taps(unittest.TestCase):
 
     def test_only_the_two_buttons_over_the_region_concern_the_tap_and_what_is_posted_comes_by_it_with_its_mark(self):
         # A plug-in of another program inside the panel: what falls through must fall to it.
-        plugin = Dock(self.desktop, (590, 0, 120, 40), self.dock)
+        plugin = Probe(self.desktop, (590, 0, 120, 40), self.dock)
         self.addCleanup(plugin.close)
         self.expect_covered(plugin)
         # One by one: of clicks without a pause the server may lose some while a window manager looks at them.
         for button, place in ((2, ON_REGION), (1, (599, 580)), (1, (700, 580)), (3, (650, 561)), (1, (650, 598))):
             self.person.click(*place, button)
             self.expect_clicks(click(button, place), plugin)
+        self.person.turn_wheel(*ON_REGION, 4)
+        self.expect_clicks(click(4, ON_REGION), plugin)
         self.tap.say("passes", 1)
         self.person.click(*ON_REGION, 3)
         self.expect_clicks(click(3, ON_REGION), plugin)
@@ -167,7 +138,7 @@ class Taps(unittest.TestCase):
         self.tap.say("post")
         self.assertEqual(self.expect_seen(LEFT_DOWN)[0][2], 42)
         self.expect_no_more()  # It was dropped.
-        for word in ("hang", "post", "invalidate", "go"):  # Nobody is left to be asked.
+        for word in ("hangs 1", "post", "invalidate", "hangs 0"):  # Nobody is left to be asked.
             self.tap.say(word)
         self.expect_clicks(click(1, ON_REGION), plugin)
 
@@ -186,20 +157,20 @@ class Taps(unittest.TestCase):
 
     def test_a_click_that_nobody_has_decided_when_the_tap_ends_is_given(self):
         self.expect_covered()
-        self.tap.say("hang")
+        self.tap.say("hangs", 1)
         self.person.click(*ON_REGION)
-        wait(lambda: self.tap.say("asked") == [1], 5, "a task for the main thread")
+        wait(lambda: self.tap.say("asked"), 5, "a task for the main thread")
         self.tap.say("end")
         self.expect_clicks(click(1, ON_REGION))
 
     def test_a_hung_main_thread_loses_no_click_and_hears_of_the_time_out(self):
         self.expect_covered()
-        self.tap.say("hang")
+        self.tap.say("hangs", 1)
         pressed = self.person.click(*ON_REGION)
         self.expect_clicks(click(1, ON_REGION))
         self.assertGreaterEqual(time.monotonic() - pressed, VERDICT_LIMIT)
-        self.assertEqual(self.dock.covers(), [])
-        self.tap.say("go")
+        self.assertEqual(self.covers(), [])
+        self.tap.say("hangs", 0)
         self.expect_seen(TIMED_OUT)
         self.person.click(*ON_REGION)  # Disabled: passes without asking.
         self.expect_clicks(click(1, ON_REGION))
@@ -212,10 +183,10 @@ class Taps(unittest.TestCase):
         self.dock.close()  # With a button held on its cover, whose release nobody is told.
         self.person.button(1, False)
         self.expect_seen(LEFT_UP)
-        self.dock = Dock(self.desktop)
+        self.dock = Probe(self.desktop, DOCK)
         self.catch()
         self.tap.say("invalidate")
-        wait(lambda: not self.dock.covers(), 5, "the covers leaving")
+        wait(lambda: not self.covers(), 5, "the covers leaving")
 
     def test_a_click_on_a_control_is_told_where_it_was_and_given_where_it_is_or_to_nobody(self):
         def clock(x, window=DOCK, name="clock"):
@@ -234,12 +205,12 @@ class Taps(unittest.TestCase):
                 self.setUp()
                 control = self.dock
                 if at_first:
-                    control = Dock(self.desktop, (590, 0, 120, 40), self.dock)
+                    control = Probe(self.desktop, (590, 0, 120, 40), self.dock)
                     self.addCleanup(control.close)
                 self.expect_covered(control)
                 self.tap.say("note", *was)
                 self.tap.say("regions", 10, 10, 50, 50)  # Beside every dock: no former cover is taken for the new one.
-                wait(lambda d=control: not d.covers(), 5, "no cover")
+                wait(lambda d=control: not self.covers(d), 5, "no cover")
                 self.tap.say("regions", *REGION)
                 self.catch(control)
                 self.tap.say("find", *at_first)
@@ -259,19 +230,19 @@ class Taps(unittest.TestCase):
     def cover_the_region(self, _plugin):
         def in_front():
             return self.desktop.root.translate_coords(self.desktop.root, *ON_REGION).child
-        before, other = in_front(), Dock(self.desktop, (600, 560, 200, 40))
+        before, other = in_front(), Probe(self.desktop, (600, 560, 200, 40))
         self.addCleanup(lambda: self.assertEqual(other.read(), []) or other.close())
         wait(lambda: in_front() != before, 5, "another window in front")
 
     def test_nobody_else_presses_or_takes_the_cover_away(self):
         self.expect_covered()
-        cover, root = self.dock.covers()[0], self.desktop.root
+        cover, root = self.covers()[0], self.desktop.root
         forged = event.ButtonPress(detail=1, time=0, root=root, window=cover, same_screen=1, child=0, root_x=650,
                                    root_y=580, event_x=1, event_y=1, state=0)
         for _ in range(5000):
             cover.send_event(forged)
         for take_away in (lambda cover: cover.configure(x=0, y=0), lambda cover: cover.unmap()):
-            take_away(self.dock.covers()[0])
+            take_away(self.covers()[0])
             self.desktop.display.sync()
 
             def caught():
@@ -293,7 +264,7 @@ class Taps(unittest.TestCase):
                 self.desktop.display.sync()
                 hold(0.1)  # Covers that go would be gone by then.
                 self.catch()
-        wait(self.dock.covers, 5, "the cover")[0].kill_client()
+        wait(self.covers, 5, "the cover")[0].kill_client()
         self.desktop.display.sync()
         self.expect_seen(ENDED)
         self.tap.say("enable")  # In vain, so that it makes another, which nobody has told of the panel.
@@ -306,7 +277,7 @@ class Taps(unittest.TestCase):
             self.person.click(*ON_REGION)
             self.expect_no_more()
             hold(CLICK_LIMIT + 0.1)
-        wait(lambda: not self.dock.covers(), 5, "the covers leaving")
+        wait(lambda: not self.covers(), 5, "the covers leaving")
         self.person.click(*ON_REGION, 3)
         self.expect_clicks(click(3, ON_REGION))
 
