@@ -74,6 +74,3 @@ class Accessible:
         self._bus.signal_subscribe(self.name_of_bus, "org.a11y.atspi.Event.Object", "StateChanged", None, None,
                                    Gio.DBusSignalFlags.NONE, arrived)
         return shown
-
-    def __repr__(self):
-        return f"<{self.role} {self.name!r}>"

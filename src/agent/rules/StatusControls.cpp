@@ -71,8 +71,8 @@ std::vector<StatusControl> controlsOf(const PanelLayout& layout, const Dock& doc
 }  // namespace
 
 std::vector<DockControls> statusControls(const std::vector<PanelLayout>& layouts, const std::vector<Dock>& docks) {
-  std::vector<DockControls> panels;
-  for (const Dock& dock : docks) panels.push_back({dock.frame, {}});
+  std::vector<DockControls> panels(docks.size());
+  std::ranges::transform(docks, panels.begin(), [](const Dock& dock) { return DockControls{dock.frame, {}}; });
   auto next = docks.begin();
   for (const PanelLayout& layout : layouts) {
     const auto dock =
@@ -85,9 +85,9 @@ std::vector<DockControls> statusControls(const std::vector<PanelLayout>& layouts
 }
 
 std::vector<Rect> pieces(const Rect& frame) {
-  const double count = std::min(std::ceil(frame.height / greatestHeight), mostPieces);
+  const auto count = static_cast<int>(std::clamp(std::ceil(frame.height / greatestHeight), 0.0, mostPieces));
   std::vector<Rect> cut;
-  for (double index = 0; index < count; ++index) {
+  for (int index = 0; index < count; ++index) {
     const double top = std::floor(frame.height * index / count);
     const double bottom = std::floor(frame.height * (index + 1) / count);
     cut.push_back({frame.x, frame.y + top, frame.width, bottom - top});

@@ -146,7 +146,7 @@ std::set<X11HotKeys::Grab> X11HotKeys::grabsFor(const HotKey& hotKey) const {
   std::set<Grab> grabs;
   for (const auto key : keys) {
     for (const unsigned locks : {0U, unsigned{XCB_MOD_MASK_LOCK}, numLock, XCB_MOD_MASK_LOCK | numLock}) {
-      grabs.insert({key, static_cast<std::uint16_t>(modifiers | locks)});
+      grabs.emplace(key, static_cast<std::uint16_t>(modifiers | locks));
     }
   }
   return grabs;
@@ -158,9 +158,9 @@ bool X11HotKeys::grab(const std::set<Grab>& grabs) {
   auto* x = connection.get();
   std::vector<xcb_void_cookie_t> cookies;
   cookies.reserve(grabs.size());
-  for (const auto& grab : grabs) {
-    cookies.push_back(xcb_grab_key_checked(x, 0, connection.root(), grab.modifiers, grab.key, XCB_GRAB_MODE_ASYNC,
-                                           XCB_GRAB_MODE_ASYNC));
+  for (const auto& [key, modifiers] : grabs) {
+    cookies.push_back(
+        xcb_grab_key_checked(x, 0, connection.root(), modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
   }
   bool all = true;
   for (const auto cookie : cookies) {
@@ -173,7 +173,7 @@ bool X11HotKeys::grab(const std::set<Grab>& grabs) {
 
 void X11HotKeys::ungrab(const std::set<Grab>& grabs) {
   const auto& connection = *events_.connection();
-  for (const auto& grab : grabs) xcb_ungrab_key(connection.get(), grab.key, connection.root(), grab.modifiers);
+  for (const auto& [key, modifiers] : grabs) xcb_ungrab_key(connection.get(), key, connection.root(), modifiers);
   xcb_flush(connection.get());
 }
 

@@ -7,10 +7,10 @@
 #include "platform/linux/display/XEvents.h"
 
 #include <chrono>
-#include <compare>
 #include <map>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace orvo {
 
@@ -41,12 +41,7 @@ class X11HotKeys : public HotKeys {
   void removeEventHandler(EventHandlerRef handler) override;
 
  private:
-  struct Grab {
-    xcb_keycode_t key;
-    std::uint16_t modifiers;
-
-    auto operator<=>(const Grab&) const = default;
-  };
+  using Grab = std::pair<xcb_keycode_t, std::uint16_t>;  // a key, and the modifiers that go with it
   struct HotKey {
     std::uint32_t keyCode;
     std::uint32_t modifiers;
