@@ -6,9 +6,9 @@ import signal
 import socket
 import time
 import unittest
+from pathlib import Path
 
 from case import QMIDINET, DesktopCase, HidingCase, Peer, stopped
-from accessible import STATE_ENABLED
 from bus import call_bus
 from desktop import AGENT, ORVO, REPOSITORY, WATCHER
 from waiting import stays, wait
@@ -32,8 +32,7 @@ class Launch(HidingCase):
             self.assertEqual(self.diagnose(*started)[4:], lines[4:])
         bare = shutil.copy(program, self.desktop.folder_for("home", "bare.app", "bin"))
         for information in ("", "{", "[]", '{"CFBundleIdentifier": 7}'):
-            with open(f"{self.desktop.home}/bare.app/Info.json", "w", encoding="ascii") as file:
-                file.write(information)
+            Path(self.desktop.home, "bare.app", "Info.json").write_text(information, "ascii")
             self.assertEqual(self.diagnose(bare)[4], "Bundle: unbundled command line process")
         self.addCleanup(self.desktop.set_accessibility, True)
         self.desktop.set_accessibility(False)
@@ -83,15 +82,15 @@ class WithoutAgent(DesktopCase):
         desktop.start_orvo(ready=False)
         desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
-        self.take_over()
+        desktop.press("Take Over")
         desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer. "
                         "Install Orvo again, then log in.")
         desktop.start_agent()
         with stopped(desktop.process_of(WATCHER)):
-            self.take_over()
+            desktop.press("Take Over")
             desktop.control("Orvo could not take over the tray. The program that manages the tray does not answer.", 5)
         process = desktop.orvo.pid
-        self.take_over()
+        desktop.press("Take Over")
         wait(desktop.can_hide, 20, "hiding being offered")
         wait(desktop.settings_window, what="the settings of the Orvo that started anew")
         self.assertEqual(desktop.process_of(ORVO), process)
@@ -101,10 +100,6 @@ class WithoutAgent(DesktopCase):
         wait(lambda: not desktop.shown_control("Take Over"), what="the card leaving")
         desktop.end("agent")
         desktop.control("Take Over")
-
-    def take_over(self):
-        wait(lambda: self.desktop.control("Take Over").has(STATE_ENABLED), what="the button")
-        self.desktop.click(self.desktop.control("Take Over").center())
 
 
 class AgentStart(DesktopCase):
@@ -142,8 +137,7 @@ class WithoutSessionBus(WithoutServer):
 
     def test_what_needs_it_ends_in_order_and_says_so(self):
         super().test_what_needs_it_ends_in_order_and_says_so()
-        running = ["sh", "-c", "readlink /proc/[0-9]*/exe"]
-        wait(lambda: self.desktop.bundle not in self.desktop.run(running).stdout, 5, "the end of the guardian")
+        wait(lambda: not self.desktop.running(self.desktop.bundle), 5, "the end of the guardian")
 
 
 class WithoutAccessibilityBus(DesktopCase):

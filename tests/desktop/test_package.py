@@ -74,10 +74,6 @@ class XfceSession(OrvoDesktop):
                 return width >= height and (width, Picture(self.root, *frame).data)
         return settled(now, 0.5, 10, "the tray")
 
-    def packages_processes(self):
-        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"]).stdout
-        return [line for line in answer.splitlines() if line.startswith(BUNDLE)]
-
 
 class Package(unittest.TestCase):
     @classmethod
@@ -136,11 +132,11 @@ class Package(unittest.TestCase):
         with self.subTest("upgrade"):
             self.dpkg("--install", *PACKAGES)
             wait(lambda: desktop.tray() == with_item, what="the icon without the arrow")
-            self.assertEqual({os.path.basename(program) for program in desktop.packages_processes()}, {"orvo-agent (deleted)"})
+            self.assertEqual({os.path.basename(program) for program in desktop.running(BUNDLE)}, {"orvo-agent (deleted)"})
         self.hide(with_item)
         files = [file for file in self.dpkg("--listfiles", "orvo").split("\n") if os.path.isfile(file)]
         self.dpkg("--purge", "orvo")
-        self.assertEqual(desktop.packages_processes(), [])
+        self.assertEqual(desktop.running(BUNDLE), [])
         wait(lambda: desktop.tray() == with_item, what="the icon, from the panel itself")
         self.assertEqual([file for file in files if os.path.exists(file)], [])
 
