@@ -152,10 +152,16 @@ class Desktop:
         return subprocess.run(command, env=self.environment, cwd=self.home, capture_output=True, text=True,
                               timeout=limit, check=False)
 
+    def told_by(self, command, limit=20):
+        """What a command says that has to succeed."""
+        answer = self.run(command, limit)
+        assert answer.returncode == 0, answer.stderr
+        return answer.stdout
+
     def running(self, folder):
         """The programs of this folder that run, each as often as it does."""
-        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"]).stdout
-        return [line for line in answer.splitlines() if line.startswith(folder)]
+        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"])  # Fails where a process ends meanwhile.
+        return [line for line in answer.stdout.splitlines() if line.startswith(folder)]
 
     def log(self, name):
         with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
@@ -409,8 +415,7 @@ class Desktop:
         if mode not in self.run(["xrandr"]).stdout.split():
             self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
             self.run(["xrandr", "--addmode", "screen", mode])
-        answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
-        assert answer.returncode == 0, answer.stderr
+        self.told_by(["xrandr", "--output", "screen", "--mode", mode])
         wait(lambda: self.tray_trailing() == trailing, what="the panel following the screen")
 
     def tray_trailing(self):

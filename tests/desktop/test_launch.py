@@ -16,9 +16,7 @@ from waiting import stays, wait
 
 class Launch(HidingCase):
     def diagnose(self, *command):
-        answer = self.desktop.run([*command, "--diagnose"])
-        self.assertEqual(answer.returncode, 0, answer.stderr)
-        return answer.stdout.splitlines()
+        return self.desktop.told_by([*command, "--diagnose"]).splitlines()
 
     def test_the_report_tells_of_bundle_desktop_and_accessibility_and_needs_no_display(self):
         program, bundle = self.desktop.program, self.desktop.bundle
@@ -53,8 +51,7 @@ class Launch(HidingCase):
     def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
         desktop = self.desktop
         desktop.hide()
-        answer = desktop.run([desktop.program])
-        self.assertEqual((answer.returncode, answer.stdout), (0, ""))
+        self.assertEqual(desktop.told_by([desktop.program]), "")
         wait(desktop.settings_window, what="the settings window")
         wait(lambda: not desktop.is_hidden(), 2, "the reveal")
         stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
@@ -109,8 +106,7 @@ class AgentStart(DesktopCase):
         desktop, bundle = self.desktop, os.path.join(self.desktop.home, "Applications", "Orvo.app")
         desktop.bundle = shutil.move(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
         for _ in range(2):  # over nothing, then over itself
-            answer = desktop.run([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
-            self.assertEqual(answer.returncode, 0, answer.stderr)
+            desktop.told_by([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
         self.assertEqual(os.listdir(os.path.dirname(bundle)), ["Orvo.app"])
         self.assertIn(f"Desktop entry path: {bundle}\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
         call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)

@@ -83,9 +83,7 @@ class Package(unittest.TestCase):
 
     @classmethod
     def dpkg(cls, *arguments):
-        answer = cls.desktop.run(["dpkg", *arguments], 120)
-        assert answer.returncode == 0, answer.stderr
-        return answer.stdout
+        return cls.desktop.told_by(["dpkg", *arguments], 120)
 
     def log_in_to(self, name):
         """A login to a session that only asks for the agent: where its program is, or nothing, and how long it took."""
@@ -142,8 +140,7 @@ class Package(unittest.TestCase):
 
     def test_then_a_copy_of_ones_own_comes_before_the_package(self):
         self.dpkg("--install", *PACKAGES)
-        answer = self.desktop.run([f"{REPOSITORY}/packaging/linux/install", self.desktop.bundle])
-        self.assertEqual(answer.returncode, 0, answer.stderr)
+        self.desktop.told_by([f"{REPOSITORY}/packaging/linux/install", self.desktop.bundle])
         self.assertEqual(self.log_in_to("startxfce4")[0], f"{self.desktop.home}/Applications/Orvo.app/bin/orvo-agent")
 
     def hide(self, with_item):
