@@ -21,10 +21,12 @@ function(orvo_room name)
   orvo_warnings(orvo_${name})
 endfunction()
 
-# orvo_test(<name> [LINK <targets>...]): one GoogleTest program of every *Test.cpp of the calling folder.
+# orvo_test(<name> [IN <folder>] [LINK <targets>...]): one GoogleTest program of every source of the folder, which is
+# the calling one or one below it.
 function(orvo_test name)
-  cmake_parse_arguments(TEST "" "" "LINK;LABELS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.c)
+  cmake_parse_arguments(TEST "" "IN" "LINK;LABELS" ${ARGN})
+  set(folder ${CMAKE_CURRENT_SOURCE_DIR}/${TEST_IN})
+  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp ${folder}/*.c)
   if(NOT rapidcheck_FOUND)
     foreach(source ${sources})
       file(STRINGS ${source} uses REGEX "include <rapidcheck")

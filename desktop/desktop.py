@@ -61,6 +61,12 @@ KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.V
          list: lambda value: GLib.Variant("av", [GLib.Variant("i", number) for number in value])}
 
 
+def children_of(process):
+    """Identifiers of the processes that its main thread has started."""
+    with open(f"/proc/{process}/task/{process}/children", encoding="ascii") as file:
+        return list(map(int, file.read().split()))
+
+
 @contextlib.contextmanager
 def stopped(process):
     os.kill(process, signal.SIGSTOP)
@@ -146,6 +152,17 @@ class Desktop:
         return subprocess.run(command, env=self.environment, cwd=self.home, capture_output=True, text=True,
                               timeout=limit, check=False)
 
+    def told_by(self, command, limit=20):
+        """What a command says that has to succeed."""
+        answer = self.run(command, limit)
+        assert answer.returncode == 0, answer.stderr
+        return answer.stdout
+
+    def running(self, folder):
+        """The programs of this folder that run, each as often as it does."""
+        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"])  # Fails where a process ends meanwhile.
+        return [line for line in answer.stdout.splitlines() if line.startswith(folder)]
+
     def log(self, name):
         with open(os.path.join(self.logs, name + ".log"), encoding="utf-8", errors="replace") as file:
             return file.read()
@@ -193,7 +210,8 @@ class Desktop:
         return found
 
     def forget(self):
-        """Removes the desktop's folder: for a desktop whose logs nobody needs."""
+        """Ends the desktop and removes its folder: for one whose logs nobody needs."""
+        self.stop()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     # Parts of the session
@@ -397,8 +415,7 @@ class Desktop:
         if mode not in self.run(["xrandr"]).stdout.split():
             self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
             self.run(["xrandr", "--addmode", "screen", mode])
-        answer = self.run(["xrandr", "--output", "screen", "--mode", mode])
-        assert answer.returncode == 0, answer.stderr
+        self.told_by(["xrandr", "--output", "screen", "--mode", mode])
         wait(lambda: self.tray_trailing() == trailing, what="the panel following the screen")
 
     def tray_trailing(self):
@@ -419,14 +436,11 @@ class Desktop:
     def plug_in(self, library):
         """Process of a plug-in of the panel, and the window that it was told to sit in; (None, None) without one."""
         with contextlib.suppress(OSError, KeyError):
-            panel = self.processes["panel"].pid
-            with open(f"/proc/{panel}/task/{panel}/children", encoding="ascii") as file:
-                children = file.read().split()
-            for child in children:
+            for child in children_of(self.processes["panel"].pid):
                 with contextlib.suppress(OSError), open(f"/proc/{child}/cmdline", "rb") as file:
                     arguments = file.read().split(b"\0")
                     if arguments[1:] and arguments[1].endswith(library.encode()):
-                        return int(child), int(arguments[3])
+                        return child, int(arguments[3])
         return None, None
 
     def cells(self):

@@ -15,14 +15,13 @@ from gi.repository import GLib
 from Xlib import X
 
 from desktop import CELL, PROGRAMS, WATCHER
-from session import OrvoDesktop
+from session import SHORTCUT, OrvoDesktop
 from waiting import Timeout, hold, settled, wait
 
 ITEMS = [*list(PROGRAMS)[:4], "parcellite"]  # The last has an icon of the older kind.
 PROGRAMS["parcellite"] = ["parcellite"]
 HIDDEN = ["com.github.hluk.copyq", "pasystray", "parcellite"]
 STATES = ("visible", "applying", "hidden")
-SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
 PACE = 0.05  # Seconds between two things that the person does.
 LIMIT = 4.0  # Seconds until everything has to be right again,
 QUIET = 0.3  # and for how many it has to stay so.
@@ -90,7 +89,7 @@ class Faults:
             "the accessibility bus": (self.accessibility_bus, self.start_accessibility),
             "the settings": (lambda: desktop.processes["settings"].pid, lambda: desktop.start_settings("Adwaita")),
             "the window manager": (lambda: desktop.processes["openbox"].pid, desktop.start_window_manager),
-            **{name: (lambda name=name: desktop.processes[name].pid, lambda name=name: self.start_item(name))
+            **{name: (lambda name=name: desktop.processes[name].pid, lambda name=name: desktop.start_known(name))
                for name in ITEMS}}
         for part in spared:
             del self.parts[part]
@@ -110,11 +109,6 @@ class Faults:
         self.expect(lambda shown: shown == sorted(ITEMS))
         self.desktop.start_orvo(ready=False)
 
-    def start_item(self, name):
-        """Any of them takes its time until it has an icon."""
-        self.desktop.spawn_item(name, PROGRAMS[name], lambda: wait(
-            lambda: name in [bundle for *_, bundle in self.desktop.call_agent("Items")], 20, name))
-
     def log_in_again(self):
         """What the agent's end leaves must be all icons; that the panel has them in hand, and some of them an icon of
         the older kind besides, ends with the session."""
@@ -126,7 +120,7 @@ class Faults:
         desktop.start_agent()
         desktop.start_panel()
         for name in ITEMS:
-            self.start_item(name)
+            desktop.start_known(name)
 
     def start_accessibility(self):
         """The panel does not look for another bus."""
@@ -223,7 +217,7 @@ class Faults:
         owners = [desktop.owner_of(window) for window in desktop.pop_ups()]
         for name in [name for name in ITEMS if desktop.processes[name].pid in owners]:
             desktop.end(name, signal.SIGKILL)
-            self.start_item(name)
+            desktop.start_known(name)
         if (tray := desktop.plug_in("libsystray.so")[0]) and tray in owners:
             print(", whereupon a menu of the tray stayed", end="")
             os.kill(tray, signal.SIGKILL)

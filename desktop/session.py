@@ -10,10 +10,11 @@ import signal
 from gi.repository import GLib
 
 import bus
-from accessible import STATE_SHOWING
+from accessible import STATE_ENABLED, STATE_SHOWING
 from desktop import AGENT, ORVO, PROGRAMS, SETTINGS_KEY, Desktop, center, stopped
 from waiting import Timeout, hold, wait
 
+SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
 ITEM = "org.kde.StatusNotifierItem"
 
@@ -72,6 +73,11 @@ class OrvoDesktop(Desktop):
             self.start_item(name)
         self.remember(hidden)
         self.start_orvo(ready)
+
+    def start_known(self, name):
+        """A tray program whose picture does not matter: starts it and waits until the agent knows its item."""
+        self.spawn_item(name, PROGRAMS[name], lambda: wait(
+            lambda: name in [bundle for *_, bundle in self.call_agent("Items")], 20, name))
 
     @property
     def orvo(self):
@@ -152,6 +158,12 @@ class OrvoDesktop(Desktop):
         self.control(text, 10)
 
     # What a person does with it
+
+    def press(self, name):
+        """Clicks on the control with the pointer, once it can be used and stands still."""
+        wait(lambda: self.control(name).has(STATE_ENABLED), what=f"{name} being enabled")
+        self.rest(0.1, 1)
+        self.click(self.control(name).center())
 
     def mark(self, application, choice="Hide"):
         """Chooses Keep or Hide in the application's row with the pointer."""

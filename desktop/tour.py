@@ -15,11 +15,10 @@ from Xlib import display, error
 
 import bus
 from desktop import PROGRAMS, REPOSITORY, WATCHER, center
-from session import OrvoDesktop
+from session import SHORTCUT, OrvoDesktop
 from waiting import hold, wait
 
 MARKED = {"com.github.hluk.copyq": "CopyQ", "pasystray": "PulseAudio System Tray"}
-SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
 
 
 class Stopped(Exception):
@@ -128,9 +127,9 @@ class Tour:
         wait(lambda: desktop.remembered() == dict.fromkeys(MARKED, "hidden"), what="the stored choices")
         self.step("Two applications are marked Hide: " + ", ".join(MARKED.values()))
         for page in ("Behavior", "About Orvo"):
-            desktop.click(desktop.control(page).center())
+            desktop.press(page)
             self.step(f"The page {page}")
-        desktop.click(desktop.control("Menu bar").center())
+        desktop.press("Menu bar")
         desktop.close_window(window)
         everything, rest = desktop.shown(), desktop.without(MARKED)
         desktop.hide_and_expect(rest)
@@ -154,8 +153,10 @@ class Tour:
         desktop.click_arrow(button=3)
         wait(desktop.pop_ups, what="the arrow's menu")
         self.step("A right click on the arrow opens its menu")
-        desktop.person.key("Escape")
-        wait(lambda: not desktop.pop_ups(), what="the menu being closed")
+        desktop.person.key("Down")
+        desktop.person.key("Return")
+        desktop.expect_shown(everything)
+        self.step("Its first choice brings them back", icons=True)
         print(desktop.run([desktop.program, "--diagnose"]).stdout.rstrip())
         desktop.choose("Quit Orvo")
         wait(lambda: desktop.orvo.poll() is not None, what="the end of Orvo")
@@ -178,7 +179,6 @@ def tour(dark):
         print(f"The tour failed: {failure}. Logs: {logs}", file=sys.stderr)
         return 1
     finally:
-        desktop.stop()
         desktop.forget()
     print(f"Done. Pictures: {pictures}")
     return 0

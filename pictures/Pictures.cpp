@@ -59,11 +59,10 @@ Picture drawnIcon(int pid, int size) {
 void answerIcons(SettingsWorld& world) {
   auto& requests = world.memory.applicationIcons.requests;
   while (!requests.empty()) {
-    const auto request = requests.back();
+    const auto [pid, size, answer] = requests.back();
     requests.pop_back();
     // One application in seven has none.
-    const bool none = request.processIdentifier % 7 == 0;
-    request.answer(none ? std::nullopt : std::optional(drawnIcon(request.processIdentifier, request.size)));
+    answer(pid % 7 == 0 ? std::nullopt : std::optional(drawnIcon(pid, size)));
   }
 }
 
@@ -96,10 +95,7 @@ void say(SettingsWorld& world) {
   world.memory.workspace.notificationCenter().post(Notification::applicationLaunched);
 }
 void hideElsewhere(SettingsWorld& world) { world.memory.workspace.tellOthers({"Quick Notes"}); }
-void manageElsewhere(SettingsWorld& world) {
-  world.memory.workspace.managedElsewhere = true;
-  world.memory.workspace.tellOthers({});
-}
+void manageElsewhere(SettingsWorld& world) { world.memory.workspace.tellOthers({}, true); }
 void withoutControls(SettingsWorld& world) {
   std::vector<std::shared_ptr<MemoryElement>> items;
   for (const RunningApplication& each : world.memory.workspace.running)

@@ -5,6 +5,7 @@ import shutil
 import sys
 import time
 import unittest
+from pathlib import Path
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
 from case import Peer, stopped  # noqa: E402
@@ -20,7 +21,6 @@ class AgentCase(unittest.TestCase):
     def setUp(self):
         self.desktop = Desktop(with_logind=False)
         self.addCleanup(self.desktop.forget)
-        self.addCleanup(self.desktop.stop)
         self.desktop.start_buses(accessibility=False)
         self.desktop.start_agent()
         wait(lambda: self.desktop.owner(WATCHER), what="the tray")
@@ -111,7 +111,8 @@ class Hostile(AgentCase):
     def setUp(self):
         super().setUp()
         self.entries = self.desktop.folder_for("home", ".local", "share", "applications")
-        write(f"{self.entries}/org.example.Good.desktop", "[Desktop Entry]\nType=Application\nName=Good\nExec=good\n")
+        Path(self.entries, "org.example.Good.desktop").write_text(
+            "[Desktop Entry]\nType=Application\nName=Good\nExec=good\n", "ascii")
         self.tray, (self.orvo, self.hostile) = self.with_item("tray"), self.programs("requester", "hostile")
 
     def expect_untroubled(self, act):
@@ -139,13 +140,13 @@ class Hostile(AgentCase):
         os.mkfifo(f"{self.entries}/pipe.desktop")
         for loop in "ab":
             os.symlink(".", f"{self.entries}/{loop}")
-        write(f"{self.entries}/0.desktop", "[Desktop Entry]\nType=Application\nName=" + 200_000 * "n")
+        Path(self.entries, "0.desktop").write_text("[Desktop Entry]\nType=Application\nName=" + 200_000 * "n", "ascii")
         for number in range(2000):
             os.symlink("0.desktop", f"{self.entries}/link{number}.desktop")
         for number, arrange in enumerate((
                 os.mkfifo, lambda path: os.symlink("/dev/zero", path),
-                lambda path: (write(path, "{}"), os.truncate(path, 300_000_000)),
-                lambda path: write(path, "[" * 100_000 + "]" * 100_000))):
+                lambda path: (Path(path).write_text("{}", "ascii"), os.truncate(path, 300_000_000)),
+                lambda path: Path(path).write_text("[" * 100_000 + "]" * 100_000, "ascii"))):
             programs = self.desktop.folder_for(f"{number}.app", "bin")
             arrange(os.path.join(self.desktop.folder, f"{number}.app", "Info.json"))
             self.with_item("script", shutil.copy("/usr/bin/python3", f"{programs}/good"))
@@ -192,11 +193,6 @@ class Hostile(AgentCase):
         lines = [line for line in self.desktop.log("agent").splitlines() if "too many" in line]
         self.assertTrue(lines)
         self.assertEqual(sorted(set(lines)), sorted(lines))
-
-
-def write(path, text):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
 
 
 if __name__ == "__main__":

@@ -46,7 +46,7 @@ TEST(AppDelegateTest, AClickDoesAndTheMenuOffersWhatTheBarAllows) {
       EXPECT_EQ(app.model->state(), to);
       EXPECT_EQ(app.memory.windows.shown, before == to && way != rightMouseUp ? 1 : 0);
       EXPECT_FALSE(bar.menu);
-      EXPECT_EQ(app.hidesAgain(), reveals);
+      EXPECT_EQ(app.hidesAgain(), reveals ? 1U : 0U);
     }
   }
 }
@@ -57,7 +57,7 @@ TEST(AppDelegateTest, ReopeningAndEveryEndRevealAndWhatOutlivesItDoesNothing) {
     auto& memory = app.memory;
     app.play("hide yes");
     app.delegate->applicationShouldHandleReopen(false);
-    EXPECT_TRUE(app.model->state() == BarState::visible && memory.windows.shown == 1 && !app.hidesAgain());
+    EXPECT_TRUE(app.model->state() == BarState::visible && memory.windows.shown == 1 && app.hidesAgain() == 0);
     EXPECT_FALSE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
     app.from("hide yes");
     app.click(rightMouseUp);

@@ -9,6 +9,7 @@ import shutil
 import subprocess
 import sys
 import unittest
+from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "..", "desktop"))
@@ -20,8 +21,7 @@ COPYQ, PASYSTRAY, QMIDINET = "com.github.hluk.copyq", "pasystray", "org.rncbc.qm
 
 
 def write_program(path, commands):
-    with open(path, "w", encoding="ascii") as file:
-        file.write(f"#!/bin/sh\n{commands}\n")
+    Path(path).write_text(f"#!/bin/sh\n{commands}\n", "ascii")
     os.chmod(path, 0o755)
 
 
@@ -75,7 +75,6 @@ class DesktopCase(unittest.TestCase):
     def tearDownClass(cls):
         if not cls.failed:
             cls.desktop.end_while_scanning()
-            cls.desktop.stop()
             cls.desktop.forget()
 
     def run(self, result=None):
@@ -110,8 +109,8 @@ class HidingCase(DesktopCase):
         self.expect_every_icon()
         wait(desktop.can_hide, what="hiding being offered")
 
-    def expect_every_icon(self, limit=10):
-        wait(lambda: set(self.desktop.shown()) == set(self.all), limit, "every icon")
+    def expect_every_icon(self):
+        wait(lambda: set(self.desktop.shown()) == set(self.all), what="every icon")
 
     def hide(self):
         self.desktop.hide_and_expect(self.rest)

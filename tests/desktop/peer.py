@@ -9,6 +9,7 @@ import sys
 import time
 
 from gi.repository import Gio, GLib
+from Xlib import X, display
 
 from bus import call, call_bus, connect
 
@@ -16,7 +17,7 @@ AGENT, WATCHER, ITEM = "local.orvo.MenuBarAgent", "org.kde.StatusNotifierWatcher
 AGENT_PATH, AGENT_INTERFACE, ITEM_PATH = "/local/orvo/MenuBarAgent", "local.orvo.MenuBarAgent1", "/StatusNotifierItem"
 ADDRESS = os.environ["DBUS_SESSION_BUS_ADDRESS"]
 bus = connect(ADDRESS)
-items = {}
+items = {}  # The connections of what it shows.
 
 
 def own(name, flags=4):
@@ -98,6 +99,18 @@ def activate_many(count):
     for _ in range(count):
         send(AGENT, AGENT_PATH, AGENT_INTERFACE, "Activate", GLib.Variant("(aias)", ([], [])))
     bus.flush_sync(None)
+
+
+def fill(icon):
+    """Puts a window with very many others beside this icon of the older kind."""
+    client = items[icon] = display.Display()
+    tray = client.create_resource_object("window", icon).query_tree().parent.query_tree().parent
+    client.grab_server()
+    socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+    for _ in range(20_000):
+        socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+    client.ungrab_server()
+    client.sync()
 
 
 for line in sys.stdin:

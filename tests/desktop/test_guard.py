@@ -4,11 +4,11 @@ icons are hidden, a click on one brings the icons back, opens that control, once
 import time
 import unittest
 
-from case import DesktopCase, center
+from case import PASYSTRAY, QMIDINET, DesktopCase, center
 from bus import DBUS, call, connect
 from desktop import PLUGINS
 from picture import Picture
-from session import ITEM
+from session import ITEM, SHORTCUT
 from waiting import hold, settled, stays, wait
 
 PLUGINS["clock"]["digital-time-format"] = STILL = "12:00"  # No picture of it changes by itself.
@@ -42,7 +42,7 @@ CHANGES = {
     "clock format": ("/plugins/plugin-3/digital-time-format", "12:00 and more", STILL),
 }
 
-MARKED = ["pasystray", "diodon"]
+MARKED = [PASYSTRAY, "diodon"]
 REPLAY_DELAY = 0.18
 
 
@@ -59,9 +59,8 @@ class GuardCase(DesktopCase):
         call(cls.monitor, DBUS, "/org/freedesktop/DBus", f"{DBUS}.Monitoring.BecomeMonitor", "(asu)",
              [f"type='method_call',interface='{ITEM}'"], 0)
         cls.monitor.add_filter(lambda _, message, comes: cls.clicked.append(message.get_member()) if comes else None)
-        for name in MARKED + ["qmidinet"]:
-            desktop.spawn_item(name, [name], lambda name=name: wait(
-                lambda: name in str(desktop.call_agent("Items")), 20, name))
+        for name in [*MARKED, QMIDINET]:
+            desktop.start_known(name)
         desktop.remember(MARKED)
         desktop.spawn("orvo", [desktop.program])
         wait(desktop.can_hide, 20, "hiding being offered")
@@ -70,7 +69,7 @@ class GuardCase(DesktopCase):
     def setUp(self):
         self.close_pop_ups()
         if self.desktop.is_hidden():
-            self.desktop.person.key("Control_L", "Alt_L", "Super_L", "b")
+            self.desktop.person.key(*SHORTCUT)
             wait(lambda: not self.desktop.is_hidden(), what="icons")
 
     # Where things are

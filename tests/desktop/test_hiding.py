@@ -5,13 +5,15 @@ import os
 import signal
 import time
 import unittest
+from pathlib import Path
 
 from Xlib import X, XK, Xatom, display
 from Xlib.protocol import event
 
 from case import COPYQ, PASYSTRAY, QMIDINET, HidingCase, Peer, center, stopped
-from desktop import AGENT, PROGRAMS, WATCHER
+from desktop import AGENT, PROGRAMS, WATCHER, children_of
 from person import Person
+from session import SHORTCUT
 from waiting import settled, stays, wait
 
 FLAMESHOT = "org.flameshot.Flameshot"
@@ -26,20 +28,6 @@ image create photo square -width 22 -height 22
 square put red -to 0 0 22 22
 tktray::icon .icon -image square
 """
-FILLER = """import sys, time
-from Xlib import X, display
-client = display.Display()
-tray = client.create_resource_object("window", int(sys.argv[1], 16)).query_tree().parent.query_tree().parent
-client.grab_server()
-socket = tray.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-for _ in range(20_000):
-    socket.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-client.ungrab_server()
-client.sync()
-print("filled", flush=True)
-time.sleep(1000)
-"""
-COMBINATION = ("Control_L", "Alt_L", "Super_L", "b")
 MODIFIERS = X.ControlMask | X.Mod1Mask | X.Mod4Mask
 IN_USE = "This shortcut is in use. Orvo’s menu bar arrow is still available."
 
@@ -50,8 +38,7 @@ class Hiding(HidingCase):
 
     @classmethod
     def prepare(cls):
-        with open(f"{cls.desktop.home}/square.tcl", "w", encoding="ascii") as file:
-            file.write(SQUARE)
+        Path(cls.desktop.home, "square.tcl").write_text(SQUARE, "ascii")
         super().prepare()
 
     def test_a_click_hides_the_marked_icons_alone_and_another_brings_them_back_in_order(self):
@@ -71,11 +58,6 @@ class Hiding(HidingCase):
         self.desktop.expect_shown(self.rest)
         self.desktop.choose("Show all icons")
         self.desktop.expect_shown(self.all)
-        self.desktop.click_arrow(button=3)
-        wait(self.desktop.pop_ups, what="the menu that the panel offers")
-        self.desktop.person.key("Down")
-        self.desktop.person.key("Return")
-        self.desktop.expect_shown(self.rest)
 
     def test_an_agent_that_is_silent_or_answers_what_was_overtaken_leaves_nothing_hidden(self):
         desktop = self.desktop
@@ -101,7 +83,6 @@ class Hiding(HidingCase):
         self.desktop.click_arrow()
         self.desktop.expect_shown(self.all)
         self.desktop.close_window(self.desktop.settings_window())
-        stranger.kill()
 
     def test_a_new_tray_program_reveals_so_that_its_icon_can_load_and_its_end_leaves_the_others_hidden(self):
         self.addCleanup(self.desktop.end, FLAMESHOT)
@@ -118,20 +99,19 @@ class Hiding(HidingCase):
 
     def test_the_window_of_a_new_program_reveals_whatever_it_claims(self):
         self.hide()
-        client = display.Display(self.desktop.display_name)
-        self.addCleanup(client.close)
-        window = client.screen().root.create_window(0, 300, 99, 99, 0, X.CopyFromParent)
+        window = self.desktop.root.create_window(0, 300, 99, 99, 0, X.CopyFromParent)
+        self.addCleanup(window.destroy)
         # The number that a sandboxed program has inside its sandbox.
-        window.change_property(client.intern_atom("_NET_WM_PID"), Xatom.CARDINAL, 32, [4194305])
+        window.change_property(self.desktop.display.intern_atom("_NET_WM_PID"), Xatom.CARDINAL, 32, [4194305])
         window.map()
-        client.sync()
+        self.desktop.display.sync()
         wait(lambda: not self.desktop.is_hidden(), what="the reveal")
 
     def test_a_program_that_fills_the_tray_and_the_list_of_windows_holds_nobody_up(self):
         icon = next(address for address, *_ in self.desktop.call_agent("Items") if address.startswith("x11:"))
-        self.desktop.spawn("filler", ["/usr/bin/python3", "-c", FILLER, icon[4:]])
-        self.addCleanup(self.desktop.end, "filler")
-        wait(lambda: "filled" in self.desktop.log("filler"), what="the windows")
+        filler = Peer(self.desktop, "filler")
+        self.addCleanup(filler.kill)
+        filler.fill(int(icon[4:], 16))
         listed, length = self.desktop.display.intern_atom("_NET_CLIENT_LIST"), 4096
         for start in range(0, 500_000, length):
             self.desktop.root.change_property(
@@ -178,14 +158,10 @@ class Hiding(HidingCase):
 
     def test_when_a_guardian_and_then_its_agent_are_killed_every_icon_comes_back_drawn_and_once(self):
         desktop, agent = self.desktop, self.desktop.processes["agent"].pid
-
-        def guardians():
-            with open(f"/proc/{agent}/task/{agent}/children", encoding="ascii") as file:
-                return file.read().split()
         self.hide()
-        first = guardians()
-        os.kill(int(first[0]), signal.SIGKILL)
-        wait(lambda: len(guardians()) == 1 and guardians() != first, 2, "another guardian, and no zombie")
+        first = children_of(agent)
+        os.kill(first[0], signal.SIGKILL)
+        wait(lambda: len(now := children_of(agent)) == 1 and now != first, 2, "another guardian, and no zombie")
         desktop.end("agent", signal.SIGKILL)
         # Ayatana's programs may show an icon of the older kind besides, made while they saw no watcher. So the panel's
         # own list is what has to hold each of the newer kind just once.
@@ -205,7 +181,7 @@ class Shortcut(HidingCase):
 
     def expect_toggled(self, held=0.0):
         before = self.desktop.is_hidden()
-        Person(self.desktop.display_name).key(*COMBINATION, held=held)  # One who knows the keyboard as it is now.
+        Person(self.desktop.display_name).key(*SHORTCUT, held=held)  # One who knows the keyboard as it is now.
         wait(lambda: self.desktop.is_hidden() != before, 2, "the shortcut toggling")
         if not before:
             wait(lambda: len(self.desktop.cells()) == len(self.rest), 2, "icons leaving the panel")
@@ -221,7 +197,7 @@ class Shortcut(HidingCase):
                 self.expect_toggled()
                 self.doCleanups()
         person.key("Control_L", "Super_L", "b")
-        person.key("Shift_L", *COMBINATION)
+        person.key("Shift_L", *SHORTCUT)
         root, key = self.desktop.root, self.desktop.display.keysym_to_keycode(XK.XK_b)
         root.send_event(event.KeyPress(detail=key, time=1, root=root, window=root, same_screen=1, child=0, root_x=1,
                                        root_y=1, event_x=1, event_y=1, state=MODIFIERS), X.PropertyChangeMask)
@@ -246,7 +222,7 @@ class Shortcut(HidingCase):
         holder.change_keyboard_mapping(q, [was[0]])
         holder.sync()
         desktop.choose("Settings…")
-        desktop.click(desktop.control("Behavior").center())
+        desktop.press("Behavior")
         desktop.control(IN_USE)
         self.hide()
         self.reveal()

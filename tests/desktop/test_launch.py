@@ -6,9 +6,9 @@ import signal
 import socket
 import time
 import unittest
+from pathlib import Path
 
 from case import QMIDINET, DesktopCase, HidingCase, Peer, stopped
-from accessible import STATE_ENABLED
 from bus import call_bus
 from desktop import AGENT, ORVO, REPOSITORY, WATCHER
 from waiting import stays, wait
@@ -16,9 +16,7 @@ from waiting import stays, wait
 
 class Launch(HidingCase):
     def diagnose(self, *command):
-        answer = self.desktop.run([*command, "--diagnose"])
-        self.assertEqual(answer.returncode, 0, answer.stderr)
-        return answer.stdout.splitlines()
+        return self.desktop.told_by([*command, "--diagnose"]).splitlines()
 
     def test_the_report_tells_of_bundle_desktop_and_accessibility_and_needs_no_display(self):
         program, bundle = self.desktop.program, self.desktop.bundle
@@ -32,8 +30,7 @@ class Launch(HidingCase):
             self.assertEqual(self.diagnose(*started)[4:], lines[4:])
         bare = shutil.copy(program, self.desktop.folder_for("home", "bare.app", "bin"))
         for information in ("", "{", "[]", '{"CFBundleIdentifier": 7}'):
-            with open(f"{self.desktop.home}/bare.app/Info.json", "w", encoding="ascii") as file:
-                file.write(information)
+            Path(self.desktop.home, "bare.app", "Info.json").write_text(information, "ascii")
             self.assertEqual(self.diagnose(bare)[4], "Bundle: unbundled command line process")
         self.addCleanup(self.desktop.set_accessibility, True)
         self.desktop.set_accessibility(False)
@@ -54,8 +51,7 @@ class Launch(HidingCase):
     def test_a_second_launch_reveals_and_shows_the_settings_of_the_first(self):
         desktop = self.desktop
         desktop.hide()
-        answer = desktop.run([desktop.program])
-        self.assertEqual((answer.returncode, answer.stdout), (0, ""))
+        self.assertEqual(desktop.told_by([desktop.program]), "")
         wait(desktop.settings_window, what="the settings window")
         wait(lambda: not desktop.is_hidden(), 2, "the reveal")
         stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
@@ -83,15 +79,15 @@ class WithoutAgent(DesktopCase):
         desktop.start_orvo(ready=False)
         desktop.expect_told("Orvo’s agent does not manage the tray")
         self.assertFalse(desktop.can_hide())
-        self.take_over()
+        desktop.press("Take Over")
         desktop.control("Orvo could not take over the tray. Orvo’s agent does not answer. "
                         "Install Orvo again, then log in.")
         desktop.start_agent()
         with stopped(desktop.process_of(WATCHER)):
-            self.take_over()
+            desktop.press("Take Over")
             desktop.control("Orvo could not take over the tray. The program that manages the tray does not answer.", 5)
         process = desktop.orvo.pid
-        self.take_over()
+        desktop.press("Take Over")
         wait(desktop.can_hide, 20, "hiding being offered")
         wait(desktop.settings_window, what="the settings of the Orvo that started anew")
         self.assertEqual(desktop.process_of(ORVO), process)
@@ -102,10 +98,6 @@ class WithoutAgent(DesktopCase):
         desktop.end("agent")
         desktop.control("Take Over")
 
-    def take_over(self):
-        wait(lambda: self.desktop.control("Take Over").has(STATE_ENABLED), what="the button")
-        self.desktop.click(self.desktop.control("Take Over").center())
-
 
 class AgentStart(DesktopCase):
     start = {"agent": False, "panel": False}
@@ -114,8 +106,7 @@ class AgentStart(DesktopCase):
         desktop, bundle = self.desktop, os.path.join(self.desktop.home, "Applications", "Orvo.app")
         desktop.bundle = shutil.move(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
         for _ in range(2):  # over nothing, then over itself
-            answer = desktop.run([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
-            self.assertEqual(answer.returncode, 0, answer.stderr)
+            desktop.told_by([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
         self.assertEqual(os.listdir(os.path.dirname(bundle)), ["Orvo.app"])
         self.assertIn(f"Desktop entry path: {bundle}\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
         call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)
@@ -142,8 +133,7 @@ class WithoutSessionBus(WithoutServer):
 
     def test_what_needs_it_ends_in_order_and_says_so(self):
         super().test_what_needs_it_ends_in_order_and_says_so()
-        running = ["sh", "-c", "readlink /proc/[0-9]*/exe"]
-        wait(lambda: self.desktop.bundle not in self.desktop.run(running).stdout, 5, "the end of the guardian")
+        wait(lambda: not self.desktop.running(self.desktop.bundle), 5, "the end of the guardian")
 
 
 class WithoutAccessibilityBus(DesktopCase):

@@ -74,10 +74,6 @@ class XfceSession(OrvoDesktop):
                 return width >= height and (width, Picture(self.root, *frame).data)
         return settled(now, 0.5, 10, "the tray")
 
-    def packages_processes(self):
-        answer = self.run(["sh", "-c", "readlink /proc/[0-9]*/exe"]).stdout
-        return [line for line in answer.splitlines() if line.startswith(BUNDLE)]
-
 
 class Package(unittest.TestCase):
     @classmethod
@@ -87,9 +83,7 @@ class Package(unittest.TestCase):
 
     @classmethod
     def dpkg(cls, *arguments):
-        answer = cls.desktop.run(["dpkg", *arguments], 120)
-        assert answer.returncode == 0, answer.stderr
-        return answer.stdout
+        return cls.desktop.told_by(["dpkg", *arguments], 120)
 
     def log_in_to(self, name):
         """A login to a session that only asks for the agent: where its program is, or nothing, and how long it took."""
@@ -136,18 +130,17 @@ class Package(unittest.TestCase):
         with self.subTest("upgrade"):
             self.dpkg("--install", *PACKAGES)
             wait(lambda: desktop.tray() == with_item, what="the icon without the arrow")
-            self.assertEqual({os.path.basename(program) for program in desktop.packages_processes()}, {"orvo-agent (deleted)"})
+            self.assertEqual({os.path.basename(program) for program in desktop.running(BUNDLE)}, {"orvo-agent (deleted)"})
         self.hide(with_item)
         files = [file for file in self.dpkg("--listfiles", "orvo").split("\n") if os.path.isfile(file)]
         self.dpkg("--purge", "orvo")
-        self.assertEqual(desktop.packages_processes(), [])
+        self.assertEqual(desktop.running(BUNDLE), [])
         wait(lambda: desktop.tray() == with_item, what="the icon, from the panel itself")
         self.assertEqual([file for file in files if os.path.exists(file)], [])
 
     def test_then_a_copy_of_ones_own_comes_before_the_package(self):
         self.dpkg("--install", *PACKAGES)
-        answer = self.desktop.run([f"{REPOSITORY}/packaging/linux/install", self.desktop.bundle])
-        self.assertEqual(answer.returncode, 0, answer.stderr)
+        self.desktop.told_by([f"{REPOSITORY}/packaging/linux/install", self.desktop.bundle])
         self.assertEqual(self.log_in_to("startxfce4")[0], f"{self.desktop.home}/Applications/Orvo.app/bin/orvo-agent")
 
     def hide(self, with_item):

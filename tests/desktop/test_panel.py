@@ -26,7 +26,7 @@ class News(DesktopCase):
     @classmethod
     def prepare(cls):
         """Two items have the same Id, of which one is kept."""
-        cls.programs = {color: cls.begin(color) for color in NAMES}
+        cls.programs, cls.requester = {color: cls.begin(color) for color in NAMES}, Peer(cls.desktop, "requester")
         for count, (color, program) in enumerate(cls.programs.items(), 1):
             program.show(color, "SameId" if color in (RED, GREEN) else color)
             wait(lambda count=count: len(cls.colors()) == count, 10, "the icon")
@@ -42,19 +42,13 @@ class News(DesktopCase):
         middle = 2 * (CELL - 2 * FRAME) ** 2 + 2 * (CELL - 2 * FRAME)  # Of a square with four bytes a pixel.
         return [cell[middle:middle + 3][::-1].hex() for cell in cls.desktop.cells()]
 
-    def hide_all_but(self, *applications):
-        return self.desktop.call_agent("Activate", "(aias)", [], applications)
-
-    def reveal(self, assertion):
-        self.desktop.call_agent("Invalidate", "(u)", assertion)
-
     def expect_every_icon(self):
         wait(lambda: self.colors() == self.every, 3, "every icon in its place")
 
     def test_an_icon_that_the_panel_lost_is_back_within_a_second_of_the_next_news(self):
         self.programs[BLUE].lie(BLUE)
         wait(lambda: len(self.colors()) == 3, 3, "the icon being lost")
-        self.reveal(self.hide_all_but("kept"))
+        self.requester.invalidate(self.requester.activate("kept"))
         self.expect_every_icon()
 
     def test_no_icon_is_lost_by_news_in_quick_succession(self):
@@ -68,9 +62,9 @@ class News(DesktopCase):
     def play(self, chance):
         """Hides and shows within milliseconds, then kills a program and starts it again."""
         victim = chance.choice((BLUE, WHITE))
-        spare, assertion = self.begin(victim), None
+        spare, requester, assertion = self.begin(victim), self.requester, None
         for _ in range(chance.randint(2, 6)):
-            assertion = self.hide_all_but("kept", "kept2") if assertion is None else self.reveal(assertion)
+            assertion = requester.activate("kept", "kept2") if assertion is None else requester.invalidate(assertion)
             hold(chance.choice((0.001, 0.005, 0.01, 0.02, 0.05)))
         hold(chance.choice((0, 0.01, 0.1)))
         self.programs[victim].kill()
@@ -78,7 +72,7 @@ class News(DesktopCase):
         self.programs[victim] = spare
         spare.show(victim, victim)
         if assertion is not None:
-            self.reveal(assertion)
+            requester.invalidate(assertion)
 
 
 class StatusControls(DesktopCase):

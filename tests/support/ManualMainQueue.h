@@ -63,9 +63,11 @@ class ManualMainQueue : public MainQueue, public ManualTasks {
   bool isMainThread() const override { return std::this_thread::get_id() == mainThread_; }
 
   // Turns the clock. Posted tasks run first and after every timer; timers run at their own times, or as late
-  // as they allow where the clock stops before that for nothing else.
-  void advance(Duration time) {
+  // as they allow where the clock stops before that for nothing else. Where the machine sleeps meanwhile, what became
+  // due runs at the end, a repeating task once.
+  void advance(Duration time, bool sleeps = false) {
     const TimerTable::Time end = now_ + time;
+    if (sleeps) now_ = end;
     for (runPosted();; now_ = std::clamp(wakeTime().value_or(end), now_, end)) {
       while (const auto task = timers_.takeDue(now_, timers_.mark())) {
         (*task)();
@@ -73,11 +75,6 @@ class ManualMainQueue : public MainQueue, public ManualTasks {
       }
       if (now_ == end) return;
     }
-  }
-  // The machine sleeps: what became due meanwhile runs at the new time, a repeating task once.
-  void sleepThrough(Duration time) {
-    now_ += time;
-    advance(Duration::zero());
   }
   // When a timer has to run at the latest; absent when none waits.
   std::optional<TimerTable::Time> wakeTime() const { return timers_.wakeTime(); }

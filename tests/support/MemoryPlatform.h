@@ -104,8 +104,8 @@ struct MemoryWorkspace : Workspace {
   void endConcealments() override { tellOthers({}); }
   bool areItemsManagedElsewhere() const override { return managedElsewhere; }
   void takeOverItems(const TakenOver& done) override { takenOver = done; }
-  void tellOthers(const std::vector<std::string>& names) {
-    others = names;
+  void tellOthers(const std::vector<std::string>& names, bool manage = false) {
+    others = names, managedElsewhere = manage;
     center.post(Notification::concealersChanged);
   }
   NotificationCenter& notificationCenter() override { return center; }
@@ -300,8 +300,6 @@ struct MemoryStatusBar : StatusBar, StatusItemButton {
 struct MemoryWindows : Windows {
   bool grantsWindows = true;
   std::function<std::unique_ptr<Window>(const WindowDescription&, WindowContent&)> maker;
-  // Of the newest window; null before there is one.
-  WindowContent* content = nullptr;
   int shown = 0;
   // Has as many owners as there are windows, and one more.
   std::shared_ptr<void> open = std::make_shared<int>();
@@ -313,10 +311,9 @@ struct MemoryWindows : Windows {
     MemoryWindows& windows;
     std::shared_ptr<void> alive;
   };
-  std::unique_ptr<Window> make(const WindowDescription& description, WindowContent& newContent) override {
+  std::unique_ptr<Window> make(const WindowDescription& description, WindowContent& content) override {
     if (!grantsWindows) return nullptr;
-    content = &newContent;
-    return maker ? maker(description, newContent) : std::make_unique<Recorder>(*this);
+    return maker ? maker(description, content) : std::make_unique<Recorder>(*this);
   }
 };
 
@@ -330,13 +327,8 @@ struct MemoryPasteboard : Pasteboard {
 
 // Keeps every request for a picture until the test answers it.
 struct MemoryApplicationIcons : ApplicationIcons {
-  struct Request {
-    std::int32_t processIdentifier;
-    int size;
-    Answer answer;
-  };
-  std::vector<Request> requests;
-  void icon(std::int32_t pid, int size, Answer answer) override { requests.push_back({pid, size, std::move(answer)}); }
+  std::vector<std::tuple<std::int32_t, int, Answer>> requests;
+  void icon(std::int32_t pid, int size, Answer answer) override { requests.emplace_back(pid, size, std::move(answer)); }
 };
 
 // An imitation of the concealment framework with faults that a test chooses. Nothing is locked: one thread at a time.

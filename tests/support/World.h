@@ -6,7 +6,6 @@
 #include "app/AppDelegate.h"
 #include "model/OrvoModel.h"
 #include "support/MemoryPlatform.h"
-#include "ui/OrvoView.h"
 
 namespace orvo {
 
@@ -58,19 +57,13 @@ class World {
     memory.framework.answer(requests() - 1, error);
     memory.settle();
   }
-  // Lets the seven seconds pass; whether revealed icons hide again then, and not before.
-  bool hidesAgain() {
+  // Lets the seven seconds pass; how often revealed icons are hidden again then, 99 where it is before.
+  std::size_t hidesAgain() {
     const std::size_t before = requests();
     play("6999ms");
     const bool early = requests() != before;
     play("1ms");
-    return !early && requests() > before;
-  }
-  // What the settings say; opens them, which reveals, when they have not been open yet.
-  OrvoView& view() {
-    if (memory.windows.content == nullptr) delegate->applicationShouldHandleReopen(false);
-    memory.settle();
-    return dynamic_cast<OrvoView&>(*memory.windows.content);
+    return early ? 99 : requests() - before;
   }
 
   std::size_t requests() const { return memory.framework.activations.size(); }
@@ -122,11 +115,7 @@ class World {
         {"hostends", [](W& w) { w.memory.workspace.center.post(Notification::menuBarHostTerminated); }},
         {"layout", [](W& w) { w.memory.workspace.center.post(Notification::menuBarLayoutChanged); }},
         {"screens", [](W& w) { w.memory.application.center.post(Notification::screenParametersChanged); }},
-        {"elsewhere",
-         [](W& w) {
-           w.memory.workspace.managedElsewhere = true;
-           w.memory.workspace.tellOthers({});
-         }},
+        {"elsewhere", [](W& w) { w.memory.workspace.tellOthers({}, true); }},
         {"otherhides", [](W& w) { w.memory.workspace.tellOthers({"Other"}); }},
         {"task", [](W& w) { w.memory.mainQueue.runOne(); }},
         {"turn", [](W& w) { w.memory.mainQueue.runPosted(); }},

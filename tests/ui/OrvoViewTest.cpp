@@ -52,7 +52,7 @@ const Situation situations[] = {
 TEST(OrvoViewTest, EverySituationIsToldAsItIs) {
   for (const auto& [missing, steps, told] : situations) {
     World world(missing);
-    const OrvoView& view = world.view();
+    const OrvoView view(world.model->shared_from_this(), world.memory.platform);
     world.play(steps);
     const Value said = view.values();
     Value expected = said;
@@ -72,7 +72,7 @@ TEST(OrvoViewTest, TheReportHasTheMacsOwnWords) {
 TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {
   for (const char* const word : {linuxWords.couldNotOpen, macWords.couldNotOpen}) {
     World world("/Downloads/O");
-    OrvoView& view = world.view();
+    OrvoView view(world.model->shared_from_this(), world.memory.platform);
     world.memory.words.couldNotOpen = word;
     const auto message = [&] { return view.values()["message"]; };
     const Value before = message();

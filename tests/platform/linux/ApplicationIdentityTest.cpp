@@ -57,7 +57,6 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
   write(root_ / "bin/wrapped", "#!/bin/sh\nexec ...");
   fs::permissions(root_ / "bin/wrapped", fs::perms::owner_all);
   write(root_ / "A.app/Info.json", R"({"CFBundleIdentifier": "org.example.Bundled"})");
-  write(root_ / "B.app/Info.json", "not an object");
   const std::string launched = "GIO_LAUNCHED_DESKTOP_FILE=" + (system_ / "org.example.Mixer.desktop").string();
   const std::string mine = "GIO_LAUNCHED_DESKTOP_FILE_PID=4242";
   const std::string parents = "GIO_LAUNCHED_DESKTOP_FILE_PID=424";
@@ -81,7 +80,6 @@ TEST_F(ApplicationIdentityTest, FindsTheEntryWhicheverWayTheProgramWasStarted) {
       {"radio_player", "/snap/radio/12/bin/player", {}, {}},
       {"masked", "/usr/bin/masked", {}, {}},
       {"org.example.Bundled", root_ / "A.app/bin/program", {}, {}},
-      {"program", root_ / "B.app/bin/program", {}, {}},
       {"caf\uFFFD", "/usr/bin/caf\xe9", {}, {}},
   };
   for (const auto& [expected, executable, arguments, environment] : cases)

@@ -16,8 +16,6 @@ namespace orvo {
 
 namespace {
 
-using enum OrvoView::Page;
-
 QAccessibleInterface* accessible(QQuickItem* item) { return QAccessible::queryAccessibleInterface(item); }
 QAccessible::State state(QQuickItem* item) { return accessible(item)->state(); }
 double top(QQuickItem* item) { return item->mapToScene({}).y(); }
@@ -28,10 +26,6 @@ class SettingsWindowTest : public ::testing::Test, protected SettingsWorld {
   void open(const std::vector<NamedApp>& apps = {{"one", "One"}, {"two", "Two"}}) {
     memory.showItems(apps);
     window == nullptr ? show() : rescan();
-  }
-  void openPage(OrvoView::Page page) {
-    view->page = page;
-    turn();
   }
   // One of the row's two segments; both are below its picker.
   QQuickItem* segment(const QString& app, const QString& text) const {
@@ -96,7 +90,7 @@ TEST_F(SettingsWindowTest, SearchingFiltersAndIsClearedByButtonAndByEscapeWhichT
 TEST_F(SettingsWindowTest, TheDelayPickerStoresItsOptionsAndShowsAStoredDelayOfItsOwn) {
   memory.userDefaults.datas[preferencesKey] = R"({"rules":{},"autoRehideSeconds":45})";
   open();
-  openPage(behavior);
+  click(item("Behavior"));
   QQuickItem* const picker = item("rehidePicker");
   picker->forceActiveFocus(Qt::TabFocusReason);
   const std::tuple<const char*, std::int64_t, const char*> steps[] = {
@@ -184,7 +178,7 @@ TEST_F(SettingsWindowTest, EveryPageIsWorkedByKeyboardAloneInASmallWindowAndShow
 
 TEST_F(SettingsWindowTest, AKeyThatIsHeldActsOnce) {
   open();
-  openPage(behavior);
+  click(item("Behavior"));
   tabTo("Open Orvo at login");
   quint64 moment = 1000;
   const auto send = [&](QEvent::Type type, Qt::Key key) {
@@ -212,7 +206,7 @@ TEST_F(SettingsWindowTest, ClosingGivesTheSceneBackAndKeepsPageSearchAndFrame) {
   open();
   EXPECT_EQ(QRect(quickView().framePosition(), quickView().size()), QRect(0, 40, 800, 700));
   press("Ctrl+F t w");
-  openPage(about);
+  click(item("About Orvo"));
   const QPointer scene(quickView().rootObject());
   quickView().resize(800, 660);
   quickView().close();

@@ -41,14 +41,12 @@ class TapProgram {
     if (command == "hangs") words >> hangs_;
     if (command == "asked" && !queue_.isEmpty()) std::cout << "0 0 0 0\n";
     if (command == "end") taps_.reset();
-    if (command == "mark") pressed_->setIntegerValueField(eventSourceUserData, 42);
     if (command == "post") taps_->post(EventTapLocation::session, *pressed_);
     std::cout << "done" << std::endl;
   }
 
   void runQueue() {
-    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
-    if (!hangs_) queue_.advance(time - queue_.now());
+    if (!hangs_) queue_.advance(std::chrono::floor<MainQueue::Duration>(Clock::now() - start_) - queue_.now());
   }
 
  private:
@@ -66,7 +64,8 @@ class TapProgram {
     std::cout << static_cast<std::uint32_t>(type) << ' ' << place.x << ' ' << place.y << ' '
               << event->integerValueField(eventSourceUserData) << '\n';
     if (self.passes_) return event;
-    if (type == EventType::leftMouseDown) self.pressed_ = event->copy();
+    if (type == EventType::leftMouseDown)
+      (self.pressed_ = event->copy())->setIntegerValueField(eventSourceUserData, 42);
     return nullptr;
   }
 
@@ -89,7 +88,7 @@ class TapProgram {
   std::unique_ptr<X11EventTaps> taps_ = std::make_unique<X11EventTaps>(
       queue_, [] { return true; }, places_);
   std::unique_ptr<EventTapPort> port_;
-  std::unique_ptr<Event> pressed_;  // the last left press that did not pass
+  std::unique_ptr<Event> pressed_;  // the last left press that did not pass, marked
   bool passes_ = false, hangs_ = false;
 };
 
