@@ -256,8 +256,8 @@ NSRunningApplication* standIn(const RunningApplication& of, int policy) {
 
 TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
   using enum Notification;
-  NSRunningApplication* const host = standIn({"com.apple.MenuBarAgent", 10, {}, {}}, 2);
-  NSRunningApplication* const regular = standIn({{}, 11, {}, {}}, 0);
+  NSRunningApplication* const host = standIn({"com.apple.MenuBarAgent", 10, {}, "/System/A.app"}, 1);
+  NSRunningApplication* const regular = standIn({{}, 11, {}, "/Applications/R.app"}, 0);
   NSRunningApplication* const accessory = standIn({{}, 12, {}, "/Applications/A.app"}, 1);
   NSRunningApplication* const helper = standIn({{}, 13, {}, "/Applications/A.app/Contents/Frameworks/H.app"}, 1);
   std::vector<Notification> received;
@@ -275,7 +275,8 @@ TEST_F(CocoaAdaptersTest, EachLaunchAndEndIsToldOnceUntilTheWorkspaceGoes) {
     [observer observeValueForKeyPath:@"" ofObject:nil change:change context:nullptr];
     return std::exchange(received, {});
   };
-  EXPECT_THAT(changed(@[], @[ host, accessory, helper ]), ElementsAre(applicationLaunched));
+  NSRunningApplication* const service = standIn({{}, 14, {}, "/usr/libexec/S"}, 1);
+  EXPECT_THAT(changed(@[], @[ host, accessory, helper, service ]), ElementsAre(applicationLaunched));
   EXPECT_THAT(told(@"Launch", accessory), IsEmpty());
   EXPECT_THAT(changed(@[ host, accessory ], @[ host, accessory, regular ]), IsEmpty());
   EXPECT_THAT(told(@"Launch", regular), ElementsAre(applicationLaunched));
