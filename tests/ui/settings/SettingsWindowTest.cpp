@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <random>
-#include <ranges>
 
 namespace orvo {
 
@@ -138,7 +137,8 @@ TEST_F(SettingsWindowTest, AnyListBecomesAnyOtherRowByRow) {
       if (each->property("bundleID").isValid()) shown[top(each)] = each->property("bundleID").toString().toStdString();
       return false;
     });
-    EXPECT_TRUE(std::ranges::equal(std::views::values(shown), apps, {}, {}, &NamedApp::bundleID)) << round;
+    EXPECT_TRUE(std::ranges::equal(shown, apps, {}, &decltype(shown)::value_type::second, &NamedApp::bundleID))
+        << round;
   }
 }
 
