@@ -52,8 +52,8 @@ void OrvoModel::start() {
   if (!nativeMenuBarReady) message = platform_.words.installMessage;
   systemRelay_->onReveal = weakly([](OrvoModel& self) {
     self.reveal(false);
-    self.platform_.mainQueue.post(
-        self.weakly(&OrvoModel::updateSystemClickProtection));  // the relay may have lost its tap
+    // The relay may have lost its tap.
+    self.platform_.mainQueue.post(self.weakly(&OrvoModel::updateSystemClickProtection));
   });
   registerShortcut();
   permissionTimer_ = platform_.mainQueue.repeat(pollInterval, pollTolerance, weakly(&OrvoModel::poll));

@@ -24,7 +24,7 @@ class ApplicationIdentities {
   // From now on there is an event loop, in which what is late can come.
   void begin();
 
-  // Called before it returns; while anything is late, nobody waits and it is called in the event loop.
+  // `found` is called before this returns; while anything is late, nobody waits and it is called in the event loop.
   void find(std::int32_t process, ApplicationLookup::Found found);
 
   // Waits for it, whatever else is late. Without an identifier for unknown, and for what is not known by then.

@@ -56,7 +56,7 @@ class XConnection {
   xcb_res_query_client_ids_cookie_t askProcess(xcb_window_t window) const;
   std::int32_t process(xcb_res_query_client_ids_cookie_t asked) const;  // 0 for a window that has gone
   XReply<xcb_query_pointer_reply_t> queryPointer() const;
-  // Of all these windows, in their stacking order from below, and so many of each.
+  // The children of all these windows, at most so many of each, and of each in stacking order from below.
   std::vector<xcb_window_t> childrenOf(const std::vector<xcb_window_t>& windows,
                                        std::size_t most = std::numeric_limits<std::size_t>::max()) const;
   // What a property of a window holds, in units of 32 bits; empty for one of another kind, or none.
