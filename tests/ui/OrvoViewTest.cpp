@@ -31,12 +31,6 @@ const Situation situations[] = {
     {"nocontrols", "", R"json({"emptyState": {"title": "No app icons found", "detail":
         "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible."}})json"},
     {"", "elsewhere settle", R"json({"guidance": "unsupported", "primaryButton": {"enabled": false}})json"},
-    {"", "", R"json({"texts": {"onThisComputer": "ON THIS MAC", "builtForTitle": "Built for macOS 27", "builtForDetail":
-        "Orvo uses a private macOS menu bar API that may change with system updates. Each choice applies to all icons from one app. Some system extras may be unavailable while icons are hidden; quitting Orvo restores the bar.",
-        "shortcut": "Control Option Command B", "shortcutSigns": "⌃ ⌥ ⌘ B"},
-      "privacyCard": {"title": "Your choices stay on this Mac"}, "systemControlsCard": {"detail":
-        "Clicking a detected clock, Wi-Fi, or other system control reveals your icons before opening it. Your icons then stay visible until you hide them again."},
-      "linkLabels": ["How Orvo is built", "macOS compatibility research"]})json"},
     {"", "dropone", R"json({"guidance": "revealGuide", "actionTitle": "0 apps selected to hide",
       "statusLine": {"text": "Apps keep running"}, "stateBadge": {"accentDot": false, "text": "All visible"},
       "primaryButton": {"label": "Hide selected", "symbol": "chevron.right", "enabled": false}})json"},
@@ -59,14 +53,6 @@ TEST(OrvoViewTest, EverySituationIsToldAsItIs) {
     expected.merge_patch(Value::parse(told));
     EXPECT_EQ(Value::diff(said, expected), Value::array()) << told;
   }
-}
-
-TEST(OrvoViewTest, TheReportHasTheMacsOwnWords) {
-  EXPECT_STREQ(macWords.backendAvailable, "macOS 27 native concealment protocol is available.");
-  EXPECT_STREQ(macWords.backendMissing,
-               "This macOS build does not expose the expected menu bar protocol. Icons will remain visible.");
-  EXPECT_STREQ(macWords.notTrusted, "not granted to this process");
-  EXPECT_STREQ(macWords.applicationRegistry, "LaunchServices path");
 }
 
 TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {
