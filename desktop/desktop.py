@@ -14,13 +14,14 @@ import tempfile
 import time
 import uuid
 
+import psutil
 from gi.repository import Gio, GLib
+from PIL import Image
 from Xlib import X, display, error
 
 import bus
 from accessible import Accessible
 from person import Person
-from picture import Picture
 from waiting import Timeout, settled, wait
 
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -59,12 +60,6 @@ PANEL = {"position": "p=6;x=0;y=0", "length": 100, "position-locked": True, "ico
 KINDS = {bool: lambda value: GLib.Variant("b", value), int: lambda value: GLib.Variant("u", value),
          str: lambda value: GLib.Variant("s", value), GLib.Variant: lambda value: value,
          list: lambda value: GLib.Variant("av", [GLib.Variant("i", number) for number in value])}
-
-
-def children_of(process):
-    """Identifiers of the processes that its main thread has started."""
-    with open(f"/proc/{process}/task/{process}/children", encoding="ascii") as file:
-        return list(map(int, file.read().split()))
 
 
 @contextlib.contextmanager
@@ -194,20 +189,12 @@ class Desktop:
         self._connections = {}
         for name in sorted(reversed(self.processes), key=lambda name: name in ("server", "bus", "system-bus")):
             self.end(name, limit=2)
-        for process in self.strays():
-            with contextlib.suppress(ProcessLookupError):
-                os.kill(process, signal.SIGKILL)
+        for process in psutil.process_iter():  # What those have started carries the desktop's mark.
+            with contextlib.suppress(psutil.Error):
+                if process.environ().get("ORVO_DESKTOP_MARK") == self.identity:
+                    process.kill()
         with contextlib.suppress(AttributeError):
             self.person.close()
-
-    def strays(self):
-        """Processes that the desktop's own programs started: they carry its mark."""
-        mark, found = f"ORVO_DESKTOP_MARK={self.identity}".encode(), []
-        for entry in filter(str.isdigit, os.listdir("/proc")):
-            with contextlib.suppress(OSError), open(f"/proc/{entry}/environ", "rb") as file:
-                if mark in file.read().split(b"\0"):
-                    found.append(int(entry))
-        return found
 
     def forget(self):
         """Ends the desktop and removes its folder: for one whose logs nobody needs."""
@@ -400,12 +387,17 @@ class Desktop:
     def rest(self, span=0.25, limit=3.0):
         """Lets the screen come to rest before a picture is taken; something that blinks only costs the limit."""
         with contextlib.suppress(Timeout):
-            settled(lambda: self.screen().data, span, limit, every=0.03)
+            settled(self.screen, span, limit, every=0.03)
+
+    def picture(self, x, y, width, height):
+        """Of a part of the screen as it is now."""
+        pixels = self.root.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
+        return Image.frombytes("RGB", (width, height), pixels, "raw", "BGRX")
 
     def screen(self):
         """A picture of the whole screen."""
         geometry = self.root.get_geometry()
-        return Picture(self.root, 0, 0, geometry.width, geometry.height)
+        return self.picture(0, 0, geometry.width, geometry.height)
 
     def resize_screen(self, width, height):
         """Up to the first size; a size that the server does not list is made known to it. The panel follows later and
@@ -435,12 +427,11 @@ class Desktop:
 
     def plug_in(self, library):
         """Process of a plug-in of the panel, and the window that it was told to sit in; (None, None) without one."""
-        with contextlib.suppress(OSError, KeyError):
-            for child in children_of(self.processes["panel"].pid):
-                with contextlib.suppress(OSError), open(f"/proc/{child}/cmdline", "rb") as file:
-                    arguments = file.read().split(b"\0")
-                    if arguments[1:] and arguments[1].endswith(library.encode()):
-                        return child, int(arguments[3])
+        panel = self.processes.get("panel")
+        for process in psutil.process_iter(["ppid", "cmdline"]) if panel else ():
+            _, program, *arguments = [*(process.info["cmdline"] or ()), "", ""]
+            if process.info["ppid"] == panel.pid and program.endswith(library):
+                return process.pid, int(arguments[1])
         return None, None
 
     def cells(self):
@@ -450,11 +441,11 @@ class Desktop:
         if count == 0:
             return []
         try:
-            picture = Picture(self.root, x, y + FRAME, width, height - 2 * FRAME)
+            picture = self.picture(x, y, width, height)
         except error.BadMatch:  # The screen or the panel changed in between.
             return []
-        margin = (width - count * CELL) // 2
-        return [picture.column(margin + index * CELL + FRAME, CELL - 2 * FRAME) for index in range(count)]
+        starts = range((width - count * CELL) // 2 + FRAME, width - CELL + FRAME + 1, CELL)
+        return [picture.crop((x, FRAME, x + CELL - 2 * FRAME, height - FRAME)).tobytes() for x in starts]
 
     def shown(self):
         """The names of the icons that the panel shows now, from left to right; "?" for one unknown."""

@@ -11,6 +11,7 @@ import sys
 import time
 from itertools import product
 
+import psutil
 from gi.repository import GLib
 from Xlib import X
 
@@ -31,15 +32,9 @@ DESCRIPTORS, MEGABYTES = 6, 6
 
 
 def children(parent):
-    """Name, state and identifier of each child."""
-    found = []
-    for entry in filter(str.isdigit, os.listdir("/proc")):
-        with contextlib.suppress(OSError), open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as file:
-            name, rest = file.read().split("(", 1)[1].rsplit(")", 1)
-            state, above = rest.split()[:2]
-            if above == str(parent):
-                found.append((name, state, int(entry)))
-    return found
+    """Name, status and identifier of each child."""
+    return [(child.info["name"], child.info["status"], child.pid)
+            for child in psutil.process_iter(["name", "status", "ppid"]) if child.info["ppid"] == parent]
 
 
 def weight(process):
@@ -99,7 +94,7 @@ class Faults:
 
     def guardians(self):
         agent = self.desktop.processes["agent"].pid
-        return [process for name, state, process in children(agent) if name == "orvo-guardian" and state != "Z"]
+        return [process for name, state, process in children(agent) if name == "orvo-guardian" and state != psutil.STATUS_ZOMBIE]
 
     def accessibility_bus(self):
         launcher = self.desktop.process_of("org.a11y.Bus")
@@ -252,7 +247,7 @@ class Faults:
         if len(self.guardians()) != 1:
             yield f"guardians: {self.guardians()}"
         for parent in (desktop.orvo.pid, desktop.processes["agent"].pid, *self.guardians()):
-            if dead := [name for name, state, _ in children(parent) if state == "Z"]:
+            if dead := [name for name, state, _ in children(parent) if state == psutil.STATUS_ZOMBIE]:
                 yield f"zombies: {dead}"
         yield from desktop.sanitizer_reports()
         yield from self.grabs()

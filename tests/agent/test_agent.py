@@ -2,15 +2,13 @@
 
 import os
 import shutil
-import sys
 import time
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "desktop"))
-from case import Peer, stopped  # noqa: E402
-from desktop import WATCHER, Desktop  # noqa: E402
-from waiting import wait  # noqa: E402
+from case import Peer, stopped
+from desktop import WATCHER, Desktop
+from waiting import wait
 
 ITEM = "/StatusNotifierItem"
 
@@ -193,7 +191,3 @@ class Hostile(AgentCase):
         lines = [line for line in self.desktop.log("agent").splitlines() if "too many" in line]
         self.assertTrue(lines)
         self.assertEqual(sorted(set(lines)), sorted(lines))
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

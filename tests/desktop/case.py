@@ -1,21 +1,18 @@
 """What the whole-desktop tests share: one desktop a class, its logs kept when a test fails.
 
-Imported first, it makes the modules of desktop/ known."""
+By hand: PYTHONPATH=desktop:tests/desktop /usr/bin/python3 -m unittest -v test_hiding.Shortcut"""
 
 import contextlib
 import json
 import os
 import shutil
 import subprocess
-import sys
 import unittest
 from pathlib import Path
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "..", "desktop"))
-from desktop import PROGRAMS, center, stopped  # noqa: E402, F401
-from session import OrvoDesktop  # noqa: E402
-from waiting import wait  # noqa: E402
+from desktop import PROGRAMS, REPOSITORY, center, stopped  # noqa: F401
+from session import OrvoDesktop
+from waiting import wait
 
 COPYQ, PASYSTRAY, QMIDINET = "com.github.hluk.copyq", "pasystray", "org.rncbc.qmidinet"
 
@@ -29,9 +26,9 @@ class Peer:
     """A program on the session bus that the agent takes for the application of this name (see peer.py)."""
 
     def __init__(self, desktop, name, interpreter="/usr/bin/python3", **environment):
-        script = shutil.copy(f"{HERE}/peer.py", os.path.join(desktop.folder, name))
+        script = shutil.copy(f"{REPOSITORY}/tests/desktop/peer.py", os.path.join(desktop.folder, name))
         self.process = desktop.processes[f"peer-{name}"] = subprocess.Popen(
-            [interpreter, script], env={**desktop.environment, "PYTHONPATH": sys.path[0], **environment},
+            [interpreter, script], env={**desktop.environment, "PYTHONPATH": os.environ["PYTHONPATH"], **environment},
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.bus = self.ask("bus.get_unique_name()")
 

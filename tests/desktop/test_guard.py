@@ -7,7 +7,6 @@ import unittest
 from case import PASYSTRAY, QMIDINET, DesktopCase, center
 from bus import DBUS, call, connect
 from desktop import PLUGINS
-from picture import Picture
 from session import ITEM, SHORTCUT
 from waiting import hold, settled, stays, wait
 
@@ -154,7 +153,7 @@ class GuardCase(DesktopCase):
     def border(self, name):
         """A strip of the control that nothing written on it reaches: lit when the pointer is over it, or was."""
         x, y, _, height = self.at(name)
-        return Picture(self.desktop.root, x + 1, y + height // 4, 2, height // 2).data
+        return self.desktop.picture(x + 1, y + height // 4, 2, height // 2)
 
     def expect_guarded_and_unlit(self, name, *click):
         self.desktop.away()
@@ -229,7 +228,3 @@ def load_tests(loader, _tests, _pattern):
     cases = [type(f"Layout: {name}", (Layout,), {"options": {"panels": panels, "scale": scale}})
              for name, (panels, scale) in LAYOUTS.items()] + [Changes]
     return unittest.TestSuite(map(loader.loadTestsFromTestCase, cases))
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

@@ -7,11 +7,12 @@ import time
 import unittest
 from pathlib import Path
 
+import psutil
 from Xlib import X, XK, Xatom, display
 from Xlib.protocol import event
 
 from case import COPYQ, PASYSTRAY, QMIDINET, HidingCase, Peer, center, stopped
-from desktop import AGENT, PROGRAMS, WATCHER, children_of
+from desktop import AGENT, PROGRAMS, WATCHER
 from person import Person
 from session import SHORTCUT
 from waiting import settled, stays, wait
@@ -157,11 +158,11 @@ class Hiding(HidingCase):
         wait(self.desktop.can_hide, what="hiding being offered on the new screen")
 
     def test_when_a_guardian_and_then_its_agent_are_killed_every_icon_comes_back_drawn_and_once(self):
-        desktop, agent = self.desktop, self.desktop.processes["agent"].pid
+        desktop, agent = self.desktop, psutil.Process(self.desktop.processes["agent"].pid)
         self.hide()
-        first = children_of(agent)
-        os.kill(first[0], signal.SIGKILL)
-        wait(lambda: len(now := children_of(agent)) == 1 and now != first, 2, "another guardian, and no zombie")
+        first = agent.children()
+        first[0].kill()
+        wait(lambda: len(now := agent.children()) == 1 and now != first, 2, "another guardian, and no zombie")
         desktop.end("agent", signal.SIGKILL)
         # Ayatana's programs may show an icon of the older kind besides, made while they saw no watcher. So the panel's
         # own list is what has to hold each of the newer kind just once.
@@ -232,7 +233,3 @@ class Shortcut(HidingCase):
         holder.sync()
         wait(lambda: not desktop.shown_control(IN_USE), 8, "the shortcut being had")
         self.expect_toggled()
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

@@ -161,7 +161,3 @@ class WithoutAccessibilityBus(DesktopCase):
                 desktop.call_agent("Tree")
                 self.assertLess(time.monotonic() - asked, 0.2)
             launcher.kill()
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

@@ -10,12 +10,12 @@ import types
 import unittest
 from pathlib import Path
 
+import psutil
 from Xlib import error
 
 from case import write_program
 import private_root
 from desktop import AGENT, REPOSITORY, WATCHER
-from picture import Picture
 from session import OrvoDesktop
 from waiting import settled, wait
 
@@ -55,10 +55,8 @@ class XfceSession(OrvoDesktop):
     def log_in(self):
         self.spawn("session", ["/etc/X11/Xsession", "startxfce4"])
         session = wait(lambda: self.process_called("xfce4-session"), 20, "the session")
-        content = Path(f"/proc/{session}/environ").read_text("utf-8")
-        variables = dict(line.split("=", 1) for line in content.split("\0") if line)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = variables["DBUS_SESSION_BUS_ADDRESS"]
-        self.bus = self._connect(variables["DBUS_SESSION_BUS_ADDRESS"])
+        address = self.environment["DBUS_SESSION_BUS_ADDRESS"] = psutil.Process(session).environ()["DBUS_SESSION_BUS_ADDRESS"]
+        self.bus = self._connect(address)
         self.processes["panel"] = types.SimpleNamespace(pid=wait(lambda: self.process_called("xfce4-panel"), 20, "the panel"))
         wait(self.tray_frame, 30, "the panel's tray")
         self.set_accessibility(True)
@@ -71,7 +69,7 @@ class XfceSession(OrvoDesktop):
         def now():
             with contextlib.suppress(error.BadMatch, TypeError):  # The panel moves it or hides it.
                 _, _, width, height = frame = self.tray_frame()
-                return width >= height and (width, Picture(self.root, *frame).data)
+                return width >= height and (width, self.picture(*frame))
         return settled(now, 0.5, 10, "the tray")
 
 

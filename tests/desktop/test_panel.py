@@ -39,8 +39,8 @@ class News(DesktopCase):
 
     @classmethod
     def colors(cls):
-        middle = 2 * (CELL - 2 * FRAME) ** 2 + 2 * (CELL - 2 * FRAME)  # Of a square with four bytes a pixel.
-        return [cell[middle:middle + 3][::-1].hex() for cell in cls.desktop.cells()]
+        middle = 3 * ((CELL - 2 * FRAME) ** 2 + CELL - 2 * FRAME) // 2  # Of a square with three bytes a pixel.
+        return [cell[middle:middle + 3].hex() for cell in cls.desktop.cells()]
 
     def expect_every_icon(self):
         wait(lambda: self.colors() == self.every, 3, "every icon in its place")
@@ -107,7 +107,3 @@ class StatusControls(DesktopCase):
         self.expect(set())
         desktop.start_panel()
         self.expect(CONTROLS)
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

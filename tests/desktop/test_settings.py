@@ -13,7 +13,6 @@ from Xlib.protocol import event
 
 from case import DesktopCase, Peer, write_program
 from accessible import STATE_SHOWING
-from picture import Picture
 from waiting import wait
 
 
@@ -59,10 +58,10 @@ class Settings(DesktopCase):
                                  (pack("<4xII", 7, 2) + light + b"\x09" + dark, False)):  # No such kind.
             window.change_property(settings, settings, 8, content)
             client.sync()
-            wait(lambda d=is_dark: (fmean(self.picture()[::4]) < 110) == d, 3, f"dark is {is_dark}")
+            wait(lambda d=is_dark: (fmean(self.picture().tobytes()) < 110) == d, 3, f"dark is {is_dark}")
 
     def picture(self):
-        return Picture(self.desktop.root, *self.desktop.frame_of(self.desktop.settings_window())).data
+        return self.desktop.picture(*self.desktop.frame_of(self.desktop.settings_window()))
 
     def test_what_is_copied_reaches_other_programs_and_the_menus_keys_act_beside_the_fields(self):
         self.desktop.press("About Orvo")
@@ -103,7 +102,7 @@ class Settings(DesktopCase):
         self.desktop.press("Menu bar")
         for program in ("pipe", "endless", "absurd", "good"):
             desktop.control(f"Visibility for {program}")
-        wait(lambda: b"\xd0\x00\xd0" in self.picture(), 5, "the picture")
+        wait(lambda: b"\xd0\x00\xd0" in self.picture().tobytes(), 5, "the picture")
 
     def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
         os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))
@@ -112,7 +111,3 @@ class Settings(DesktopCase):
         self.desktop.press("Linux compatibility research")
         wait(lambda: any(element.role == "notification" and "linux.md" in element.name for element in shown), 5,
              "the announcement")
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)

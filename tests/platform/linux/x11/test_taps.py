@@ -3,17 +3,15 @@ is given back, arrives where it was meant to, once."""
 
 import os
 import subprocess
-import sys
 import time
 import unittest
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "..", "desktop"))
-from Xlib import X, Xatom  # noqa: E402
-from Xlib.protocol import event  # noqa: E402
+from Xlib import X, Xatom
+from Xlib.protocol import event
 
-from desktop import Desktop, stopped  # noqa: E402
-from probe import Probe  # noqa: E402
-from waiting import hold, wait  # noqa: E402
+from desktop import Desktop, stopped
+from probe import Probe
+from waiting import hold, wait
 
 LEFT_DOWN, LEFT_UP, RIGHT_DOWN, RIGHT_UP, TIMED_OUT, ENDED = 1, 2, 3, 4, 0xFFFFFFFE, 0xFFFFFFFF
 DOCK = (0, 560, 800, 40)
@@ -275,7 +273,3 @@ class Taps(unittest.TestCase):
         wait(lambda: not self.covers(), 5, "the covers leaving")
         self.person.click(*ON_REGION, 3)
         self.expect_clicks(click(3, ON_REGION))
-
-
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
