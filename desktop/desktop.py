@@ -31,7 +31,7 @@ AGENT = "local.orvo.MenuBarAgent"
 ORVO = "local.orvo.Orvo"
 LOGIND = "org.freedesktop.login1"
 BACKGROUND = "#40566b"
-CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels.
+CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels; the last ends where the tray does.
 FRAME = 3  # Around an icon, where the panel shows that it has the focus.
 SETTINGS_KEY = "Quillet.Preferences.v1"
 
@@ -436,16 +436,12 @@ class Desktop:
 
     def cells(self):
         """The pictures of the tray's icons as the screen shows them now, from left to right."""
-        x, y, width, height = self.tray_frame() or (0, 0, 0, 0)
-        count = width // CELL
-        if count == 0:
-            return []
-        try:
-            picture = self.picture(x, y, width, height)
-        except error.BadMatch:  # The screen or the panel changed in between.
-            return []
-        starts = range((width - count * CELL) // 2 + FRAME, width - CELL + FRAME + 1, CELL)
-        return [picture.crop((x, FRAME, x + CELL - 2 * FRAME, height - FRAME)).tobytes() for x in starts]
+        with contextlib.suppress(TypeError, error.BadMatch):  # The panel has no tray, or changed in between.
+            _, _, width, height = frame = self.tray_frame()
+            picture = self.picture(*frame)
+            return [picture.crop((x + FRAME, FRAME, x + CELL - FRAME, height - FRAME)).tobytes()
+                    for x in range(width % CELL, width - CELL + 1, CELL)]
+        return []
 
     def shown(self):
         """The names of the icons that the panel shows now, from left to right; "?" for one unknown."""
@@ -485,7 +481,7 @@ class Desktop:
             index = next((at for at, name in enumerate(shown) if name in names), None)
             return frame and index is not None and (frame, index)
         (x, y, width, height), index = settled(place, 0.1, what=f"an icon of {names}")
-        return x + (width - width // CELL * CELL) // 2 + index * CELL + CELL // 2, y + height // 2
+        return x + width % CELL + index * CELL + CELL // 2, y + height // 2
 
     def clock(self):
         """Frame of the panel's clock, its last button."""
