@@ -32,7 +32,7 @@ ORVO = "local.orvo.Orvo"
 LOGIND = "org.freedesktop.login1"
 BACKGROUND = "#40566b"
 CELL = 28  # Width of a tray icon's place on a panel of this size, in pixels; the last ends where the tray does.
-FRAME = 3  # Around an icon, where the panel shows that it has the focus.
+FRAME = 4  # Around an icon, where the panel shows that it has the focus, by a line with round corners.
 SETTINGS_KEY = "Quillet.Preferences.v1"
 
 # Real programs with a tray icon, one of each toolkit: the name by which tests call them, and how
