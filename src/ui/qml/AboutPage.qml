@@ -13,6 +13,7 @@ ScrollPage {
         OrvoIcon {
             id: icon
 
+            anchors.verticalCenter: parent.verticalCenter
             size: 58
         }
         Column {

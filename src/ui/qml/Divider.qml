@@ -3,9 +3,16 @@ import QtQuick
 import orvo.settings
 
 Rectangle {
+    id: divider
+
     readonly property real hairline: Math.max(1, Math.floor(Screen.devicePixelRatio)) / Screen.devicePixelRatio
 
     color: Theme.divider
-    implicitHeight: hairline
-    implicitWidth: hairline
+    implicitHeight: 1
+    implicitWidth: 1
+    // By scaling, since the software renderer rounds a size to whole points.
+    transform: Scale {
+        xScale: divider.width > 1 ? 1 : divider.hairline
+        yScale: divider.height > 1 ? 1 : divider.hairline
+    }
 }

@@ -12,7 +12,7 @@ Item {
 
         anchors.centerIn: parent
         spacing: 5
-        width: Math.min(310, parent.width - 40)
+        width: Math.min(330, parent.width - 40)
 
         Symbol {
             anchors.horizontalCenter: parent.horizontalCenter

@@ -10,7 +10,7 @@ PlainButton {
     toolTip: name
 
     background: RoundedRectangle {
-        color: button.down ? Theme.pressed : button.hovered ? Theme.hover : "transparent"
+        color: button.down ? Theme.pressed : button.lit ? Theme.hover : "transparent"
         radius: 6
     }
     contentItem: Symbol {

@@ -9,6 +9,8 @@ T.Button {
     property string name: text
     property string toolTip
     property alias ringRadius: ring.radius
+    // The pointer hovers over what is disabled too.
+    readonly property bool lit: hovered && enabled
 
     focusPolicy: Qt.TabFocus
     font.pixelSize: Theme.bodySize

@@ -15,7 +15,7 @@ PlainButton {
     ringRadius: 11
 
     background: RoundedRectangle {
-        color: !button.enabled ? Theme.quietButton : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
+        color: !button.enabled ? Theme.quietButton : button.down ? Theme.accentFillPressed : button.lit ? Theme.accentFillHover : Theme.accentFill
         radius: 8
     }
     contentItem: Row {

@@ -8,7 +8,7 @@ PlainButton {
     property string symbol
     // What to press next.
     property bool prominent: false
-    readonly property color textColor: prominent ? Theme.accentContrast : Theme.text
+    readonly property color textColor: prominent && enabled ? Theme.accentContrast : Theme.text
 
     leftPadding: 13
     rightPadding: 13
@@ -18,9 +18,9 @@ PlainButton {
 
     background: ControlPanel {
         borderColor: button.prominent ? "transparent" : Theme.controlOutline
-        color: !button.prominent ? Theme.control : button.down ? Theme.accentFillPressed : button.hovered ? Theme.accentFillHover : Theme.accentFill
+        color: !button.prominent ? Theme.control : !button.enabled ? Theme.quietButton : button.down ? Theme.accentFillPressed : button.lit ? Theme.accentFillHover : Theme.accentFill
         down: button.down && !button.prominent
-        hovered: button.hovered && !button.prominent
+        hovered: button.lit && !button.prominent
     }
     contentItem: Row {
         spacing: 6

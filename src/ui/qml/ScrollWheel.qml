@@ -16,10 +16,11 @@ MouseArea {
 
     acceptedButtons: Qt.NoButton
     anchors.fill: view
-    // What cannot scroll any further leaves the wheel to what it stands on.
+    // What cannot scroll any further leaves the wheel to what it stands on. Pixels are reliable on a Mac alone.
     onWheel: event => {
         const before = view.contentY;
-        scrollTo(before - event.angleDelta.y / 120 * notch);
+        const pixels = Qt.platform.os === "osx" ? event.pixelDelta.y : 0;
+        scrollTo(before - (pixels || event.angleDelta.y / 120 * notch));
         event.accepted = view.contentY !== before;
     }
 

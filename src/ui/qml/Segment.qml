@@ -7,9 +7,10 @@ BodyText {
 
     required property bool chosen
     required property color chosenColor
+    readonly property bool lit: hover.hovered && enabled
     signal picked
 
-    color: chosen ? chosenColor : hover.hovered ? Theme.text : Theme.secondary
+    color: chosen ? chosenColor : lit ? Theme.text : Theme.secondary
     focus: chosen
     font.pixelSize: Theme.smallSize
     font.weight: chosen ? Font.DemiBold : Font.Normal
@@ -30,7 +31,7 @@ BodyText {
     RoundedRectangle {
         anchors.fill: parent
         anchors.margins: 2
-        color: segment.chosen ? "transparent" : tap.pressed ? Theme.pressed : hover.hovered ? Theme.hover : "transparent"
+        color: segment.chosen ? "transparent" : tap.pressed ? Theme.pressed : segment.lit ? Theme.hover : "transparent"
         radius: 5.5
         z: -1
     }

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QtQuick/private/qquicktranslate_p.h>
 
 #include <algorithm>
 
@@ -20,6 +21,12 @@ QPainterPath rounded(const QRectF& place, double radius) {
 
 RoundedRectangle::RoundedRectangle(QQuickItem* parent) : QQuickPaintedItem(parent) {
   connect(this, &RoundedRectangle::changed, this, [this] { update(); });
+  // Where an item begins in the middle of a pixel, the software renderer leaves out its first row and column. This is
+  // as good as nowhere, but never the middle.
+  auto* const nudge = new QQuickTranslate(this);
+  nudge->setX(1.0 / 1024);
+  nudge->setY(1.0 / 1024);
+  nudge->appendToItem(this);
 }
 
 void RoundedRectangle::paint(QPainter* painter) {
