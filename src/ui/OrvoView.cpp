@@ -105,7 +105,11 @@ std::string eitherText(bool condition, const char* whenTrue, const char* whenFal
 
 OrvoView::OrvoView(std::shared_ptr<OrvoModel> model, const Platform& platform)
     : model_(std::move(model)), platform_(platform), self_(std::make_shared<OrvoView*>(this)) {
-  modelToken_ = model_->willChange.observe([this] { willChange.send(); });
+  // Sees each value before the next: a notice that was over for a moment does not come back.
+  modelToken_ = model_->willChange.observe([this] {
+    if (isNoticeOld()) notice_ = std::nullopt;
+    willChange.send();
+  });
 }
 
 OrvoView::~OrvoView() { model_->willChange.remove(modelToken_); }
@@ -205,13 +209,21 @@ OrvoView::Value OrvoView::stateBadge() const {
 }
 
 std::string OrvoView::message() const {
-  if (notice_() && notice_()->page == page() && notice_()->over == model_->message()) return notice_()->text;
+  if (notice_() && notice_()->page == page() && !isNoticeOld()) return notice_()->text;
   if (page() == Page::about) return "";
   const std::vector<std::string>& concealers = model_->concealers();
   std::string own = model_->message().value_or("");
   if (concealers.empty()) return own;
   const std::string others = concealers.size() == 1 ? " hides" : " and other programs hide";
   return (own.empty() ? "" : own + ' ') + concealers.front() + others + " icons. Click the arrow to show them.";
+}
+
+std::pair<bool, std::optional<std::string>> OrvoView::situation() const {
+  return {model_->canBeManaged(), model_->message()};
+}
+
+bool OrvoView::isNoticeOld() const {
+  return notice_() && notice_()->page != Page::about && notice_()->then != situation();
 }
 
 void OrvoView::addIconsPage(Value& all) const {
@@ -274,7 +286,7 @@ void OrvoView::takeOver() {
     OrvoView& view = **self;
     view.takesOver_ = false;
     if (hindrance)
-      view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.model_->message()};
+      view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.situation()};
     else if (!view.model_->backendAvailable)
       view.platform_.application.relaunch();
   });
@@ -449,8 +461,7 @@ void OrvoView::open(Page from, const std::string& name, std::vector<std::string>
 }
 
 void OrvoView::sayUnopened(Page from, const std::string& name) {
-  if (const char* const start = platform_.words.couldNotOpen)
-    notice_ = Notice{from, start + name + '.', model_->message()};
+  if (const char* const start = platform_.words.couldNotOpen) notice_ = Notice{from, start + name + '.', situation()};
 }
 
 }  // namespace orvo

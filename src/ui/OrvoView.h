@@ -82,7 +82,9 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   struct Notice {
     Page page;
     std::string text;
-    std::optional<std::string> over;  // the model's message at that time, which a newer one replaces
+    // Whether icons can be hidden at all, and the model's message; what differs later makes it old, but on the About
+    // page, which tells neither.
+    std::pair<bool, std::optional<std::string>> then;
   };
   struct Link {
     std::string label;
@@ -110,6 +112,10 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   std::string rehideText() const;
   Value diagnostics() const;
   std::array<Link, 2> links() const;
+
+  // What a notice told now would be over.
+  std::pair<bool, std::optional<std::string>> situation() const;
+  bool isNoticeOld() const;
 
   void select(Page newPage);
   void performSetupAction();

@@ -68,11 +68,15 @@ TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {
                 ElementsAre("file:///Applications/", "file:///home/user/Applications/"));
     view.perform("page", 0);  // which shows already
     EXPECT_EQ(message() == before, word == nullptr);
+    world.play("nologin login hide");
+    EXPECT_EQ(message(), before) << "what something newer was told over comes back";
+    view.perform("setup", nullptr);
     view.perform("page", 2);
     view.perform("page", 0);
     EXPECT_EQ(message(), before);
     view.perform("page", 2);
     view.perform("openLink", 1);
+    world.play("login");  // which this page does not tell
     EXPECT_EQ(message() == Value(""), word == nullptr);
     world.memory.workspace.opensNothing = false;
     view.perform("openLink", 1);
