@@ -124,11 +124,7 @@ void OrvoModel::applicationLaunched() {
 }
 
 void OrvoModel::applicationTerminated() {
-  refresh([this] {
-    if (state() != BarState::hidden) return;
-    hidesOnceGuarded_ = unguardedSince_.has_value();
-    if (!hidesOnceGuarded_) hideSelected();
-  });
+  refresh([this] { hideAnew(); });
 }
 
 void OrvoModel::systemWillSleep() {

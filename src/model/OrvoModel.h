@@ -137,6 +137,8 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
 
   // Hiding.
   bool readyToHide();
+  // Where icons are hidden and what there is to hide has changed: asks for it, once a control is known again.
+  void hideAnew();
   void requestHiding(const std::set<std::string>& allowedBundles);
   QLAssertionRef createAssertion(const std::set<std::string>& allowedBundles, Identity request);
   void answered(Identity request, const std::optional<std::string>& failure);
@@ -149,8 +151,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   // False when no scan may start now.
   bool beginScan();
   void apply(const MenuBarSnapshot& snapshot);
-  // Whether controls were known before this scan.
-  void expectGuard(bool wasGuardable);
+  void expectGuard();
   std::vector<DiscoveredApp> merged(const std::vector<DiscoveredApp>& found) const;
   // What another copy of Orvo has stored since this one last looked.
   std::optional<OrvoPreferences> preferencesFromElsewhere();
@@ -179,7 +180,9 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   MainQueue::Handle rescan_ = MainQueue::Handle::none;
   // Since when no control is known where there should be one; on the queue's clock.
   std::optional<MainQueue::Duration> unguardedSince_;
-  // What the end of a program asks for while hidden, put off until then.
+  // Until scans have found none for long, which reveals; the first may come before the panel.
+  bool expectsControls_ = true;
+  // While hidden: what there is to hide has changed meanwhile.
   bool hidesOnceGuarded_ = false;
   std::vector<std::pair<NotificationCenter*, NotificationCenter::Token>> observers_;
   std::unique_ptr<GlobalShortcut> shortcut_;

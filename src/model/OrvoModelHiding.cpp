@@ -43,6 +43,12 @@ void OrvoModel::hideSelected() {
   }
 }
 
+void OrvoModel::hideAnew() {
+  if (state() != BarState::hidden) return;
+  hidesOnceGuarded_ = unguardedSince_.has_value();
+  if (!hidesOnceGuarded_) hideSelected();
+}
+
 bool OrvoModel::readyToHide() {
   if (!nativeMenuBarReady) {
     message = platform_.words.installMessage;
@@ -132,7 +138,8 @@ void OrvoModel::reveal(bool scheduleRehide) {
   platform_.mainQueue.cancel(watchdog_);
   platform_.mainQueue.cancel(rehideTask_);
   releaseAssertions(std::nullopt);
-  if (!concealers().empty()) platform_.workspace.endConcealments();
+  // Of the person alone, whose reveal it is that may be followed by hiding again.
+  if (scheduleRehide && !concealers().empty()) platform_.workspace.endConcealments();
   state = BarState::visible;
   systemRelay_->setConcealed(false);
   if (onStateChanged) onStateChanged();

@@ -67,33 +67,32 @@ bool OrvoModel::beginScan() {
 }
 
 void OrvoModel::apply(const MenuBarSnapshot& snapshot) {
-  // The first scan may have come before the panel.
-  const bool wasGuardable = !lastScan_ || !systemRelay_->systemFrames().empty();
   systemRelay_->setSystemFrames(snapshot.systemFrames);
   updateSystemClickProtection();
   apps = merged(snapshot.apps);
   isScanning = false;
   lastScan_ = platform_.mainQueue.now();
-  expectGuard(wasGuardable);
+  expectGuard();
 }
 
 // A panel that is starting, or an agent that is slow, shows no control for a moment. Beyond that, icons stay
 // hidden only where every click on a clock would bring them back.
-void OrvoModel::expectGuard(bool wasGuardable) {
+void OrvoModel::expectGuard() {
   platform_.mainQueue.cancel(rescan_);
   if (!systemRelay_->systemFrames().empty()) {
+    expectsControls_ = true;
     unguardedSince_.reset();
-    if (std::exchange(hidesOnceGuarded_, false) && state() == BarState::hidden) hideSelected();
+    if (std::exchange(hidesOnceGuarded_, false)) hideAnew();
     return;
   }
-  if (!unguardedSince_ && (wasGuardable || state() != BarState::visible)) unguardedSince_ = platform_.mainQueue.now();
-  if (!unguardedSince_) return;
+  if (!expectsControls_) return;
+  if (!unguardedSince_) unguardedSince_ = platform_.mainQueue.now();
   if (platform_.mainQueue.now() - *unguardedSince_ < guardPatience) {
     rescan_ = platform_.mainQueue.runAfter(rescanPause, weakly(&OrvoModel::refreshLater));
     return;
   }
   unguardedSince_.reset();
-  hidesOnceGuarded_ = false;
+  expectsControls_ = hidesOnceGuarded_ = false;
   if (state() != BarState::visible) failed("The system controls could not be found. All icons are visible.");
 }
 
@@ -139,7 +138,7 @@ void OrvoModel::setRule(IconRule rule, const std::string& bundleID) {
   OrvoPreferences changed = preferences();
   changed.rules[bundleID] = rule;
   storePreferences(std::move(changed));
-  if (state() == BarState::hidden) hideSelected();
+  hideAnew();
   tellStorageFailure();
 }
 
@@ -186,7 +185,7 @@ void OrvoModel::followPreferences() {
   if (!elsewhere || *elsewhere == preferences()) return;
   const bool otherRules = elsewhere->rules != preferences().rules;
   publishPreferences(*elsewhere);
-  if (otherRules && state() == BarState::hidden) hideSelected();
+  if (otherRules) hideAnew();
 }
 
 }  // namespace orvo

@@ -67,6 +67,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes onequits onlytwo refresh", "H+! H+! H+ two 1/2", false, ""},
       // Somebody else hides icons.
       {"", "otherhides settle press", "V+!* V+! V+! One Two 0/3", true, ""},
+      {"", "otherhides settle screens settle", "V+!* V+!* V+!* One Two 0/3", false, ""},
       // Controls that are missing for a while, and scans that the layout outran.
       {"", "hide yes nocontrols layout settle 1600ms controls 400ms", "H+! H+! H+! One Two 1/7", false, ""},
       {"", "hide yes nocontrols layout settle 2000ms controls 400ms", "V- V- V- One Two 1/7", false, "The system"},
@@ -74,6 +75,8 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "hide yes nocontrols exit settle reveal controls 400ms", "V+! V+! V+! One Two 1/3", false, ""},
       {"", "nocontrols refresh settle 3200ms refresh settle 2000ms", "V- V- V- 0/8", false, ""},
       {"", "hide yes refresh layout", "H+! H+! H+! One Two 1/3", false, ""},
+      {"", "nocontrols wake settle controls 400ms", "V+! V+! V+! One Two 0/3", false, ""},
+      {"", "hide yes nocontrols layout settle pickone controls 400ms", "A+ A+ A+ One Two 2/3", false, ""},
       {"", "refresh sleep turn scan onlytwo", "V- V- V+ two 0/3", false, ""},
       // The poll.
       {"notaps", "trusted refresh settle taps refresh", "V+! V+! V+! One Two 0/3", false, ""},
