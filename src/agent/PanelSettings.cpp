@@ -123,7 +123,7 @@ void PanelSettings::read(Answer answer) {
   if (isKnown_) return answer(&facts_);
   answer_ = std::move(answer);
   facts_ = {};
-  isOutdated_ = isFailed_ = false;
+  isOutdated_ = isFailed_ = lacksLayouts_ = false;
   // An error means that there is no panel: it must not come from our own lateness.
   askAboutName(session_, "GetConnectionUnixProcessID", panelName, unlimited,
                counted([this](sd_bus_message* reply) { askAboutPanel(readNumber(reply)); }));
@@ -133,13 +133,13 @@ void PanelSettings::askAboutPanel(std::int32_t process) {
   const BusObject settings{settingsName, settingsPath};
   facts_.process = process;
   facts_.scale = scaleOf(process, 1);
-  isFailed_ = true;
+  lacksLayouts_ = true;
   call(session_, settings, settingsName, "GetProperty", callLimit,
        counted([this](sd_bus_message* reply) { facts_.scale = scaleOf(facts_.process, readNumber(reply)); }), "ss",
        desktopChannel, "/Gdk/WindowScalingFactor");
   call(session_, settings, settingsName, "GetAllProperties", callLimit, counted([this](sd_bus_message* reply) {
          facts_.layouts = layoutsIn(reply);
-         isFailed_ = false;
+         lacksLayouts_ = false;
        }),
        "ss", panelChannel, "/");
   askAccessibilityAddress(session_, callLimit,
@@ -151,12 +151,14 @@ BusHandler PanelSettings::counted(BusHandler read) {
   ++open_;
   return [this, read = std::move(read)](sd_bus_message* answer) {
     if (!isError(answer)) read(answer);
+    isFailed_ = isFailed_ || sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY) > 0;
     if (--open_ == 0) finish();
   };
 }
 
 // Without an address the accessibility bus may still be starting.
 void PanelSettings::finish() {
+  isFailed_ = isFailed_ || lacksLayouts_;
   const bool isWhole = facts_.process == 0 || !facts_.accessibilityAddress.empty();
   isKnown_ = isWhole && !isFailed_ && !isOutdated_;
   std::exchange(answer_, nullptr)(isFailed_ ? nullptr : &facts_);

@@ -49,7 +49,8 @@ class PanelSettings {
   PanelFacts facts_;
   bool isKnown_ = false;
   bool isOutdated_ = false;  // since this reading began
-  bool isFailed_ = false;    // without the layouts, the one answer that has to come
+  bool isFailed_ = false;    // without an answer from somebody who is there
+  bool lacksLayouts_ = false;
   int open_ = 0;
   Answer answer_;
 };

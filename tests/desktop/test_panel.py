@@ -11,7 +11,7 @@ from gi.repository import GLib
 
 from case import DesktopCase, Peer, stopped
 from desktop import CELL, FRAME
-from waiting import hold, settled, wait
+from waiting import hold, settled, stays, wait
 
 PREFIX = "com.apple.menuextra."
 CONTROLS = {"xkb-5", "pulseaudio-6", "clock-7"}
@@ -103,6 +103,9 @@ class StatusControls(DesktopCase):
         with stopped(desktop.processes["panel"].pid):
             for _ in range(3):
                 self.assertEqual(self.controls(), known)
+        with stopped(desktop.process_of("org.a11y.Bus")):  # Whoever is asked anew where Accessibility is.
+            desktop.store("xfce4-panel", "/panels/", {"dark-mode": True})
+            stays(lambda: self.controls() == known, 3, "the controls")
         desktop.end("panel")
         self.expect(set())
         desktop.start_panel()
