@@ -32,7 +32,8 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -40,8 +41,8 @@ namespace {
 
 using namespace orvo;
 
-// Given by Orvo to itself.
-constexpr const char* reopenArgument = "--reopen";
+// In the environment that Orvo gives to itself.
+constexpr const char* reopenVariable = "ORVO_REOPENS";
 
 // What comes before the decision how to run, none of which needs a display. Members are in the order
 // in which they need each other: the queue outlives the framework, whose answers go there.
@@ -57,10 +58,14 @@ struct EarlyAdapters {
   DesktopWorkspace workspace{identities, bundle.identifier()};
 };
 
-std::unique_ptr<QGuiApplication> makeQtApplication(int& count, char** arguments) {
+// Qt is told no argument: it has many of its own.
+std::unique_ptr<QGuiApplication> makeQtApplication() {
+  static int count = 1;
+  static std::array<char, 5> name{"orvo"};
+  static std::array<char*, 2> arguments{name.data(), nullptr};
   QCoreApplication::setApplicationName("orvo");
   QGuiApplication::setDesktopFileName("local.orvo.Orvo");
-  return std::make_unique<QGuiApplication>(count, arguments);
+  return std::make_unique<QGuiApplication>(count, arguments.data());
 }
 
 QString symbolFolder(const Bundle& bundle) {
@@ -70,10 +75,9 @@ QString symbolFolder(const Bundle& bundle) {
 
 // What the running application needs besides.
 struct Adapters {
-  Adapters(EarlyAdapters& adapters, int& count, char** arguments)
-      : early(adapters), qtApplication(makeQtApplication(count, arguments)) {
-    const auto given = early.processInfo.arguments();
-    if (std::ranges::find(given, reopenArgument) != given.end()) application.reopen();
+  explicit Adapters(EarlyAdapters& adapters) : early(adapters), qtApplication(makeQtApplication()) {
+    if (getenv(reopenVariable) != nullptr) application.reopen();
+    unsetenv(reopenVariable);
     if (early.bundle.identifier()) application.setAdmission([this] { return admit(); });
     QObject::connect(&busApplication, &BusApplication::busLost, &application, [this] { endWithBus(); });
   }
@@ -118,9 +122,7 @@ struct Adapters {
 
 // The thread stands apart, so that its last task has ended before any adapter goes, whichever the task uses.
 struct Program {
-  Program(EarlyAdapters& early, int& count, char** arguments) : adapters(early, count, arguments) {
-    adapters.windows.setPlatform(platform);
-  }
+  explicit Program(EarlyAdapters& early) : adapters(early) { adapters.windows.setPlatform(platform); }
 
   Adapters adapters;
   ThreadExecutor scanExecutor;
@@ -143,13 +145,14 @@ int main(int argc, char** argv) {
                  [&]() -> const Platform* {
                    hasDisplay = XConnection::canOpen();
                    if (!hasDisplay) return nullptr;
-                   program = std::make_unique<Program>(early, argc, argv);
+                   program = std::make_unique<Program>(early);
                    return &program->platform;
                  });
   if (!hasDisplay) std::cerr << "Orvo: there is no X server to run on; Orvo ends.\n";
   if (program && program->adapters.application.wantsRelaunch()) {
     program.reset();
-    execl(early.bundle.program().c_str(), argv[0], reopenArgument, nullptr);
+    setenv(reopenVariable, "", 1);
+    execl(early.bundle.program().c_str(), argv[0], nullptr);
   }
   return hasDisplay && !(program && program->adapters.wasRefused) ? 0 : 1;
 }

@@ -15,7 +15,10 @@ constexpr std::string_view applications = "/Applications/";
 
 }  // namespace
 
-std::string LinuxFileSystem::homeDirectoryForCurrentUser() const { return QDir::homePath().toStdString(); }
+std::string LinuxFileSystem::homeDirectoryForCurrentUser() const {
+  const QDir home(QDir::homePath());
+  return (home.exists() ? home.canonicalPath() : home.path()).toStdString();
+}
 
 std::string LinuxFileSystem::resolving(const std::string& path) const {
   std::error_code error;
