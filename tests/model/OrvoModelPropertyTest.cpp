@@ -26,13 +26,13 @@ class Machine : public World {
       current = issued = number;
       since = memory.mainQueue.now();
     };
-    memory.framework.raises[Step::invalidate] = [this] {
+    memory.framework.onInvalidate = [this] {
       must(model->state() != visible, "visible with an assertion");
       must(model->state() != hidden || active() == 1, "hidden with an older assertion");
     };
   }
   // What the hooks use goes before the model.
-  ~Machine() { memory.framework.raises.clear(); }
+  ~Machine() { memory.framework.onInvalidate = nullptr; }
 
   void must(bool holds, const char* otherwise) {
     if (!holds) broken = otherwise;

@@ -77,7 +77,6 @@ class World {
   OrvoModel* model = nullptr;
 
  protected:
-  using Step = MemoryFramework::Step;
   struct Unprepared {};
   explicit World(Unprepared) { memory.userDefaults.setBoolean("Orvo.HasOpenedSettings", true); }
 
@@ -102,8 +101,8 @@ class World {
         {"onlytwo", [](W& w) { w.memory.showItems(onlyTwo); }},
         {"onequits", [](W& w) { w.memory.workspace.quit(appOne); }},
         {"null", [](W& w) { w.memory.framework.missing = {"assertion"}; }},
-        {"broken", [](W& w) { w.memory.framework.raises[Step::activate] = MemoryFramework::raising("broken"); }},
-        {"whole", [](W& w) { w.memory.framework.missing.clear(), w.memory.framework.raises.erase(Step::activate); }},
+        {"broken", [](W& w) { w.memory.framework.refuses = true; }},
+        {"whole", [](W& w) { w.memory.framework.missing.clear(), w.memory.framework.refuses = false; }},
         {"press", [](W& w) { w.memory.hotKeys.function(w.memory.hotKeys.userData); }},
         {"click", [](W& w) { w.memory.eventTaps.press(onClock); }},
         {"losttap", [](W& w) { w.memory.eventTaps.disable(EventType::tapDisabledByUserInput); }},

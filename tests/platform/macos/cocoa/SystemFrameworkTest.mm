@@ -133,6 +133,7 @@ TEST_F(SystemFrameworkTest, NothingThatTheFrameworkRaisesOrWithholdsGetsFurtherT
       {"assertion", "", {}, 0},
       {"assertion", "busy", {"Orvo.MenuBar 1 busy"}, 1},
       {"activation", "no", {"Orvo.MenuBar 1 no"}, 0},
+      {"activation", nullptr, {"Orvo.MenuBar 1 Menu bar activation failed."}, 0},
       {"late", "no", {""}, 0},
       {"invalidation", "stuck", {}, 0},
       {"invalidation", nullptr, {}, 0}};
