@@ -106,7 +106,8 @@ void OrvoModel::observe(NotificationCenter& center, Notification name, void (Orv
 void OrvoModel::stop() {
   stopped_ = true;
   reveal(false);
-  platform_.mainQueue.cancel(permissionTimer_);
+  scanGeneration_ = freshIdentity();
+  for (const MainQueue::Handle handle : {permissionTimer_, rescan_}) platform_.mainQueue.cancel(handle);
   systemRelay_->stop();
   stopObserving();
 }

@@ -143,7 +143,7 @@ void OrvoModel::reveal(bool scheduleRehide) {
   state = BarState::visible;
   systemRelay_->setConcealed(false);
   if (onStateChanged) onStateChanged();
-  if (scheduleRehide && preferences().autoRehideSeconds >= 1 && selectedCount() != 0) {
+  if (scheduleRehide && !stopped_ && preferences().autoRehideSeconds >= 1 && selectedCount() != 0) {
     rehideTask_ =
         platform_.mainQueue.runAfter(fromSeconds(preferences().autoRehideSeconds), weakly(&OrvoModel::hideSelected));
   }

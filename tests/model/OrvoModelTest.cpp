@@ -124,22 +124,6 @@ TEST(OrvoModelTest, ThePollFollowsTheShortcutAndTheLoginItem) {
   }
 }
 
-TEST(OrvoModelTest, NothingActsOnceItHasStoppedOrGone) {
-  for (const bool gone : {false, true}) {
-    World t;
-    t.play("hide yes hide refresh launch later");
-    gone ? t.delegate.reset() : t.model->stop();
-    EXPECT_EQ(t.memory.mainQueue.wakeTime(), std::nullopt);
-    t.memory.settle();
-    EXPECT_EQ(t.memory.hotKeys.hotKeys, gone ? 0 : 1);
-    EXPECT_TRUE(t.memory.framework.active() == 0 && !t.memory.eventTaps.valid);
-    t.play("launch screens");
-    EXPECT_FALSE(t.memory.mainQueue.runOne()) << "still observed";
-    t.answerLast();
-    EXPECT_EQ(t.memory.framework.liveObjects(), 0U);
-  }
-}
-
 TEST(OrvoModelTest, WhatAnotherCopyStoresIsFollowedAndKept) {
   World t;
   std::size_t before = 99;
