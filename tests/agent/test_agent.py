@@ -31,13 +31,6 @@ class AgentCase(unittest.TestCase):
         started.register(started.bus)
         return started
 
-    def heard(self):
-        """Of what the panel was told since the last time."""
-        wait(lambda: True)
-        told = [name for _, name, _ in self.desktop.signals if "Item" in name]
-        self.desktop.signals.clear()
-        return told
-
     def expect_told(self, *items, what="the items"):
         wait(lambda: self.desktop.told_items() == list(items), 5, what)
 
@@ -72,11 +65,14 @@ class Agent(AgentCase):
             tree = [row[1] for row in self.desktop.call_agent("Tree")]
             self.assertEqual(tree[1:], [program.process.pid for program in (own, one, two)])
             # Replaced by a request that also hides the second: it must not be seen in between.
-            self.heard()
+            wait(lambda: True)  # What has been told by now is heard.
+            self.desktop.signals.clear()
             self.assertEqual((orvo.activate(), orvo.invalidate(1)), (2, None))
             self.with_item("newcomer")
             self.assertEqual(self.desktop.told_items(), [own.bus + ITEM])
-            self.assertEqual(self.heard(), ["StatusNotifierItemUnregistered"])
+            wait(lambda: True)
+            told = [name for _, name, _ in self.desktop.signals if "Item" in name]
+            self.assertEqual(told, ["StatusNotifierItemUnregistered"])
 
     def test_a_concealment_ends_with_its_requester_only(self):
         tray, (stranger, orvo) = self.with_item("tray"), self.programs("stranger", "requester")

@@ -56,12 +56,14 @@ class Launch(HidingCase):
         wait(lambda: not desktop.is_hidden(), 2, "the reveal")
         stays(lambda: len(desktop.cells()) == len(self.all), 0.5, "one arrow")
 
-    def test_who_is_slow_while_orvo_starts_counts_once_it_answers(self):
+    def test_who_is_slow_while_orvo_starts_counts_once_it_answers_and_so_does_a_home_behind_a_link(self):
+        os.symlink(self.desktop.home, home := f"{self.desktop.folder}/link")
         for name in ("org.a11y.Bus", AGENT):
             with self.subTest(name):
                 self.desktop.end("orvo")
                 with stopped(self.desktop.process_of(name)):
-                    self.desktop.spawn("orvo", [self.desktop.program, "-platform", "none"])  # No argument is Qt's.
+                    # No argument is Qt's.
+                    self.desktop.spawn("orvo", [self.desktop.program, "-platform", "none"], HOME=home)
                     wait(lambda: self.desktop.owner(ORVO), what="Orvo's name")
                 wait(self.desktop.can_hide, 20, "hiding being offered")
 

@@ -133,18 +133,14 @@ struct MemoryEventTaps : EventTaps {
   bool creationFails = false;
   std::vector<MemoryEvent> posted;
   // Of the newest tap, also after its port has gone.
-  std::uint64_t mask = 0;
   EventTapCallback callback = nullptr;
   void* userInfo = nullptr;
-  bool inRunLoop = false, enabled = false, valid = false, ended = false;
+  bool enabled = false, valid = false, ended = false;
   std::vector<Rect> regions;
 
-  // Sends one event through the tap: true when the session gets it. A tap that is disabled, not in the run
-  // loop or not interested is not asked. Regions are ignored, as by systems that show every event.
-  bool send(MemoryEvent& event) {
-    const bool asks = valid && enabled && inRunLoop && ((mask >> static_cast<std::uint32_t>(event.type)) & 1U) != 0;
-    return !asks || callback(event.type, &event, userInfo) != nullptr;
-  }
+  // Sends one event through the tap: true when the session gets it. A tap that is disabled is not asked. Regions are
+  // ignored, as by systems that show every event.
+  bool send(MemoryEvent& event) { return !valid || !enabled || callback(event.type, &event, userInfo) != nullptr; }
   bool press(Point point) {
     MemoryEvent down(EventType::leftMouseDown, point);
     return send(down);
@@ -152,24 +148,24 @@ struct MemoryEventTaps : EventTaps {
   // Takes the tap, if there is one, out of service and tells it so; there is no event to go with it.
   void disable(EventType reason) {
     enabled = false;
-    if (valid && inRunLoop) callback(reason, nullptr, userInfo);
+    if (valid) callback(reason, nullptr, userInfo);
   }
 
   struct Port : EventTapPort {
     explicit Port(MemoryEventTaps& of) : taps(of) {}
     ~Port() override { taps.valid = false; }
-    bool addToMainRunLoop() override { return taps.inRunLoop = true; }
-    void removeFromMainRunLoop() override { taps.inRunLoop = false; }
+    bool addToMainRunLoop() override { return true; }
+    void removeFromMainRunLoop() override {}
     bool enable() override { return taps.enabled = !taps.ended; }
     void invalidate() override { taps.valid = false; }
     void setRegionsOfInterest(const std::vector<Rect>& newRegions) override { taps.regions = newRegions; }
     MemoryEventTaps& taps;
   };
-  std::unique_ptr<EventTapPort> create(EventTapLocation, EventTapPlacement, EventTapOptions, std::uint64_t newMask,
+  std::unique_ptr<EventTapPort> create(EventTapLocation, EventTapPlacement, EventTapOptions, std::uint64_t,
                                        EventTapCallback newCallback, void* newUserInfo) override {
     if (creationFails) return nullptr;
-    mask = newMask, callback = newCallback, userInfo = newUserInfo;
-    inRunLoop = enabled = ended = false, valid = true, regions.clear();
+    callback = newCallback, userInfo = newUserInfo;
+    enabled = ended = false, valid = true, regions.clear();
     return std::make_unique<Port>(*this);
   }
   void post(EventTapLocation, const Event& sent) override { posted.push_back(dynamic_cast<const MemoryEvent&>(sent)); }
