@@ -1,19 +1,14 @@
 """The accessibility tree, asked over the accessibility bus itself, so that one test process can look at
 several desktops one after the other."""
 
+import contextlib
+
 from gi.repository import Gio, GLib
 
-from bus import call, property_of
+from bus import DBUS, call
 
 STATE_ENABLED, STATE_SELECTED, STATE_SHOWING = 8, 23, 25
 ACCESSIBLE = "org.a11y.atspi.Accessible"
-
-
-def _unless_gone(question, otherwise):
-    try:
-        return question()
-    except GLib.Error:
-        return otherwise
 
 
 class Accessible:
@@ -26,19 +21,20 @@ class Accessible:
         """The first value of a method's answer."""
         return call(self._bus, self.name_of_bus, self.path, method, *arguments, limit=2)[0]
 
+    def _ask_unless_gone(self, otherwise, *question):
+        with contextlib.suppress(GLib.Error):
+            return self.ask(*question)
+        return otherwise
+
     def children(self):
-        children = _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetChildren"), [])
-        return [Accessible(self._bus, *child) for child in children]
+        return [Accessible(self._bus, *child) for child in self._ask_unless_gone([], ACCESSIBLE + ".GetChildren")]
 
     def _text(self, name):
-        return _unless_gone(lambda: property_of(self._bus, self.name_of_bus, self.path, ACCESSIBLE, name), "")
+        return self._ask_unless_gone("", DBUS + ".Properties.Get", "(ss)", ACCESSIBLE, name)
 
     name = property(lambda self: self._text("Name"))
     description = property(lambda self: self._text("Description"))
-
-    @property
-    def role(self):
-        return _unless_gone(lambda: self.ask(ACCESSIBLE + ".GetRoleName"), "")
+    role = property(lambda self: self._ask_unless_gone("", ACCESSIBLE + ".GetRoleName"))
 
     def has(self, state):
         low, high = self.ask(ACCESSIBLE + ".GetState")
@@ -49,18 +45,11 @@ class Accessible:
         """x, y, width, height in screen coordinates."""
         return self.ask("org.a11y.atspi.Component.GetExtents", "(u)", 0)
 
-    def center(self):
-        x, y, width, height = self.frame
-        return x + width // 2, y + height // 2
-
     def walk(self, depth=30):
         yield self
         if depth:
             for child in self.children():
                 yield from child.walk(depth - 1)
-
-    def find(self, name):
-        return next((element for element in self.walk() if element.name == name), None)
 
     def shown_from_now_on(self):
         """A list that grows by every element of this program that comes to show, as a screen reader hears of it."""

@@ -77,7 +77,7 @@ def center(frame):
 
 
 class Desktop:
-    """Starts in the order that a session does; stop() ends every process that stands below it."""
+    """Starts in the order that a session does; close() ends every process that stands below it."""
 
     def __init__(self, size=(1280, 800), dark=False, server="Xvfb", bundle=BUNDLE, with_logind=True,
                  panels=(({}, tuple(PLUGINS)),), scale=1):
@@ -110,30 +110,19 @@ class Desktop:
     # Life
 
     def start(self, agent=True, accessibility=True, panel=True):
-        """Everything but Orvo and the tray programs."""
-        try:
-            self.start_server()
-            self.run(["xsetroot", "-solid", BACKGROUND])
-            self.run(["setxkbmap", "us,de"])
-            self.start_buses(accessibility)
-            self.start_window_manager()
-            if self.dark:
-                self.start_settings("Adwaita-dark")
-            if agent:
-                self.start_agent()
-            if panel:
-                self._store_panel()
-                self.start_panel()
-        except BaseException:
-            self.stop()
-            raise
-        return self
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.stop()
+        """Everything but Orvo and the tray programs. Whoever starts it closes it."""
+        self.start_server()
+        self.run(["xsetroot", "-solid", BACKGROUND])
+        self.run(["setxkbmap", "us,de"])
+        self.start_buses(accessibility)
+        self.start_window_manager()
+        if self.dark:
+            self.start_settings("Adwaita-dark")
+        if agent:
+            self.start_agent()
+        if panel:
+            self._store_panel()
+            self.start_panel()
 
     def spawn(self, name, command, **environment):
         """Starts a program on this desktop; its output goes to logs/<name>.log."""
@@ -182,7 +171,7 @@ class Desktop:
             process.communicate()
         return process.returncode
 
-    def stop(self):
+    def close(self):
         for connection in self._connections.values():
             with contextlib.suppress(GLib.Error):
                 connection.close_sync(None)
@@ -193,12 +182,10 @@ class Desktop:
             with contextlib.suppress(psutil.Error):
                 if process.environ().get("ORVO_DESKTOP_MARK") == self.identity:
                     process.kill()
-        with contextlib.suppress(AttributeError):
-            self.person.close()
 
     def forget(self):
         """Ends the desktop and removes its folder: for one whose logs nobody needs."""
-        self.stop()
+        self.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     # Parts of the session
@@ -299,10 +286,7 @@ class Desktop:
 
     def told_items(self):
         """The items that the panel has been told of."""
-        return self.watcher_property("RegisteredStatusNotifierItems")
-
-    def watcher_property(self, name):
-        return bus.property_of(self.bus, WATCHER, "/StatusNotifierWatcher", WATCHER, name)
+        return bus.property_of(self.bus, WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
 
     def sleep_is_delayed(self):
         return bool(bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", LOGIND + ".Manager.ListInhibitors")[0])
@@ -312,13 +296,10 @@ class Desktop:
         bus.call(self.system_bus, LOGIND, "/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "(sssav)",
                  LOGIND + ".Manager", "PrepareForSleep", "b", [GLib.Variant("b", starts)])
 
-    def accessibility_address(self):
-        return bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")[0]
-
     def accessibility(self, program):
         """The accessible application of this name, or None."""
-        root = Accessible(self._connect(self.accessibility_address()), "org.a11y.atspi.Registry",
-                          "/org/a11y/atspi/accessible/root")
+        address, = bus.call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress")
+        root = Accessible(self._connect(address), "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
         return next((application for application in root.children() if application.name == program), None)
 
     # Windows
@@ -375,10 +356,6 @@ class Desktop:
             if any(name.endswith(kinds) for name in told) and self._is_viewable(window):
                 found.append(window)
         return found
-
-    def owner_of(self, window):
-        """The process that a window tells to belong to."""
-        return next(iter(self.property(window, "_NET_WM_PID") or ()), None)
 
     def close_window(self, window):
         self.run(["wmctrl", "-i", "-c", hex(window)])
@@ -473,15 +450,6 @@ class Desktop:
             new = [cell for cell in self.cells() if cell not in known]
             return len(new) == 1 and new[0]
         self.icons[name] = settled(one_new, 0.5, limit, f"the picture of {name} alone being new")
-
-    def icon_center(self, *names):
-        """Centre of the first icon with one of these names, once the panel shows one and has done moving it."""
-        def place():
-            frame, shown = self.tray_frame(), self.shown()
-            index = next((at for at, name in enumerate(shown) if name in names), None)
-            return frame and index is not None and (frame, index)
-        (x, y, width, height), index = settled(place, 0.1, what=f"an icon of {names}")
-        return x + width % CELL + index * CELL + CELL // 2, y + height // 2
 
     def clock(self):
         """Frame of the panel's clock, its last button."""

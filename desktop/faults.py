@@ -209,7 +209,7 @@ class Faults:
         desktop.dismiss(lambda: self.clock)
         if any(self.grabs()):
             desktop.person.key("Escape")
-        owners = [desktop.owner_of(window) for window in desktop.pop_ups()]
+        owners = [owner for window in desktop.pop_ups() for owner in desktop.property(window, "_NET_WM_PID") or ()]
         for name in [name for name in ITEMS if desktop.processes[name].pid in owners]:
             desktop.end(name, signal.SIGKILL)
             desktop.start_known(name)
@@ -302,7 +302,7 @@ def main():
     choices.add_argument("--spare", action="append", default=[], help="a part to which nothing happens")
     options = choices.parse_args()
     print(f"seed {options.seed}", flush=True)
-    with OrvoDesktop() as desktop:
+    with contextlib.closing(OrvoDesktop()) as desktop:
         return run(desktop, options.seed, options.seconds, options.spare)
 
 

@@ -1,6 +1,5 @@
 """The person in front of the desktop."""
 
-import contextlib
 import ctypes
 import time
 
@@ -33,13 +32,6 @@ class Person:
         self._xtst.XTestFakeDeviceButtonEvent(self._connection, self._mouse, number, int(pressed), None, 0,
                                               ctypes.c_ulong(0))
         self._x11.XSync(self._connection, 0)
-
-    def turn_wheel(self, x, y, button):
-        """One notch, 4 up or 5 down. Xvfb's mouse has three buttons, so this comes from the XTEST pointer."""
-        self.move(x, y)
-        for kind in (X.ButtonPress, X.ButtonRelease):
-            xtest.fake_input(self._display, kind, button)
-        self._display.sync()
 
     def click(self, x, y, button=1, held=0.0):
         """Presses, holds for so many seconds and lets go; returns the moment before the press."""
@@ -75,8 +67,3 @@ class Person:
         state = ctypes.create_string_buffer(64)
         self._x11.XkbGetState(self._connection, 0x100, state)  # XkbUseCoreKbd
         return state.raw[0]
-
-    def close(self):
-        with contextlib.suppress(Exception):
-            self._display.close()
-        # Closing a connection whose server is gone ends the process, so the C one is left alone.

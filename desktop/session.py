@@ -11,8 +11,8 @@ from gi.repository import GLib
 
 import bus
 from accessible import STATE_ENABLED, STATE_SHOWING
-from desktop import AGENT, ORVO, PROGRAMS, SETTINGS_KEY, Desktop, center, stopped
-from waiting import Timeout, hold, wait
+from desktop import AGENT, CELL, ORVO, PROGRAMS, SETTINGS_KEY, Desktop, center, stopped
+from waiting import Timeout, hold, settled, wait
 
 SHORTCUT = ("Control_L", "Alt_L", "Super_L", "b")
 CLICK_PAUSE, CLICK_LENGTH = 0.15, 0.06  # Seconds.
@@ -23,14 +23,10 @@ class OrvoDesktop(Desktop):
     """The agent of the installed bundle serves the panel; Orvo itself starts on demand."""
 
     def start(self, **options):
-        self.install()
-        return super().start(**options)
+        self.bundle = shutil.copytree(self.bundle, os.path.join(self.home, "Applications", "Orvo.app"))
+        super().start(**options)
 
     # Installation and stored choices
-
-    def install(self, folder="Applications"):
-        """Copies the bundle as a person would."""
-        self.bundle = shutil.copytree(self.bundle, os.path.join(self.home, folder, "Orvo.app"))
 
     @property
     def program(self):
@@ -100,11 +96,8 @@ class OrvoDesktop(Desktop):
         wait(lambda: orvo.poll() is not None, 10, "the end of Orvo")
         assert orvo.returncode == 0, f"Orvo ended with {orvo.returncode} while it scanned: {self.log('orvo')}"
 
-    def item_property(self, name):
-        return bus.property_of(self.bus, self._item, "/StatusNotifierItem", ITEM, name)
-
     def tool_tip(self):
-        return self.item_property("ToolTip")[2]
+        return bus.property_of(self.bus, self._item, "/StatusNotifierItem", ITEM, "ToolTip")[2]
 
     def has_loaded(self, library):
         with open(f"/proc/{self.orvo.pid}/maps", encoding="utf-8") as file:
@@ -163,17 +156,22 @@ class OrvoDesktop(Desktop):
         """Clicks on the control with the pointer, once it can be used and stands still."""
         wait(lambda: self.control(name).has(STATE_ENABLED), what=f"{name} being enabled")
         self.rest(0.1, 1)
-        self.click(self.control(name).center())
+        self.click(center(self.control(name).frame))
 
     def mark(self, application, choice="Hide"):
         """Chooses Keep or Hide in the application's row with the pointer."""
         picker = self.control(f"Visibility for {application}")
         self.rest(0.1, 1)
-        self.click(picker.find(choice).center())
+        self.click(center(next(each for each in picker.walk() if each.name == choice).frame))
 
     def arrow(self):
-        """Centre of the arrow; its picture differs between the two states."""
-        return self.icon_center("orvo", "orvo-hidden")
+        """Centre of the arrow, whose picture differs between the two states, once the panel has done moving it."""
+        def place():
+            frame, shown = self.tray_frame(), self.shown()
+            index = next((at for at, name in enumerate(shown) if name in ("orvo", "orvo-hidden")), None)
+            return frame and index is not None and (frame, index)
+        (x, y, width, height), index = settled(place, 0.1, what="the arrow")
+        return x + width % CELL + index * CELL + CELL // 2, y + height // 2
 
     def click(self, place, button=1):
         """As slowly as a person: the panel drops some clicks that take no time or follow its own layout at once."""

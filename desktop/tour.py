@@ -4,7 +4,6 @@ there is no screen at all, off screen with a tour that leaves a picture of every
 import argparse
 import contextlib
 import os
-import shutil
 import signal
 import subprocess
 import sys
@@ -73,20 +72,16 @@ def here():
 
 @contextlib.contextmanager
 def running(program):
-    process = subprocess.Popen([os.path.expanduser("~/Applications/Orvo.app/bin/" + program)])
-    try:
-        yield process
-    finally:
-        process.terminate()
+    """Told to end with the block, which then waits for that."""
+    with subprocess.Popen([os.path.expanduser("~/Applications/Orvo.app/bin/" + program)]) as process:
         try:
-            process.wait(5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
+            yield process
+        finally:
+            process.terminate()
 
 
 def in_a_window(dark):
-    with OrvoDesktop(dark=dark, server="Xephyr", with_logind=False) as desktop:
+    with contextlib.closing(OrvoDesktop(dark=dark, server="Xephyr", with_logind=False)) as desktop:
         print("Opening a desktop in a window; it ends when you close it, or with Ctrl-C here.", flush=True)
         desktop.start()
         for name in PROGRAMS:
@@ -96,7 +91,6 @@ def in_a_window(dark):
         while desktop.processes["server"].poll() is None:
             hold(0.2)
     desktop.forget()
-    return 0
 
 
 class Tour:
@@ -166,22 +160,13 @@ class Tour:
 
 def tour(dark):
     pictures = tempfile.mkdtemp(prefix="orvo-pictures-")
-    print(f"A desktop off screen; a picture of every step goes to {pictures}", flush=True)
-    desktop = OrvoDesktop(dark=dark)
-    try:
+    with contextlib.closing(OrvoDesktop(dark=dark)) as desktop:
+        print(f"A desktop off screen; a picture of every step goes to {pictures}, logs to {desktop.logs}", flush=True)
         desktop.start()
         Tour(desktop, pictures).run()
-        desktop.stop()
-        assert not desktop.sanitizer_reports(), desktop.sanitizer_reports()
-    except Exception as failure:
-        desktop.stop()
-        logs = shutil.move(desktop.logs, os.path.join(pictures, "logs"))
-        print(f"The tour failed: {failure}. Logs: {logs}", file=sys.stderr)
-        return 1
-    finally:
-        desktop.forget()
+    assert not desktop.sanitizer_reports(), desktop.sanitizer_reports()
+    desktop.forget()
     print(f"Done. Pictures: {pictures}")
-    return 0
 
 
 sys.exit(main())

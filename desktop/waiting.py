@@ -9,20 +9,13 @@ class Timeout(AssertionError):
     """Something did not become true in time."""
 
 
-def _turn(pause):
-    """One turn of the main context and a pause, in seconds."""
-    while GLib.MainContext.default().iteration(False):
-        pass
-    time.sleep(pause)
-
-
 def wait(condition, limit=10.0, what="the condition", every=0.002):
     """Runs the main context until condition() is true and returns its value; raises Timeout."""
     end = time.monotonic() + limit
     while True:
-        _turn(0)
-        value = condition()
-        if value:
+        while GLib.MainContext.default().iteration(False):
+            pass
+        if value := condition():
             return value
         if time.monotonic() > end:
             raise Timeout(f"not within {limit:g} s: {what}")
@@ -44,15 +37,14 @@ def settled(read, span, limit=5.0, what="rest", every=0.002):
 
 def stays(condition, span, what="the condition"):
     """Checks that condition() is true for a whole span: for what must *not* happen."""
-    end = time.monotonic() + span
-    while time.monotonic() < end:
-        _turn(0.005)
-        if not condition():
-            raise AssertionError(f"did not stay so for {span:g} s: {what}")
+    try:
+        wait(lambda: not condition(), span, every=0.005)
+    except Timeout:
+        return
+    raise AssertionError(f"did not stay so for {span:g} s: {what}")
 
 
 def hold(seconds):
     """The person does nothing for a while, as part of a gesture; the main context runs on."""
     end = time.monotonic() + seconds
-    while (left := end - time.monotonic()) > 0:
-        _turn(min(0.005, max(0.0, left)))
+    wait(lambda: time.monotonic() >= end, seconds + 1)

@@ -60,7 +60,7 @@ class DesktopCase(unittest.TestCase):
     def setUpClass(cls):
         cls.desktop = OrvoDesktop(**cls.options)
         cls.addClassCleanup(lambda: os.path.exists(cls.desktop.logs) and print(f"logs are kept in {cls.desktop.logs}"))
-        cls.addClassCleanup(cls.desktop.stop)
+        cls.addClassCleanup(cls.desktop.close)
         cls.desktop.start(**cls.start)
         cls.prepare()
 

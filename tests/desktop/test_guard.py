@@ -221,7 +221,7 @@ class Changes(GuardCase):
         count = len(box.children())
         self.desktop.run(["xfce4-panel", "--add=clock"])
         added = wait(lambda: box.children()[count:], 10, "another control")[0]
-        self.expect_guarded("another clock", place=settled(added.center, 0.7))
+        self.expect_guarded("another clock", place=center(settled(lambda: added.frame, 0.7)))
 
 
 def load_tests(loader, _tests, _pattern):

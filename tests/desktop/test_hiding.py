@@ -1,10 +1,8 @@
 """Hiding and revealing on the real panel with real tray programs. Some have an icon of the older kind: a window of the
 program in a socket of the panel's tray."""
 
-import os
 import signal
 import time
-import unittest
 
 import psutil
 from Xlib import X, XK, Xatom, display

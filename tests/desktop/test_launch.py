@@ -5,7 +5,6 @@ import shutil
 import signal
 import socket
 import time
-import unittest
 from pathlib import Path
 
 from case import QMIDINET, DesktopCase, HidingCase, Peer, stopped

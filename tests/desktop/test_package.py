@@ -13,23 +13,21 @@ from pathlib import Path
 import psutil
 from Xlib import error
 
-from case import write_program
+from case import QMIDINET, write_program
 import private_root
 from desktop import AGENT, REPOSITORY, WATCHER
 from session import OrvoDesktop
 from waiting import settled, wait
 
 PACKAGES = glob.glob(f"{REPOSITORY}/build/package/orvo_*.deb")
-SKIPPED = 77  # as CMake knows it
 BUNDLE = "/usr/lib/orvo/Orvo.app"
-ITEM, PROGRAM = "org.rncbc.qmidinet", "qmidinet"
 
 
 def outside():
     """Runs this file on the private root, once for each kind of session; gives the exit status."""
     if len(PACKAGES) != 1 or not private_root.allowed():
         print("skipped: it takes a package, which scripts/package builds, root, and namespaces")
-        return SKIPPED
+        return 77  # As CMake knows a test that was skipped.
     command, groups = [sys.executable, os.path.abspath(__file__)], private_root.control_groups()
     status = private_root.run([*command, "plain"])
     if groups:
@@ -117,10 +115,10 @@ class Package(unittest.TestCase):
         desktop.log_in()
         self.assertTrue(desktop.owner(AGENT))
         self.assertEqual(desktop.owner(WATCHER), desktop.owner(AGENT), "the panel was first")
-        desktop.spawn("item", [PROGRAM])
-        wait(lambda: desktop.watcher_property("RegisteredStatusNotifierItems"), what="the program's icon")
+        desktop.spawn("item", ["qmidinet"])
+        wait(desktop.told_items, what="the program's icon")
         with_item = desktop.tray()
-        desktop.remember(hidden=[ITEM])
+        desktop.remember(hidden=[QMIDINET])
         visible = self.hide(with_item)
         desktop.choose(desktop.menu()[0][1])
         wait(lambda: desktop.tray() == visible, what="the icon in its place")

@@ -5,7 +5,6 @@ With ROUNDS and SEED in the environment, the rounds of quick changes are played 
 import os
 import random
 import time
-import unittest
 
 from gi.repository import GLib
 

@@ -85,7 +85,6 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "15000ms", "V+! V+! V+! One Two 0/1", false, ""},
       {"", "18000ms", "V+! V+! V+! One Two 0/2", false, ""},
       {"", "hide yes 60000ms", "H+! H+! H+! One Two 1/1", false, ""},
-      {"", "hide yes launch wake later stop stop 60000ms", "V+! V+! V+! One Two 1/1", false, ""},
   };
   for (const auto& [missing, steps, expected, hidesAgain, message] : courses) {
     SCOPED_TRACE(std::string(missing) + " | " + steps);

@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from Xlib import X, Xatom
+from Xlib import Xatom
 from Xlib.protocol import event
 
 from desktop import Desktop, stopped
