@@ -6,12 +6,11 @@ from waiting import wait
 
 
 class Probe:
-    """Of a program of its own: a dock, as a panel of another maker would be, a window of another kind, or a plug-in
-    inside one."""
+    """Of a program of its own: a dock, as a panel of another maker would be, or a plug-in inside one."""
 
-    def __init__(self, desktop, frame, inside=None, kind="DOCK"):
+    def __init__(self, desktop, frame, inside=None):
         self._display, self.buttons = display.Display(desktop.display_name), []
-        types, of_this_kind = map(self._display.intern_atom, ("_NET_WM_WINDOW_TYPE", f"_NET_WM_WINDOW_TYPE_{kind}"))
+        types, of_this_kind = map(self._display.intern_atom, ("_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK"))
         parent = self._display.create_resource_object("window", (inside.window if inside else desktop.root).id)
         self.window = parent.create_window(
             *frame, 0, X.CopyFromParent, event_mask=X.ButtonPressMask | X.ButtonReleaseMask)

@@ -99,10 +99,6 @@ class OrvoDesktop(Desktop):
     def tool_tip(self):
         return bus.property_of(self.bus, self._item, "/StatusNotifierItem", ITEM, "ToolTip")[2]
 
-    def has_loaded(self, library):
-        with open(f"/proc/{self.orvo.pid}/maps", encoding="utf-8") as file:
-            return library in file.read()
-
     def is_hidden(self):
         """What the arrow says; applying counts as hidden."""
         return self.tool_tip().startswith("Show")

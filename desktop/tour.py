@@ -78,10 +78,25 @@ def running(program):
             yield process
         finally:
             process.terminate()
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(5)
+            process.kill()
+
+
+@contextlib.contextmanager
+def private(**options):
+    """A desktop whose folder is left where something failed."""
+    with contextlib.closing(OrvoDesktop(**options)) as desktop:
+        try:
+            yield desktop
+        except Stopped:
+            desktop.forget()
+            raise
+    desktop.forget()
 
 
 def in_a_window(dark):
-    with contextlib.closing(OrvoDesktop(dark=dark, server="Xephyr", with_logind=False)) as desktop:
+    with private(dark=dark, server="Xephyr", with_logind=False) as desktop:
         print("Opening a desktop in a window; it ends when you close it, or with Ctrl-C here.", flush=True)
         desktop.start()
         for name in PROGRAMS:
@@ -90,7 +105,6 @@ def in_a_window(dark):
         print("Mark applications Hide in Orvo's window, then click the arrow in the panel.", flush=True)
         while desktop.processes["server"].poll() is None:
             hold(0.2)
-    desktop.forget()
 
 
 class Tour:
@@ -160,12 +174,12 @@ class Tour:
 
 def tour(dark):
     pictures = tempfile.mkdtemp(prefix="orvo-pictures-")
-    with contextlib.closing(OrvoDesktop(dark=dark)) as desktop:
+    with private(dark=dark) as desktop:
         print(f"A desktop off screen; a picture of every step goes to {pictures}, logs to {desktop.logs}", flush=True)
         desktop.start()
         Tour(desktop, pictures).run()
-    assert not desktop.sanitizer_reports(), desktop.sanitizer_reports()
-    desktop.forget()
+        desktop.close()
+        assert not desktop.sanitizer_reports(), desktop.sanitizer_reports()
     print(f"Done. Pictures: {pictures}")
 
 

@@ -37,14 +37,12 @@ def settled(read, span, limit=5.0, what="rest", every=0.002):
 
 def stays(condition, span, what="the condition"):
     """Checks that condition() is true for a whole span: for what must *not* happen."""
-    try:
-        wait(lambda: not condition(), span, every=0.005)
-    except Timeout:
-        return
-    raise AssertionError(f"did not stay so for {span:g} s: {what}")
+    end = time.monotonic() + span
+    if not wait(lambda: not condition() or time.monotonic() > end and "stayed", span + 60, what, 0.005) == "stayed":
+        raise AssertionError(f"did not stay so for {span:g} s: {what}")
 
 
 def hold(seconds):
     """The person does nothing for a while, as part of a gesture; the main context runs on."""
     end = time.monotonic() + seconds
-    wait(lambda: time.monotonic() >= end, seconds + 1)
+    wait(lambda: time.monotonic() >= end, seconds + 1, every=min(0.002, seconds / 4))

@@ -49,7 +49,7 @@ class PanelSettings {
   PanelFacts facts_;
   bool isKnown_ = false;
   bool isOutdated_ = false;  // since this reading began
-  bool isFailed_ = false;    // without an answer from somebody who is there
+  bool isFailed_ = false;    // somebody is late, or the layouts are missing, which have to come
   bool lacksLayouts_ = false;
   int open_ = 0;
   Answer answer_;

@@ -195,6 +195,7 @@ void OrvoModel::refreshLater() {
 
 void OrvoModel::invalidateSystemGeometry() {
   scanGeneration_ = freshIdentity();
+  unguardedSince_.reset();
   systemRelay_->setSystemFrames({});
   systemClickProtection = false;
 }

@@ -81,7 +81,7 @@ class OrvoModel : public std::enable_shared_from_this<OrvoModel> {
   Published<bool, OrvoModel> systemClickProtection{willChange, false};
   Published<OrvoPreferences, OrvoModel> preferences;
   Published<std::string> searchText{willChange, {}};
-  // Names of other programs that hide icons; every reveal asks the system to end it.
+  // Names of other programs that hide icons; the person's own reveal asks the system to end it.
   Published<std::vector<std::string>, OrvoModel> concealers{willChange, {}};
   Published<bool, OrvoModel> itemsManagedElsewhere{willChange, false};
 

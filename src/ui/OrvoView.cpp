@@ -209,8 +209,11 @@ OrvoView::Value OrvoView::stateBadge() const {
 }
 
 std::string OrvoView::message() const {
-  if (notice_() && notice_()->page == page() && !isNoticeOld()) return notice_()->text;
-  if (page() == Page::about) return "";
+  return notice_() && notice_()->page == page() && !isNoticeOld() ? notice_()->text : messageOf(page());
+}
+
+std::string OrvoView::messageOf(Page one) const {
+  if (one == Page::about) return "";
   const std::vector<std::string>& concealers = model_->concealers();
   std::string own = model_->message().value_or("");
   if (concealers.empty()) return own;
@@ -218,13 +221,11 @@ std::string OrvoView::message() const {
   return (own.empty() ? "" : own + ' ') + concealers.front() + others + " icons. Click the arrow to show them.";
 }
 
-std::pair<bool, std::optional<std::string>> OrvoView::situation() const {
-  return {model_->canBeManaged(), model_->message()};
+std::pair<std::string, bool> OrvoView::situation(Page one) const {
+  return {messageOf(one), one == Page::about || model_->canBeManaged()};
 }
 
-bool OrvoView::isNoticeOld() const {
-  return notice_() && notice_()->page != Page::about && notice_()->then != situation();
-}
+bool OrvoView::isNoticeOld() const { return notice_() && notice_()->over != situation(notice_()->page); }
 
 void OrvoView::addIconsPage(Value& all) const {
   const bool granted = model_->accessibilityGranted();
@@ -286,7 +287,7 @@ void OrvoView::takeOver() {
     OrvoView& view = **self;
     view.takesOver_ = false;
     if (hindrance)
-      view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.situation()};
+      view.notice_ = Notice{Page::icons, view.platform_.words.notTakenOver + *hindrance, view.situation(Page::icons)};
     else if (!view.model_->backendAvailable)
       view.platform_.application.relaunch();
   });
@@ -461,7 +462,8 @@ void OrvoView::open(Page from, const std::string& name, std::vector<std::string>
 }
 
 void OrvoView::sayUnopened(Page from, const std::string& name) {
-  if (const char* const start = platform_.words.couldNotOpen) notice_ = Notice{from, start + name + '.', situation()};
+  if (const char* const start = platform_.words.couldNotOpen)
+    notice_ = Notice{from, start + name + '.', situation(from)};
 }
 
 }  // namespace orvo

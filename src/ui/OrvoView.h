@@ -82,9 +82,8 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   struct Notice {
     Page page;
     std::string text;
-    // Whether icons can be hidden at all, and the model's message; what differs later makes it old, but on the About
-    // page, which tells neither.
-    std::pair<bool, std::optional<std::string>> then;
+    // What was told without it, and whether icons could be hidden at all; what differs later makes it old.
+    std::pair<std::string, bool> over;
   };
   struct Link {
     std::string label;
@@ -99,8 +98,9 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   Value texts() const;
   Value statusLine() const;
   Value stateBadge() const;
-  // What the selected page has to tell: what it could not open, else the model's message.
+  // What a page has to tell: what it could not open, else the model's message and who else hides icons.
   std::string message() const;
+  std::string messageOf(Page one) const;
   std::string guidance() const;
   Value setupAdvice() const;
   Value emptyState() const;
@@ -113,8 +113,7 @@ class __attribute__((visibility("default"))) OrvoView : public WindowContent {
   Value diagnostics() const;
   std::array<Link, 2> links() const;
 
-  // What a notice told now would be over.
-  std::pair<bool, std::optional<std::string>> situation() const;
+  std::pair<std::string, bool> situation(Page one) const;
   bool isNoticeOld() const;
 
   void select(Page newPage);

@@ -53,6 +53,8 @@ TEST(MenuBarBackendTest, ServesACallerThatNeedsNoAnswerAndSurvivesThatTheHandler
   memory.framework.activations[1].completion(std::nullopt);
   EXPECT_TRUE(last.answers == 1 && last.releases == 1);
   QLReleaseMenuBarAssertion(assertion);
+  memory.framework.onActivate = [](std::size_t) { throw std::runtime_error("not the framework's own"); };
+  EXPECT_THROW(last.create(), std::runtime_error);
   EXPECT_EQ(memory.framework.liveObjects(), 0U);
 }
 

@@ -54,6 +54,7 @@ class Hiding(HidingCase):
                 if overtaken:
                     desktop.choose("Show all icons")
                 wait(lambda: not desktop.is_hidden(), 8, "Orvo giving up")
+                self.assertNotIn("is available", desktop.told_by([desktop.program, "--diagnose"]))
             wait(lambda: not desktop.call_agent("Requesters"), 2, "the end of what was granted late")
             self.expect_every_icon()
             wait(desktop.can_hide, what="hiding being offered")

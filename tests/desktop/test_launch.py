@@ -61,8 +61,7 @@ class Launch(HidingCase):
             with self.subTest(name):
                 self.desktop.end("orvo")
                 with stopped(self.desktop.process_of(name)):
-                    # No argument is Qt's.
-                    self.desktop.spawn("orvo", [self.desktop.program, "-platform", "none"], HOME=home)
+                    self.desktop.spawn("orvo", [self.desktop.program, "-platform", "none"], HOME=home)  # None is Qt's.
                     wait(lambda: self.desktop.owner(ORVO), what="Orvo's name")
                 wait(self.desktop.can_hide, 20, "hiding being offered")
 

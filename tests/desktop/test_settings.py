@@ -56,7 +56,7 @@ class Settings(DesktopCase):
                                  (pack("<4xII", 7, 2) + light + b"\x09" + dark, False)):  # No such kind.
             window.change_property(settings, settings, 8, content)
             client.sync()
-            wait(lambda d=is_dark: (self.picture().resize((1, 1)).getpixel((0, 0))[0] < 110) == d, 3, f"dark is {is_dark}")
+            wait(lambda d=is_dark: (self.picture().resize((1, 1)).getpixel((0, 0))[0] < 110) == d, 3, f"dark: {is_dark}")
 
     def picture(self):
         return self.desktop.picture(*self.desktop.frame_of(self.desktop.settings_window()))

@@ -76,6 +76,7 @@ TEST(OrvoModelTest, EveryCourseOfEventsEndsAsTold) {
       {"", "nocontrols refresh settle 3200ms refresh settle 2000ms", "V- V- V- 0/8", false, ""},
       {"", "hide yes refresh layout", "H+! H+! H+! One Two 1/3", false, ""},
       {"", "nocontrols wake settle controls 400ms", "V+! V+! V+! One Two 0/3", false, ""},
+      {"nocontrols", "untrusted 3000ms trusted 3000ms controls 400ms", "V+! V+! V+! One Two 0/3", false, ""},
       {"", "hide yes nocontrols layout settle pickone controls 400ms", "A+ A+ A+ One Two 2/3", false, ""},
       {"", "refresh sleep turn scan onlytwo", "V- V- V+ two 0/3", false, ""},
       // The poll.

@@ -24,7 +24,8 @@ const Situation situations[] = {
     {"untrusted", "", R"json({"guidance": "setup", "setupAdvice": {"button": "Open Settings…"}})json"},
     {"notaps", "hide", R"json({"actionHint": "System controls are not ready. Refresh the icon list.",
       "message": "System controls are not ready. Refresh the icon list after granting Accessibility."})json"},
-    {"nocontrols", "", R"json({"emptyState": {"title": "No app icons found"}})json"},
+    {"nocontrols", "", R"json({"emptyState": {"title": "No app icons found", "detail":
+        "Open an app with a menu bar icon, then use Refresh. macOS system controls are kept visible."}})json"},
     {"", "elsewhere settle", R"json({"guidance": "unsupported", "primaryButton": {"enabled": false}})json"},
     {"", "dropone", R"json({"guidance": "revealGuide", "actionTitle": "0 apps selected to hide",
       "statusLine": {"text": "Apps keep running"}, "stateBadge": {"accentDot": false, "text": "All visible"},
@@ -63,7 +64,7 @@ TEST(OrvoViewTest, WhatNothingOpenedIsToldOnItsPageUntilThatIsLeft) {
                 ElementsAre("file:///Applications/", "file:///home/user/Applications/"));
     view.perform("page", 0);  // which shows already
     EXPECT_EQ(message() == before, word == nullptr);
-    world.play("nologin login hide");
+    world.play("otherhides settle press settle");
     EXPECT_EQ(message(), before) << "what something newer was told over comes back";
     view.perform("setup", nullptr);
     view.perform("page", 2);

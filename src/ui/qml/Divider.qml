@@ -10,8 +10,9 @@ Rectangle {
     color: Theme.divider
     implicitHeight: 1
     implicitWidth: 1
-    // By scaling, since the software renderer rounds a size to whole points.
+    // By scaling, since the software renderer rounds a size to whole points; at the lower edge.
     transform: Scale {
+        origin.y: divider.height
         xScale: divider.width > 1 ? 1 : divider.hairline
         yScale: divider.height > 1 ? 1 : divider.hairline
     }

@@ -37,7 +37,6 @@ EventType downType(xcb_button_t button) {
 
 std::unique_ptr<TapThread> TapThread::start(Sink sink) {
   auto connection = XConnection::open("event tap");
-  // Without XTEST, held clicks could not be given back.
   if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
   return std::unique_ptr<TapThread>(new TapThread(std::move(connection), std::move(sink)));
 }

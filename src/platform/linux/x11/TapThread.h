@@ -59,7 +59,7 @@ class TapThread {
     std::function<void()> ended;
   };
 
-  // Absent, with a line on standard error, without an X server or its XTEST extension.
+  // Absent without an X server, or without its XTEST extension, by which held clicks are given back.
   static std::unique_ptr<TapThread> start(Sink sink);
 
   // Gives the clicks that wait, undecided ones included, but for those whose button is still held or whose

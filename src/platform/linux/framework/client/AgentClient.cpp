@@ -42,10 +42,10 @@ AgentClient::~AgentClient() {
 bool AgentClient::watcherHeld() {
   if (held_.value()) return true;
   // Without an application there is no event loop to hear changes with: then each question is asked.
-  if (QCoreApplication::instance() != nullptr) ensureThread();
+  const bool hears = QCoreApplication::instance() != nullptr;
+  if (hears) ensureThread();
   const QDBusMessage answer = held_.ask(questionLimit);
-  // Of an agent that is only slow the best is hoped: it says later what it does not hold.
-  return FollowedProperty::valueOf(answer).value_or(QDBusError(answer).type() == QDBusError::NoReply);
+  return FollowedProperty::valueOf(answer).value_or(hears && QDBusError(answer).type() == QDBusError::NoReply);
 }
 
 void AgentClient::activate(std::shared_ptr<AssertionState> assertion, ConcealmentConfiguration configuration) {

@@ -45,7 +45,8 @@ class AgentClient : public QObject {
   AgentClient& operator=(const AgentClient&) = delete;
   ~AgentClient() override;
 
-  // At once while the agent is known to hold the watcher; otherwise asks it, starting it if need be.
+  // At once while the agent is known to hold the watcher; otherwise asks it, starting it if need be. Of an agent that
+  // is only slow the best is hoped where there is an event loop: it says later what it does not hold.
   bool watcherHeld();
 
   // The completion is called exactly once, later, on the client's thread. What follows for the same

@@ -73,7 +73,8 @@ class AgentFramework final : public FrameworkClasses {
   }
 
   bool instancesRespondTo(FrameworkClassRef type, const char* message) override {
-    return type->has(message) && client_.watcherHeld();
+    // One of the messages, which come in a row, asks for all.
+    return type->has(message) && (type != &configurationClass || client_.watcherHeld());
   }
 
   // What has been granted can be ended whatever became of the agent.
