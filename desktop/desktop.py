@@ -264,7 +264,8 @@ class Desktop:
 
     def start_agent(self):
         self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])
-        wait(lambda: self.owner(AGENT), what="the agent's name")
+        # By the second answer it has asked about the tray.
+        wait(lambda: self.owner(AGENT) and [self.call_agent("Requesters") for _ in range(2)], what="the agent's answers")
 
     def start_panel(self):
         self.spawn("panel", ["xfce4-panel", "--disable-wm-check"])

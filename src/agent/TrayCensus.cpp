@@ -50,7 +50,8 @@ void TrayCensus::begin() {
     for (const auto& [name, process] : panels) processes_.insert(process);
     if (panels.empty()) return;
     askAccessibilityAddress(session_, limit, [this](sd_bus_message* answer) {
-      if (!isError(answer)) count(readText(answer));
+      if (!isError(answer)) return count(readText(answer));
+      if (++misses_ < mostMisses) rest_.start(restAfterMiss);
     });
   });
 }

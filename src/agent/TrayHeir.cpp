@@ -1,7 +1,6 @@
 #include "agent/TrayHeir.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "agent/StatusNotifierWatcher.h"
@@ -9,18 +8,12 @@
 
 namespace orvo {
 
-namespace {
-
-constexpr std::chrono::seconds limit{25};
-
-}  // namespace
-
 TrayHeir::TrayHeir(sd_bus* bus)
     : bus_(bus),
       owners_(watchName(bus, watcherName, [this](const std::string&, const std::string& owner) { follow(owner); })),
       signals_(match(bus, std::string("type='signal',path='") + watcherPath + "',interface='" + watcherName + '\'',
                      [this](sd_bus_message* signal) { heard(signal); })) {
-  askAboutName(bus_, "GetNameOwner", watcherName, limit, [this](sd_bus_message* answer) {
+  askAboutName(bus_, "GetNameOwner", watcherName, unlimited, [this](sd_bus_message* answer) {
     if (!isError(answer)) follow(readText(answer));
   });
 }
@@ -29,7 +22,7 @@ TrayHeir::TrayHeir(sd_bus* bus)
 void TrayHeir::follow(const std::string& owner) {
   owner_ = owner == uniqueName(bus_) ? "" : owner;
   if (owner_.empty()) return;
-  askProperty(bus_, {owner_, watcherPath}, watcherName, "RegisteredStatusNotifierItems", limit,
+  askProperty(bus_, {owner_, watcherPath}, watcherName, "RegisteredStatusNotifierItems", unlimited,
               [this, owner](sd_bus_message* answer) {
                 if (isError(answer) || owner != owner_) return;
                 items_ = readTexts(answer, ItemRegistry::most);

@@ -50,8 +50,6 @@ orvo::BusHandle connectToSession(sd_event* loop) {
 
 // In the process that outlives the agent.
 int restore(const orvo::Guardian::Bequest& bequest) {
-  // Nothing is to be brought back.
-  if (bequest.kept.empty()) return EXIT_SUCCESS;
   const auto loop = orvo::newLoop();
   const auto bus = connectToSession(loop.get());
   if (!bus) return EXIT_FAILURE;

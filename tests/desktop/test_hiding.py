@@ -156,6 +156,7 @@ class Hiding(HidingCase):
             return {*self.programs, *newer} <= set(desktop.shown()) and len(desktop.told_items()) == len(newer)
         settled(every, 0.25, 5, "every icon and the arrow")
         desktop.start_agent()  # Behind the panel, whose end gives it the tray.
+        self.assertTrue(desktop.told_items())  # Which the agent has asked for before.
         desktop.end("panel")
         desktop.start_panel()
         wait(lambda: desktop.owner(WATCHER) == desktop.owner(AGENT), what="the tray being the agent's")

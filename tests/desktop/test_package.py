@@ -6,7 +6,6 @@ import glob
 import os
 import sys
 import time
-import types
 import unittest
 from pathlib import Path
 
@@ -55,7 +54,7 @@ class XfceSession(OrvoDesktop):
         session = wait(lambda: self.process_called("xfce4-session"), 20, "the session")
         address = self.environment["DBUS_SESSION_BUS_ADDRESS"] = psutil.Process(session).environ()["DBUS_SESSION_BUS_ADDRESS"]
         self.bus = self._connect(address)
-        self.processes["panel"] = types.SimpleNamespace(pid=wait(lambda: self.process_called("xfce4-panel"), 20, "the panel"))
+        self.processes["panel"] = psutil.Process(wait(lambda: self.process_called("xfce4-panel"), 20, "the panel"))
         wait(self.tray_frame, 30, "the panel's tray")
         self.set_accessibility(True)
 

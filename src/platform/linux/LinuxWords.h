@@ -39,7 +39,9 @@ inline constexpr Words linuxWords{
     .systemControls =
         "Clicking a clock, volume, or other control of the panel’s own reveals your icons before opening it. Your "
         "icons then stay visible until you hide them again.",
-    .noControls = "Orvo found no clock or other control in the panel. Add one to it, then refresh the icon list.",
+    .noControls =
+        "Orvo found no clock or other control in the panel. Add one, or start the panel anew, then refresh the icon "
+        "list.",
     .noControlsHint = "Add a clock or another control to the panel, then refresh the icon list.",
     .hidingUnconfirmed = "The menu bar agent did not confirm hiding. All icons have been restored.",
     .allowLoginItem = "Allow Orvo in Settings → Session and Startup → Application Autostart.",

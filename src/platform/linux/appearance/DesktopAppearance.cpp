@@ -2,6 +2,8 @@
 
 #include "platform/linux/bus/SessionBus.h"
 
+#include <QDBusServiceWatcher>
+
 #include <algorithm>
 #include <cctype>
 
@@ -42,6 +44,12 @@ AppearanceTraits appearanceTraits(const XSettingsValues& settings, unsigned port
 DesktopAppearance::DesktopAppearance() : settings_([this] { announce(); }) {
   QDBusConnection::sessionBus().connect(portalService, portalPath, portalInterface, QStringLiteral("SettingChanged"),
                                         this, SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
+  auto* const watcher = new QDBusServiceWatcher(portalService, QDBusConnection::sessionBus(),
+                                                QDBusServiceWatcher::WatchForOwnerChange, this);
+  connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] {
+    setColorScheme(0U);
+    askPortal();
+  });
   askPortal();
 }
 

@@ -8,6 +8,7 @@ namespace {
 
 constexpr const char* busService = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
+constexpr const char* noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 
 // Long enough for a busy machine.
@@ -48,12 +49,13 @@ QString activateApplication(const QDBusConnection& bus, const QString& identifie
   QDBusMessage message = call(identifier, applicationPath(identifier), applicationInterface, "Activate");
   message << platformData;
   message.setAutoStartService(false);
-  return bus.call(message, QDBus::Block, activationLimit).errorName();
+  const QString error = bus.call(message, QDBus::Block, activationLimit).errorName();
+  // One that was ending answers in its own way, or not.
+  return error.isEmpty() || processOf(bus, identifier) ? error : latin(noOwner);
 }
 
 bool meansNoOwner(const QString& error) {
-  return error == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
-         error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
+  return error == QLatin1String(noOwner) || error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
 }
 
 QString applicationPath(QString identifier) {

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -31,8 +32,8 @@ namespace session_bus {
 
 inline constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
-// For answers that nobody waits for, so that a busy service may take its time.
-inline constexpr std::chrono::milliseconds patience{25000};
+// For answers that nobody waits for: a busy service may take its time, and the bus tells of one that ends.
+inline constexpr std::chrono::milliseconds patience{std::numeric_limits<int>::max()};
 
 inline QString latin(const char* text) { return QString::fromLatin1(text); }
 

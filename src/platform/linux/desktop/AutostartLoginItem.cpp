@@ -2,15 +2,18 @@
 
 #include "platform/linux/RegularFile.h"
 #include "platform/linux/desktop/AtomicFile.h"
+#include "platform/linux/desktop/ConfigFolder.h"
 
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string_view>
@@ -79,7 +82,16 @@ std::string quotedArgument(const std::string& argument) {
   return text + '"';
 }
 
-bool starts(const Entry& entry, const std::string& program) { return has(entry, "Exec", quotedArgument(program)); }
+std::string withoutLinks(const std::string& path) {
+  std::error_code error;
+  const auto resolved = std::filesystem::weakly_canonical(path, error);
+  return error ? path : resolved.string();
+}
+
+bool starts(const Entry& entry, const std::vector<std::string>& programs) {
+  return std::ranges::any_of(programs,
+                             [&](const std::string& each) { return has(entry, "Exec", quotedArgument(each)); });
+}
 
 // Switches stay as the former entry had them.
 std::string newEntry(const std::string& program, const Entry& former) {
@@ -102,8 +114,9 @@ QStringList settingsCommand() {
 
 }  // namespace
 
-AutostartLoginItem::AutostartLoginItem(const std::string& folder, const std::string& identifier, std::string program)
-    : file_(folder + '/' + identifier + ".desktop"), program_(std::move(program)) {}
+AutostartLoginItem::AutostartLoginItem(const std::string& folder, const std::string& identifier,
+                                       const std::string& program)
+    : file_(folder + '/' + identifier + ".desktop"), programs_{withoutLinks(program), program} {}
 
 std::optional<std::string> AutostartLoginItem::setRegistered(bool registered) {
   if (!registered) {
@@ -111,15 +124,15 @@ std::optional<std::string> AutostartLoginItem::setRegistered(bool registered) {
     return std::strerror(errno);
   }
   const Entry former = readEntry(file_);
-  if (starts(former, program_)) return std::nullopt;
-  return replaceFile(file_, newEntry(program_, former));
+  if (starts(former, programs_)) return std::nullopt;
+  return replaceFile(file_, newEntry(programs_.front(), former));
 }
 
 LoginItemStatus AutostartLoginItem::status() const {
   const Entry entry = readEntry(file_);
   if (entry.empty()) return LoginItemStatus::notRegistered;
   if (isHidden(entry) || isDisabled(entry)) return LoginItemStatus::requiresApproval;
-  return starts(entry, program_) ? LoginItemStatus::enabled : LoginItemStatus::notFound;
+  return starts(entry, programs_) ? LoginItemStatus::enabled : LoginItemStatus::notFound;
 }
 
 void AutostartLoginItem::openSystemSettingsLoginItems() {
@@ -132,8 +145,6 @@ void AutostartLoginItem::openSystemSettingsLoginItems() {
   QProcess::startDetached(program, command);
 }
 
-std::string AutostartLoginItem::standardFolder() {
-  return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString() + "/autostart";
-}
+std::string AutostartLoginItem::standardFolder() { return configFolder() + "/autostart"; }
 
 }  // namespace orvo

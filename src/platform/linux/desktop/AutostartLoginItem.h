@@ -4,12 +4,15 @@
 
 #include "platform/LoginItem.h"
 
+#include <string>
+#include <vector>
+
 namespace orvo {
 
 class AutostartLoginItem final : public LoginItem {
  public:
   // `folder` holds the autostart entries; `program` is the absolute path to start at login.
-  AutostartLoginItem(const std::string& folder, const std::string& identifier, std::string program);
+  AutostartLoginItem(const std::string& folder, const std::string& identifier, const std::string& program);
 
   std::optional<std::string> setRegistered(bool registered) override;
   // Not found for an entry that starts another program, such as a copy that was moved.
@@ -21,7 +24,7 @@ class AutostartLoginItem final : public LoginItem {
 
  private:
   const std::string file_;
-  const std::string program_;
+  const std::vector<std::string> programs_;  // without links, and as Orvo was started
 };
 
 }  // namespace orvo

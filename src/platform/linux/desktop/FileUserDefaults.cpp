@@ -2,9 +2,9 @@
 
 #include "platform/linux/RegularFile.h"
 #include "platform/linux/desktop/AtomicFile.h"
+#include "platform/linux/desktop/ConfigFolder.h"
 
 #include <QByteArray>
-#include <QStandardPaths>
 
 #include <sys/stat.h>
 
@@ -135,8 +135,6 @@ std::optional<std::string> FileUserDefaults::moveAside(const std::string& reason
   return std::nullopt;
 }
 
-std::string FileUserDefaults::standardPath() {
-  return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString() + "/orvo/settings.json";
-}
+std::string FileUserDefaults::standardPath() { return configFolder() + "/orvo/settings.json"; }
 
 }  // namespace orvo

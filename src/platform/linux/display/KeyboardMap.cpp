@@ -42,7 +42,7 @@ std::uint16_t KeyboardMap::modifierFor(std::initializer_list<xcb_keysym_t> symbo
     const auto named = [&](xcb_keysym_t symbol) { return has(key, symbol, columns_); };
     if (key >= firstKey_ && std::ranges::any_of(symbols, named)) mask |= 1U << (index / keysPerModifier_);
   }
-  return static_cast<std::uint16_t>(mask);
+  return static_cast<std::uint16_t>(mask & -mask);
 }
 
 bool KeyboardMap::has(xcb_keycode_t key, xcb_keysym_t symbol, std::size_t columns) const {

@@ -17,7 +17,7 @@ class KeyboardMap {
   // The keys whose unshifted symbol in the first layout this is, or else, for maps without that
   // symbol there, in any layout.
   std::vector<xcb_keycode_t> keysFor(xcb_keysym_t symbol) const;
-  // The modifier bits that keys with one of the symbols set, zero for none.
+  // The lowest of the modifier bits that keys with one of the symbols set, zero for none.
   std::uint16_t modifierFor(std::initializer_list<xcb_keysym_t> symbols) const;
 
  private:

@@ -40,6 +40,7 @@ void setUp(QProcess& process, const QString& program, const QStringList& argumen
   process.setArguments(arguments);
   process.setStandardInputFile(QProcess::nullDevice());
   process.setStandardOutputFile(QProcess::nullDevice());
+  process.setProcessChannelMode(QProcess::ForwardedErrorChannel);  // Else what it opens writes into a pipe of Orvo's.
 }
 
 bool start(const QString& program, const QStringList& arguments) {

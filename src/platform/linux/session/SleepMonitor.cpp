@@ -25,9 +25,12 @@ SleepMonitor::SleepMonitor(NotificationCenter& center, MainQueue& mainQueue, QDB
   if (!bus_.isConnected()) return;
   bus_.connect(latin(loginService), latin(loginPath), latin(loginInterface), QStringLiteral("PrepareForSleep"), this,
                SLOT(prepareForSleep(bool)));
-  // A lock dies with the login manager that gave it.
+  // A lock dies with the login manager that gave it, and so may the news that the machine is awake.
   auto* watcher = new QDBusServiceWatcher(latin(loginService), bus_, QDBusServiceWatcher::WatchForRegistration, this);
-  connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &SleepMonitor::delaySleep);
+  connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
+    sleeping_ = false;
+    delaySleep();
+  });
   delaySleep();
 }
 
