@@ -48,7 +48,7 @@ TEST(MenuBarBackendTest, ServesACallerThatNeedsNoAnswerAndSurvivesThatTheHandler
   QLReleaseMenuBarAssertion(QLCreateMenuBarAssertion(nullptr, 0, {}));
   QLReleaseMenuBarAssertion(nullptr);
   memory.framework.answer(0);
-  const QLAssertionRef assertion = last.create();
+  QLAssertionRef assertion = last.create();
   last.inside = [&] { memory.framework.activations[1].completion = nullptr; };
   memory.framework.activations[1].completion(std::nullopt);
   EXPECT_TRUE(last.answers == 1 && last.releases == 1);

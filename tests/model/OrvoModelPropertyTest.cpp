@@ -121,7 +121,7 @@ TEST(OrvoModelPropertyTest, NoSequenceOfEventsLeavesAnAssertionBehindOrTheBarInD
     if (!goes) machine.look();
     for (std::size_t number = 0; number < machine.requests(); ++number) machine.memory.framework.answer(number);
     machine.delegate.reset();
-    RC_ASSERT(machine.memory.framework.liveObjects() == 0U && machine.broken == "");
+    RC_ASSERT(machine.memory.framework.liveObjects() == 0U && machine.broken.empty());
   };
   const auto courses = rc::gen::container<Choices>(rc::gen::pair(rc::gen::inRange(0U, 47U), rc::gen::inRange(0U, 24U)));
   EXPECT_TRUE(rc::check([&] { holds(*rc::gen::resize(200, courses)); }));
