@@ -30,7 +30,7 @@ class Guardian {
 
   struct Bequest {
     pid_t agent;
-    std::string kept;  // empty for nothing to do
+    std::string kept;  // as it was told last
   };
 
   // In a process that was started as a guardian: returns once the agent is gone. Absent in any other.

@@ -1,6 +1,4 @@
-"""What the whole-desktop tests share: one desktop a class, its logs kept when a test fails.
-
-By hand: PYTHONPATH=desktop:tests/desktop /usr/bin/python3 -m unittest -v test_hiding.Shortcut"""
+"""What the whole-desktop tests share: one desktop a class, its logs kept when a test fails."""
 
 import contextlib
 import json

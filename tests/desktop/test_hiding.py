@@ -149,8 +149,7 @@ class Hiding(HidingCase):
         first[0].kill()
         wait(lambda: len(now := agent.children()) == 1 and now != first, 2, "another guardian, and no zombie")
         desktop.end("agent", signal.SIGKILL)
-        # Ayatana's programs may show an icon of the older kind besides, made while they saw no watcher. So the panel's
-        # own list is what has to hold each of the newer kind just once.
+        # Ayatana's programs may show an icon of the older kind besides; the panel's list has each of the newer once.
         newer = ["orvo", COPYQ, PASYSTRAY, QMIDINET]
         def every():
             return {*self.programs, *newer} <= set(desktop.shown()) and len(desktop.told_items()) == len(newer)

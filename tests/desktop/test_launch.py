@@ -114,8 +114,12 @@ class AgentStart(DesktopCase):
     def test_the_bus_starts_the_agent_of_an_installed_copy_and_a_second_one_says_so_and_ends(self):
         desktop, bundle = self.desktop, os.path.join(self.desktop.home, "Applications", "Orvo.app")
         desktop.bundle = shutil.move(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
-        for _ in range(2):  # over nothing, then over itself
-            desktop.told_by([os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle])
+        install = [os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle, "Applications/"]
+        desktop.told_by(install)
+        shutil.copy("/bin/sleep", f"{bundle}/bin/orvo")
+        copy = desktop.spawn("copy", [f"{bundle}/bin/orvo", "60"])
+        desktop.told_by(install)  # Over itself, while it runs.
+        self.assertEqual(copy.poll(), -signal.SIGTERM)
         self.assertEqual(os.listdir(os.path.dirname(bundle)), ["Orvo.app"])
         self.assertIn(f"Desktop entry path: {bundle}\n", desktop.run([f"{bundle}/bin/orvo", "--diagnose"]).stdout)
         call_bus(desktop.bus, "StartServiceByName", "(su)", AGENT, 0)

@@ -61,8 +61,8 @@ QDBusPendingCallWatcher* ask(const QDBusConnection& bus, const QDBusMessage& mes
   return watcher;
 }
 
-// Asks a running application to come to the front, and waits: the name of the error, empty on success. Only
-// meansNoOwner() tells for certain that no copy is running; one that is slow to answer is a running copy all the same.
+// Asks a running application to come to the front, and waits: the name of the error, empty on success. meansNoOwner()
+// tells that no copy is running, or that the bus does not answer; a copy that is slow is a running one all the same.
 QString activateApplication(const QDBusConnection& bus, const QString& identifier, const QVariantMap& platformData);
 bool meansNoOwner(const QString& error);
 // As the desktop entry specification derives it from the application's bus name.

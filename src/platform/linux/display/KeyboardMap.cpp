@@ -42,6 +42,9 @@ std::uint16_t KeyboardMap::modifierFor(std::initializer_list<xcb_keysym_t> symbo
     const auto named = [&](xcb_keysym_t symbol) { return has(key, symbol, columns_); };
     if (key >= firstKey_ && std::ranges::any_of(symbols, named)) mask |= 1U << (index / keysPerModifier_);
   }
+  // A key of another name may be Lock besides.
+  constexpr unsigned shiftLockControl = 7;
+  if ((mask & ~shiftLockControl) != 0) mask &= ~shiftLockControl;
   return static_cast<std::uint16_t>(mask & -mask);
 }
 

@@ -17,7 +17,8 @@ class KeyboardMap {
   // The keys whose unshifted symbol in the first layout this is, or else, for maps without that
   // symbol there, in any layout.
   std::vector<xcb_keycode_t> keysFor(xcb_keysym_t symbol) const;
-  // The lowest of the modifier bits that keys with one of the symbols set, zero for none.
+  // One modifier bit that keys with one of the symbols set, none of Shift, Lock and Control where there is another;
+  // zero for none.
   std::uint16_t modifierFor(std::initializer_list<xcb_keysym_t> symbols) const;
 
  private:

@@ -110,7 +110,7 @@ void openUrl(const QDBusConnection& bus, const std::string& url, const std::func
   const auto identifier = parsed.isLocalFile() ? bundleIdentifier(bundleInfo(path.toStdString())) : std::nullopt;
   if (!identifier) return openByDesktop(text, failed);
   const QString error = session_bus::activateApplication(bus, QString::fromStdString(*identifier), platformData());
-  if (session_bus::meansNoOwner(error) || !bus.isConnected()) start(path + QStringLiteral("/bin/orvo"), {});
+  if (session_bus::meansNoOwner(error)) start(path + QStringLiteral("/bin/orvo"), {});
 }
 
 }  // namespace orvo

@@ -28,7 +28,7 @@ SleepMonitor::SleepMonitor(NotificationCenter& center, MainQueue& mainQueue, QDB
   // A lock dies with the login manager that gave it, and so may the news that the machine is awake.
   auto* watcher = new QDBusServiceWatcher(latin(loginService), bus_, QDBusServiceWatcher::WatchForRegistration, this);
   connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
-    sleeping_ = false;
+    if (std::exchange(sleeping_, false)) center_.post(Notification::didWake);
     delaySleep();
   });
   delaySleep();
