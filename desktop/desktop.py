@@ -16,7 +16,7 @@ import uuid
 
 import psutil
 from gi.repository import Gio, GLib
-from PIL import Image
+from PIL import Image, ImageGrab
 from Xlib import X, display, error
 
 import bus
@@ -265,7 +265,7 @@ class Desktop:
     def start_agent(self):
         self.spawn("agent", [os.path.join(self.bundle, "bin", "orvo-agent")])
         # By the second answer it has asked about the tray.
-        wait(lambda: self.owner(AGENT) and [self.call_agent("Requesters") for _ in range(2)], what="the agent's answers")
+        wait(lambda: self.owner(AGENT) and [self.call_agent("Requesters") for _ in range(2)], what="the agent")
 
     def start_panel(self):
         self.spawn("panel", ["xfce4-panel", "--disable-wm-check"])
@@ -374,17 +374,15 @@ class Desktop:
 
     def screen(self):
         """A picture of the whole screen."""
-        geometry = self.root.get_geometry()
-        return self.picture(0, 0, geometry.width, geometry.height)
+        return ImageGrab.grab(xdisplay=self.display_name)
 
     def resize_screen(self, width, height):
-        """Up to the first size; a size that the server does not list is made known to it. The panel follows later and
-        in steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
+        """Up to the first size; the server is told of it and refuses what it knows. The panel follows later and in
+        steps: until its tray stands as far from the trailing end as before, icons are not where they seem."""
         trailing = self.tray_trailing()
         mode = f"{width}x{height}"
-        if mode not in self.run(["xrandr"]).stdout.split():
-            self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
-            self.run(["xrandr", "--addmode", "screen", mode])
+        self.run(["xrandr", "--newmode", mode, "0", str(width), "0", "0", "0", str(height), "0", "0", "0"])
+        self.run(["xrandr", "--addmode", "screen", mode])
         self.told_by(["xrandr", "--output", "screen", "--mode", mode])
         wait(lambda: self.tray_trailing() == trailing, what="the panel following the screen")
 

@@ -38,8 +38,11 @@ def settled(read, span, limit=5.0, what="rest", every=0.002):
 def stays(condition, span, what="the condition"):
     """Checks that condition() is true for a whole span: for what must *not* happen."""
     end = time.monotonic() + span
-    if not wait(lambda: not condition() or time.monotonic() > end and "stayed", span + 60, what, 0.005) == "stayed":
-        raise AssertionError(f"did not stay so for {span:g} s: {what}")
+
+    def over():
+        assert condition(), f"did not stay so for {span:g} s: {what}"
+        return time.monotonic() > end
+    wait(over, span + 60, every=0.005)
 
 
 def hold(seconds):

@@ -9,7 +9,8 @@ from Xlib import X, XK, Xatom, display
 from Xlib.protocol import event
 
 from case import COPYQ, PASYSTRAY, QMIDINET, HidingCase, Peer, center, stopped
-from desktop import AGENT, PROGRAMS, WATCHER
+from bus import owner
+from desktop import AGENT, LOGIND, PROGRAMS, WATCHER
 from person import Person
 from session import SHORTCUT
 from waiting import settled, stays, wait
@@ -118,6 +119,14 @@ class Hiding(HidingCase):
             self.assertEqual(self.desktop.call_agent("Requesters"), [])
             self.desktop.sleep_announced(False)
             wait(self.desktop.can_hide, what="hiding being offered after the wake-up")
+        wait(self.desktop.sleep_is_delayed, what="sleep waiting for Orvo")
+        self.desktop.sleep_announced(True)
+        wait(lambda: not self.desktop.sleep_is_delayed(), 2, "the machine sleeping")
+        manager = self.desktop.processes["logind"].args
+        self.desktop.end("logind")
+        self.desktop.spawn("logind", manager)  # So that nobody tells of the wake-up.
+        wait(lambda: owner(self.desktop.system_bus, LOGIND), what="another login manager")
+        settled(self.desktop.sleep_is_delayed, 0.5, what="sleep waiting for Orvo again")
 
     def test_a_panel_that_dies_while_icons_are_hidden_shows_the_others_and_has_a_guarded_clock_again(self):
         desktop = self.desktop
@@ -191,6 +200,14 @@ class Shortcut(HidingCase):
         stays(lambda: not self.desktop.is_hidden(), 0.3, "visible")
         self.expect_toggled(held=0.9)  # Longer than until the server repeats it (0.66 s) several times.
         stays(self.desktop.is_hidden, 0.3, "hidden")
+
+    def test_a_layout_with_two_keys_for_one_modifier_keeps_it(self):
+        self.addCleanup(self.desktop.rest)
+        self.addCleanup(self.desktop.told_by, ["setxkbmap", "us,de"])
+        self.desktop.told_by(["setxkbmap", "us,mao"])
+        self.desktop.rest()
+        self.expect_toggled()
+        self.expect_toggled()
 
     def test_a_layout_that_puts_it_on_a_key_of_another_program_is_told_until_that_lets_go(self):
         desktop, holder = self.desktop, display.Display(self.desktop.display_name)

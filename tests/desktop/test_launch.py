@@ -115,7 +115,10 @@ class AgentStart(DesktopCase):
         desktop, bundle = self.desktop, os.path.join(self.desktop.home, "Applications", "Orvo.app")
         desktop.bundle = shutil.move(desktop.bundle, os.path.join(desktop.home, "Orvo.app"))
         install = [os.path.join(REPOSITORY, "packaging", "linux", "install"), desktop.bundle, "Applications/"]
+        session = Path(desktop.home, ".xsessionrc")
+        session.write_text("export EDITOR=vi", "ascii")  # Without an end of its line.
         desktop.told_by(install)
+        self.assertEqual(session.read_text("ascii").splitlines()[0], "export EDITOR=vi")
         shutil.copy("/bin/sleep", f"{bundle}/bin/orvo")
         copy = desktop.spawn("copy", [f"{bundle}/bin/orvo", "60"])
         desktop.told_by(install)  # Over itself, while it runs.

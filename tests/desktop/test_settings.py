@@ -56,7 +56,19 @@ class Settings(DesktopCase):
                                  (pack("<4xII", 7, 2) + light + b"\x09" + dark, False)):  # No such kind.
             window.change_property(settings, settings, 8, content)
             client.sync()
-            wait(lambda d=is_dark: (self.picture().resize((1, 1)).getpixel((0, 0))[0] < 110) == d, 3, f"dark: {is_dark}")
+            wait(lambda d=is_dark: self.is_dark() == d, 3, f"dark: {is_dark}")
+
+    def test_the_portals_choice_counts_while_the_portal_runs(self):
+        wait(lambda: not self.is_dark(), 3, "a light window")
+        portal = Peer(self.desktop, "portal")
+        portal.ask("serve(Read='(<<uint32 1>>,)')")
+        portal.own("org.freedesktop.portal.Desktop")
+        wait(self.is_dark, 5, "a dark window")
+        portal.kill()
+        wait(lambda: not self.is_dark(), 5, "a light window again")
+
+    def is_dark(self):
+        return self.picture().resize((1, 1)).getpixel((0, 0))[0] < 110
 
     def picture(self):
         return self.desktop.picture(*self.desktop.frame_of(self.desktop.settings_window()))
@@ -101,6 +113,15 @@ class Settings(DesktopCase):
         for program in ("pipe", "endless", "absurd", "good"):
             desktop.control(f"Visibility for {program}")
         wait(lambda: b"\xd0\x00\xd0" in self.picture().tobytes(), 5, "the picture")
+
+    def test_what_a_link_opens_writes_into_no_pipe_of_orvos(self):
+        opener, told = f"{self.desktop.home}/bin/xdg-open", Path(self.desktop.home, "told")
+        write_program(opener, f"readlink /proc/$$/fd/2 >{told}")
+        self.addCleanup(os.remove, opener)
+        self.desktop.press("About Orvo")
+        self.desktop.press("Linux compatibility research")
+        wait(lambda: told.exists() and told.read_text("ascii"), 5, "the opener")
+        self.assertNotIn("pipe", told.read_text("ascii"))
 
     def test_a_link_that_nothing_opens_says_so_and_is_heard(self):
         os.remove(os.path.join(self.desktop.bundle, "share", "doc", "linux.md"))

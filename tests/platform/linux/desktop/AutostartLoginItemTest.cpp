@@ -47,4 +47,17 @@ TEST(AutostartLoginItemTest, ThePersonsOwnSwitchIsKeptAStaleEntryReplacedAndWhat
   EXPECT_NE(item.setRegistered(true).value_or("").find("Not a directory"), std::string::npos);
 }
 
+TEST(AutostartLoginItemTest, AProgramBehindALinkIsTheSameHoweverItIsSpelled) {
+  const TemporaryFolder home;
+  write(home.path / "real/orvo", "");
+  fs::create_directory_symlink("real", home.path / "link");
+  const auto item = [&](const char* folder) {
+    return AutostartLoginItem(home.path / "autostart", "orvo", home.path / folder / "orvo");
+  };
+  EXPECT_EQ(item("link").setRegistered(true), std::nullopt);
+  EXPECT_EQ(item("real").status(), LoginItemStatus::enabled);
+  write(home.path / "autostart/orvo.desktop", "[Desktop Entry]\nExec=\"" + (home.path / "link/orvo").string() + "\"\n");
+  EXPECT_EQ(item("link").status(), LoginItemStatus::enabled) << "written when links were not followed yet";
+}
+
 }  // namespace orvo
